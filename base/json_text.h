@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+// Deepest nesting that is accepted from outside. Copying and serialising a document recurse once a level; threads of the
+// program have stack for this many (see kStackReserve in CMakeLists.txt).
+inline constexpr size_t kMaxJsonDepth = 20'000;
+
+// Parses one JSON document (UTF-8), strictly. Throws nlohmann::json::exception for text that is not JSON, and
+// std::length_error for valid-looking text that nests deeper than kMaxJsonDepth.
+nlohmann::json ParseJson(std::string_view text);

@@ -1,0 +1,37 @@
+# varnel_settings: what every target of this tree is compiled and linked with.
+add_library(varnel_settings INTERFACE)
+target_include_directories(varnel_settings INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(varnel_settings INTERFACE nlohmann_json::nlohmann_json Threads::Threads)
+
+if(MSVC)
+  set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
+  target_compile_options(varnel_settings INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus
+                                                   $<$<BOOL:${VARNEL_WERROR}>:/WX>)
+  target_link_options(varnel_settings INTERFACE /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT)
+else()
+  target_compile_options(
+    varnel_settings
+    INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
+              $<$<BOOL:${VARNEL_WERROR}>:-Werror>)
+endif()
+
+if(WIN32)
+  # Windows 10 is the oldest system that the program runs on.
+  target_compile_definitions(varnel_settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
+                                                       _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+endif()
+
+if(MINGW)
+  target_compile_options(varnel_settings INTERFACE -ffunction-sections -fdata-sections)
+  target_link_options(varnel_settings INTERFACE -static -Wl,--gc-sections -Wl,--dynamicbase
+                      -Wl,--high-entropy-va -Wl,--nxcompat $<$<CONFIG:Release>:-s>)
+endif()
+
+if(VARNEL_FUZZ)
+  target_compile_definitions(varnel_settings INTERFACE VARNEL_FUZZ_BUILD)
+endif()
+if(VARNEL_SANITIZE OR VARNEL_FUZZ)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(varnel_settings INTERFACE ${sanitizers} $<$<BOOL:${VARNEL_FUZZ}>:-fsanitize=fuzzer-no-link>)
+  target_link_options(varnel_settings INTERFACE ${sanitizers})
+endif()

@@ -1,0 +1,45 @@
+#include "testing/recording_page.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+#include "base/page.h"
+
+namespace {
+
+std::mutex g_mutex;
+std::condition_variable g_posted;
+std::vector<std::string> g_texts;
+
+std::vector<nlohmann::json> Parse(const std::vector<std::string>& texts) {
+  std::vector<nlohmann::json> messages;
+  for (const std::string& text : texts) messages.push_back(nlohmann::json::parse(text));
+  return messages;
+}
+
+}  // namespace
+
+void PostJsonToJs(std::string_view json) {
+  const std::lock_guard lock(g_mutex);
+  g_texts.emplace_back(json);
+  g_posted.notify_all();
+}
+
+void SendConsoleLog(std::string_view message, std::string_view style) {
+  PostJsonToJs(nlohmann::json{{"type", "console_log"}, {"message", message}, {"style", style}}.dump());
+}
+
+std::vector<std::string> TakePostedTexts() {
+  const std::lock_guard lock(g_mutex);
+  return std::exchange(g_texts, {});
+}
+
+std::vector<nlohmann::json> TakePostedMessages() { return Parse(TakePostedTexts()); }
+
+std::vector<nlohmann::json> WaitForMessages(size_t count, int timeout_ms) {
+  std::unique_lock lock(g_mutex);
+  g_posted.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] { return g_texts.size() >= count; });
+  return Parse(std::exchange(g_texts, {}));
+}
