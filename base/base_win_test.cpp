@@ -16,7 +16,9 @@ TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {
   EXPECT_EQ(WideToUtf8(L"Žluť 😀"), "Žluť 😀");
   EXPECT_EQ(Utf8ToWide(""), L"");
   EXPECT_EQ(WideToUtf8(L""), "");
-  EXPECT_EQ(WideToUtf8(std::wstring{L'a', wchar_t{0xD800}, L'b'}), "a\xEF\xBF\xBD" "b");
+  EXPECT_EQ(WideToUtf8(std::wstring{L'a', wchar_t{0xD800}, L'b'}),
+            "a\xEF\xBF\xBD"
+            "b");
   EXPECT_NE(Utf8ToWide("a\xFF").find(L'\xFFFD'), std::wstring::npos);
 }
 
@@ -32,7 +34,9 @@ TEST(Text, ConsoleTextIsAlwaysValidUtf8) {
 TEST(ReadRegistryString, ReadsUpToTheBufferAndFallsBack) {
   const wchar_t* path = L"Software\\VarnelTest";
   RegistryKey key;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr), 0);
+  ASSERT_EQ(
+      RegCreateKeyExW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
+      0);
   auto set = [&](const wchar_t* name, const std::wstring& data) {
     RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(data.c_str()),
                    static_cast<DWORD>(data.size() * sizeof(wchar_t)));

@@ -6,8 +6,8 @@
 
 #include <utility>
 
-// Owns one system handle. A kind is a struct with `Type`, `Invalid()` and `Close(Type)`. No implicit conversion; a
-// handle that shall outlive its owner on purpose is given up with release().
+// Owns one system handle. A kind is a struct with `Type`, `Invalid()` and `Close(Type)`. No implicit
+// conversion; a handle that shall outlive its owner on purpose is given up with release().
 template <typename Kind>
 class Owned {
  public:

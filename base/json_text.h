@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-// Deepest nesting that is accepted from outside. Copying and serialising a document recurse once a level; threads of the
-// program have stack for this many (see kStackReserve in CMakeLists.txt).
+// Deepest nesting that is accepted from outside. Copying and serialising a document recurse once a level;
+// threads of the program have stack for this many (see kStackReserve in CMakeLists.txt).
 inline constexpr size_t kMaxJsonDepth = 20'000;
 
 // Parses one JSON document (UTF-8), strictly. Throws nlohmann::json::exception for text that is not JSON, and

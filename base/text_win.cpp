@@ -11,14 +11,17 @@ namespace {
 std::wstring BytesToWide(std::string_view bytes, UINT code_page) {
   if (bytes.empty() || bytes.size() > INT_MAX) return {};
   const int size = static_cast<int>(bytes.size());
-  std::wstring wide(static_cast<size_t>(MultiByteToWideChar(code_page, 0, bytes.data(), size, nullptr, 0)), L'\0');
+  std::wstring wide(static_cast<size_t>(MultiByteToWideChar(code_page, 0, bytes.data(), size, nullptr, 0)),
+                    L'\0');
   MultiByteToWideChar(code_page, 0, bytes.data(), size, wide.data(), static_cast<int>(wide.size()));
   return wide;
 }
 
 }  // namespace
 
-std::wstring Utf8ToWide(std::string_view text) { return BytesToWide(text, CP_UTF8); }
+std::wstring Utf8ToWide(std::string_view text) {
+  return BytesToWide(text, CP_UTF8);
+}
 
 std::string WideToUtf8(std::wstring_view text) {
   if (text.empty() || text.size() > INT_MAX) return {};

@@ -3,26 +3,30 @@
 #include <cstddef>
 #include <cstdint>
 
-// FUZZ_TARGET(name, bytes) { ... } is the body of one fuzz target; `bytes` is a std::string_view of the hostile input. In a
-// fuzz build it is libFuzzer's entry; in a test build it is a test that replays every file of <folder>/testdata/fuzz_<name>/ .
+// FUZZ_TARGET(name, bytes) { ... } is the body of one fuzz target; `bytes` is a std::string_view of the
+// hostile input. In a fuzz build it is libFuzzer's entry; in a test build it is a test that replays every
+// file of <folder>/testdata/fuzz_<name>/ .
 #include <string_view>
 
 #ifdef VARNEL_FUZZ_BUILD
-#define FUZZ_TARGET(name, bytes)                                              \
-  static void Fuzz_##name(std::string_view bytes);                            \
-  extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {   \
-    Fuzz_##name({reinterpret_cast<const char*>(data), size});                 \
-    return 0;                                                                 \
-  }                                                                           \
+#define FUZZ_TARGET(name, bytes)                                            \
+  static void Fuzz_##name(std::string_view bytes);                          \
+  extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) { \
+    Fuzz_##name({reinterpret_cast<const char*>(data), size});               \
+    return 0;                                                               \
+  }                                                                         \
   static void Fuzz_##name(std::string_view bytes)
 #else
 #include <gtest/gtest.h>
 
-// Calls `target` with each stored input of testdata/fuzz_<name> beside the source file; returns how many there were.
+// Calls `target` with each stored input of testdata/fuzz_<name> beside the source file; returns how many
+// there were.
 int ReplayCorpus(const char* source_file, const char* name, void (*target)(std::string_view));
 
-#define FUZZ_TARGET(name, bytes)                                              \
-  static void Fuzz_##name(std::string_view bytes);                            \
-  TEST(FuzzCorpus, name) { EXPECT_GT(ReplayCorpus(__FILE__, #name, Fuzz_##name), 0); } \
+#define FUZZ_TARGET(name, bytes)                              \
+  static void Fuzz_##name(std::string_view bytes);            \
+  TEST(FuzzCorpus, name) {                                    \
+    EXPECT_GT(ReplayCorpus(__FILE__, #name, Fuzz_##name), 0); \
+  }                                                           \
   static void Fuzz_##name(std::string_view bytes)
 #endif

@@ -36,7 +36,9 @@ std::vector<std::string> TakePostedTexts() {
   return std::exchange(g_texts, {});
 }
 
-std::vector<nlohmann::json> TakePostedMessages() { return Parse(TakePostedTexts()); }
+std::vector<nlohmann::json> TakePostedMessages() {
+  return Parse(TakePostedTexts());
+}
 
 std::vector<nlohmann::json> WaitForMessages(size_t count, int timeout_ms) {
   std::unique_lock lock(g_mutex);
