@@ -24,6 +24,12 @@ enum COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND {
     return E_NOTIMPL;                        \
   }
 
+#if defined(__GNUC__)
+// IUnknown, the base that has no other choice, is what this warning is about.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
+
 struct ICoreWebView2;
 struct ICoreWebView2Controller;
 struct ICoreWebView2Environment;
@@ -311,6 +317,10 @@ struct ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler : IUnknown {
  protected:
   ~ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler() = default;
 };
+
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
 
 #undef VARNEL_UNCALLED
 
