@@ -25,7 +25,7 @@ TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {
 TEST(Text, ConsoleTextIsAlwaysValidUtf8) {
   EXPECT_EQ(ConsoleTextToUtf8("Příkaz"), "Příkaz");
   std::string every_byte;
-  for (int byte = 255; byte >= 0; --byte) every_byte += static_cast<char>(byte);
+  for (int value = 255; value >= 0; --value) every_byte += static_cast<char>(value);
   const std::string converted = ConsoleTextToUtf8(every_byte);
   EXPECT_TRUE(IsValidUtf8(converted));
   EXPECT_NE(converted.find("abcdef"), std::string::npos) << "ASCII is the same in every OEM code page";
