@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+struct DiskUsage {
+  std::wstring drive;  // "C:"
+  uint64_t total_bytes = 0;
+  uint64_t free_bytes = 0;
+  uint64_t used_bytes = 0;
+};
+
+struct Battery {
+  bool present = false;  // there is one and it reports
+  bool charging = false;
+  int32_t percent = 0;      // 255: unknown
+  int32_t life_time_s = -1;  // -1: unknown
+  bool saver_mode = false;
+};
+
+struct TelemetrySample {
+  double cpu = 0;       // percent since the previous sample
+  double ram_load = 0;  // percent
+  double ram_total_gb = 0;
+  double ram_used_gb = 0;
+  std::vector<DiskUsage> disks;  // fixed drives, in the system's order
+  double download = 0;           // 2^20 bits per second since the previous sample
+  double upload = 0;
+  std::wstring network_adapter;  // friendly name, or "No Active Adapter"
+  Battery battery;
+  double cpu_temp = 0;  // degrees Celsius, estimated from the load; no sensor is read
+  double gpu_temp = 0;
+};
+
+// Times of all processors since the start, in 100 ns; kernel time includes idle time.
+struct CpuTimes {
+  uint64_t idle = 0, kernel = 0, user = 0;
+};
+
+// Load in percent between two readings; 0 when there is no earlier one (idle 0) or no time has passed.
+double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now);
+
+// Octets over all interfaces at a time of the system's tick count.
+struct NetworkCounters {
+  uint64_t received = 0, sent = 0, time_ms = 0;
+};
+
+struct NetworkRates {
+  double download = 0, upload = 0;  // 2^20 bits per second
+};
+
+// Rates between two readings; 0 when there is no earlier one (time 0) or no time has passed, and for a counter that went backwards.
+NetworkRates RatesBetween(const NetworkCounters& previous, const NetworkCounters& now);
+
+// From the fields of SYSTEM_POWER_STATUS, as the system reports them.
+Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s, uint8_t system_status_flag);
+
+// True for the operational status and interface type (IANA numbers) of an adapter that is up and is neither loopback nor tunnel.
+bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type);
+
+double EstimateCpuTemperature(double load_percent);
+double EstimateGpuTemperature(double load_percent);
+
+// The page's telemetry message.
+nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample);
