@@ -26,8 +26,8 @@ nlohmann::json FailedServiceReply(std::string_view error);
 // JSON (invalid UTF-8 and lone surrogates included, so every parsed reply can be serialised again). Never throws.
 nlohmann::json ParseServiceReply(std::string_view line);
 
-// A member of a reply; `fallback` when the reply is no object, has no such member, or it is of another type. Numbers convert
-// between each other only where the value fits.
+// A member of a reply; `fallback` when the reply is no object, has no such member, or it is of another type (for a count: anything but
+// a whole number from 0 on).
 bool ReplyFlag(const nlohmann::json& reply, const char* name, bool fallback);
 uint64_t ReplyCount(const nlohmann::json& reply, const char* name, uint64_t fallback);
 std::string ReplyText(const nlohmann::json& reply, const char* name, std::string_view fallback);

@@ -1,0 +1,55 @@
+#include "exec/command_runner_win.h"
+
+#include "exec/hidden_process_win.h"
+
+namespace {
+
+constexpr DWORD kChunkBytes = 4095;
+constexpr DWORD kHangTimeoutMs = 10'000;
+
+void Trace(const std::wstring& text) { OutputDebugStringW((L"[Varnel Debug] " + text + L"\n").c_str()); }
+
+}  // namespace
+
+CmdResult ExecuteCmd(const std::wstring& command) {
+  Trace(L"ExecuteCmd starting for: " + command);
+  CmdResult result;
+  std::optional<OutputPipe> pipe = CreateOutputPipe();
+  if (!pipe) {
+    Trace(L"CreatePipe failed!");
+    return result;
+  }
+
+  Trace(L"Calling CreateProcessW...");
+  const HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
+  if (!child.process) {
+    result.error = child.error;
+    Trace(L"CreateProcessW failed. Error code: " + std::to_wstring(result.error));
+    pipe->write.release();  // By design only the read end is closed when nothing was started.
+    return result;
+  }
+  Trace(L"CreateProcessW succeeded. Closing write pipe handle...");
+  pipe->write.reset();  // Otherwise the read end would never reach its end.
+
+  Trace(L"Reading stdout pipe loop starting...");
+  ReadChunks(pipe->read.get(), kChunkBytes, [&](std::string_view chunk) { result.output += UpToZero(chunk); });
+
+  Trace(L"ReadFile loop finished. Waiting for process to terminate...");
+  if (WaitForSingleObject(child.process.get(), kHangTimeoutMs) == WAIT_TIMEOUT) {
+    Trace(L"Process hung! Terminating process...");
+    TerminateProcess(child.process.get(), 1);
+  } else {
+    Trace(L"Process finished. Getting exit code...");
+  }
+  DWORD exit_code = 0;
+  GetExitCodeProcess(child.process.get(), &exit_code);
+  result.exit_code = exit_code;
+  result.started = true;
+  Trace(L"ExecuteCmd finished. Exit code: " + std::to_wstring(exit_code));
+  return result;
+}
+
+bool TerminateProcessById(uint32_t pid) {
+  const KernelHandle process(OpenProcess(PROCESS_TERMINATE, FALSE, pid));
+  return process && TerminateProcess(process.get(), 0);
+}

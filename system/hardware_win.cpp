@@ -1,0 +1,79 @@
+#include "system/hardware_win.h"
+
+#include "base/handle_win.h"
+
+#include <dxgi.h>
+#include <sysinfoapi.h>
+#include <wrl/client.h>
+
+#include "base/registry_win.h"
+
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+bool IsElevated() {
+  KernelHandle token;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.put())) return false;
+  TOKEN_ELEVATION elevation = {};
+  DWORD size = 0;
+  return GetTokenInformation(token.get(), TokenElevation, &elevation, sizeof(elevation), &size) &&
+         elevation.TokenIsElevated != 0;
+}
+
+std::wstring ReadPrimaryAdapterName() {
+  DISPLAY_DEVICEW device = {};
+  device.cb = sizeof(device);
+  for (DWORD i = 0; EnumDisplayDevicesW(nullptr, i, &device, 0); ++i)
+    if (device.StateFlags & DISPLAY_DEVICE_PRIMARY_DEVICE) return device.DeviceString;
+  return L"Unknown GPU";
+}
+
+// Of the first adapter, which need not be the primary display's.
+std::optional<uint64_t> ReadDedicatedVideoMemory() {
+  ComPtr<IDXGIFactory> factory;
+  if (FAILED(CreateDXGIFactory(IID_PPV_ARGS(&factory))) || !factory) return std::nullopt;
+  ComPtr<IDXGIAdapter> adapter;
+  if (FAILED(factory->EnumAdapters(0, &adapter)) || !adapter) return std::nullopt;
+  DXGI_ADAPTER_DESC description = {};
+  if (FAILED(adapter->GetDesc(&description))) return std::nullopt;
+  return description.DedicatedVideoMemory;
+}
+
+MemoryModules ReadMemoryModules() {
+  constexpr DWORD kRawSmbios = 0x52534D42;  // 'RSMB'
+  const UINT size = GetSystemFirmwareTable(kRawSmbios, 0, nullptr, 0);
+  if (size < 9) return {};
+  std::string table(size, '\0');
+  if (GetSystemFirmwareTable(kRawSmbios, 0, table.data(), size) != size) return {};
+  return ParseMemoryModules(table);
+}
+
+void CollectMemory(HardwareSpecs& specs) {
+  ULONGLONG installed_kb = 0;
+  if (!GetPhysicallyInstalledSystemMemory(&installed_kb)) installed_kb = 0;
+  MEMORYSTATUSEX status = {};
+  status.dwLength = sizeof(status);
+  const uint64_t visible_bytes = GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
+  const int32_t total_gb = InstalledGigabytes(installed_kb, visible_bytes);
+  specs.ram = FormatMemory(total_gb, ReadMemoryModules());
+  specs.ram_tooltip = FormatMemoryTooltip(total_gb, installed_kb, visible_bytes);
+}
+
+}  // namespace
+
+HardwareSpecs CollectHardwareSpecs() {
+  constexpr const wchar_t* kProcessor = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
+  constexpr const wchar_t* kBios = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
+  constexpr const wchar_t* kWindows = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  auto read = [](const wchar_t* path, const wchar_t* value) { return ReadRegistryString(HKEY_LOCAL_MACHINE, path, value); };
+
+  HardwareSpecs specs;
+  specs.is_admin = IsElevated();
+  specs.cpu = read(kProcessor, L"ProcessorNameString");
+  specs.gpu = FormatGpu(ReadPrimaryAdapterName(), ReadDedicatedVideoMemory());
+  CollectMemory(specs);
+  specs.motherboard = FormatBoard(read(kBios, L"BaseBoardManufacturer"), read(kBios, L"BaseBoardProduct"));
+  specs.os = FormatOs(read(kWindows, L"ProductName"), read(kWindows, L"CurrentBuild"), read(kWindows, L"DisplayVersion"));
+  return specs;
+}

@@ -1,0 +1,126 @@
+#include "system/telemetry_win.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <iphlpapi.h>
+
+#include "base/page.h"
+
+namespace {
+
+constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
+
+// Never reset; see SampleTelemetry.
+CpuTimes g_previous_cpu;
+NetworkCounters g_previous_network;
+
+uint64_t ToTicks(const FILETIME& time) { return static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime; }
+
+double SampleCpuLoad() {
+  FILETIME idle = {}, kernel = {}, user = {};
+  if (!GetSystemTimes(&idle, &kernel, &user)) return 0;
+  const CpuTimes now = {ToTicks(idle), ToTicks(kernel), ToTicks(user)};
+  const double load = CpuLoadPercent(g_previous_cpu, now);
+  g_previous_cpu = now;
+  return load;
+}
+
+void SampleMemory(TelemetrySample& sample) {
+  MEMORYSTATUSEX status = {};
+  status.dwLength = sizeof(status);
+  if (!GlobalMemoryStatusEx(&status)) return;
+  sample.ram_load = status.dwMemoryLoad;
+  sample.ram_total_gb = static_cast<double>(status.ullTotalPhys) / kGigabyte;
+  sample.ram_used_gb = static_cast<double>(status.ullTotalPhys - status.ullAvailPhys) / kGigabyte;
+}
+
+std::vector<DiskUsage> SampleDisks() {
+  std::vector<DiskUsage> disks;
+  constexpr DWORD kUnits = 256;
+  wchar_t roots[kUnits] = {};
+  const DWORD length = GetLogicalDriveStringsW(kUnits, roots);
+  if (length < 1 || length >= kUnits) return disks;
+  for (const wchar_t* next = roots; *next != L'\0';) {
+    const std::wstring root = next;
+    next += root.size() + 1;
+    ULARGE_INTEGER total = {}, free = {};
+    if (GetDriveTypeW(root.c_str()) != DRIVE_FIXED || !GetDiskFreeSpaceExW(root.c_str(), nullptr, &total, &free)) continue;
+    const std::wstring drive = root.ends_with(L'\\') ? root.substr(0, root.size() - 1) : root;
+    disks.push_back({drive, total.QuadPart, free.QuadPart, total.QuadPart - free.QuadPart});
+  }
+  return disks;
+}
+
+// Octets of every interface but the loopback; zero when the table cannot be read. The system's counters have 32 bits.
+NetworkCounters ReadNetworkCounters() {
+  NetworkCounters counters;
+  counters.time_ms = GetTickCount64();
+  ULONG size = 0;
+  if (GetIfTable(nullptr, &size, FALSE) != ERROR_INSUFFICIENT_BUFFER) return counters;
+  std::vector<BYTE> buffer(size);
+  const auto* table = reinterpret_cast<const MIB_IFTABLE*>(buffer.data());
+  if (GetIfTable(reinterpret_cast<MIB_IFTABLE*>(buffer.data()), &size, FALSE) != NO_ERROR) return counters;
+  for (DWORD i = 0; i < table->dwNumEntries; ++i) {
+    const MIB_IFROW& row = table->table[i];
+    if (row.dwType == IF_TYPE_SOFTWARE_LOOPBACK) continue;
+    counters.received += row.dwInOctets;
+    counters.sent += row.dwOutOctets;
+  }
+  return counters;
+}
+
+NetworkRates SampleNetworkRates() {
+  const NetworkCounters now = ReadNetworkCounters();
+  const NetworkRates rates = RatesBetween(g_previous_network, now);
+  g_previous_network = now;
+  return rates;
+}
+
+// The battery saver byte is called Reserved1 in older headers.
+template <typename PowerStatus>
+BYTE SystemStatusFlag(const PowerStatus& status) {
+  if constexpr (requires { status.SystemStatusFlag; })
+    return status.SystemStatusFlag;
+  else
+    return status.Reserved1;
+}
+
+Battery SampleBattery() {
+  SYSTEM_POWER_STATUS status = {};
+  if (!GetSystemPowerStatus(&status)) return {};
+  return DescribeBattery(status.BatteryFlag, status.BatteryLifePercent, status.BatteryLifeTime, SystemStatusFlag(status));
+}
+
+}  // namespace
+
+std::wstring FindActiveAdapterName() {
+  constexpr const wchar_t* kNone = L"No Active Adapter";
+  constexpr ULONG kFlags =
+      GAA_FLAG_SKIP_UNICAST | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST | GAA_FLAG_SKIP_DNS_SERVER;
+  ULONG size = 0;
+  if (GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, nullptr, &size) != ERROR_BUFFER_OVERFLOW) return kNone;
+  std::vector<BYTE> buffer(size);
+  auto* adapter = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data());
+  if (GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, adapter, &size) != NO_ERROR) return kNone;
+  for (; adapter != nullptr; adapter = adapter->Next)
+    if (IsActiveAdapter(static_cast<uint32_t>(adapter->OperStatus), adapter->IfType)) return adapter->FriendlyName;
+  return kNone;
+}
+
+TelemetrySample SampleTelemetry() {
+  TelemetrySample sample;
+  sample.cpu = SampleCpuLoad();
+  SampleMemory(sample);
+  sample.disks = SampleDisks();
+  const NetworkRates rates = SampleNetworkRates();
+  sample.download = rates.download;
+  sample.upload = rates.upload;
+  sample.network_adapter = FindActiveAdapterName();
+  sample.battery = SampleBattery();
+  sample.cpu_temp = EstimateCpuTemperature(sample.cpu);
+  sample.gpu_temp = EstimateGpuTemperature(sample.cpu);
+  return sample;
+}
+
+void getTelemetry(int request_id) { PostJsonToJs(BuildTelemetry(request_id, SampleTelemetry()).dump()); }
