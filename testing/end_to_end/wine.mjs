@@ -1,0 +1,85 @@
+// The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
+import { spawn, execFile } from 'node:child_process';
+import { once } from 'node:events';
+import { cp, mkdir, mkdtemp, rm } from 'node:fs/promises';
+import { existsSync } from 'node:fs';
+import { join, basename } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { promisify } from 'node:util';
+
+export const root = fileURLToPath(new URL('../..', import.meta.url));
+export const buildFolder = process.env.VARNEL_BUILD ?? join(root, 'build/mingw');
+export const prefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ?? join(root, 'build/wine');
+export const driveC = join(prefix, 'drive_c');
+
+const runFile = promisify(execFile);
+let display;  // the Xvfb process, when it is ours
+
+// A virtual display on a free number, unless there is a display and the caller wants to be seen.
+async function ensureDisplay({ visible }) {
+  if (display || (visible && process.env.DISPLAY)) return;
+  display = spawn('Xvfb', ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'],
+    { stdio: ['ignore', 'ignore', 'ignore', 'pipe'] });
+  const [number] = await Promise.race([
+    once(display.stdio[3], 'data'),
+    once(display, 'exit').then(() => { throw new Error('Xvfb did not start'); }),
+  ]);
+  process.env.DISPLAY = `:${String(number).trim()}`;
+}
+
+export function wineEnvironment(extra = {}) {
+  return {
+    ...process.env, WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=', LC_ALL: 'C.UTF-8', ...extra,
+  };
+}
+
+export async function prepareWine({ visible = false } = {}) {
+  await ensureDisplay({ visible });
+  if (existsSync(join(prefix, 'system.reg'))) return;
+  await mkdir(prefix, { recursive: true });
+  await runFile('wineboot', ['-u'], { env: wineEnvironment() });
+}
+
+// Ends every process of the prefix, and the display when it is ours.
+export async function endWine() {
+  await runFile('wineserver', ['-k'], { env: wineEnvironment() }).catch(() => {});
+  if (!display) return;
+  display.kill();
+  await once(display, 'exit');
+  display = undefined;
+}
+
+// A folder on drive C that is gone after remove(). `windows` and `unix` are its two names.
+export async function makeFolder(name = 'varnel-test-') {
+  await mkdir(driveC, { recursive: true });
+  const unix = await mkdtemp(join(driveC, name));
+  return { unix, windows: `C:\\${basename(unix)}`, remove: () => rm(unix, { recursive: true, force: true }) };
+}
+
+// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it.
+export function unixPath(windowsPath) {
+  const [, drive, rest] = /^([CZ]):\\?(.*)$/i.exec(windowsPath) ?? [];
+  if (!drive) throw new Error(`not a path of drive C or Z: ${windowsPath}`);
+  return join(drive.toUpperCase() === 'C' ? driveC : '/', rest.replaceAll('\\', '/'));
+}
+
+export function startInPrefix(program, args = [], { env = {}, ...options } = {}) {
+  return spawn('wine', [program, ...args], { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), ...options });
+}
+
+// Runs a Windows program to its end: {code, stdout}. Programs of Windows by bare name, stand-ins by path.
+export async function runInPrefix(program, args = [], options = {}) {
+  const child = startInPrefix(program, args, options);
+  child.stdin.end();
+  let stdout = '';
+  child.stdout.setEncoding('utf8').on('data', (text) => { stdout += text; });
+  const [code] = await once(child, 'close');
+  return { code, stdout: stdout.replaceAll('\r\n', '\n') };
+}
+
+export const standIn = (name) => join(buildFolder, 'stand_ins', name);
+
+export async function copyInto(folder, files) {
+  await mkdir(folder, { recursive: true });
+  for (const [name, source] of Object.entries(files)) await cp(source, join(folder, name));
+}
