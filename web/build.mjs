@@ -1,0 +1,65 @@
+// Builds the page: node build.mjs [--out DIR]
+// Writes index.html, css/style.css, js/app.js, app.png and app.ico, and fails when one of them outgrows its budget.
+import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { dirname, join, resolve } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { build } from 'esbuild';
+import { lucide } from './lucide.mjs';
+
+const web = dirname(fileURLToPath(import.meta.url));
+const at = (...parts) => join(web, ...parts);
+const out_flag = process.argv.indexOf('--out');
+const out = resolve(out_flag > 0 ? process.argv[out_flag + 1] : at('dist'));
+
+const kBudgets = { 'index.html': 4_000, 'css/style.css': 30_000, 'js/app.js': 120_000 };
+
+// The licences of what is compiled into the script travel with it.
+const notices = ['preact', 'lucide-static'].map(
+  (name) => `/*! ${name}\n${readFileSync(at('node_modules', name, 'LICENSE'), 'utf8').trim()}\n*/`,
+);
+
+async function bundle(entry, options = {}) {
+  const result = await build({
+    entryPoints: [at(entry)],
+    bundle: true,
+    minify: true,
+    charset: 'utf8',
+    write: false,
+    target: 'es2022',
+    legalComments: 'none',
+    logLevel: 'warning',
+    ...options,
+  });
+  return result.outputFiles[0].contents;
+}
+
+const { version } = JSON.parse(readFileSync(at('package.json'), 'utf8'));
+const files = {
+  'index.html': readFileSync(at('src/index.html')),
+  'css/style.css': await bundle('styles/style.css'),
+  'js/app.js': await bundle('src/main.tsx', {
+    format: 'iife',
+    jsx: 'automatic',
+    jsxImportSource: 'preact',
+    define: { VARNEL_VERSION: JSON.stringify(version) },
+    footer: { js: notices.join('\n') },
+    plugins: [lucide],
+  }),
+  'app.png': readFileSync(at('icons/app.png')),
+  'app.ico': readFileSync(at('icons/app.ico')),
+};
+
+let too_big = false;
+for (const [name, bytes] of Object.entries(files)) {
+  const budget = kBudgets[name];
+  const over = budget !== undefined && bytes.length > budget;
+  too_big ||= over;
+  console.log(`${name.padEnd(14)} ${String(bytes.length).padStart(7)} B${budget ? ` of ${budget}` : ''}${over ? '  OVER BUDGET' : ''}`);
+}
+if (too_big) process.exit(1);
+
+for (const [name, bytes] of Object.entries(files)) {
+  const path = join(out, name);
+  mkdirSync(dirname(path), { recursive: true });
+  writeFileSync(path, bytes);
+}

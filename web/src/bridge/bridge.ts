@@ -1,0 +1,98 @@
+import { isRecord } from '../lib/shape.ts';
+import { messages, replies, type Action, type DataOf, type Message, type MessageType, type Reply } from './protocol.ts';
+
+/** The browser control's end of the line: texts go out, parsed JSON comes in. */
+export interface WebView {
+  postMessage(text: string): void;
+  addEventListener(type: 'message', listener: (event: { data: unknown }) => void): void;
+}
+
+/** Why a request failed: no host, no answer in time, an answer of the wrong shape, or the host's own refusal. */
+export type FailureKind = 'absent' | 'timeout' | 'malformed' | 'refused';
+
+export class BridgeError extends Error {
+  constructor(
+    readonly kind: FailureKind,
+    /** The host's words, when it gave any. */
+    readonly reason = '',
+  ) {
+    super(`${kind}: ${reason}`);
+  }
+}
+
+const kDefaultTimeoutMs = 30_000;
+
+interface Pending {
+  type: MessageType;
+  resolve(message: never): void;
+  reject(error: BridgeError): void;
+  timer: ReturnType<typeof setTimeout>;
+}
+
+export class Bridge {
+  #web_view: WebView | undefined;
+  #last_id = 0;
+  #pending = new Map<number, Pending>();
+  #listeners = new Map<string, Set<(message: never) => void>>();
+
+  constructor(web_view: WebView | undefined) {
+    this.#web_view = web_view;
+    web_view?.addEventListener('message', (event) => this.#receive(event.data));
+  }
+
+  /** Asks and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
+  request<A extends Action>(action: A, data?: DataOf<A>, timeout_ms = kDefaultTimeoutMs): Promise<Reply<A>> {
+    return this.#ask(action, { data: data ?? {} }, timeout_ms);
+  }
+
+  /** Opens an address with the system's own program. The host reads `url` beside `action`, not inside `data`. */
+  openUrl(url: string): Promise<Reply<'openUrl'>> {
+    return this.#ask('openUrl', { url, data: {} }, kDefaultTimeoutMs);
+  }
+
+  /** Listens to every message of one type, also to replies. Returns the function that stops listening. */
+  on<T extends MessageType>(type: T, listener: (message: Message<T>) => void): () => void {
+    const listeners = this.#listeners.get(type) ?? new Set();
+    this.#listeners.set(type, listeners.add(listener));
+    return () => listeners.delete(listener);
+  }
+
+  #ask<A extends Action>(action: A, members: Record<string, unknown>, timeout_ms: number): Promise<Reply<A>> {
+    const web_view = this.#web_view;
+    if (!web_view) return Promise.reject(new BridgeError('absent'));
+    const requestId = ++this.#last_id;
+    return new Promise((resolve, reject) => {
+      const timer = setTimeout(() => this.#take(requestId)?.reject(new BridgeError('timeout')), timeout_ms);
+      this.#pending.set(requestId, { type: replies[action], resolve, reject, timer });
+      web_view.postMessage(JSON.stringify({ action, requestId, ...members }));
+    });
+  }
+
+  #take(request_id: unknown): Pending | undefined {
+    const pending = this.#pending.get(request_id as number);
+    if (pending) {
+      clearTimeout(pending.timer);
+      this.#pending.delete(request_id as number);
+    }
+    return pending;
+  }
+
+  #receive(message: unknown) {
+    if (!isRecord(message)) return;
+    const type = String(message.type);
+    const fits = Object.hasOwn(messages, type) && messages[type as MessageType](message as unknown);
+
+    const pending = this.#take(message.requestId);
+    if (pending) {
+      if (message.success !== true) {
+        const reason = [message.message, message.error].find((word) => typeof word === 'string' && word !== '');
+        pending.reject(new BridgeError('refused', reason as string | undefined));
+      } else if (fits && type === pending.type) {
+        pending.resolve(message as never);
+      } else {
+        pending.reject(new BridgeError('malformed', type));
+      }
+    }
+    if (fits) for (const listener of [...(this.#listeners.get(type) ?? [])]) listener(message as never);
+  }
+}

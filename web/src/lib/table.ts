@@ -1,0 +1,113 @@
+// The table's rules, without a screen: order, filter, selection, window, copy.
+
+export type CellValue = string | number | boolean | null | undefined;
+
+export interface Sort {
+  column: string;
+  descending: boolean;
+}
+
+/** A new array in order of `value`; rows without a value come last in both directions, equal rows keep their order. */
+export function sortRows<Row>(rows: readonly Row[], value: (row: Row) => CellValue, descending: boolean, locale: string): Row[] {
+  const collator = new Intl.Collator(locale, { numeric: true, sensitivity: 'base' });
+  const direction = descending ? -1 : 1;
+  const missing = (v: CellValue) => v === null || v === undefined || v === '' || Number.isNaN(v);
+  return rows
+    .map((row) => ({ row, key: value(row) }))
+    .sort((a, b) => {
+      if (missing(a.key) || missing(b.key)) return Number(missing(a.key)) - Number(missing(b.key));
+      const order =
+        typeof a.key === 'string' || typeof b.key === 'string'
+          ? collator.compare(String(a.key), String(b.key))
+          : Number(a.key) - Number(b.key);
+      return order * direction;
+    })
+    .map(({ row }) => row);
+}
+
+/** Lower case without accents: "Čištění" is found by "cisteni". */
+function fold(text: string): string {
+  return text.normalize('NFD').replace(/\p{M}/gu, '').toLowerCase();
+}
+
+/** Rows in which every word of the query occurs in some cell. */
+export function filterRows<Row>(rows: readonly Row[], query: string, texts: (row: Row) => string[]): readonly Row[] {
+  const words = fold(query).split(/\s+/).filter(Boolean);
+  if (words.length === 0) return rows;
+  return rows.filter((row) => {
+    const cells = texts(row).map(fold);
+    return words.every((word) => cells.some((cell) => cell.includes(word)));
+  });
+}
+
+export type Key = string | number;
+
+export interface Selection {
+  keys: ReadonlySet<Key>;
+  /** The row that the keyboard acts on. */
+  active: Key | undefined;
+  /** Where a range begins. */
+  anchor: Key | undefined;
+}
+
+export const kNoSelection: Selection = { keys: new Set(), active: undefined, anchor: undefined };
+
+export interface Modifiers {
+  shift: boolean;
+  ctrl: boolean;
+}
+
+/** A click on a row, or a key that moves to it: plain selects it alone, Ctrl adds or takes away, Shift extends from the anchor. */
+export function select(selection: Selection, order: readonly Key[], key: Key, { shift, ctrl }: Modifiers): Selection {
+  const from = selection.anchor === undefined ? -1 : order.indexOf(selection.anchor);
+  if (shift && from >= 0) {
+    const to = order.indexOf(key);
+    const range = order.slice(Math.min(from, to), Math.max(from, to) + 1);
+    return { keys: new Set(ctrl ? [...selection.keys, ...range] : range), active: key, anchor: selection.anchor };
+  }
+  if (ctrl) return toggle(selection, key);
+  return { keys: new Set([key]), active: key, anchor: key };
+}
+
+export function toggle(selection: Selection, key: Key): Selection {
+  const keys = new Set(selection.keys);
+  if (!keys.delete(key)) keys.add(key);
+  return { keys, active: key, anchor: key };
+}
+
+/** After new data: keys of rows that are gone are dropped. */
+export function keepExisting(selection: Selection, order: readonly Key[]): Selection {
+  const there = new Set(order);
+  const known = (key: Key | undefined) => (key !== undefined && there.has(key) ? key : undefined);
+  const keys = new Set([...selection.keys].filter((key) => there.has(key)));
+  const active = known(selection.active);
+  const anchor = known(selection.anchor);
+  const same = keys.size === selection.keys.size && active === selection.active && anchor === selection.anchor;
+  return same ? selection : { keys, active, anchor };
+}
+
+/** The index that a key moves to from `index` (-1: none yet), or undefined when the key does not move. */
+export function moveTo(key: string, index: number, count: number, page: number): number | undefined {
+  const last = count - 1;
+  const target = {
+    ArrowDown: index + 1,
+    ArrowUp: index < 0 ? last : index - 1,
+    Home: 0,
+    End: last,
+    PageDown: Math.max(index, 0) + page,
+    PageUp: index - page,
+  }[key];
+  return target === undefined || count === 0 ? undefined : Math.min(Math.max(target, 0), last);
+}
+
+/** The rows to draw, [first, end), for a scroll position. All measures in pixels. */
+export function visibleRange(scroll_top: number, viewport: number, row_height: number, count: number, margin: number) {
+  const first = Math.max(0, Math.min(Math.floor(scroll_top / row_height) - margin, count - 1));
+  const end = Math.min(count, Math.ceil((scroll_top + viewport) / row_height) + margin);
+  return { first, end: Math.max(first, end) };
+}
+
+/** Tab-separated lines; tabs and line ends inside a cell become blanks, so that every row keeps its columns. */
+export function toTsv(rows: readonly (readonly string[])[]): string {
+  return rows.map((cells) => cells.map((cell) => cell.replace(/[\t\r\n]+/g, ' ')).join('\t')).join('\r\n');
+}

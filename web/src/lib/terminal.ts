@@ -1,0 +1,46 @@
+// The terminal pane's lines.
+
+export interface Line {
+  id: number;
+  text: string;
+  style: string;
+  is_progress: boolean;
+}
+
+export interface Incoming {
+  text: string;
+  /** Class of the line; letters, digits and hyphens, "system-line" when empty. */
+  style?: string;
+  /** The tool ended the line with a bare or preceding carriage return, so it may be a redraw of the one before. */
+  is_progress?: boolean;
+}
+
+const kMaxLines = 2000;
+
+const redraw_looks = [
+  /[█▉▊▋▌▍▎▏▒░■]/, // progress bar
+  /^\s*[-\\|/]\s*$/, // spinner
+  /\d+([.,]\d+)?\s*%/,
+  /\d+([.,]\d+)?\s*[kKMGT]?i?B\s*\/\s*\d+([.,]\d+)?\s*[kKMGT]?i?B/, // 12.0 MB / 80.1 MB
+];
+
+export function looksLikeRedraw(text: string): boolean {
+  return redraw_looks.some((look) => look.test(text));
+}
+
+/**
+ * Appends lines, the oldest falling out beyond the limit. A progress line takes the place of the one before it only when
+ * both look like a redraw: tools end ordinary lines with CR LF too, and those are marked as progress as well.
+ */
+export function appendLines(lines: readonly Line[], incoming: readonly Incoming[]): Line[] {
+  const next = lines.slice();
+  for (const { text, style = '', is_progress = false } of incoming) {
+    const before = next.at(-1);
+    const replaces =
+      is_progress && before?.is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text);
+    const id = replaces ? before.id : (before?.id ?? 0) + 1;
+    if (replaces) next.pop();
+    next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', is_progress });
+  }
+  return next.slice(-kMaxLines);
+}

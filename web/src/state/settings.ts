@@ -1,0 +1,34 @@
+import { host } from '../bridge/host.ts';
+import { changeSettings, readSettings, type Settings } from '../lib/settings.ts';
+import { createSource } from '../lib/source.ts';
+import { t } from '../text/text.ts';
+import { errorText } from '../ui/error_text.ts';
+import { toast, type ToastAction } from '../ui/toast.tsx';
+
+/** The stored document as it is; `undefined` inside while it has not arrived. */
+export const settingsDocument = createSource(async () => ({ value: (await host.request('getSettings')).settings }));
+
+export function currentSettings(): Settings {
+  return readSettings(settingsDocument.get().data?.value);
+}
+
+// One save at a time, in the order of the changes: each one stores the whole document.
+let last_save: Promise<unknown> = Promise.resolve();
+
+/** Takes effect at once, then is stored and confirmed by a toast; a failed save is undone. */
+export function saveSettings(changes: Partial<Settings>, confirmation?: { text: string; action?: ToastAction }) {
+  const before = settingsDocument.get().data;
+  // Without the stored document a save would wipe the keys that nobody has read.
+  if (!before) return;
+  const value = changeSettings(before.value, changes);
+  settingsDocument.put({ value });
+  last_save = last_save.then(async () => {
+    try {
+      await host.request('saveSettings', value);
+      toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
+    } catch (error) {
+      if (settingsDocument.get().data?.value === value) settingsDocument.put(before);
+      toast(t('settings.saveFailed', { reason: errorText(error) }), { error: true });
+    }
+  });
+}

@@ -1,0 +1,39 @@
+import { host } from '../bridge/host.ts';
+import type { Message } from '../bridge/protocol.ts';
+import type { Point } from '../lib/series.ts';
+import { createSource, type Source } from '../lib/source.ts';
+
+export const kTelemetryPeriodMs = 3000;
+export const kHistoryMs = 120_000;
+
+export type Rates = Record<'cpu' | 'download' | 'upload', Point[]>;
+
+export interface Telemetry {
+  sample: Message<'telemetry'>;
+  /** Load and rates are differences between two samples: the first sample of a page has none yet. */
+  rates: Rates;
+}
+
+// The host needs a previous sample; the page's own first one may span any time at all.
+let first = true;
+
+export const telemetry: Source<Telemetry> = createSource(takeSample);
+
+async function takeSample(): Promise<Telemetry> {
+  const sample = await host.request('getTelemetry', undefined, 10_000);
+  const rates: Rates = telemetry.get().data?.rates ?? { cpu: [], download: [], upload: [] };
+  if (first) {
+    first = false;
+    return { sample, rates };
+  }
+  const at = Date.now();
+  const extend = (points: Point[], value: number) => [...points.filter((point) => at - point.at <= kHistoryMs), { at, value }];
+  return {
+    sample,
+    rates: {
+      cpu: extend(rates.cpu, sample.cpu),
+      download: extend(rates.download, sample.download),
+      upload: extend(rates.upload, sample.upload),
+    },
+  };
+}

@@ -1,0 +1,48 @@
+// Figures as people read them, in the chosen language.
+import { cached, formatNumber, locale, t } from './text.ts';
+
+export const kNothing = '—';
+const kNbsp = '\u00a0';
+
+const units = ['B', 'kB', 'MB', 'GB', 'TB', 'PB'];
+
+/** Bytes in the largest unit that gives at least 1; a unit is 1024 of the one before it. */
+export function formatBytes(bytes: number): string {
+  let value = bytes;
+  let unit = 0;
+  // 999.5 would print as 1000: that figure is shorter in the next unit.
+  while (Math.abs(value) >= 999.5 && unit < units.length - 1) {
+    value /= 1024;
+    unit++;
+  }
+  const digits = unit === 0 ? 0 : Math.abs(value) < 9.995 ? 2 : Math.abs(value) < 99.95 ? 1 : 0;
+  return formatNumber(value, digits) + kNbsp + units[unit];
+}
+
+/** 0 to 100. */
+export function formatPercent(percent: number): string {
+  return cached('percent', () => new Intl.NumberFormat(locale(), { style: 'percent' })).format(percent / 100);
+}
+
+/** 2^20 bits per second. */
+export function formatRate(rate: number): string {
+  return formatNumber(rate, 2) + kNbsp + 'Mb/s';
+}
+
+export function formatTemperature(celsius: number): string {
+  return formatNumber(celsius) + kNbsp + '°C';
+}
+
+/** Whole minutes, rounded down: "2 h 05 min". */
+export function formatDuration(seconds: number): string {
+  const minutes = Math.floor(seconds / 60);
+  const hours = Math.floor(minutes / 60);
+  return hours > 0
+    ? t('duration.hours', { hours, minutes: String(minutes % 60).padStart(2, '0') })
+    : t('duration.minutes', { minutes });
+}
+
+/** Milliseconds since the epoch as a time of day. */
+export function formatTime(time: number): string {
+  return cached('time', () => new Intl.DateTimeFormat(locale(), { timeStyle: 'medium' })).format(time);
+}

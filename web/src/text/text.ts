@@ -1,0 +1,58 @@
+// Texts in the chosen language, with their numbers and plurals formatted by Intl.
+import { cs } from './cs.ts';
+import { en } from './en.ts';
+
+export const languages = { cs: 'Čeština', en: 'English' } as const;
+export type Language = keyof typeof languages;
+
+type Category = 'one' | 'few' | 'many' | 'other';
+/** A text that depends on the number `{n}`. */
+export type Plural = { other: string } & Partial<Record<Category, string>>;
+
+export type TextKey = keyof typeof cs;
+/** What a translation has to provide: the same keys, plural where Czech is plural. */
+export type Texts = { [K in TextKey]: (typeof cs)[K] extends string ? string : Plural };
+
+type Holes<S> = S extends `${string}{${infer Name}}${infer Rest}` ? Name | Holes<Rest> : never;
+type HolesOf<K extends TextKey> = Holes<(typeof cs)[K] extends { other: infer S } ? S : (typeof cs)[K]>;
+type Args<K extends TextKey> = [HolesOf<K>] extends [never] ? [] : [values: Record<HolesOf<K>, string | number>];
+
+export const tables: Record<Language, Texts> = { cs, en };
+const locales: Record<Language, string> = { cs: 'cs-CZ', en: 'en-GB' };
+
+let language: Language = 'cs';
+
+export function setLanguage(next: Language) {
+  language = next;
+}
+
+export function locale(): string {
+  return locales[language];
+}
+
+// Making an Intl object is slow, using it is not.
+const cache = new Map<string, unknown>();
+export function cached<T>(name: string, make: () => T): T {
+  const key = `${language} ${name}`;
+  if (!cache.has(key)) cache.set(key, make());
+  return cache.get(key) as T;
+}
+
+export function formatNumber(value: number, digits = 0): string {
+  const format = cached(`number ${digits}`, () => {
+    return new Intl.NumberFormat(locale(), { minimumFractionDigits: digits, maximumFractionDigits: digits });
+  });
+  return format.format(value);
+}
+
+/** The text of a key; `{name}` is replaced by the value of that name, and `{n}` chooses the plural form. */
+export function t<K extends TextKey>(key: K, ...args: Args<K>): string {
+  const values: Record<string, string | number> = args[0] ?? {};
+  const entry: string | Plural = tables[language][key];
+  const rules = cached('plural', () => new Intl.PluralRules(locale()));
+  const pattern = typeof entry === 'string' ? entry : (entry[rules.select(Number(values.n)) as Category] ?? entry.other);
+  return pattern.replace(/\{(\w+)\}/g, (hole, name: string) => {
+    const value = values[name];
+    return value === undefined ? hole : typeof value === 'number' ? formatNumber(value) : value;
+  });
+}

@@ -1,0 +1,24 @@
+import type { ComponentChildren } from 'preact';
+import { useId } from 'preact/hooks';
+
+interface Props {
+  title: string;
+  children: ComponentChildren;
+  /** Beside the title: a note, or a button. */
+  aside?: ComponentChildren;
+  /** Extra class for the place in the view's grid. */
+  class?: string;
+}
+
+export function Card({ title, children, aside, class: extra = '' }: Props) {
+  const title_id = useId();
+  return (
+    <section class={`card ${extra}`} aria-labelledby={title_id}>
+      <div class="card-head">
+        <h2 id={title_id}>{title}</h2>
+        {aside}
+      </div>
+      {children}
+    </section>
+  );
+}

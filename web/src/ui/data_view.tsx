@@ -1,0 +1,72 @@
+import type { ComponentChildren } from 'preact';
+import { useEffect, useState } from 'preact/hooks';
+import type { SourceState } from '../lib/source.ts';
+import { formatTime } from '../text/format.ts';
+import { t } from '../text/text.ts';
+import { Button } from './button.tsx';
+import { errorText } from './error_text.ts';
+import { Icon, type IconName } from './icon.tsx';
+
+/** A calm sentence where content would be: why there is none, and what next. */
+export function Notice({ icon, title, children }: { icon: IconName; title: string; children?: ComponentChildren }) {
+  return (
+    <div class="notice">
+      <Icon name={icon} />
+      <p class="notice-title">{title}</p>
+      {children}
+    </div>
+  );
+}
+
+/** "Loading", with the elapsed time once it takes longer than two seconds. */
+function Loading({ since }: { since: number }) {
+  const [now, setNow] = useState(Date.now());
+  useEffect(() => {
+    const timer = setInterval(() => setNow(Date.now()), 1000);
+    return () => clearInterval(timer);
+  }, []);
+  const seconds = Math.floor((now - since) / 1000);
+  return (
+    <div class="notice" aria-busy="true">
+      <span class="spinner" aria-hidden="true" />
+      <p class="notice-title">{seconds > 2 ? t('data.elapsed', { n: seconds }) : t('data.loading')}</p>
+    </div>
+  );
+}
+
+interface Props<T> {
+  source: SourceState<T>;
+  reload(): void;
+  children(data: T): ComponentChildren;
+  /** Shown instead of the children when the data has nothing in it. */
+  empty?: { when(data: T): boolean; notice: ComponentChildren };
+}
+
+/** Shows a data source in whatever state it is. Data that is already there stays while newer data loads or fails. */
+export function DataView<T>({ source, reload, children, empty }: Props<T>) {
+  const { phase, data, error, at, since } = source;
+  const retry = <Button icon="refresh" onClick={reload}>{t('app.retry')}</Button>;
+  if (data === undefined) {
+    if (phase !== 'failed') return <Loading since={since ?? Date.now()} />;
+    return (
+      <Notice icon="alert" title={t('data.failed')}>
+        <p>{errorText(error)}</p>
+        {retry}
+      </Notice>
+    );
+  }
+  return (
+    <>
+      {phase === 'failed' && (
+        <div class="banner" role="status">
+          <Icon name="alert" />
+          <p>
+            {t('data.failedOld', { time: formatTime(at ?? 0) })} {errorText(error)}
+          </p>
+          {retry}
+        </div>
+      )}
+      {empty?.when(data) ? empty.notice : children(data)}
+    </>
+  );
+}

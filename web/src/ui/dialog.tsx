@@ -1,0 +1,99 @@
+import type { ComponentChildren } from 'preact';
+import { useEffect, useId, useRef } from 'preact/hooks';
+import { createStore } from '../lib/store.ts';
+import { t } from '../text/text.ts';
+import { Button } from './button.tsx';
+import { useStore } from './hooks.ts';
+
+interface DialogProps {
+  title: string;
+  children: ComponentChildren;
+  /** The buttons, the one that changes nothing first: it gets the focus. */
+  actions: ComponentChildren;
+  /** Esc was pressed. */
+  onClose(): void;
+}
+
+export function Dialog({ title, children, actions, onClose }: DialogProps) {
+  const dialog = useRef<HTMLDialogElement>(null);
+  const title_id = useId();
+  useEffect(() => {
+    const before = document.activeElement;
+    dialog.current?.showModal();
+    dialog.current?.querySelector<HTMLElement>('.dialog-actions button')?.focus();
+    return () => {
+      if (before instanceof HTMLElement && before.isConnected) before.focus();
+    };
+  }, []);
+  return (
+    <dialog
+      ref={dialog}
+      class="dialog"
+      aria-labelledby={title_id}
+      onCancel={(event) => {
+        event.preventDefault();
+        onClose();
+      }}
+    >
+      <h2 id={title_id}>{title}</h2>
+      <div class="dialog-body">{children}</div>
+      <div class="dialog-actions">{actions}</div>
+    </dialog>
+  );
+}
+
+interface Question {
+  title: string;
+  body?: string;
+  /** What it happens to: the first five are named, the rest counted. */
+  items?: string[];
+  /** The verb on the button that does it. */
+  verb: string;
+  /** It destroys something. */
+  danger?: boolean;
+}
+
+const kNamedItems = 5;
+const question = createStore<(Question & { answer(yes: boolean): void }) | undefined>(undefined);
+
+/** Asks before an act; resolves to false on Esc. One question at a time: a new one cancels the one that is open. */
+export function confirm(asked: Question): Promise<boolean> {
+  question.get()?.answer(false);
+  return new Promise((resolve) => {
+    const answer = (yes: boolean) => {
+      question.set(undefined);
+      resolve(yes);
+    };
+    question.set({ ...asked, answer });
+  });
+}
+
+export function ConfirmDialog() {
+  const asked = useStore(question);
+  if (!asked) return null;
+  const items = asked.items ?? [];
+  return (
+    <Dialog
+      title={asked.title}
+      onClose={() => asked.answer(false)}
+      actions={
+        <>
+          <Button onClick={() => asked.answer(false)}>{t('app.cancel')}</Button>
+          <Button kind={asked.danger ? 'danger' : 'primary'} onClick={() => asked.answer(true)}>
+            {asked.verb}
+          </Button>
+        </>
+      }
+    >
+      {asked.body && <p>{asked.body}</p>}
+      {items.length > 0 && (
+        <ul class="named">
+          {items.slice(0, kNamedItems).map((item) => (
+            <li>{item}</li>
+          ))}
+          {items.length > kNamedItems && <li class="muted">{t('confirm.more', { n: items.length - kNamedItems })}</li>}
+        </ul>
+      )}
+    </Dialog>
+  );
+}

@@ -1,0 +1,52 @@
+import { useEffect, useMemo, useReducer, useRef } from 'preact/hooks';
+import { host } from '../bridge/host.ts';
+import type { Action, DataOf, Message, MessageType, Reply } from '../bridge/protocol.ts';
+import { createSource, type Source, type SourceState } from '../lib/source.ts';
+import type { Store } from '../lib/store.ts';
+
+/** The store's value; the component is drawn again when it changes. */
+export function useStore<T>(store: Pick<Store<T>, 'get' | 'subscribe'>): T {
+  const [, redraw] = useReducer((count: number, _: void) => count + 1, 0);
+  const value = store.get();
+  useEffect(() => {
+    const unsubscribe = store.subscribe(() => redraw());
+    if (!Object.is(store.get(), value)) redraw(); // changed between drawing and subscribing
+    return unsubscribe;
+  }, [store]);
+  return value;
+}
+
+/** One request as a data source: loads when the view opens and whenever `data` changes. */
+export function useRequest<A extends Action>(action: A, data?: DataOf<A>): SourceState<Reply<A>> & Source<Reply<A>> {
+  const key = JSON.stringify(data);
+  const source = useMemo(() => createSource(() => host.request(action, data)), [action, key]);
+  const state = useStore(source);
+  useEffect(() => void source.reload(), [source]);
+  return { ...source, ...state };
+}
+
+/** Hears every message of one type while the component is shown. */
+export function useStream<T extends MessageType>(type: T, listener: (message: Message<T>) => void) {
+  const latest = useRef(listener);
+  latest.current = listener;
+  useEffect(() => host.on(type, (message) => latest.current(message)), [type]);
+}
+
+/** Calls `poll` now and every `period_ms`, but not while the window is hidden. */
+export function usePolling(poll: () => void, period_ms: number) {
+  useEffect(() => {
+    let timer: ReturnType<typeof setInterval> | undefined;
+    const follow = () => {
+      clearInterval(timer);
+      if (document.hidden) return;
+      poll();
+      timer = setInterval(poll, period_ms);
+    };
+    follow();
+    document.addEventListener('visibilitychange', follow);
+    return () => {
+      clearInterval(timer);
+      document.removeEventListener('visibilitychange', follow);
+    };
+  }, [poll, period_ms]);
+}

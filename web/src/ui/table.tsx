@@ -1,0 +1,323 @@
+import type { ComponentChildren } from 'preact';
+import { useEffect, useId, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
+import {
+  filterRows, keepExisting, kNoSelection, moveTo, select, sortRows, toggle, toTsv, visibleRange,
+  type CellValue, type Key, type Selection, type Sort,
+} from '../lib/table.ts';
+import { formatNumber, locale, t } from '../text/text.ts';
+import { Button } from './button.tsx';
+import { copyText } from './clipboard.ts';
+import { Icon } from './icon.tsx';
+import { Menu, type MenuItem } from './menu.tsx';
+
+export interface Column<Row> {
+  id: string;
+  title: string;
+  /** What the column is sorted by. */
+  value(row: Row): CellValue;
+  /** What the filter searches and copying takes; the value in words when left out. */
+  text?(row: Row): string;
+  /** What the cell shows; the text when left out. */
+  cell?(row: Row): ComponentChildren;
+  /** Aligned right, with figures of equal width. */
+  numeric?: boolean;
+  /** CSS width; columns without one share what is left. */
+  width?: string;
+}
+
+interface Props<Row> {
+  /** Accessible name; also in the label of the filter. */
+  label: string;
+  rows: readonly Row[];
+  /** Identifies a row across refreshes. */
+  rowKey(row: Row): Key;
+  /** The first one names the row. */
+  columns: readonly Column<Row>[];
+  sort: Sort;
+  /** From useSelection(); with it, many rows can be ticked. */
+  selection?: SelectionState;
+  /** Items of the context menu, for the rows it was opened on. Copying is always there. */
+  menu?(rows: Row[]): MenuItem[];
+  /** Enter or double click on a row. */
+  onActivate?(row: Row): void;
+  /** Beside the filter. */
+  tools?: ComponentChildren;
+}
+
+export type SelectionState = readonly [Selection, (next: Selection) => void];
+
+/** Selection of a table, kept by the view that acts on it: `const selection = useSelection()`, `selection[0].keys`. */
+export function useSelection(): SelectionState {
+  return useState<Selection>(kNoSelection);
+}
+
+const kWindowedAbove = 500;
+const kMarginRows = 12;
+
+export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, onActivate, tools }: Props<Row>) {
+  const [query, setQuery] = useState('');
+  const [sort, setSort] = useState(first_sort);
+  const own = useSelection();
+  const [stored, setSelection] = shared ?? own;
+  const many = shared !== undefined;
+  const [menu_at, setMenuAt] = useState<{ x: number; y: number }>();
+  const id = useId();
+  const grid = useRef<HTMLTableElement>(null);
+  const scroller = useScroller();
+
+  const textOf = (column: Column<Row>, row: Row) => column.text?.(row) ?? valueText(column.value(row));
+  const language = locale();
+  const shown = useMemo(() => {
+    const found = filterRows(rows, query, (row) => columns.map((column) => textOf(column, row)));
+    const by = columns.find((column) => column.id === sort.column) ?? columns[0]!;
+    return sortRows(found, by.value, sort.descending, language);
+  }, [rows, query, sort, language, columns]);
+  const order = useMemo(() => shown.map(rowKey), [shown]);
+
+  // Rows that the filter hides stay selected; rows that no longer exist do not.
+  const selection = useMemo(() => keepExisting(stored, rows.map(rowKey)), [stored, rows]);
+  useEffect(() => setSelection(selection), [selection]);
+  const hidden = selection.keys.size - order.filter((key) => selection.keys.has(key)).length;
+
+  const windowed = shown.length > kWindowedAbove;
+  const { first, end } = windowed
+    ? visibleRange(scroller.top, scroller.height, scroller.row_height, shown.length, kMarginRows)
+    : { first: 0, end: shown.length };
+  const active_index = selection.active === undefined ? -1 : order.indexOf(selection.active);
+  const active_drawn = active_index >= first && active_index < end;
+  const row_id = (index: number) => `${id}-${index}`;
+
+  function reveal(index: number) {
+    const box = scroller.ref.current;
+    if (!box) return;
+    const head = grid.current?.tHead?.offsetHeight ?? 0;
+    const top = index * scroller.row_height;
+    if (top < box.scrollTop) box.scrollTop = top;
+    else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight) box.scrollTop = top + scroller.row_height + head - box.clientHeight;
+  }
+
+  /** The selected rows that are visible, or the active one. */
+  function chosen(): Row[] {
+    const marked = shown.filter((_, i) => selection.keys.has(order[i]!));
+    return marked.length > 0 ? marked : shown.filter((_, i) => i === active_index);
+  }
+
+  function copy() {
+    const lines = chosen().map((row) => columns.map((column) => textOf(column, row)));
+    if (lines.length > 0) void copyText(toTsv([columns.map((column) => column.title), ...lines]));
+  }
+
+  function openMenu(x: number, y: number) {
+    if (chosen().length > 0) setMenuAt({ x, y });
+  }
+
+  function onKeyDown(event: KeyboardEvent) {
+    if (event.target !== grid.current) return; // a control inside a row has its own keys
+    const { key, shiftKey: shift, ctrlKey: ctrl } = event;
+    const target = moveTo(key, active_index, shown.length, Math.max(1, Math.floor(scroller.height / scroller.row_height) - 2));
+    if (target !== undefined) {
+      const to = order[target]!;
+      if (!many) setSelection({ keys: new Set([to]), active: to, anchor: to });
+      else if (ctrl && !shift) setSelection({ ...selection, active: to });
+      else setSelection(select(selection, order, to, { shift, ctrl }));
+      reveal(target);
+    } else if (key === ' ' && active_index >= 0) {
+      setSelection(many ? toggle(selection, order[active_index]!) : select(selection, order, order[active_index]!, { shift: false, ctrl: false }));
+    } else if (many && ctrl && key.toLowerCase() === 'a') {
+      setSelection({ ...selection, keys: new Set([...selection.keys, ...order]) });
+    } else if (ctrl && key.toLowerCase() === 'c') {
+      copy();
+    } else if (key === 'Enter' && active_index >= 0 && onActivate) {
+      onActivate(shown[active_index]!);
+    } else if (key === 'ContextMenu' || (shift && key === 'F10')) {
+      const row = document.getElementById(row_id(active_index))?.getBoundingClientRect();
+      if (row) openMenu(row.left + 24, row.bottom);
+    } else {
+      return;
+    }
+    event.preventDefault();
+  }
+
+  const all_ticked = order.length > 0 && order.every((key) => selection.keys.has(key));
+  const column_count = columns.length + Number(many);
+
+  return (
+    <div class="table">
+      <div class="table-bar">
+        <div class="filter">
+          <Icon name="search" />
+          <input
+            type="text"
+            data-filter
+            aria-label={t('table.filterLabel', { label })}
+            placeholder={t('table.filter')}
+            value={query}
+            onInput={(event) => setQuery(event.currentTarget.value)}
+            onKeyDown={(event) => {
+              if (event.key === 'Escape' && query !== '') setQuery('');
+              else if (event.key === 'ArrowDown') grid.current?.focus();
+              else return;
+              event.preventDefault();
+            }}
+          />
+        </div>
+        <span class="muted" role="status">
+          {shown.length === rows.length ? t('table.rows', { n: rows.length }) : t('table.count', { shown: shown.length, total: rows.length })}
+          {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
+          {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
+        </span>
+        <div class="table-tools">{tools}</div>
+      </div>
+      <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
+        <table
+          ref={grid}
+          role="grid"
+          tabIndex={0}
+          aria-label={label}
+          aria-rowcount={shown.length + 1}
+          aria-colcount={column_count}
+          aria-multiselectable={many}
+          aria-activedescendant={active_drawn ? row_id(active_index) : undefined}
+          onKeyDown={onKeyDown}
+        >
+          <thead>
+            <tr aria-rowindex={1}>
+              {many && (
+                <th class="tick" scope="col">
+                  <input
+                    type="checkbox"
+                    aria-label={t('table.selectAll')}
+                    checked={all_ticked}
+                    indeterminate={!all_ticked && selection.keys.size > hidden}
+                    onChange={() => {
+                      const keys = new Set(selection.keys);
+                      for (const key of order) all_ticked ? keys.delete(key) : keys.add(key);
+                      setSelection({ ...selection, keys });
+                    }}
+                  />
+                </th>
+              )}
+              {columns.map((column) => (
+                <HeadCell
+                  key={column.id}
+                  column={column}
+                  sort={sort}
+                  onSort={() => setSort({ column: column.id, descending: sort.column === column.id && !sort.descending })}
+                />
+              ))}
+            </tr>
+          </thead>
+          <tbody>
+            <Spacer rows={first} height={scroller.row_height} columns={column_count} />
+            {shown.slice(first, end).map((row, i) => {
+              const index = first + i;
+              const key = order[index]!;
+              const selected = selection.keys.has(key);
+              return (
+                <tr
+                  key={key}
+                  id={row_id(index)}
+                  class={index === active_index ? 'active' : undefined}
+                  aria-rowindex={index + 2}
+                  aria-selected={selected}
+                  onClick={(event) => {
+                    if (event.target instanceof Element && event.target.closest('button, a, input')) return;
+                    setSelection(select(selection, order, key, { shift: many && event.shiftKey, ctrl: many && event.ctrlKey }));
+                  }}
+                  onDblClick={() => onActivate?.(row)}
+                  onContextMenu={(event) => {
+                    event.preventDefault();
+                    if (!selected) setSelection({ keys: new Set([key]), active: key, anchor: key });
+                    setMenuAt({ x: event.clientX, y: event.clientY });
+                  }}
+                >
+                  {many && (
+                    <td class="tick">
+                      <input
+                        type="checkbox"
+                        tabIndex={-1}
+                        aria-label={t('table.selectRow', { name: textOf(columns[0]!, row) })}
+                        checked={selected}
+                        onChange={() => setSelection(toggle(selection, key))}
+                      />
+                    </td>
+                  )}
+                  {columns.map((column) => (
+                    <td key={column.id} class={column.numeric ? 'numeric' : undefined} title={column.cell ? undefined : textOf(column, row)}>
+                      {column.cell ? column.cell(row) : textOf(column, row)}
+                    </td>
+                  ))}
+                </tr>
+              );
+            })}
+            <Spacer rows={shown.length - end} height={scroller.row_height} columns={column_count} />
+          </tbody>
+        </table>
+        {shown.length === 0 && query !== '' && (
+          <div class="table-none">
+            <p class="muted">{t('table.noMatch')}</p>
+            <Button onClick={() => setQuery('')}>{t('table.clearFilter')}</Button>
+          </div>
+        )}
+      </div>
+      {menu_at && (
+        <Menu
+          label={t('table.menu')}
+          {...menu_at}
+          items={[...(menu?.(chosen()) ?? []), { label: t('table.copyRows'), icon: 'copy', run: copy }]}
+          onClose={() => {
+            setMenuAt(undefined);
+            grid.current?.focus();
+          }}
+        />
+      )}
+    </div>
+  );
+}
+
+function valueText(value: CellValue): string {
+  return typeof value === 'number' ? formatNumber(value) : String(value ?? '');
+}
+
+function HeadCell<Row>({ column, sort, onSort }: { column: Column<Row>; sort: Sort; onSort(): void }) {
+  const sorted = sort.column === column.id;
+  return (
+    <th
+      scope="col"
+      class={column.numeric ? 'numeric' : undefined}
+      style={column.width ? { width: column.width } : undefined}
+      aria-sort={!sorted ? 'none' : sort.descending ? 'descending' : 'ascending'}
+    >
+      <button type="button" onClick={onSort}>
+        {column.title}
+        {sorted && <Icon name={sort.descending ? 'arrowDown' : 'arrowUp'} />}
+      </button>
+    </th>
+  );
+}
+
+/** Stands for rows that are not drawn. */
+function Spacer({ rows, height, columns }: { rows: number; height: number; columns: number }) {
+  if (rows <= 0) return null;
+  return (
+    <tr aria-hidden="true" class="spacer">
+      <td colSpan={columns} style={{ height: `${rows * height}px` }} />
+    </tr>
+  );
+}
+
+/** Scroll position and size of the table's box; a row is 2.25 rem high (styles/table.css). */
+function useScroller() {
+  const ref = useRef<HTMLDivElement>(null);
+  const [box, setBox] = useState({ top: 0, height: 600, row_height: 36 });
+  const measure = () => {
+    const { scrollTop: top, clientHeight: height } = ref.current!;
+    setBox({ top, height, row_height: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize) });
+  };
+  useLayoutEffect(() => {
+    const observer = new ResizeObserver(measure);
+    observer.observe(ref.current!);
+    return () => observer.disconnect();
+  }, []);
+  return { ref, ...box, onScroll: measure };
+}

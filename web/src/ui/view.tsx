@@ -1,0 +1,82 @@
+import type { ComponentChildren } from 'preact';
+import { useEffect } from 'preact/hooks';
+import { status } from '../state/status.ts';
+import { t } from '../text/text.ts';
+import type { ViewId } from '../views/views.ts';
+import { IconButton } from './button.tsx';
+import { useStore } from './hooks.ts';
+import { Icon } from './icon.tsx';
+import { refreshOfView } from './keys.tsx';
+import { showServiceDialog } from './service.tsx';
+
+interface Props {
+  id: ViewId;
+  children: ComponentChildren;
+  /** The view's own buttons in the header. */
+  actions?: ComponentChildren;
+  /** Loads the view's data anew: F5 and a button in the header. */
+  refresh?: () => void;
+}
+
+/** What every view returns: the header with its title, actions and badges, and the content below. */
+export function View({ id, children, actions, refresh }: Props) {
+  useEffect(() => {
+    refreshOfView.set(refresh);
+    return () => refreshOfView.set(undefined);
+  }, [refresh]);
+  useEffect(() => {
+    document.title = `${t(`view.${id}`)} – Varnel`;
+  });
+  return (
+    <>
+      <header class="head">
+        <h1 tabIndex={-1}>{t(`view.${id}`)}</h1>
+        <div class="head-actions">
+          {actions}
+          {refresh && <IconButton icon="refresh" label={t('app.refresh')} onClick={refresh} />}
+        </div>
+        <Badges />
+      </header>
+      <main class="content" data-view={id}>
+        {children}
+      </main>
+    </>
+  );
+}
+
+function Badges() {
+  const { phase, data } = useStore(status);
+  if (!data) {
+    return (
+      <div class="badges">
+        <span class="badge">{phase === 'failed' ? t('badge.unknown') : t('badge.checking')}</span>
+      </div>
+    );
+  }
+  const role = data.isAdmin ? 'admin' : 'user';
+  return (
+    <div class="badges">
+      <span class="badge" title={t(`badge.${role}.hint`)} data-testid="badge-elevation">
+        <Icon name={role} />
+        {t(`badge.${role}`)}
+      </span>
+      {data.serviceActive ? (
+        <span class="badge badge-good" title={t('badge.service.on.hint')} data-testid="badge-service">
+          <Icon name="service" />
+          {t('badge.service.on')}
+        </span>
+      ) : (
+        <button
+          type="button"
+          class="badge badge-warn"
+          title={t('badge.service.off.hint')}
+          data-testid="badge-service"
+          onClick={showServiceDialog}
+        >
+          <Icon name="service" />
+          {t('badge.service.off')}
+        </button>
+      )}
+    </div>
+  );
+}

@@ -1,0 +1,194 @@
+import { niceCeiling, stats } from '../lib/series.ts';
+import type { Message } from '../bridge/protocol.ts';
+import { place } from '../state/navigation.ts';
+import { status } from '../state/status.ts';
+import { kHistoryMs, kTelemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
+import { formatBytes, formatDuration, formatPercent, formatRate, formatTemperature, kNothing } from '../text/format.ts';
+import { t } from '../text/text.ts';
+import { IconButton } from '../ui/button.tsx';
+import { Card } from '../ui/card.tsx';
+import { copyText } from '../ui/clipboard.ts';
+import { DataView } from '../ui/data_view.tsx';
+import { Gauge } from '../ui/gauge.tsx';
+import { usePolling, useStore } from '../ui/hooks.ts';
+import { Icon } from '../ui/icon.tsx';
+import { Sparkline } from '../ui/sparkline.tsx';
+import { View } from '../ui/view.tsx';
+
+const kFullDiskPercent = 90;
+
+function pollTelemetry() {
+  void telemetry.reload();
+}
+
+function refresh() {
+  void status.reload();
+  void telemetry.reload();
+}
+
+export function Dashboard() {
+  const live = useStore(telemetry);
+  usePolling(pollTelemetry, kTelemetryPeriodMs);
+  return (
+    <View id="dashboard" refresh={refresh}>
+      <div class="dashboard">
+        <DataView source={live} reload={pollTelemetry}>
+          {(data) => (
+            <>
+              <Processor {...data} />
+              <Memory sample={data.sample} />
+              <Temperatures {...data} />
+              <Network {...data} />
+              <Disks disks={data.sample.disks} />
+              {data.sample.battery.hasBattery && <Battery battery={data.sample.battery} />}
+            </>
+          )}
+        </DataView>
+        <Machine />
+      </div>
+    </View>
+  );
+}
+
+const spark = { window_ms: kHistoryMs, gap_ms: kTelemetryPeriodMs * 2.5 };
+
+function Processor({ rates }: Telemetry) {
+  const load = stats(rates.cpu)?.current;
+  return (
+    <Card title={t('dashboard.cpu')} class="at-cpu" aside={<span class="muted">{t('dashboard.window')}</span>}>
+      <div class="gauge-and-spark">
+        <Gauge label={t('dashboard.loadGauge')} percent={load} caption={t('dashboard.load')} />
+        <Sparkline name={t('dashboard.load')} points={rates.cpu} top={100} format={formatPercent} {...spark} />
+      </div>
+    </Card>
+  );
+}
+
+function Memory({ sample }: { sample: Telemetry['sample'] }) {
+  return (
+    <Card title={t('dashboard.memory')} class="at-memory">
+      <Gauge label={t('dashboard.memoryGauge')} percent={sample.ram} caption={t('dashboard.memoryUsed')} />
+    </Card>
+  );
+}
+
+function Temperatures({ sample, rates }: Telemetry) {
+  // Both are derived from the load, so they are as unknown as the load is.
+  const known = rates.cpu.length > 0;
+  const rows = [
+    [t('dashboard.cpu'), sample.cpuTemp],
+    [t('dashboard.graphics'), sample.gpuTemp],
+  ] as const;
+  return (
+    <Card title={t('dashboard.temperatures')} class="at-temperatures" aside={<span class="tag">{t('dashboard.estimate')}</span>}>
+      <dl class="figures">
+        {rows.map(([name, value]) => (
+          <div>
+            <dt>{name}</dt>
+            <dd>{known ? formatTemperature(value) : kNothing}</dd>
+          </div>
+        ))}
+      </dl>
+      <p class="muted small">{t('dashboard.estimateNote')}</p>
+    </Card>
+  );
+}
+
+function Network({ sample, rates }: Telemetry) {
+  const absent = sample.networkAdapter === '' || sample.networkAdapter === 'No Active Adapter';
+  const adapter = absent ? t('dashboard.noAdapter') : sample.networkAdapter;
+  return (
+    <Card title={t('dashboard.network')} class="at-network" aside={<span class="muted">{adapter}</span>}>
+      <div class="two-sparks">
+        {(['download', 'upload'] as const).map((direction) => {
+          const points = rates[direction];
+          const top = niceCeiling(stats(points)?.peak ?? 0);
+          return <Sparkline name={t(`dashboard.${direction}`)} points={points} top={top} format={formatRate} {...spark} />;
+        })}
+      </div>
+    </Card>
+  );
+}
+
+function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
+  return (
+    <Card title={t('dashboard.disks')} class="at-disks">
+      {disks.length === 0 && <p class="muted">{t('dashboard.noDisks')}</p>}
+      <ul class="disks">
+        {disks.map(({ drive, percent, freeBytes, totalBytes }) => {
+          const share = formatPercent(percent);
+          const sizes = { free: formatBytes(freeBytes), total: formatBytes(totalBytes) };
+          return (
+            <li key={drive}>
+              <button
+                type="button"
+                class="disk"
+                aria-label={t('dashboard.diskOpen', { drive, percent: share, ...sizes })}
+                onClick={() => place.set({ view: 'disk', drive })}
+              >
+                <Icon name="disk" />
+                <span class="disk-name">{drive}</span>
+                <span class="muted">{t('dashboard.diskFree', sizes)}</span>
+                <span class="disk-share">{share}</span>
+                <Icon name="chevronRight" />
+                <span class="bar">
+                  <span class={percent >= kFullDiskPercent ? 'bar-value bar-full' : 'bar-value'} style={{ width: `${Math.min(percent, 100)}%` }} />
+                </span>
+              </button>
+            </li>
+          );
+        })}
+      </ul>
+    </Card>
+  );
+}
+
+function Battery({ battery }: { battery: Telemetry['sample']['battery'] }) {
+  const { percent, isCharging, lifeTime, saverMode } = battery;
+  const facts = [
+    isCharging ? t('dashboard.charging') : t('dashboard.discharging'),
+    lifeTime >= 0 && !isCharging && t('dashboard.remaining', { time: formatDuration(lifeTime) }),
+    saverMode && t('dashboard.saver'),
+  ];
+  return (
+    <Card title={t('dashboard.battery')} class="at-battery" aside={<Icon name={isCharging ? 'batteryCharging' : 'battery'} />}>
+      <p class="big">{formatPercent(percent)}</p>
+      <p class="muted">{facts.filter(Boolean).join(', ')}</p>
+    </Card>
+  );
+}
+
+function specLines({ specs }: Message<'status'>) {
+  return (['cpu', 'gpu', 'ram', 'motherboard', 'os'] as const)
+    .filter((name) => name !== 'motherboard' || specs.motherboard !== 'Unknown')
+    .map((name) => ({
+      name: t(`spec.${name}`),
+      text: specs[name].trim() || (name === 'motherboard' ? kNothing : t(`spec.${name}.unknown`)),
+      hint: name === 'ram' ? specs.ramTooltip : undefined,
+    }));
+}
+
+function Machine() {
+  const state = useStore(status);
+  const copy = (data: Message<'status'>) => void copyText(specLines(data).map(({ name, text }) => `${name}: ${text}`).join('\r\n'));
+  return (
+    <Card
+      title={t('dashboard.machine')}
+      class="at-machine"
+      aside={state.data && <IconButton icon="copy" label={t('dashboard.copyMachine')} onClick={() => copy(state.data!)} />}
+    >
+      <DataView source={state} reload={() => void status.reload()}>
+        {(data) => (
+          <dl class="facts">
+            {specLines(data).map(({ name, text, hint }) => (
+              <div>
+                <dt>{name}</dt>
+                <dd title={hint}>{text}</dd>
+              </div>
+            ))}
+          </dl>
+        )}
+      </DataView>
+    </Card>
+  );
+}

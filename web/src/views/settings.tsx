@@ -1,0 +1,187 @@
+import { useMemo } from 'preact/hooks';
+import { host } from '../bridge/host.ts';
+import { themes, type Ignored, type Settings } from '../lib/settings.ts';
+import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
+import { openTerminal } from '../state/terminal.ts';
+import { languages, t, type Language } from '../text/text.ts';
+import { Button } from '../ui/button.tsx';
+import { Card } from '../ui/card.tsx';
+import { DataView, Notice } from '../ui/data_view.tsx';
+import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
+import { useStore } from '../ui/hooks.ts';
+import { Mark } from '../ui/icon.tsx';
+import { showKeys } from '../ui/keys.tsx';
+import { Table, useSelection, type Column } from '../ui/table.tsx';
+import { toast } from '../ui/toast.tsx';
+import { View } from '../ui/view.tsx';
+
+function reload() {
+  void settingsDocument.reload();
+}
+
+export function SettingsView() {
+  const document = useStore(settingsDocument);
+  return (
+    <View id="settings" refresh={reload}>
+      <div class="settings">
+        <DataView source={document} reload={reload}>
+          {() => <Preferences {...currentSettings()} />}
+        </DataView>
+        <About />
+      </div>
+    </View>
+  );
+}
+
+function Preferences({ theme, language, scanInterval, ignoreList }: Settings) {
+  return (
+    <>
+      <Card title={t('settings.appearance')}>
+        <fieldset class="row">
+          <legend>{t('settings.theme')}</legend>
+          <div class="themes">
+            {themes.map((name) => (
+              <label class="theme" data-theme={name}>
+                <input type="radio" name="theme" checked={name === theme} onChange={() => saveSettings({ theme: name })} />
+                <span class="swatch" aria-hidden="true" />
+                {t(`theme.${name}`)}
+              </label>
+            ))}
+          </div>
+        </fieldset>
+        <label class="row">
+          <span>{t('settings.language')}</span>
+          <select value={language} onChange={(event) => saveSettings({ language: event.currentTarget.value as Language })}>
+            {Object.entries(languages).map(([id, name]) => (
+              <option value={id} lang={id}>
+                {name}
+              </option>
+            ))}
+          </select>
+        </label>
+      </Card>
+      <Card title={t('settings.scan')}>
+        <ScanInterval hours={scanInterval} />
+      </Card>
+      <IgnoreList entries={ignoreList} />
+    </>
+  );
+}
+
+const scan_intervals = [1, 6, 12, 24, 72, 168];
+
+function ScanInterval({ hours }: { hours: number }) {
+  // An interval that another version stored stays on offer.
+  const offered = [...new Set([...scan_intervals, hours])].sort((a, b) => a - b);
+  const name = (n: number) => (n % 24 === 0 ? t('settings.days', { n: n / 24 }) : t('settings.hours', { n }));
+  return (
+    <label class="row">
+      <span>
+        {t('settings.scanInterval')}
+        <span class="muted small">{t('settings.scanIntervalHint')}</span>
+      </span>
+      <select value={hours} onChange={(event) => saveSettings({ scanInterval: Number(event.currentTarget.value) })}>
+        {offered.map((n) => (
+          <option value={n}>{name(n)}</option>
+        ))}
+      </select>
+    </label>
+  );
+}
+
+const keyOf = ({ type, id }: Ignored) => `${type}\n${id}`;
+
+/** One entry goes at once and can be brought back; several are asked about first. */
+async function removeEntries(entries: Ignored[], gone: Ignored[]) {
+  const n = gone.length;
+  const question = {
+    title: t('settings.removeTitle', { n }),
+    body: t('settings.removeBody'),
+    items: gone.map(({ id }) => id),
+    verb: t('settings.remove'),
+    danger: true,
+  };
+  if (n === 0 || (n > 1 && !(await confirm(question)))) return;
+  saveSettings(
+    { ignoreList: entries.filter((entry) => !gone.includes(entry)) },
+    { text: t('settings.removed', { n }), action: { label: t('app.undo'), run: () => saveSettings({ ignoreList: entries }) } },
+  );
+}
+
+function IgnoreList({ entries }: { entries: Ignored[] }) {
+  const selection = useSelection();
+  const language = currentSettings().language;
+  const columns = useMemo<Column<Ignored>[]>(
+    () => [
+      { id: 'id', title: t('settings.ignored.id'), value: ({ id }) => id },
+      { id: 'type', title: t('settings.ignored.type'), value: ({ type }) => type, width: '12rem' },
+    ],
+    [language],
+  );
+  const remove = (gone: Ignored[]) => void removeEntries(entries, gone);
+  const selected = entries.filter((entry) => selection[0].keys.has(keyOf(entry)));
+  return (
+    <Card title={t('settings.ignored')} aside={<span class="muted">{t('settings.ignoredHint')}</span>}>
+      {entries.length === 0 ? (
+        <Notice icon="success" title={t('settings.ignoredEmpty')} />
+      ) : (
+        <Table
+          label={t('settings.ignored')}
+          rows={entries}
+          rowKey={keyOf}
+          columns={columns}
+          sort={{ column: 'id', descending: false }}
+          selection={selection}
+          menu={(rows) => [{ label: t('settings.remove'), icon: 'remove', danger: true, run: () => remove(rows) }]}
+          tools={
+            <Button icon="remove" disabled={selected.length === 0} onClick={() => remove(selected)}>
+              {t('settings.remove')}
+            </Button>
+          }
+        />
+      )}
+    </Card>
+  );
+}
+
+async function testBridge() {
+  const started = performance.now();
+  try {
+    await host.request('testBridge', undefined, 5000);
+    toast(t('settings.testOk', { ms: Math.round(performance.now() - started) }));
+  } catch (error) {
+    toast(t('settings.testFailed', { reason: errorText(error) }), { error: true });
+  }
+}
+
+async function printDiagnostics() {
+  openTerminal(true);
+  try {
+    await host.request('debugSystem');
+  } catch (error) {
+    toast(t('settings.diagnosticsFailed', { reason: errorText(error) }), { error: true });
+  }
+}
+
+function About() {
+  return (
+    <Card title={t('settings.about')}>
+      <div class="about">
+        <Mark />
+        <div>
+          <p class="about-name">
+            Varnel <span class="muted">{`${t('settings.version')} ${VARNEL_VERSION}`}</span>
+          </p>
+          <p class="muted">{t('settings.purpose')}</p>
+          <p class="muted small">{t('settings.libraries')}: Preact (MIT), Lucide (ISC)</p>
+        </div>
+      </div>
+      <div class="buttons">
+        <Button icon="terminal" onClick={() => void printDiagnostics()}>{t('settings.diagnostics')}</Button>
+        <Button icon="service" onClick={() => void testBridge()}>{t('settings.test')}</Button>
+        <Button icon="keyboard" onClick={showKeys}>{t('settings.shortcuts')}</Button>
+      </div>
+    </Card>
+  );
+}

@@ -1,0 +1,30 @@
+import type { ComponentType } from 'preact';
+import { Dashboard } from './dashboard.tsx';
+import { planned } from './planned.tsx';
+import { SettingsView } from './settings.tsx';
+
+export type ViewId =
+  | 'dashboard' | 'cleaning' | 'software' | 'disk' | 'startup'
+  | 'processes' | 'network' | 'developer' | 'maintenance' | 'settings';
+
+interface ViewEntry {
+  /** Also the name of its icon, of its texts (`view.<id>`) and of `data-view`. */
+  id: ViewId;
+  /** Heading in the navigation; none for what stands at its foot. */
+  group?: 'overview' | 'tidy' | 'system' | 'tools';
+  component: ComponentType;
+}
+
+/** Every view in the order of the navigation; Ctrl+1 to 9 follow it. */
+export const views: readonly ViewEntry[] = [
+  { id: 'dashboard', group: 'overview', component: Dashboard },
+  { id: 'cleaning', group: 'tidy', component: planned('cleaning') },
+  { id: 'software', group: 'tidy', component: planned('software') },
+  { id: 'disk', group: 'tidy', component: planned('disk') },
+  { id: 'startup', group: 'system', component: planned('startup') },
+  { id: 'processes', group: 'system', component: planned('processes') },
+  { id: 'network', group: 'tools', component: planned('network') },
+  { id: 'developer', group: 'tools', component: planned('developer') },
+  { id: 'maintenance', group: 'tools', component: planned('maintenance') },
+  { id: 'settings', component: SettingsView },
+];
