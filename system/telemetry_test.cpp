@@ -1,0 +1,113 @@
+#include "system/telemetry.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "testing/recorded_message.h"
+
+namespace {
+
+TelemetrySample RealisticSample() {
+  TelemetrySample sample;
+  sample.cpu = 12.5;
+  sample.ram_load = 47;
+  sample.ram_total_gb = 31.1;
+  sample.ram_used_gb = 14.6;
+  sample.disks = {{L"C:", 1'000'000'000'000, 250'000'000'000, 750'000'000'000}, {L"D:", 0, 0, 0}};
+  sample.download = 10;
+  sample.upload = 0.25;
+  sample.network_adapter = L"Připojení k síti";
+  sample.battery = {true, true, 80, 5400, false};
+  sample.cpu_temp = 39.5;
+  sample.gpu_temp = 40.49;
+  return sample;
+}
+
+}  // namespace
+
+TEST(CpuLoadPercent, IsTheShareThatWasNotIdle) {
+  struct {
+    const char* name;
+    CpuTimes previous, now;
+    double want;
+  } cases[] = {
+      {"first sample", {0, 0, 0}, {700, 900, 100}, 0},
+      {"half", {100, 200, 300}, {150, 270, 330}, 50},
+      {"all idle", {100, 200, 300}, {200, 300, 300}, 0},
+      {"full", {100, 200, 300}, {100, 250, 350}, 100},
+      {"no time passed", {100, 200, 300}, {100, 200, 300}, 0},
+      {"idle counted ahead of the sum", {100, 200, 300}, {203, 300, 300}, -3},
+      {"years of 64 processors", {1ull << 62, 1ull << 62, 0}, {(1ull << 62) + 25'000'000, (1ull << 62) + 75'000'000, 25'000'000}, 75},
+  };
+  for (const auto& c : cases) EXPECT_DOUBLE_EQ(CpuLoadPercent(c.previous, c.now), c.want) << c.name;
+}
+
+TEST(RatesBetween, AreMegabitsAndNeverNegative) {
+  struct {
+    const char* name;
+    NetworkCounters previous, now;
+    double download, upload;
+  } cases[] = {
+      {"first sample", {0, 0, 0}, {5'000'000, 5'000'000, 60'000}, 0, 0},
+      {"ten megabits for 3 s", {1000, 1000, 60'000}, {1000 + 3'932'160, 1000 + 131'072, 63'000}, 10.0, 1.0 / 3},
+      {"one direction wrapped", {4'294'967'000, 0, 60'000}, {1000, 131'072, 61'000}, 0, 1},
+      {"no time passed", {0, 0, 60'000}, {1000, 1000, 60'000}, 0, 0},
+      {"time went back", {0, 0, 60'000}, {1000, 1000, 59'000}, 0, 0},
+  };
+  for (const auto& c : cases) {
+    const NetworkRates rates = RatesBetween(c.previous, c.now);
+    EXPECT_DOUBLE_EQ(rates.download, c.download) << c.name;
+    EXPECT_DOUBLE_EQ(rates.upload, c.upload) << c.name;
+  }
+}
+
+TEST(DescribeBattery, ReadsThePowerStatus) {
+  struct {
+    const char* name;
+    uint8_t flag, percent;
+    uint32_t life_time_s;
+    uint8_t status;
+    bool present, charging;
+    int32_t want_life_time;
+    bool saver;
+  } cases[] = {
+      {"desktop", 128, 255, 0xFFFFFFFF, 0, false, false, -1, false},
+      {"unknown status", 255, 255, 0xFFFFFFFF, 0, false, true, -1, false},
+      {"charging", 8 | 1, 97, 0xFFFFFFFF, 0, true, true, -1, false},
+      {"on battery, saver on", 2, 19, 1800, 1, true, false, 1800, true},
+      {"medium level sets no flag", 0, 50, 7200, 0, true, false, 7200, false},
+      {"percent unknown", 1, 255, 7200, 0, false, false, 7200, false},
+  };
+  for (const auto& c : cases) {
+    const Battery battery = DescribeBattery(c.flag, c.percent, c.life_time_s, c.status);
+    EXPECT_EQ(battery.present, c.present) << c.name;
+    EXPECT_EQ(battery.charging, c.charging) << c.name;
+    EXPECT_EQ(battery.percent, c.percent) << c.name;
+    EXPECT_EQ(battery.life_time_s, c.want_life_time) << c.name;
+    EXPECT_EQ(battery.saver_mode, c.saver) << c.name;
+  }
+}
+
+TEST(IsActiveAdapter, SkipsLoopbackTunnelAndWhatIsDown) {
+  EXPECT_TRUE(IsActiveAdapter(1, 6)) << "Ethernet";
+  EXPECT_TRUE(IsActiveAdapter(1, 71)) << "wireless";
+  EXPECT_FALSE(IsActiveAdapter(2, 6)) << "down";
+  EXPECT_FALSE(IsActiveAdapter(1, 24)) << "loopback";
+  EXPECT_FALSE(IsActiveAdapter(1, 131)) << "tunnel";
+}
+
+TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
+  struct {
+    double load, cpu, gpu;
+  } cases[] = {{0, 34, 36}, {100, 78, 74}, {50, 56, 55}, {200, 89, 85}, {-50, 28, 30}};
+  for (const auto& c : cases) {
+    EXPECT_DOUBLE_EQ(EstimateCpuTemperature(c.load), c.cpu) << c.load;
+    EXPECT_DOUBLE_EQ(EstimateGpuTemperature(c.load), c.gpu) << c.load;
+  }
+}
+
+// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter name with Czech letters.
+TEST(BuildTelemetry, IsTheRecordedMessage) {
+  EXPECT_EQ(BuildTelemetry(2, RealisticSample()).dump(), RecordedMessage("telemetry"));
+}
