@@ -1,0 +1,58 @@
+import assert from 'node:assert/strict';
+import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { dirname, join } from 'node:path';
+import { test } from 'node:test';
+import { fileURLToPath } from 'node:url';
+
+import { findBreaches } from './layout.mjs';
+
+test('the tree keeps its rules', () => {
+  assert.deepEqual(findBreaches(fileURLToPath(new URL('../..', import.meta.url))), []);
+});
+
+const kSound = {
+  'base/text.h': '#pragma once\n#include <string>\n',
+  'base/handle_win.h': '// Owning handles.\n#pragma once\n#include <windows.h>\n',
+  'exec/run.h': '#pragma once\n#include "base/text.h"\n',
+  'exec/run_win.cpp': '#include <windows.h>\n#include "exec/run.h"\n#include "base/handle_win.h"\n',
+  'net/ports.cpp': '#include "exec/run.h"\n#include <nlohmann/json.hpp>\n',
+  'net/ports.h': '#pragma once\n',
+  'net/ports_test.cpp': '#include <gtest/gtest.h>\n#include "testing/page.h"\n#include "net/ports.h"\n',
+  'app/webview2.h': '#pragma once\n#include <windows.h>\n',
+  'app/main_win.cpp': '#include "app/webview2.h"\n#include "net/ports.h"\n',
+  'testing/page.h': '#pragma once\n#include "app/frame.h"\n',
+  'app/frame.h': '#pragma once\n',
+};
+
+function breachesWith(changes) {
+  const root = mkdtempSync(join(tmpdir(), 'varnel-layout-'));
+  try {
+    for (const [path, text] of Object.entries({ ...kSound, ...changes })) {
+      mkdirSync(dirname(join(root, path)), { recursive: true });
+      writeFileSync(join(root, path), text);
+    }
+    return findBreaches(root);
+  } finally {
+    rmSync(root, { recursive: true });
+  }
+}
+
+test('a sound tree has no breach', () => assert.deepEqual(breachesWith({}), []));
+
+for (const [path, text, want] of [
+  ['base/up.cpp', '#include "exec/run.h"\n', 'base may not use exec: "exec/run.h"'],
+  ['exec/up.cpp', '#include "net/ports.h"\n', 'exec may not use net: "net/ports.h"'],
+  ['disk/aside.cpp', '#  include "net/ports.h"\n', 'disk may not use net: "net/ports.h"'],
+  ['net/up_win.cpp', '#include "app/webview2.h"\n', 'net may not use app: "app/webview2.h"'],
+  ['net/up_win_test.cpp', '#include "app/webview2.h"\n', 'net may not use app: "app/webview2.h"'],
+  ['net/tool.cpp', '#include <windows.h>\n', 'portable, but includes <windows.h>'],
+  ['net/tool.h', '#pragma once\n#include <winsock2.h>\n', 'portable, but includes <winsock2.h>'],
+  ['net/tool_test.cpp', '#include "base/handle_win.h"\n', 'portable, but includes "base/handle_win.h"'],
+  ['app/frame.cpp', '#include "app/webview2.h"\n', 'portable, but includes "app/webview2.h"'],
+  ['net/near.cpp', '#include "ports.h"\n', '"ports.h" is not named from the root'],
+  ['net/product.cpp', '#include "testing/page.h"\n', 'uses "testing/page.h" outside a test'],
+  ['net/late.h', '#include <string>\n#pragma once\n', 'does not start with #pragma once'],
+]) {
+  test(`found: ${path} ${want}`, () => assert.deepEqual(breachesWith({ [path]: text }), [`${path}: ${want}`]));
+}

@@ -1,0 +1,86 @@
+// Looks at the program's window, or drives it, as any other process can: window_probe.exe [WORD]... Each word
+// is one step; the answer is one JSON document on standard output.
+//   find                    waits for the window; without any word the probe only tells whether there is one
+//   send:MESSAGE,W,L        SendMessageW, numbers in decimal; the results stand in "results"
+//   resize:WIDTH,HEIGHT     SetWindowPos
+//   wait_exit               waits until the process of the window has ended: its exit code
+#include <windows.h>
+
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "base/handle_win.h"
+#include "base/text.h"
+
+namespace {
+
+using nlohmann::json;
+
+constexpr int kFindAttempts = 1000;  // 10 ms each
+
+HWND Find(bool wait) {
+  HWND window = nullptr;
+  for (int i = 0; i < (wait ? kFindAttempts : 1) && !window; ++i) {
+    if (i > 0) Sleep(10);
+    window = FindWindowW(L"VarnelWebView2Window", nullptr);
+  }
+  return window;
+}
+
+json Describe(HWND window) {
+  wchar_t title[256] = L"";
+  GetWindowTextW(window, title, 256);
+  RECT outer{}, inner{};
+  GetWindowRect(window, &outer);
+  GetClientRect(window, &inner);
+  return {{"found", true},
+          {"title", WideToUtf8(title)},
+          {"style", GetWindowLongPtrW(window, GWL_STYLE) & 0xFFFFFFFF},
+          {"visible", IsWindowVisible(window) != FALSE},
+          {"classStyle", GetClassLongPtrW(window, GCL_STYLE)},
+          {"classIcon", GetClassLongPtrW(window, GCLP_HICON)},
+          {"classSmallIcon", GetClassLongPtrW(window, GCLP_HICONSM)},
+          {"left", outer.left},
+          {"top", outer.top},
+          {"width", outer.right - outer.left},
+          {"height", outer.bottom - outer.top},
+          {"clientWidth", inner.right},
+          {"clientHeight", inner.bottom}};
+}
+
+void Step(HWND window, const std::string& word, json& answer) {
+  long long a = 0, b = 0;
+  unsigned message = 0;
+  if (std::sscanf(word.c_str(), "send:%u,%lld,%lld", &message, &a, &b) == 3) {
+    answer["results"].push_back(
+        SendMessageW(window, message, static_cast<WPARAM>(a), static_cast<LPARAM>(b)));
+  } else if (std::sscanf(word.c_str(), "resize:%lld,%lld", &a, &b) == 2) {
+    SetWindowPos(window, nullptr, 0, 0, static_cast<int>(a), static_cast<int>(b), SWP_NOMOVE | SWP_NOZORDER);
+  } else if (word == "wait_exit") {
+    DWORD process_id = 0, code = 0;
+    GetWindowThreadProcessId(window, &process_id);
+    const Owned<KernelHandleKind> process(
+        OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process_id));
+    WaitForSingleObject(process.get(), 10'000);
+    GetExitCodeProcess(process.get(), &code);
+    answer["exitCode"] = code;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const HWND window = Find(argc > 1);
+  if (!window) {
+    std::cout << R"({"found":false})" << std::endl;
+    return argc > 1 ? 1 : 0;
+  }
+  json answer{{"results", json::array()}};
+  for (int i = 1; i < argc; ++i) Step(window, argv[i], answer);
+  if (IsWindow(window)) answer.update(Describe(window));
+  std::cout << answer.dump() << std::endl;
+  return 0;
+}
