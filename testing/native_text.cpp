@@ -42,3 +42,5 @@ std::string ConsoleTextToUtf8(std::string_view bytes) {
   for (const char byte : bytes) wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
   return WideToUtf8(wide);
 }
+
+std::string FileTextToUtf8(std::string_view bytes) { return ConsoleTextToUtf8(bytes); }

@@ -279,7 +279,7 @@ class Varnel {
     on('handler', ({ name }) => { recorded.handlers.push(name); });
     on('folder', ({ host, folder, access }) => { recorded.folder = { host, folder, access }; });
     on('navigate', ({ uri }) => { recorded.navigations.push(uri); });
-    on('wrong_thread', ({ call }) => { this.problems.push(`${call} on a thread other than the UI thread`); });
+    on('problem', ({ problem }) => { this.problems.push(problem); });
     on('message', ({ text }) => this.#receive(text));
   }
 

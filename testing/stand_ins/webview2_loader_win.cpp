@@ -63,13 +63,25 @@ void SendEvent(const char* event, json fields = json::object()) {
   Send(fields);
 }
 
-// The control belongs to the thread that made it; a call from another one is refused and told.
+// The control belongs to the thread that made it; a call from another one is refused, and told on the way of
+// commands.
 HRESULT OnUiThread(const char* call) {
   if (GetCurrentThreadId() == g_state.ui_thread) return S_OK;
-  OutputDebugStringA(call);
+  const std::string problem = std::string(call) + " on a thread other than the UI thread";
   PostMessageW(g_state.window, kCommandMessage, 0,
-               reinterpret_cast<LPARAM>(new json{{"command", "wrong_thread"}, {"call", call}}));
+               reinterpret_cast<LPARAM>(new json{{"command", "problem"}, {"problem", problem}}));
   return RPC_E_WRONG_THREAD;
+}
+
+// A handler must answer for IUnknown and for its own interface.
+template <typename Handler>
+void CheckHandler(Handler* handler, const char* name) {
+  for (const IID& iid : {IID_IUnknown, Handler::kIid}) {
+    ComPtr<IUnknown> found;
+    if (FAILED(handler->QueryInterface(iid, reinterpret_cast<void**>(found.GetAddressOf()))) || !found) {
+      SendEvent("problem", {{"problem", std::string(name) + " handler: QueryInterface fails"}});
+    }
+  }
 }
 
 std::string ToBase64(const std::string& bytes) {
@@ -233,6 +245,7 @@ HRESULT Register(const char* name, std::vector<ComPtr<Handler>>& handlers, Handl
                  EventRegistrationToken* token) {
   if (!handler || !token) return E_POINTER;
   if (const HRESULT result = OnUiThread(name); FAILED(result)) return result;
+  CheckHandler(handler, name);
   handlers.push_back(handler);
   token->value = static_cast<__int64>(handlers.size());
   SendEvent("handler", {{"name", name}});
@@ -306,6 +319,7 @@ class Environment final : public Object<ICoreWebView2Environment> {
       HWND parent, ICoreWebView2CreateCoreWebView2ControllerCompletedHandler* handler) override {
     if (!handler) return E_POINTER;
     if (const HRESULT result = OnUiThread("CreateCoreWebView2Controller"); FAILED(result)) return result;
+    CheckHandler(handler, "controller completed");
     g_state.controller_created = handler;
     wchar_t name[64] = L"";
     GetClassNameW(parent, name, 64);
@@ -387,8 +401,8 @@ json Execute(const json& command) {
 LRESULT CALLBACK CommandWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message != kCommandMessage) return DefWindowProcW(window, message, wparam, lparam);
   const std::unique_ptr<json> command(reinterpret_cast<json*>(lparam));
-  if ((*command)["command"] == "wrong_thread") {
-    SendEvent("wrong_thread", {{"call", (*command)["call"]}});
+  if ((*command)["command"] == "problem") {
+    SendEvent("problem", *command);
   } else {
     json reply = Execute(*command);
     reply["reply"] = (*command)["id"];
@@ -456,6 +470,7 @@ extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE CreateCoreWebView2Enviro
                                    {"hasOptions", options != nullptr},
                                    {"apartmentError", apartment}});
   if (FAILED(apartment)) return apartment;
+  CheckHandler(handler, "environment completed");
   g_state.ui_thread = GetCurrentThreadId();
   g_state.environment_created = handler;
   WNDCLASSW window_class{};
