@@ -1,5 +1,8 @@
 import { isRecord } from '../lib/shape.ts';
-import { messages, replies, type Action, type DataOf, type Message, type MessageType, type Reply } from './protocol.ts';
+import {
+  messages, replies, unnumbered,
+  type Action, type Message, type MessageType, type Reply, type RequestData, type StreamData,
+} from './protocol.ts';
 
 /** The browser control's end of the line: texts go out, parsed JSON comes in. */
 export interface WebView {
@@ -22,6 +25,11 @@ export class BridgeError extends Error {
 
 const kDefaultTimeoutMs = 30_000;
 
+/** The action's data, required where it reads any, and how long to wait for the answer. */
+export type RequestArgs<A extends Action> = A extends keyof RequestData
+  ? [data: RequestData[A], timeout_ms?: number]
+  : [data?: undefined, timeout_ms?: number];
+
 interface Pending {
   type: MessageType;
   resolve(message: never): void;
@@ -41,8 +49,19 @@ export class Bridge {
   }
 
   /** Asks and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
-  request<A extends Action>(action: A, data?: DataOf<A>, timeout_ms = kDefaultTimeoutMs): Promise<Reply<A>> {
-    return this.#ask(action, { data: data ?? {} }, timeout_ms);
+  request<A extends Action>(action: A, ...[data, timeout_ms]: RequestArgs<A>): Promise<Reply<A>> {
+    return this.#ask(action, { data: data ?? {} }, timeout_ms ?? kDefaultTimeoutMs);
+  }
+
+  /**
+   * Starts an action whose answers are stream messages: listen to them with `on` first. Returns the `requestId` that they
+   * carry, 0 for the actions that are sent without one.
+   */
+  start<A extends keyof StreamData>(action: A, data: StreamData[A]): number {
+    if (!this.#web_view) throw new BridgeError('absent');
+    const requestId = unnumbered.has(action) ? 0 : ++this.#last_id;
+    this.#web_view.postMessage(JSON.stringify({ action, ...(requestId && { requestId }), data }));
+    return requestId;
   }
 
   /** Opens an address with the system's own program. The host reads `url` beside `action`, not inside `data`. */

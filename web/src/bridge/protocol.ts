@@ -1,9 +1,52 @@
-// Everything page and host say to each other. A message type or action is added here and nowhere else.
-import { anything, array, bool, number, object, text, type Guarded } from '../lib/shape.ts';
+// Everything page and host say to each other: a message type or action is added here and nowhere else.
+// Sizes are bytes unless a comment says otherwise.
+import { anything, array, bool, number, object, optional, record, text, type Guarded } from '../lib/shape.ts';
 
-/** Host to page, by `type`: what a successful reply, stream message or notice carries besides the envelope. */
+const file = object({ path: text, size: number });
+const folder_entry = object({ name: text, path: text, isDirectory: bool, size: number });
+const software_update = object({ name: text, id: text, version: text, available: text, source: text });
+// Passed on from Windows Update as they come, whatever their type.
+const driver_update = object({
+  title: anything,
+  description: anything,
+  categories: anything,
+  kbArticles: anything,
+  currentVersion: anything,
+  availableVersion: anything,
+  releaseDate: anything,
+  severity: anything,
+  hardwareId: anything,
+  isSkipped: anything,
+});
+const junk = object({
+  categories: object({
+    windowsTemp: number,
+    userTemp: number,
+    prefetch: number,
+    winUpdate: number,
+    browserCache: number,
+    shaderCache: number,
+    systemLogs: number,
+  }),
+  total: number,
+  bytes: number,
+});
+const system_file = object({ exists: bool, size: number });
+
+/** One message of a tool that runs: `streamType` "status", "stdout" or "exit". */
+const tool_stream = object({
+  streamType: text,
+  requestId: optional(number), // absent in the "exit" of a ping
+  message: optional(text),
+  isProgress: optional(bool), // the line ended with a carriage return; not yet proof of a redraw
+  code: optional(number), // unsigned 32-bit
+  rebootRequired: optional(bool),
+  error: optional(text),
+});
+
+/** Host to page, by `type`: what a successful reply, a stream message or a notice carries besides the envelope. */
 export const messages = {
-  // Replies.
+  // Program and machine.
   testBridge: object({ status: text }),
   openUrl: object({}),
   openMailto: object({}),
@@ -36,8 +79,92 @@ export const messages = {
   settings: object({ settings: anything }),
   saveSettings: object({ settings: anything }),
   reboot: object({}),
+  processes: object({
+    processes: array(
+      object({ name: text, pid: number, memUsageMB: number, mem: number /* MB */, cpuTimeSec: number, isSystem: bool }),
+    ),
+  }),
+  killProcess: object({}),
 
-  // Sent unasked.
+  // Cleaning.
+  junk,
+  cleanJunk: junk,
+  getDownloadsJunk: object({
+    totalBytes: number,
+    count: number,
+    items: array(object({ name: text, path: text, size: number, daysOld: number })),
+  }),
+  deleteSpecificFiles: object({ deletedCount: number }),
+  getSystemFilesAdvisor: object({
+    hiberfil: object({ exists: bool, size: number, enabled: bool }),
+    pagefile: system_file,
+    swapfile: system_file,
+  }),
+  setHibernation: object({ enabled: bool }),
+
+  // Software and drivers.
+  software_updates: object({ updates: array(software_update), count: number }),
+  apps: object({ apps: array(object({ name: text, id: text, version: text, source: text })) }),
+  driver_updates: object({ updates: array(driver_update), count: number, scannedDriversCount: number }),
+  scan_progress: object({
+    status: text, // "scanning_apps", "scanning_drivers", "scanning_drivers_heartbeat", "done"
+    requestId: number,
+    success: optional(bool),
+    softwareCount: optional(number),
+    ticks: optional(number),
+    software: optional(array(software_update)),
+    drivers: optional(array(driver_update)),
+    scannedDriversCount: optional(number),
+  }),
+  update_stream: tool_stream,
+  uninstall_stream: tool_stream,
+  findLeftovers: object({ leftovers: array(object({ type: text, path: text, size: number })) }),
+  cleanLeftovers: object({}),
+
+  // Disk.
+  disk_analysis_progress: object({
+    status: text, // "scanning", "done"
+    requestId: number,
+    scanned: optional(number),
+    currentFolder: optional(text),
+    drive: optional(text),
+    folders: optional(array(folder_entry)),
+    files: optional(array(file)),
+  }),
+  getFolderContents: object({ path: text, items: array(folder_entry) }),
+
+  // Start-up.
+  startup: object({
+    items: array(object({ name: text, command: text, registryPath: text, scope: text, enabled: bool, impact: text })),
+  }),
+  toggleStartupItem: object({}),
+  toggleScheduleClean: object({}),
+
+  // Network and developer.
+  getOpenPorts: object({ ports: array(object({ proto: text, local: text, port: text, state: text, pid: text })) }),
+  ping_diagnostic_stream: tool_stream,
+  getHostsFile: object({ content: text }),
+  saveHostsFile: object({}),
+  getEnvVariables: object({ user: record(text), system: record(text) }),
+  saveEnvVariable: object({}),
+  getDevServices: object({ services: array(anything) }),
+  controlDevService: object({}),
+  getPnpDevices: object({ devices: array(object({ FriendlyName: anything, Class: anything, Status: anything })) }),
+
+  // Maintenance.
+  quickAction: object({ message: text }),
+  sfc_stream: tool_stream,
+  checkForUpdates: object({
+    onlineVersion: text,
+    currentVersion: text,
+    hasUpdate: bool,
+    downloadUrl: text,
+    changelog: text,
+    mandatory: bool,
+  }),
+  downloadAndApplyUpdate: object({}),
+
+  // Unasked.
   console_log: object({ message: text, style: text }),
   show_service_error_modal: object({}),
   error: object({ message: text }),
@@ -46,7 +173,7 @@ export const messages = {
 export type MessageType = keyof typeof messages;
 export type Message<T extends MessageType> = Guarded<(typeof messages)[T]>;
 
-/** Page to host: each action that is answered, with the `type` of its answer. */
+/** Page to host: each action that has one answer, with the `type` of that answer. */
 export const replies = {
   testBridge: 'testBridge',
   openUrl: 'openUrl',
@@ -58,14 +185,68 @@ export const replies = {
   getSettings: 'settings',
   saveSettings: 'saveSettings',
   reboot: 'reboot',
+  getProcesses: 'processes',
+  killProcess: 'killProcess',
+  getJunk: 'junk',
+  cleanJunk: 'cleanJunk',
+  getDownloadsJunk: 'getDownloadsJunk',
+  deleteSpecificFiles: 'deleteSpecificFiles',
+  getSystemFilesAdvisor: 'getSystemFilesAdvisor',
+  setHibernation: 'setHibernation',
+  getSoftwareUpdates: 'software_updates',
+  getInstalledApps: 'apps',
+  getDriverUpdates: 'driver_updates',
+  findLeftovers: 'findLeftovers',
+  cleanLeftovers: 'cleanLeftovers',
+  getFolderContents: 'getFolderContents',
+  getStartupItems: 'startup',
+  toggleStartupItem: 'toggleStartupItem',
+  toggleScheduleClean: 'toggleScheduleClean',
+  getOpenPorts: 'getOpenPorts',
+  getHostsFile: 'getHostsFile',
+  saveHostsFile: 'saveHostsFile',
+  getEnvVariables: 'getEnvVariables',
+  saveEnvVariable: 'saveEnvVariable',
+  getDevServices: 'getDevServices',
+  controlDevService: 'controlDevService',
+  getPnpDevices: 'getPnpDevices',
+  quickAction: 'quickAction',
+  checkForUpdates: 'checkForUpdates',
+  downloadAndApplyUpdate: 'downloadAndApplyUpdate',
 } as const satisfies Record<string, MessageType>;
 
 export type Action = keyof typeof replies;
 export type Reply<A extends Action> = Message<(typeof replies)[A]>;
 
-/** What goes into `data`, for the actions that read it. */
+/** What goes into `data`; `{}` for an action that is not listed. */
 export interface RequestData {
   saveSettings: Record<string, unknown>;
+  killProcess: { pid: number };
+  cleanJunk: Record<keyof Message<'junk'>['categories'], boolean>; // prefetch as windowsTemp: they share one tick box
+  deleteSpecificFiles: { paths: string[] };
+  setHibernation: { enabled: boolean };
+  findLeftovers: { id: string; name: string };
+  cleanLeftovers: { items: Message<'findLeftovers'>['leftovers'] };
+  getFolderContents: { path: string };
+  toggleStartupItem: { scope: string; name: string; enabled: boolean };
+  toggleScheduleClean: { enabled: boolean };
+  saveHostsFile: { content: string };
+  saveEnvVariable: { type: 'user' | 'system'; name: string; value: string; is_delete: boolean };
+  controlDevService: { service_type: string; command: string };
+  quickAction: { type: 'flush-dns' | 'rebuild-icons' | 'safemode-reboot' };
+  downloadAndApplyUpdate: { downloadUrl: string };
 }
 
-export type DataOf<A extends Action> = A extends keyof RequestData ? RequestData[A] : Record<string, never>;
+/** Page to host: actions that are answered by messages of a stream, with what goes into `data`. */
+export interface StreamData {
+  startSystemScan: Record<string, never>; // scan_progress
+  startDiskAnalysis: { drive: string }; // disk_analysis_progress
+  runPingDiagnostic: { type: 'ping' | 'dns'; target: string }; // ping_diagnostic_stream
+  quickAction: { type: 'sfc' }; // sfc_stream
+  // Sent without `requestId`.
+  installSoftware: { id: string }; // update_stream
+  installDriver: { title: string }; // update_stream
+  uninstallApp: { id: string }; // uninstall_stream
+}
+
+export const unnumbered: ReadonlySet<keyof StreamData> = new Set(['installSoftware', 'installDriver', 'uninstallApp'] as const);

@@ -16,8 +16,19 @@ export function array<T>(item: Guard<T>): Guard<T[]> {
   return (value): value is T[] => Array.isArray(value) && value.every(item);
 }
 
+/** Absent or of that shape. */
+export function optional<T>(guard: Guard<T>): Guard<T | undefined> {
+  return (value): value is T | undefined => value === undefined || guard(value);
+}
+
+/** An object whose members, whatever their names, are all of one shape. */
+export function record<T>(member: Guard<T>): Guard<Record<string, T>> {
+  return (value): value is Record<string, T> => isRecord(value) && Object.values(value).every(member);
+}
+
+type Shape<F> = { [K in keyof F]: Guarded<F[K]> };
+
 /** An object with at least these members; further ones are let through. */
-export function object<F extends Record<string, Guard<unknown>>>(members: F): Guard<{ [K in keyof F]: Guarded<F[K]> }> {
-  return (value): value is { [K in keyof F]: Guarded<F[K]> } =>
-    isRecord(value) && Object.entries(members).every(([name, guard]) => Object.hasOwn(value, name) && guard(value[name]));
+export function object<F extends Record<string, Guard<unknown>>>(members: F): Guard<Shape<F>> {
+  return (value): value is Shape<F> => isRecord(value) && Object.entries(members).every(([name, guard]) => guard(value[name]));
 }

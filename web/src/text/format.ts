@@ -25,8 +25,8 @@ export function formatPercent(percent: number): string {
 }
 
 /** 2^20 bits per second. */
-export function formatRate(rate: number): string {
-  return formatNumber(rate, 2) + kNbsp + 'Mb/s';
+export function formatRate(rate: number, digits = 2): string {
+  return formatNumber(rate, digits) + kNbsp + 'Mb/s';
 }
 
 export function formatTemperature(celsius: number): string {

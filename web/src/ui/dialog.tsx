@@ -87,11 +87,11 @@ export function ConfirmDialog() {
     >
       {asked.body && <p>{asked.body}</p>}
       {items.length > 0 && (
-        <ul class="named">
+        <ul>
           {items.slice(0, kNamedItems).map((item) => (
             <li>{item}</li>
           ))}
-          {items.length > kNamedItems && <li class="muted">{t('confirm.more', { n: items.length - kNamedItems })}</li>}
+          {items.length > kNamedItems && <li class="named-rest muted">{t('confirm.more', { n: items.length - kNamedItems })}</li>}
         </ul>
       )}
     </Dialog>

@@ -1,6 +1,7 @@
 import { useEffect, useMemo, useReducer, useRef } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
-import type { Action, DataOf, Message, MessageType, Reply } from '../bridge/protocol.ts';
+import type { RequestArgs } from '../bridge/bridge.ts';
+import type { Action, Message, MessageType, Reply } from '../bridge/protocol.ts';
 import { createSource, type Source, type SourceState } from '../lib/source.ts';
 import type { Store } from '../lib/store.ts';
 
@@ -16,10 +17,9 @@ export function useStore<T>(store: Pick<Store<T>, 'get' | 'subscribe'>): T {
   return value;
 }
 
-/** One request as a data source: loads when the view opens and whenever `data` changes. */
-export function useRequest<A extends Action>(action: A, data?: DataOf<A>): SourceState<Reply<A>> & Source<Reply<A>> {
-  const key = JSON.stringify(data);
-  const source = useMemo(() => createSource(() => host.request(action, data)), [action, key]);
+/** One request as a data source: loads when the view opens and whenever its data changes. */
+export function useRequest<A extends Action>(action: A, ...args: RequestArgs<A>): SourceState<Reply<A>> & Source<Reply<A>> {
+  const source = useMemo(() => createSource(() => host.request(action, ...args)), [action, JSON.stringify(args)]);
   const state = useStore(source);
   useEffect(() => void source.reload(), [source]);
   return { ...source, ...state };

@@ -10,6 +10,7 @@ interface Props {
   gap_ms: number;
   /** The value at the top edge. */
   top: number;
+  top_text: string;
   format(value: number): string;
 }
 
@@ -17,7 +18,7 @@ const kWidth = 300;
 const kHeight = 64;
 
 /** The course of one figure, with what it is now, on average and at most. */
-export function Sparkline({ name, points, window_ms, gap_ms, top, format }: Props) {
+export function Sparkline({ name, points, window_ms, gap_ms, top, top_text, format }: Props) {
   const figures = stats(points);
   const now = points.at(-1)?.at ?? 0;
   const { line, area } = sparkline(points, { width: kWidth, height: kHeight, now, window_ms, top, gap_ms });
@@ -29,7 +30,7 @@ export function Sparkline({ name, points, window_ms, gap_ms, top, format }: Prop
     <div class="spark">
       <div class="spark-head">
         <span class="spark-name">{name}</span>
-        <span class="spark-top muted">{shown(figures && top)}</span>
+        <span class="spark-top muted">{top_text}</span>
       </div>
       <svg class="spark-plot" viewBox={`0 0 ${kWidth} ${kHeight}`} preserveAspectRatio="none" role="img" aria-label={label}>
         <path class="spark-grid" d={`M0 .5H${kWidth}M0 ${kHeight / 2}H${kWidth}M0 ${kHeight - 0.5}H${kWidth}`} />

@@ -1,5 +1,5 @@
 import type { ComponentChildren } from 'preact';
-import { useEffect } from 'preact/hooks';
+import { useEffect, useLayoutEffect } from 'preact/hooks';
 import { status } from '../state/status.ts';
 import { t } from '../text/text.ts';
 import type { ViewId } from '../views/views.ts';
@@ -20,7 +20,7 @@ interface Props {
 
 /** What every view returns: the header with its title, actions and badges, and the content below. */
 export function View({ id, children, actions, refresh }: Props) {
-  useEffect(() => {
+  useLayoutEffect(() => {
     refreshOfView.set(refresh);
     return () => refreshOfView.set(undefined);
   }, [refresh]);

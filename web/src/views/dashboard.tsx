@@ -5,6 +5,7 @@ import { status } from '../state/status.ts';
 import { kHistoryMs, kTelemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
 import { formatBytes, formatDuration, formatPercent, formatRate, formatTemperature, kNothing } from '../text/format.ts';
 import { t } from '../text/text.ts';
+import { Bar } from '../ui/bar.tsx';
 import { IconButton } from '../ui/button.tsx';
 import { Card } from '../ui/card.tsx';
 import { copyText } from '../ui/clipboard.ts';
@@ -58,7 +59,7 @@ function Processor({ rates }: Telemetry) {
     <Card title={t('dashboard.cpu')} class="at-cpu" aside={<span class="muted">{t('dashboard.window')}</span>}>
       <div class="gauge-and-spark">
         <Gauge label={t('dashboard.loadGauge')} percent={load} caption={t('dashboard.load')} />
-        <Sparkline name={t('dashboard.load')} points={rates.cpu} top={100} format={formatPercent} {...spark} />
+        <Sparkline name={t('dashboard.load')} points={rates.cpu} top={100} top_text={formatPercent(100)} format={formatPercent} {...spark} />
       </div>
     </Card>
   );
@@ -103,7 +104,8 @@ function Network({ sample, rates }: Telemetry) {
         {(['download', 'upload'] as const).map((direction) => {
           const points = rates[direction];
           const top = niceCeiling(stats(points)?.peak ?? 0);
-          return <Sparkline name={t(`dashboard.${direction}`)} points={points} top={top} format={formatRate} {...spark} />;
+          const name = t(`dashboard.${direction}`);
+          return <Sparkline key={direction} name={name} points={points} top={top} top_text={formatRate(top, 0)} format={formatRate} {...spark} />;
         })}
       </div>
     </Card>
@@ -116,24 +118,17 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
       {disks.length === 0 && <p class="muted">{t('dashboard.noDisks')}</p>}
       <ul class="disks">
         {disks.map(({ drive, percent, freeBytes, totalBytes }) => {
-          const share = formatPercent(percent);
           const sizes = { free: formatBytes(freeBytes), total: formatBytes(totalBytes) };
           return (
             <li key={drive}>
-              <button
-                type="button"
-                class="disk"
-                aria-label={t('dashboard.diskOpen', { drive, percent: share, ...sizes })}
-                onClick={() => place.set({ view: 'disk', drive })}
-              >
+              <button type="button" class="disk" onClick={() => place.set({ view: 'disk', drive })}>
                 <Icon name="disk" />
                 <span class="disk-name">{drive}</span>
                 <span class="muted">{t('dashboard.diskFree', sizes)}</span>
-                <span class="disk-share">{share}</span>
+                <span class="disk-share">{formatPercent(percent)}</span>
+                <span class="unseen">{t('dashboard.diskOpen')}</span>
                 <Icon name="chevronRight" />
-                <span class="bar">
-                  <span class={percent >= kFullDiskPercent ? 'bar-value bar-full' : 'bar-value'} style={{ width: `${Math.min(percent, 100)}%` }} />
-                </span>
+                <Bar percent={percent} warn={percent >= kFullDiskPercent} />
               </button>
             </li>
           );
@@ -154,6 +149,7 @@ function Battery({ battery }: { battery: Telemetry['sample']['battery'] }) {
     <Card title={t('dashboard.battery')} class="at-battery" aside={<Icon name={isCharging ? 'batteryCharging' : 'battery'} />}>
       <p class="big">{formatPercent(percent)}</p>
       <p class="muted">{facts.filter(Boolean).join(', ')}</p>
+      <Bar percent={percent} />
     </Card>
   );
 }

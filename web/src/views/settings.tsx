@@ -1,4 +1,4 @@
-import { useMemo } from 'preact/hooks';
+import { useId, useMemo } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
 import { themes, type Ignored, type Settings } from '../lib/settings.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
@@ -50,16 +50,12 @@ function Preferences({ theme, language, scanInterval, ignoreList }: Settings) {
             ))}
           </div>
         </fieldset>
-        <label class="row">
-          <span>{t('settings.language')}</span>
-          <select value={language} onChange={(event) => saveSettings({ language: event.currentTarget.value as Language })}>
-            {Object.entries(languages).map(([id, name]) => (
-              <option value={id} lang={id}>
-                {name}
-              </option>
-            ))}
-          </select>
-        </label>
+        <Choice
+          label={t('settings.language')}
+          value={language}
+          options={Object.entries(languages)}
+          onChoose={(id) => saveSettings({ language: id as Language })}
+        />
       </Card>
       <Card title={t('settings.scan')}>
         <ScanInterval hours={scanInterval} />
@@ -76,17 +72,38 @@ function ScanInterval({ hours }: { hours: number }) {
   const offered = [...new Set([...scan_intervals, hours])].sort((a, b) => a - b);
   const name = (n: number) => (n % 24 === 0 ? t('settings.days', { n: n / 24 }) : t('settings.hours', { n }));
   return (
-    <label class="row">
+    <Choice
+      label={t('settings.scanInterval')}
+      hint={t('settings.scanIntervalHint')}
+      value={String(hours)}
+      options={offered.map((n) => [String(n), name(n)])}
+      onChoose={(n) => saveSettings({ scanInterval: Number(n) })}
+    />
+  );
+}
+
+interface ChoiceProps {
+  label: string;
+  hint?: string;
+  value: string;
+  options: [value: string, name: string][];
+  onChoose(value: string): void;
+}
+
+function Choice({ label, hint, value, options, onChoose }: ChoiceProps) {
+  const id = useId();
+  return (
+    <div class="row">
       <span>
-        {t('settings.scanInterval')}
-        <span class="muted small">{t('settings.scanIntervalHint')}</span>
+        <label for={id}>{label}</label>
+        {hint && <span class="muted small" id={`${id}-hint`}>{hint}</span>}
       </span>
-      <select value={hours} onChange={(event) => saveSettings({ scanInterval: Number(event.currentTarget.value) })}>
-        {offered.map((n) => (
-          <option value={n}>{name(n)}</option>
+      <select id={id} aria-describedby={hint && `${id}-hint`} value={value} onChange={(event) => onChoose(event.currentTarget.value)}>
+        {options.map(([option, name]) => (
+          <option value={option}>{name}</option>
         ))}
       </select>
-    </label>
+    </div>
   );
 }
 
