@@ -61,6 +61,7 @@ function installWebview() {
 //   page      false: no browser, only the bridge
 //   visible   show the windows on the present display
 //   viewport  {width, height} of the page
+//   folder    the folder of a program that ended with stop({ keepFolder: true }): started again where it left off
 export async function startVarnel(options = {}) {
   const app = new Varnel(options);
   try {
@@ -80,6 +81,7 @@ class Varnel {
   #connection = new Connection();
   #delivery = Promise.resolve();
   #nextRequest = 1_000_000;
+  #pushesDue = 0;
   #changed = new Set();
 
   constructor(options) {
@@ -89,9 +91,9 @@ class Varnel {
   async start() {
     const { options } = this;
     await prepareWine({ visible: options.visible });
-    this.folder = await makeFolder();
+    this.folder = options.folder ?? await makeFolder();
     this.binFolder = join(this.folder.unix, 'bin');
-    await this.#fillFolder();
+    if (!options.folder) await this.#fillFolder();
     if (options.service) await this.startService(options.service);
     this.#record();
     const port = await this.#connection.listen();
@@ -152,14 +154,26 @@ class Varnel {
     }), what).finally(() => this.#changed.delete(check));
   }
 
+  // Looks at the page again and again until `look` gives something other than undefined or false.
+  async waitUntilShown(look, what) {
+    const late = Date.now() + kWaitMs;
+    for (;;) {
+      const value = await look();
+      if (value !== undefined && value !== false) return value;
+      if (Date.now() > late) throw new Error(`waited ${kWaitMs} ms for ${what}`);
+      await this.page.waitForTimeout(20);
+    }
+  }
+
   // What the program's resource handler answers: {status, reason, headers, body}, or undefined.
   async resource(uri, context = 'document') {
     const answer = await this.#connection.request('get_resource', { uri, context: kContexts[context] });
     return answer.status === undefined ? undefined : { ...answer, body: Buffer.from(answer.body, 'base64') };
   }
 
-  completeNavigation(success = true) {
-    return this.#connection.request('navigation_completed', { success });
+  completeNavigation() {
+    ++this.#pushesDue;
+    return this.#connection.request('navigation_completed');
   }
 
   // --- around the program -----------------------------------------------------------------------------------------------
@@ -212,20 +226,21 @@ class Varnel {
   }
 
   // Ends the program with exitApp and everything around it; fails when there were problems or the exit code is not 0.
-  async stop() {
+  async stop({ keepFolder = false } = {}) {
     let code;
     try {
+      await this.#closePage();
       if (this.process.exitCode === null) await this.send({ action: 'exitApp' }).catch(() => {});
       code = await within(this.exited, 'the program to end after exitApp', 10_000);
     } finally {
-      await this.kill();
+      await this.kill({ keepFolder });
     }
     if (code !== 0) throw new Error(`the program ended with ${code}`);
     if (this.problems.length > 0) throw new Error(`problems in the page:\n${this.problems.join('\n')}`);
   }
 
   // Ends everything at once, without looking at problems.
-  async kill() {
+  async kill({ keepFolder = false } = {}) {
     if (this.process && this.process.exitCode === null && this.process.signalCode === null) {
       this.process.kill('SIGKILL');
       await this.exited;
@@ -233,7 +248,17 @@ class Varnel {
     await this.context?.close();
     await this.stopService();
     this.#connection.close();
-    await this.folder?.remove();
+    if (!keepFolder) await this.folder?.remove();
+  }
+
+  // The page goes before the program, so that nothing of it is cut off. Wine now and then crashes a process that ends while a
+  // thread is inside the graphics libraries, where the status push is for a moment after each load.
+  async #closePage() {
+    await this.context?.close();
+    this.context = undefined;
+    if (this.process.exitCode !== null) return;
+    const pushed = () => this.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0).length;
+    await this.waitUntil(() => this.process.exitCode !== null || pushed() >= this.#pushesDue, 'the status push');
   }
 
   // --- inside -------------------------------------------------------------------------------------------------------------

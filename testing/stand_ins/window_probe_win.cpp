@@ -41,8 +41,6 @@ json Describe(HWND window) {
           {"style", GetWindowLongPtrW(window, GWL_STYLE) & 0xFFFFFFFF},
           {"visible", IsWindowVisible(window) != FALSE},
           {"classStyle", GetClassLongPtrW(window, GCL_STYLE)},
-          {"classIcon", GetClassLongPtrW(window, GCLP_HICON)},
-          {"classSmallIcon", GetClassLongPtrW(window, GCLP_HICONSM)},
           {"left", outer.left},
           {"top", outer.top},
           {"width", outer.right - outer.left},

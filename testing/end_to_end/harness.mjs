@@ -1,0 +1,51 @@
+// What every end-to-end test file uses.
+import { createRequire } from 'node:module';
+import { mkdir, readFile } from 'node:fs/promises';
+import { join } from 'node:path';
+import { after } from 'node:test';
+
+import { closeBrowser, startVarnel } from './driver.mjs';
+import { endWine, root } from './wine.mjs';
+
+after(async () => {
+  await closeBrowser();
+  await endWine();
+});
+
+// Runs `body` with the program and ends it; see startVarnel for the options. Problems in the page fail the test.
+export async function withVarnel(options, body) {
+  const app = await startVarnel(options);
+  try {
+    await body(app);
+  } catch (error) {
+    await app.kill();
+    if (app.problems.length > 0) error.message += `\nproblems in the page:\n${app.problems.join('\n')}`;
+    throw error;
+  }
+  await app.stop();
+}
+
+// Fails when axe-core finds anything on what the page shows now.
+export async function checkAccessibility(page) {
+  // Through the debugger: the page's own policy allows no foreign script.
+  const session = await page.context().newCDPSession(page);
+  const evaluate = async (expression) => {
+    const { result, exceptionDetails } = await session.send('Runtime.evaluate', { expression, awaitPromise: true, returnByValue: true });
+    if (exceptionDetails) throw new Error(exceptionDetails.exception?.description ?? exceptionDetails.text);
+    return result.value;
+  };
+  await evaluate(`${await readFile(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8')}; undefined`);
+  const { violations, passes } = await evaluate('axe.run(document, { resultTypes: ["violations"] })');
+  await session.detach();
+  if (passes.length === 0) throw new Error('axe-core looked at nothing');
+  if (violations.length === 0) return;
+  const lines = violations.map(({ id, help, nodes }) => `${id}: ${help}\n  ${nodes.map(({ html }) => html).join('\n  ')}`);
+  throw new Error(`axe-core found:\n${lines.join('\n')}`);
+}
+
+// Leaves build/screenshots/<name>.png to be looked at.
+export async function screenshot(page, name) {
+  const folder = join(root, 'build/screenshots');
+  await mkdir(folder, { recursive: true });
+  await page.screenshot({ path: join(folder, `${name}.png`) });
+}
