@@ -1,0 +1,108 @@
+# Looks for driver updates with the Windows Update agent and prints one JSON object on one line:
+#   {"scannedDriversCount":143,"updates":[{"Title":...,"Description":...,"Categories":...,"KBArticles":...,"CurrentVersion":...,
+#    "AvailableVersion":...,"ReleaseDate":...,"Severity":...,"HardwareId":...,"IsSkipped":false}]}
+# Exit code 0. After an error the object has an empty "updates" and the reason in "error", and the exit code is 1.
+# For Windows PowerShell 5.1, without elevation. Dot-sourced, it only defines its functions.
+
+$ErrorActionPreference = 'Stop'
+# Anything but the object would spoil it: warnings and the like go to standard output too.
+$ProgressPreference = 'SilentlyContinue'
+$WarningPreference = 'SilentlyContinue'
+$VerbosePreference = 'SilentlyContinue'
+
+# A property as it is, $null when the object lacks it: a COM object may throw then.
+function Get-Property($Object, [string]$Name) {
+    try { $Object.$Name } catch { $null }
+}
+
+function Get-Text($Object, [string]$Name) {
+    [string](Get-Property $Object $Name)
+}
+
+# The entries of a collection as one text, $Fallback for none.
+function Join-Entries($Collection, [scriptblock]$Format, [string]$Fallback) {
+    $texts = @($Collection | Where-Object { $null -ne $_ } | ForEach-Object $Format)
+    if ($texts.Count -gt 0) { $texts -join ', ' } else { $Fallback }
+}
+
+# The offered version stands only in the title: "Peat - System - 10.1.5.3", "Meadow System Driver Update (3.0.5.0)".
+function Get-TitleVersion([string]$Title) {
+    if ($Title -match '(\d+(\.\d+)+)\)?\s*$') { $Matches[1] } else { '' }
+}
+
+# Version of the installed driver of the device that an update is for, '' when no such device is found.
+function Get-CurrentVersion($Drivers, [string]$HardwareId) {
+    if ($HardwareId -eq '') { return '' }
+    # A device's own id is one of its hardware ids, perhaps with more detail, and an instance.
+    $instance = [Management.Automation.WildcardPattern]::Escape($HardwareId) + '[\&]*'
+    $driver = $Drivers |
+        Where-Object { $_.HardWareID -eq $HardwareId -or $_.CompatID -eq $HardwareId -or $_.DeviceID -like $instance } |
+        Select-Object -First 1
+    Get-Text $driver 'DriverVersion'
+}
+
+function Get-ReleaseDate($Update) {
+    foreach ($name in 'DriverVerDate', 'LastDeploymentChangeTime') {
+        $date = Get-Property $Update $name
+        # A date that was never set is in the year 1899.
+        if ($date -is [datetime] -and $date.Year -gt 1980) { return $date.ToString('yyyy-MM-dd', [Globalization.CultureInfo]::InvariantCulture) }
+    }
+    ''
+}
+
+function ConvertTo-Entry($Update, $Drivers) {
+    $title = Get-Text $Update 'Title'
+    $hardwareId = Get-Text $Update 'DriverHardwareID'
+    [ordered]@{
+        Title            = $title
+        Description      = Get-Text $Update 'Description'
+        Categories       = Join-Entries (Get-Property $Update 'Categories') { $_.Name } 'Drivers'
+        KBArticles       = Join-Entries (Get-Property $Update 'KBArticleIDs') { "KB$_" } 'None'
+        CurrentVersion   = Get-CurrentVersion $Drivers $hardwareId
+        AvailableVersion = Get-TitleVersion $title
+        ReleaseDate      = Get-ReleaseDate $Update
+        Severity         = Get-Text $Update 'MsrcSeverity'
+        HardwareId       = $hardwareId
+        IsSkipped        = [bool](Get-Property $Update 'IsHidden')
+    }
+}
+
+# Entries of the driver updates that are not installed and not hidden.
+function Get-Entries($Session, $Drivers) {
+    $found = $Session.CreateUpdateSearcher().Search("IsInstalled=0 and Type='Driver' and IsHidden=0").Updates
+    $found | Where-Object { $null -ne $_ } | ForEach-Object { ConvertTo-Entry $_ $Drivers }
+}
+
+# One line of ASCII, which every console encoding prints alike.
+function ConvertTo-AsciiJson($Report) {
+    # Windows PowerShell may print a nested array as {"value":[...],"Count":2} otherwise.
+    Remove-TypeData -TypeName System.Array -ErrorAction SilentlyContinue
+    $json = ConvertTo-Json -InputObject $Report -Depth 5 -Compress
+    [regex]::Replace($json, '[^\x20-\x7E]', { '\u{0:x4}' -f [int]$args[0].Value[0] })
+}
+
+# The object to print and the exit code. $NewSession makes the update session.
+function Get-Report([scriptblock]$NewSession) {
+    $report = [ordered]@{ updates = @() }
+    # Without the list of drivers the updates are still worth showing.
+    try { $drivers = @(Get-CimInstance -ClassName Win32_PnPSignedDriver) } catch { $drivers = @() }
+    if ($drivers.Count -gt 0) { $report.scannedDriversCount = $drivers.Count }
+    try {
+        $report.updates = @(Get-Entries (& $NewSession) $drivers)
+        $exitCode = 0
+    } catch {
+        $report.error = [string]$_.Exception.Message
+        $exitCode = 1
+    }
+    @{ Json = ConvertTo-AsciiJson $report; ExitCode = $exitCode }
+}
+
+if ($MyInvocation.InvocationName -ne '.') {
+    $result = Get-Report {
+        $session = New-Object -ComObject Microsoft.Update.Session
+        $session.ClientApplicationID = 'Varnel'
+        $session
+    }
+    $result.Json
+    exit $result.ExitCode
+}

@@ -1,0 +1,120 @@
+# Installs the driver update whose title equals -UpdateTitle exactly (several devices can have one of the same title: then all of
+# them) with the Windows Update agent, and says in a line a step what it does. Prints SYSTEM_REBOOT_REQUIRED when Windows must be restarted.
+# Exit codes: 0 installed, 1 any other error, 2 no such update, 3 download failed, 4 installation failed, 5 no administrator rights.
+# For Windows PowerShell 5.1, as an administrator. Dot-sourced, it only defines its functions.
+
+param([string]$UpdateTitle)
+
+$ErrorActionPreference = 'Stop'
+$ProgressPreference = 'SilentlyContinue'
+
+$ExitInstalled = 0
+$ExitError = 1
+$ExitNotFound = 2
+$ExitDownloadFailed = 3
+$ExitInstallFailed = 4
+$ExitNoRights = 5
+
+# Reaches the reader at once, and is no part of a function's result.
+function Write-Line([string]$Text) {
+    [Console]::Out.WriteLine($Text)
+}
+
+function Test-Administrator {
+    $user = New-Object Security.Principal.WindowsPrincipal ([Security.Principal.WindowsIdentity]::GetCurrent())
+    $user.IsInRole([Security.Principal.WindowsBuiltInRole]::Administrator)
+}
+
+# Access denied, by Windows or by the update agent.
+function Test-AccessDenied([Exception]$Exception) {
+    $Exception.GetBaseException().HResult -in 0x80070005, 0x80240044
+}
+
+function Select-ByTitle($Updates, [string]$Title) {
+    $Updates | Where-Object { $null -ne $_ -and $_.Title -ceq $Title }
+}
+
+function New-Collection($Updates) {
+    $collection = New-Object -ComObject Microsoft.Update.UpdateColl
+    foreach ($update in $Updates) { [void]$collection.Add($update) }
+    # The comma keeps PowerShell from taking the collection apart.
+    , $collection
+}
+
+# The code of the first of $Count updates that failed, '' when all succeeded (2) or succeeded with errors (3).
+function Get-FailureCode($Result, [int]$Count) {
+    for ($i = 0; $i -lt $Count; $i++) {
+        $one = $Result.GetUpdateResult($i)
+        if ($one.ResultCode -notin 2, 3) { return '0x{0:X8}' -f $one.HResult }
+    }
+    ''
+}
+
+# The exit code. All that can fail is said in a line.
+function Install-Driver($Session, [string]$Title) {
+    $exitCode = $ExitError
+    try {
+        Write-Line "Searching Windows Update for the driver: $Title"
+        $found = $Session.CreateUpdateSearcher().Search("IsInstalled=0 and Type='Driver' and IsHidden=0").Updates
+        $chosen = @(Select-ByTitle $found $Title)
+        if ($chosen.Count -eq 0) {
+            Write-Line 'Windows Update does not offer this driver (any more).'
+            return $ExitNotFound
+        }
+
+        $exitCode = $ExitDownloadFailed
+        foreach ($update in $chosen) {
+            if (-not $update.EulaAccepted) {
+                Write-Line 'Accepting the licence.'
+                $update.AcceptEula()
+            }
+        }
+        Write-Line "Downloading ($($chosen.Count))..."
+        $downloader = $Session.CreateUpdateDownloader()
+        $downloader.Updates = New-Collection $chosen
+        $failure = Get-FailureCode ($downloader.Download()) $chosen.Count
+        if ($failure -ne '') {
+            Write-Line "The download failed: $failure"
+            return $exitCode
+        }
+        Write-Line 'Downloaded.'
+
+        $exitCode = $ExitInstallFailed
+        $installer = $Session.CreateUpdateInstaller()
+        if ($installer.RebootRequiredBeforeInstallation) {
+            Write-Line 'Windows must be restarted before it installs anything else: SYSTEM_REBOOT_REQUIRED'
+            return $exitCode
+        }
+        Write-Line 'Installing...'
+        $installer.Updates = New-Collection $chosen
+        $result = $installer.Install()
+        if ($result.RebootRequired) { Write-Line 'Restart Windows to finish: SYSTEM_REBOOT_REQUIRED' }
+        $failure = Get-FailureCode $result $chosen.Count
+        if ($failure -ne '') {
+            Write-Line "The installation failed: $failure"
+            return $exitCode
+        }
+        Write-Line 'Installed.'
+        $ExitInstalled
+    } catch {
+        Write-Line "Stopped by an error: $($_.Exception.Message)"
+        if (Test-AccessDenied $_.Exception) { $ExitNoRights } else { $exitCode }
+    }
+}
+
+if ($MyInvocation.InvocationName -ne '.') {
+    # Fails without a console; the text is then in the console's code page.
+    try { [Console]::OutputEncoding = New-Object Text.UTF8Encoding $false } catch { }
+    if (-not (Test-Administrator)) {
+        Write-Line 'Installing a driver needs administrator rights.'
+        exit $ExitNoRights
+    }
+    try {
+        $session = New-Object -ComObject Microsoft.Update.Session
+        $session.ClientApplicationID = 'Varnel'
+    } catch {
+        Write-Line "The Windows Update agent is not available: $($_.Exception.Message)"
+        exit $ExitError
+    }
+    exit (Install-Driver $session $UpdateTitle)
+}
