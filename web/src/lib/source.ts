@@ -5,7 +5,7 @@ export interface SourceState<T> {
   phase: 'idle' | 'loading' | 'ready' | 'failed';
   /** The last data that arrived; kept while loading again and after a failure. */
   data?: T;
-  /** Why the last load failed. */
+  /** Why the last finished load failed; kept while loading again. */
   error?: unknown;
   /** When the data arrived (ms since the epoch). */
   at?: number;
@@ -31,9 +31,8 @@ export function createSource<T>(load: () => Promise<T>): Source<T> {
 
   function reload() {
     if (running) return running;
-    const { data, at } = store.get();
-    const had = { ...(data !== undefined && { data }), ...(at !== undefined && { at }) };
-    store.set({ phase: 'loading', ...had, since: Date.now() });
+    const before = store.get();
+    store.set({ ...before, phase: 'loading', since: Date.now() });
     const mine: Promise<void> = load().then(
       (fresh) => {
         if (running === mine) put(fresh);
@@ -41,7 +40,7 @@ export function createSource<T>(load: () => Promise<T>): Source<T> {
       (error: unknown) => {
         if (running !== mine) return;
         running = undefined;
-        store.set({ phase: 'failed', ...had, error });
+        store.set({ ...before, phase: 'failed', error });
       },
     );
     running = mine;

@@ -2,11 +2,16 @@ import { host } from '../bridge/host.ts';
 import { createStore } from '../lib/store.ts';
 import { appendLines, type Incoming, type Line } from '../lib/terminal.ts';
 
-export const terminal = createStore<{ lines: readonly Line[]; open: boolean; unseen: number }>({
-  lines: [],
-  open: false,
-  unseen: 0,
-});
+interface TerminalState {
+  lines: readonly Line[];
+  open: boolean;
+  /** The newest line is in sight: the pane is open and at its end. */
+  at_end: boolean;
+  /** Lines that came while it was not. */
+  unseen: number;
+}
+
+export const terminal = createStore<TerminalState>({ lines: [], open: false, at_end: false, unseen: 0 });
 
 // Tools print in bursts: what arrives within one frame is drawn together.
 let waiting: Incoming[] = [];
@@ -14,20 +19,26 @@ let waiting: Incoming[] = [];
 export function printLine(line: Incoming) {
   if (waiting.push(line) > 1) return;
   setTimeout(() => {
-    const { lines, open, unseen } = terminal.get();
-    const next = appendLines(lines, waiting);
-    const added = (next.at(-1)?.id ?? 0) - (lines.at(-1)?.id ?? 0);
+    const before = terminal.get();
+    const lines = appendLines(before.lines, waiting);
+    const added = (lines.at(-1)?.id ?? 0) - (before.lines.at(-1)?.id ?? 0);
     waiting = [];
-    terminal.set({ open, lines: next, unseen: open ? 0 : unseen + added });
+    terminal.set({ ...before, lines, unseen: before.at_end ? 0 : before.unseen + added });
   }, 16);
 }
 
 export function openTerminal(open: boolean) {
-  terminal.set({ ...terminal.get(), open, unseen: 0 });
+  terminal.set({ ...terminal.get(), open, at_end: open, unseen: 0 });
+}
+
+/** The pane was scrolled: to its end, or away from it. */
+export function scrolledTerminal(at_end: boolean) {
+  const before = terminal.get();
+  if (before.at_end !== at_end) terminal.set({ ...before, at_end, unseen: at_end ? 0 : before.unseen });
 }
 
 export function clearTerminal() {
-  terminal.set({ ...terminal.get(), lines: [], unseen: 0 });
+  terminal.set({ ...terminal.get(), lines: [], at_end: true, unseen: 0 });
 }
 
 export function startTerminal() {

@@ -4,7 +4,6 @@ export const cs = {
   'app.retry': 'Zkusit znovu',
   'app.cancel': 'Zrušit',
   'app.close': 'Zavřít',
-  'app.copy': 'Kopírovat',
   'app.copied': 'Zkopírováno do schránky',
   'app.copyFailed': 'Do schránky se nepodařilo nic uložit',
   'app.undo': 'Vrátit zpět',
@@ -37,7 +36,6 @@ export const cs = {
   'planned.maintenance': 'Tady budou opravy systému, nouzový režim a aktualizace samotného Varnelu.',
   'planned.note': 'Tato část se připravuje.',
 
-  'badge.elevation': 'Oprávnění',
   'badge.admin': 'Správce',
   'badge.user': 'Běžný uživatel',
   'badge.admin.hint': 'Varnel běží s právy správce.',
@@ -143,7 +141,6 @@ export const cs = {
   'dashboard.spark': '{name} za poslední 2 minuty: nyní {current}, průměr {average}, nejvýše {peak}',
   'dashboard.sparkEmpty': '{name}: čeká se na první měření',
   'dashboard.window': 'poslední 2 minuty',
-  'dashboard.updated': 'Aktualizováno {time}',
 
   'spec.cpu': 'Procesor',
   'spec.gpu': 'Grafika',

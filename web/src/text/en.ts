@@ -5,7 +5,6 @@ export const en: Texts = {
   'app.retry': 'Try again',
   'app.cancel': 'Cancel',
   'app.close': 'Close',
-  'app.copy': 'Copy',
   'app.copied': 'Copied to the clipboard',
   'app.copyFailed': 'Nothing could be put on the clipboard',
   'app.undo': 'Undo',
@@ -38,7 +37,6 @@ export const en: Texts = {
   'planned.maintenance': 'System repairs, safe mode and updates of Varnel itself will be here.',
   'planned.note': 'This part is being prepared.',
 
-  'badge.elevation': 'Rights',
   'badge.admin': 'Administrator',
   'badge.user': 'Standard user',
   'badge.admin.hint': 'Varnel runs with administrator rights.',
@@ -144,7 +142,6 @@ export const en: Texts = {
   'dashboard.spark': '{name} in the last 2 minutes: now {current}, average {average}, peak {peak}',
   'dashboard.sparkEmpty': '{name}: waiting for the first measurement',
   'dashboard.window': 'last 2 minutes',
-  'dashboard.updated': 'Updated {time}',
 
   'spec.cpu': 'Processor',
   'spec.gpu': 'Graphics',

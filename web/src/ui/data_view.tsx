@@ -57,7 +57,7 @@ export function DataView<T>({ source, reload, children, empty }: Props<T>) {
   }
   return (
     <>
-      {phase === 'failed' && (
+      {error !== undefined && (
         <div class="banner" role="status">
           <Icon name="alert" />
           <p>

@@ -1,5 +1,5 @@
 import { useLayoutEffect, useRef } from 'preact/hooks';
-import { clearTerminal, openTerminal, terminal } from '../state/terminal.ts';
+import { clearTerminal, openTerminal, scrolledTerminal, terminal } from '../state/terminal.ts';
 import { t } from '../text/text.ts';
 import { IconButton } from './button.tsx';
 import { copyText } from './clipboard.ts';
@@ -8,12 +8,11 @@ import { Icon } from './icon.tsx';
 
 /** The pane at the bottom: what the host and the tools print. It follows its end unless the user has scrolled up. */
 export function Terminal() {
-  const { lines, open, unseen } = useStore(terminal);
+  const { lines, open, at_end, unseen } = useStore(terminal);
   const output = useRef<HTMLDivElement>(null);
-  const follows = useRef(true);
 
   useLayoutEffect(() => {
-    if (output.current && follows.current) output.current.scrollTop = output.current.scrollHeight;
+    if (output.current && at_end) output.current.scrollTop = output.current.scrollHeight;
   }, [lines, open]);
 
   return (
@@ -52,7 +51,7 @@ export function Terminal() {
           aria-label={t('terminal.output')}
           tabIndex={0}
           onScroll={({ currentTarget: { scrollTop, clientHeight, scrollHeight } }) => {
-            follows.current = scrollTop + clientHeight >= scrollHeight - 8;
+            scrolledTerminal(scrollTop + clientHeight >= scrollHeight - 8);
           }}
         >
           {lines.length === 0 && <p class="muted">{t('terminal.empty')}</p>}
