@@ -1,0 +1,51 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace SystemHelper {
+
+struct DiskFileItem {
+  uint64_t size = 0;  // bytes
+  std::wstring path;  // full path
+
+  friend bool operator<(const DiskFileItem& a, const DiskFileItem& b) { return a.size < b.size; }
+};
+
+}  // namespace SystemHelper
+
+inline constexpr size_t kLargestFileCount = 30;
+
+// The largest files offered so far, at most kLargestFileCount. Of equal sizes, the one already held stays.
+class LargestFiles {
+ public:
+  LargestFiles() { heap_.reserve(kLargestFileCount); }
+
+  // `make_path` returns the file's full path and is only called for a file that is taken.
+  template <typename MakePath>
+  void Offer(uint64_t size, MakePath&& make_path) {
+    if (heap_.size() == kLargestFileCount) {
+      if (size <= heap_.front().size) return;
+      std::pop_heap(heap_.begin(), heap_.end(), Larger);
+      heap_.pop_back();
+    }
+    heap_.push_back({size, std::forward<MakePath>(make_path)()});
+    std::push_heap(heap_.begin(), heap_.end(), Larger);
+  }
+
+  // Empties the collector.
+  std::vector<SystemHelper::DiskFileItem> TakeLargestFirst() {
+    std::sort_heap(heap_.begin(), heap_.end(), Larger);
+    return std::exchange(heap_, {});
+  }
+
+ private:
+  static bool Larger(const SystemHelper::DiskFileItem& a, const SystemHelper::DiskFileItem& b) {
+    return b < a;
+  }
+
+  std::vector<SystemHelper::DiskFileItem> heap_;  // the smallest in front
+};
