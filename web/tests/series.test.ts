@@ -24,5 +24,6 @@ test('points lie where their time and value say, values beyond the scale at its 
 test('a pause in the measurement is a gap, not a line across it', () => {
   const points = [30_000, 33_000, 60_000, 63_000].map((at) => ({ at, value: 50 }));
   assert.equal(sparkline(points, frame).line, 'M30 5L33 5M60 5L63 5');
+  assert.equal(sparkline([{ at: 60_000, value: 50 }], frame).line, 'M60 5h0', 'a lone point is a dot');
   assert.equal(sparkline([], frame).line, '');
 });

@@ -52,7 +52,7 @@ export function sparkline(points: readonly Point[], frame: Frame): { line: strin
     const run = points.slice(start, i + 1);
     const path = run.map(({ at, value }) => `${x(at)} ${y(value)}`).join('L');
     start = i + 1;
-    line += `M${path}`;
+    line += `M${path}${run.length > 1 ? '' : 'h0'}`; // a lone point is a dot
     area += `M${x(run[0]!.at)} ${frame.height}L${path}L${x(point.at)} ${frame.height}Z`;
   });
   return { line, area };

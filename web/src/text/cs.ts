@@ -8,6 +8,7 @@ export const cs = {
   'app.copyFailed': 'Do schránky se nepodařilo nic uložit',
   'app.undo': 'Vrátit zpět',
   'app.refresh': 'Obnovit',
+  'app.updated': 'Aktualizováno {time}',
   'app.messages': 'Oznámení',
 
   'group.overview': 'Stav',

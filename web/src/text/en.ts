@@ -9,6 +9,7 @@ export const en: Texts = {
   'app.copyFailed': 'Nothing could be put on the clipboard',
   'app.undo': 'Undo',
   'app.refresh': 'Refresh',
+  'app.updated': 'Updated {time}',
   'app.messages': 'Notifications',
 
   'group.overview': 'Status',

@@ -1,6 +1,7 @@
 import type { ComponentChildren } from 'preact';
 import { useEffect, useLayoutEffect } from 'preact/hooks';
 import { status } from '../state/status.ts';
+import { formatTime } from '../text/format.ts';
 import { t } from '../text/text.ts';
 import type { ViewId } from '../views/views.ts';
 import { IconButton } from './button.tsx';
@@ -16,10 +17,12 @@ interface Props {
   actions?: ComponentChildren;
   /** Loads the view's data anew: F5 and a button in the header. */
   refresh?: () => void;
+  /** When that data arrived (ms since the epoch). */
+  at?: number | undefined;
 }
 
 /** What every view returns: the header with its title, actions and badges, and the content below. */
-export function View({ id, children, actions, refresh }: Props) {
+export function View({ id, children, actions, refresh, at }: Props) {
   useLayoutEffect(() => {
     refreshOfView.set(refresh);
     return () => refreshOfView.set(undefined);
@@ -34,6 +37,7 @@ export function View({ id, children, actions, refresh }: Props) {
         <div class="head-actions">
           {actions}
           {refresh && <IconButton icon="refresh" label={t('app.refresh')} onClick={refresh} />}
+          {at !== undefined && <span class="muted small">{t('app.updated', { time: formatTime(at) })}</span>}
         </div>
         <Badges />
       </header>

@@ -1,5 +1,5 @@
-import { niceCeiling, stats } from '../lib/series.ts';
 import type { Message } from '../bridge/protocol.ts';
+import { niceCeiling, stats } from '../lib/series.ts';
 import { place } from '../state/navigation.ts';
 import { status } from '../state/status.ts';
 import { kHistoryMs, kTelemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
@@ -31,7 +31,7 @@ export function Dashboard() {
   const live = useStore(telemetry);
   usePolling(pollTelemetry, kTelemetryPeriodMs);
   return (
-    <View id="dashboard" refresh={refresh}>
+    <View id="dashboard" refresh={refresh} at={live.at}>
       <div class="dashboard">
         <DataView source={live} reload={pollTelemetry}>
           {(data) => (
