@@ -13,6 +13,9 @@ const kWaitMs = 30_000;  // for what must happen; nothing waits longer than it n
 // Values of the control's resource contexts.
 const kContexts = { document: 1, stylesheet: 2, image: 3, media: 4, font: 5, script: 6, xhr: 7, fetch: 8 };
 
+// Ctrl+C is for whoever drives: the browser is ended in order.
+const kOwnSignals = { handleSIGINT: false, handleSIGTERM: false, handleSIGHUP: false };
+
 const kChromiumFlags = ['--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
   '--disable-component-update', '--disable-sync', ...(process.getuid() === 0 ? ['--no-sandbox'] : [])];
 
@@ -25,6 +28,7 @@ export async function closeBrowser() {
 
 // Rejects when `promise` is not settled in time.
 export function within(promise, what, milliseconds = kWaitMs) {
+  if (milliseconds === Infinity) return promise;
   let timer;
   const late = new Promise((_, reject) => {
     timer = setTimeout(() => reject(new Error(`waited ${milliseconds} ms for ${what}`)), milliseconds);
@@ -51,7 +55,7 @@ function installWebview() {
 
 // Options, all optional:
 //   tools     {name: script}: stand-in console tools beside the program, such as {'winget.exe': {...}}
-//   service   {action: answer}: the stand-in helper service; absent: no service
+//   service   {action: answer}: the stand-in helper service; "busy": its pipe is always taken; absent: no service
 //   settings  written to settings.json before the start (an object, or the file's text)
 //   language  the page's language, "cs" or "en", for tests that name no settings
 //   env       environment variables of the program
@@ -129,16 +133,16 @@ class Varnel {
   }
 
   // The first message from index `from` on that `matches`; waits for it when it has not come yet.
-  waitForMessage(matches, { from = 0, what = 'a message' } = {}) {
+  waitForMessage(matches, { from = 0, what = 'a message', milliseconds } = {}) {
     let index = from;
     return this.waitUntil(() => {
       for (; index < this.messages.length; ++index) if (matches(this.messages[index])) return this.messages[index];
       return undefined;
-    }, what);
+    }, what, milliseconds);
   }
 
   // Waits until `condition`, looked at after every event of the program, gives something other than undefined or false.
-  waitUntil(condition, what) {
+  waitUntil(condition, what, milliseconds) {
     let check;
     return within(new Promise((resolve, reject) => {
       check = () => {
@@ -151,7 +155,7 @@ class Varnel {
       };
       this.#changed.add(check);
       check();
-    }), what).finally(() => this.#changed.delete(check));
+    }), what, milliseconds).finally(() => this.#changed.delete(check));
   }
 
   // Looks at the page again and again until `look` gives something other than undefined or false.
@@ -178,12 +182,13 @@ class Varnel {
 
   // --- around the program -----------------------------------------------------------------------------------------------
 
-  // Starts the stand-in helper service; `script` is {action: answer} as testing/README.md describes. "*" answers the rest.
+  // Starts the stand-in helper service; `script` is {action: answer} as testing/README.md describes, or "busy": the pipe is
+  // there, but always taken.
   async startService(script) {
     this.serviceScript = join(this.folder.unix, 'service.json');
     await this.scriptService(script);
     this.service = startInPrefix(standIn('helper_service.exe'),
-      [`${this.folder.windows}\\service.json`, `${this.folder.windows}\\service.log`]);
+      [`${this.folder.windows}\\service.json`, `${this.folder.windows}\\service.log`, ...(script === 'busy' ? ['busy'] : [])]);
     await within(once(this.service.stdout, 'data'), 'the stand-in service');
   }
 
@@ -344,12 +349,12 @@ class Varnel {
     const { viewport = { width: 1400, height: 900 }, visible } = this.options;
     if (visible) {
       this.context = await chromium.launchPersistentContext('', {
-        executablePath: '/usr/bin/chromium', headless: false, viewport: null,
+        ...kOwnSignals, executablePath: '/usr/bin/chromium', headless: false, viewport: null,
         args: [...kChromiumFlags, '--app=about:blank', `--window-size=${viewport.width},${viewport.height}`],
       });
       this.page = this.context.pages()[0] ?? await this.context.newPage();
     } else {
-      sharedBrowser ??= await chromium.launch({ executablePath: '/usr/bin/chromium', args: kChromiumFlags });
+      sharedBrowser ??= await chromium.launch({ ...kOwnSignals, executablePath: '/usr/bin/chromium', args: kChromiumFlags });
       this.context = await sharedBrowser.newContext({ viewport, locale: 'cs-CZ', reducedMotion: 'reduce' });
       this.page = await this.context.newPage();
     }

@@ -72,6 +72,12 @@ test('a running service is seen at the start', () => withVarnel({ service: {} },
   assert.equal(last(app, 'status').serviceActive, true);
 }));
 
+test('a service that is always busy counts as not running', () => withVarnel({ service: 'busy', page: false }, async (app) => {
+  const started = Date.now();
+  assert.equal((await app.request('getStatus')).serviceActive, false);
+  assert.ok(Date.now() - started >= 2000, 'the probe waits for a busy pipe');
+}));
+
 test('settings take effect at once and survive a restart', async () => {
   const first = await startVarnel({ settings: { theme: 'ember', autoScan: true, unknownKey: [1, null] } });
   const attributes = (page) => page.evaluate(() => ({ ...document.documentElement.dataset, lang: document.documentElement.lang }));

@@ -19,7 +19,8 @@ let display;  // the Xvfb process, when it is ours
 async function ensureDisplay({ visible }) {
   if (display || (visible && process.env.DISPLAY)) return;
   display = spawn('Xvfb', ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'],
-    { stdio: ['ignore', 'ignore', 'ignore', 'pipe'] });
+    { stdio: ['ignore', 'ignore', 'ignore', 'pipe'], detached: true });
+  process.on('exit', () => display?.kill());
   const [number] = await Promise.race([
     once(display.stdio[3], 'data'),
     once(display, 'exit').then(() => { throw new Error('Xvfb did not start'); }),
@@ -40,10 +41,10 @@ export async function prepareWine({ visible = false } = {}) {
   await runFile('wineboot', ['-u'], { env: wineEnvironment() });
 }
 
-// Ends every process of the prefix, and the display when it is ours.
+// Ends our display and, with it, every process of the prefix.
 export async function endWine() {
-  await runFile('wineserver', ['-k'], { env: wineEnvironment() }).catch(() => {});
   if (!display) return;
+  await runFile('wineserver', ['-k'], { env: wineEnvironment() }).catch(() => {});
   display.kill();
   await once(display, 'exit');
   display = undefined;
@@ -63,8 +64,9 @@ export function unixPath(windowsPath) {
   return join(drive.toUpperCase() === 'C' ? driveC : '/', rest.replaceAll('\\', '/'));
 }
 
-export function startInPrefix(program, args = [], { env = {}, ...options } = {}) {
-  return spawn('wine', [program, ...args], { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), ...options });
+// In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
+export function startInPrefix(program, args = [], { env = {}, cwd } = {}) {
+  return spawn('wine', [program, ...args], { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), cwd, detached: true });
 }
 
 // Runs a Windows program to its end: {code, stdout}. Programs of Windows by bare name, stand-ins by path.
