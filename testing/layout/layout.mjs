@@ -17,7 +17,7 @@ const kMayUse = {
 const kWindowsHeaders = new Set(['app/webview2.h']);
 const kPortableLibraries = /^(gtest|gmock)\//;
 
-const isTest = (path) => /_(test|fuzz|bench)\.(cpp|h)$/.test(path);
+const isTest = (path) => path.startsWith('testing/') || /_(test|fuzz|bench|fixture|fixture_win)\.(cpp|h)$/.test(path);
 const isWindows = (path) => /_win(_test|_bench)?\.(cpp|h)$/.test(path) || kWindowsHeaders.has(path);
 
 function sourcesBelow(root, folder) {
@@ -38,7 +38,7 @@ function breachOfInclude(root, path, quoted, included) {
   }
   if (!existsSync(join(root, included))) return `"${included}" is not named from the root`;
   const target = included.split('/')[0];
-  if (target === 'testing' && folder !== 'testing' && !isTest(path)) return `uses "${included}" outside a test`;
+  if (isTest(included) && !isTest(path)) return `uses "${included}" outside a test`;
   if (target !== folder && target !== 'testing' && !kMayUse[folder].includes(target)) return `${folder} may not use ${target}: "${included}"`;
   return isWindows(included) && !isWindows(path) && `portable, but includes "${included}"`;
 }

@@ -18,7 +18,8 @@ const kSound = {
   'exec/run_win.cpp': '#include <windows.h>\n#include "exec/run.h"\n#include "base/handle_win.h"\n',
   'net/ports.cpp': '#include "exec/run.h"\n#include <nlohmann/json.hpp>\n',
   'net/ports.h': '#pragma once\n',
-  'net/ports_test.cpp': '#include <gtest/gtest.h>\n#include "testing/page.h"\n#include "net/ports.h"\n',
+  'net/ports_test.cpp': '#include <gtest/gtest.h>\n#include "net/ports_fixture.h"\n#include "net/ports.h"\n',
+  'net/ports_fixture.h': '#pragma once\n#include "testing/page.h"\n',
   'app/webview2.h': '#pragma once\n#include <windows.h>\n',
   'app/main_win.cpp': '#include "app/webview2.h"\n#include "net/ports.h"\n',
   'testing/page.h': '#pragma once\n#include "app/frame.h"\n',
@@ -52,6 +53,7 @@ for (const [path, text, want] of [
   ['app/frame.cpp', '#include "app/webview2.h"\n', 'portable, but includes "app/webview2.h"'],
   ['net/near.cpp', '#include "ports.h"\n', '"ports.h" is not named from the root'],
   ['net/product.cpp', '#include "testing/page.h"\n', 'uses "testing/page.h" outside a test'],
+  ['net/product.cpp', '#include "net/ports_fixture.h"\n', 'uses "net/ports_fixture.h" outside a test'],
   ['net/late.h', '#include <string>\n#pragma once\n', 'does not start with #pragma once'],
 ]) {
   test(`found: ${path} ${want}`, () => assert.deepEqual(breachesWith({ [path]: text }), [`${path}: ${want}`]));
