@@ -48,6 +48,7 @@ test('the dashboard shows what the program measured', () => withVarnel({ languag
   assert.deepEqual(shown.disks, shown.sample.disks.map(({ drive, percent }) => [drive, `${Math.round(percent)}%`]));
   assert.ok(shown.disks.length >= 1, 'drive C is there');
   assert.equal(shown.text.includes('Battery'), shown.sample.battery.hasBattery);
+  await screenshot(page, 'dashboard-amethyst-en');
 }));
 
 test('the service badge follows the service', () => withVarnel({ language: 'en' }, async (app) => {
