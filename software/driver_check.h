@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+// What scripts/check_updates.ps1 found.
+struct DriverCheck {
+  // Entries for the page: title, description, categories, kbArticles, currentVersion, availableVersion,
+  // releaseDate, severity, hardwareId, isSkipped. Values are those of the script, whatever their JSON type.
+  nlohmann::json updates = nlohmann::json::array();
+  // How many drivers were examined; the page shows 171 when the script does not say.
+  nlohmann::json scanned_drivers_count = 171;
+};
+
+// Reads the script's whole output (bytes as captured):
+//   {"scannedDriversCount":143,"updates":[{"Title":"Peat - System - 10.1.5.3","CurrentVersion":"10.1.4.0",
+//   ...}]}
+// A document that is no object, or has no array `updates`, gives no entries. Throws std::exception for text
+// that is not JSON.
+DriverCheck ParseDriverCheck(std::string_view output);

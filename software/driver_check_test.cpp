@@ -1,0 +1,62 @@
+#include "software/driver_check.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A found update with nothing but fallbacks, changed by `patch`.
+std::string Entry(const char* patch) {
+  nlohmann::json entry = {{"title", ""},          {"description", ""},    {"categories", "Drivers"},
+                          {"kbArticles", "None"}, {"currentVersion", ""}, {"availableVersion", ""},
+                          {"releaseDate", ""},    {"severity", ""},       {"hardwareId", ""},
+                          {"isSkipped", false}};
+  entry.merge_patch(nlohmann::json::parse(patch));
+  return "[" + entry.dump() + "]";
+}
+
+}  // namespace
+
+TEST(ParseDriverCheck, MapsEveryFieldAndFallsBack) {
+  const struct {
+    const char* name;
+    std::string output;
+    std::string updates, count;
+  } cases[] = {
+      {"all fields",
+       R"({"scannedDriversCount":143,"updates":[{"Title":"T","Description":"D","Categories":"C","KBArticles":"KB1",)"
+       R"("CurrentVersion":"1","AvailableVersion":"2","ReleaseDate":"2024-07-01","Severity":"S","HardwareId":"PCI\\VEN",)"
+       R"("IsSkipped":true,"other":1}]})",
+       R"([{"availableVersion":"2","categories":"C","currentVersion":"1","description":"D","hardwareId":"PCI\\VEN",)"
+       R"("isSkipped":true,"kbArticles":"KB1","releaseDate":"2024-07-01","severity":"S","title":"T"}])",
+       "143"},
+      {"an element without fields", R"({"updates":[{}]})", Entry("{}"), "171"},
+      {"lower-case title", R"({"updates":[{"title":"t"}]})", Entry(R"({"title":"t"})"), "171"},
+      {"the capital title wins", R"({"updates":[{"title":"t","Title":"T"}]})", Entry(R"({"title":"T"})"),
+       "171"},
+      {"array and number pass through", R"({"updates":[{"Categories":["a","b"],"CurrentVersion":7}]})",
+       Entry(R"({"categories":["a","b"],"currentVersion":7})"), "171"},
+      {"an element that is no object", R"({"updates":["x"]})", Entry("{}"), "171"},
+      {"updates is no array", R"({"updates":{"a":1},"scannedDriversCount":0})", "[]", "0"},
+      {"count is no number", R"({"updates":[],"scannedDriversCount":null})", "[]", "171"},
+      {"array", "[{\"Title\":\"T\"}]", "[]", "171"},
+      {"number", "5\r\n", "[]", "171"},
+      {"byte order mark and line end", "\xEF\xBB\xBF{\"scannedDriversCount\":9}\r\n", "[]", "9"},
+  };
+  for (const auto& c : cases) {
+    const DriverCheck check = ParseDriverCheck(c.output);
+    EXPECT_EQ(check.updates.dump(), c.updates) << c.name;
+    EXPECT_EQ(check.scanned_drivers_count.dump(), c.count) << c.name;
+  }
+}
+
+TEST(ParseDriverCheck, ThrowsForAnythingElseThanJson) {
+  for (const char* output : {"", "\r\n", "WARNING: x\r\n{}", "{\"updates\":[", "{} {}"})
+    EXPECT_THROW(ParseDriverCheck(output), std::exception) << output;
+}
+
+TEST(ParseDriverCheck, BrokenBytesStayServable) {
+  const DriverCheck check = ParseDriverCheck("{\"updates\":[{\"Title\":\"Zvukov\xA0 karta\"}]}");
+  const std::string title = check.updates[0]["title"];
+  EXPECT_TRUE(title.starts_with("Zvukov") && title.ends_with(" karta")) << title;
+  EXPECT_NO_THROW(check.updates.dump());
+}

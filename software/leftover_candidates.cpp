@@ -1,0 +1,111 @@
+#include "software/leftover_candidates.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view kUsersFolder = "c:\\users\\";
+
+std::string AsciiLower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lower;
+}
+
+// True when each component of the part names something: Windows drops trailing dots and blanks, so that "." ,
+// ".. " and "" do not.
+bool IsNamed(std::string_view part) {
+  for (;;) {
+    const size_t separator = part.find_first_of("\\/");
+    if (part.substr(0, separator).find_first_not_of(". ") == part.npos) return false;
+    if (separator == part.npos) return true;
+    part.remove_prefix(separator + 1);
+  }
+}
+
+class Candidates {
+ public:
+  void Add(const std::string& base, std::initializer_list<std::string_view> parts) {
+    std::string path = base;
+    for (const std::string_view part : parts) {
+      if (!IsNamed(part)) return;
+      path.append("\\").append(part);
+    }
+    std::string folded = AsciiLower(path);
+    if (std::ranges::find(folded_, folded) != folded_.end()) return;
+    folded_.push_back(std::move(folded));
+    paths_.push_back(std::move(path));
+  }
+  std::vector<std::string> Take() { return std::move(paths_); }
+
+ private:
+  std::vector<std::string> paths_, folded_;
+};
+
+}  // namespace
+
+LeftoverNameParts SplitLeftoverName(std::string_view id, std::string_view name) {
+  LeftoverNameParts parts{std::string(name), std::string(id), "", std::string(name)};
+  const size_t dot = id.find('.');
+  if (dot != id.npos) {
+    parts.publisher = id.substr(0, dot);
+    parts.app = id.substr(dot + 1);
+  }
+  return parts;
+}
+
+std::vector<std::string> LeftoverFolderCandidates(const std::vector<std::string>& roots,
+                                                  const LeftoverNameParts& parts) {
+  Candidates candidates;
+  for (const std::string& root : roots) {
+    candidates.Add(root, {parts.name});
+    candidates.Add(root, {parts.app});
+    candidates.Add(root, {parts.publisher, parts.app});
+    candidates.Add(root, {parts.publisher, parts.name});
+    candidates.Add(root, {parts.id});
+  }
+  return candidates.Take();
+}
+
+std::vector<std::string> LeftoverKeyCandidates(const LeftoverNameParts& parts) {
+  Candidates candidates;
+  candidates.Add("Software", {parts.publisher, parts.app});
+  candidates.Add("Software", {parts.publisher, parts.name});
+  candidates.Add("Software", {parts.name});
+  candidates.Add("Software", {parts.app});
+  candidates.Add("Software", {parts.id});
+  return candidates.Take();
+}
+
+std::string FindLeftoversReply(int request_id, const std::vector<LeftoverItem>& leftovers) {
+  nlohmann::json list = nlohmann::json::array();
+  for (const LeftoverItem& item : leftovers)
+    list.push_back({{"type", item.type}, {"path", item.path}, {"size", item.size}});
+  return nlohmann::json{
+      {"type", "findLeftovers"}, {"success", true}, {"requestId", request_id}, {"leftovers", std::move(list)}}
+      .dump();
+}
+
+std::string CleanLeftoversReply(int request_id, bool success) {
+  return nlohmann::json{{"type", "cleanLeftovers"}, {"success", success}, {"requestId", request_id}}.dump();
+}
+
+LeftoverItem ReadLeftoverItem(const nlohmann::json& item) {
+  const auto text = [&](const char* field) {
+    const auto found = item.is_object() ? item.find(field) : item.end();
+    return found != item.end() && found->is_string() ? found->get<std::string>() : std::string();
+  };
+  return {text("type"), text("path")};
+}
+
+LeftoverRemoval ChooseLeftoverRemoval(const LeftoverItem& item) {
+  if (item.type == "directory") {
+    return AsciiLower(item.path).starts_with(kUsersFolder) ? LeftoverRemoval::kLocal
+                                                           : LeftoverRemoval::kServiceFolder;
+  }
+  if (item.type == "registry") {
+    return item.path.starts_with(kMachineHive) ? LeftoverRemoval::kServiceKey : LeftoverRemoval::kLocal;
+  }
+  return LeftoverRemoval::kNone;
+}

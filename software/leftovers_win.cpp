@@ -1,0 +1,123 @@
+#include "software/leftovers_win.h"
+
+#include <windows.h>
+
+#include "base/file_walk_win.h"
+#include "base/handle_win.h"
+#include "base/page.h"
+#include "base/text.h"
+#include "exec/service_pipe_win.h"
+#include "exec/service_protocol.h"
+#include "software/leftover_candidates.h"
+
+namespace {
+
+constexpr const wchar_t* kRootVariables[] = {L"LOCALAPPDATA", L"APPDATA", L"PROGRAMDATA", L"ProgramFiles",
+                                             L"ProgramFiles(x86)"};
+
+struct Hive {
+  std::string_view prefix;
+  HKEY key;
+};
+const Hive kHives[] = {{kUserHive, HKEY_CURRENT_USER}, {kMachineHive, HKEY_LOCAL_MACHINE}};
+
+// Empty when the variable is missing.
+std::wstring ReadEnvironmentVariable(const wchar_t* name) {
+  std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
+  if (!value.empty())
+    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+  return value;
+}
+
+std::vector<std::string> ReadRoots() {
+  std::vector<std::string> roots;
+  for (const wchar_t* variable : kRootVariables) {
+    std::string root = WideToUtf8(ReadEnvironmentVariable(variable));
+    if (!root.empty()) roots.push_back(std::move(root));
+  }
+  return roots;
+}
+
+bool IsDirectory(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool KeyExists(HKEY hive, const std::wstring& path) {
+  RegistryKey key;
+  return RegOpenKeyExW(hive, path.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS;
+}
+
+std::vector<LeftoverItem> FindItems(const LeftoverNameParts& parts) {
+  std::vector<LeftoverItem> items;
+  for (std::string& path : LeftoverFolderCandidates(ReadRoots(), parts)) {
+    const std::wstring folder = Utf8ToWide(path);
+    if (IsDirectory(folder)) items.push_back({"directory", std::move(path), DirectorySize(folder)});
+  }
+  for (const std::string& path : LeftoverKeyCandidates(parts)) {
+    for (const Hive& hive : kHives) {
+      if (KeyExists(hive.key, Utf8ToWide(path)))
+        items.push_back({"registry", std::string(hive.prefix) + path});
+    }
+  }
+  return items;
+}
+
+bool RemoveDirectoryTree(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  DWORD error = GetLastError();
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);  // what is marked read-only would refuse to go
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return DeleteFileW(path.c_str());
+  if (RemoveDirectoryW(path.c_str())) return true;
+  error = GetLastError();
+  // What a link leads to is not the item.
+  if (error != ERROR_DIR_NOT_EMPTY || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return false;
+  ClearDirectoryContents(path);
+  return RemoveDirectoryW(path.c_str());
+}
+
+bool RemoveKeyTree(std::string_view path) {
+  for (const Hive& hive : kHives) {
+    // The prefix alone would name everything in the hive.
+    if (path.starts_with(hive.prefix) && path.size() > hive.prefix.size())
+      return RegDeleteTreeW(hive.key, Utf8ToWide(path.substr(hive.prefix.size())).c_str()) == ERROR_SUCCESS;
+  }
+  return false;
+}
+
+bool RemoveThroughService(std::string_view action, const nlohmann::json& data) {
+  return EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest(action, data));
+}
+
+bool RemoveItem(const LeftoverItem& item) {
+  switch (ChooseLeftoverRemoval(item)) {
+    case LeftoverRemoval::kLocal:
+      return RemoveLeftoverItem(item.type, item.path);
+    case LeftoverRemoval::kServiceFolder:
+      return RemoveThroughService("cleanLeftoverPath", {{"path", item.path}});
+    case LeftoverRemoval::kServiceKey:
+      return RemoveThroughService("cleanHKLMRegistry", {{"subKey", item.path.substr(kMachineHive.size())}});
+    case LeftoverRemoval::kNone:
+      break;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool RemoveLeftoverItem(const std::string& type, const std::string& path) {
+  if (type == "directory") return RemoveDirectoryTree(Utf8ToWide(path));
+  return type == "registry" && RemoveKeyTree(path);
+}
+
+void findLeftovers(int request_id, const std::string& id, const std::string& name) {
+  PostJsonToJs(FindLeftoversReply(request_id, FindItems(SplitLeftoverName(id, name))));
+}
+
+void cleanLeftovers(int request_id, const std::vector<nlohmann::json>& items) {
+  bool success = true;
+  for (const nlohmann::json& item : items) success = RemoveItem(ReadLeftoverItem(item)) && success;
+  PostJsonToJs(CleanLeftoversReply(request_id, success));
+}

@@ -1,0 +1,111 @@
+#include "software/software_messages.h"
+
+namespace {
+
+using nlohmann::json;
+
+json ToJson(const std::vector<SoftwareUpdateEntry>& updates) {
+  json list = json::array();
+  for (const SoftwareUpdateEntry& entry : updates) {
+    list.push_back({{"name", entry.name},
+                    {"id", entry.id},
+                    {"version", entry.version},
+                    {"available", entry.available},
+                    {"source", entry.source}});
+  }
+  return list;
+}
+
+json ScanProgress(int request_id, const char* status) {
+  return {{"type", "scan_progress"}, {"status", status}, {"requestId", request_id}};
+}
+
+json StreamMessage(PackageStream stream, int request_id, const char* stream_type) {
+  return {{"type", stream == PackageStream::kUpdate ? "update_stream" : "uninstall_stream"},
+          {"streamType", stream_type},
+          {"requestId", request_id}};
+}
+
+}  // namespace
+
+std::string SoftwareUpdatesReply(int request_id, const std::vector<SoftwareUpdateEntry>& updates) {
+  return json{{"type", "software_updates"},
+              {"success", true},
+              {"requestId", request_id},
+              {"updates", ToJson(updates)},
+              {"count", updates.size()}}
+      .dump();
+}
+
+std::string InstalledAppsReply(int request_id, const std::vector<InstalledAppEntry>& apps) {
+  json list = json::array();
+  for (const InstalledAppEntry& entry : apps) {
+    list.push_back(
+        {{"name", entry.name}, {"id", entry.id}, {"version", entry.version}, {"source", entry.source}});
+  }
+  return json{{"type", "apps"}, {"success", true}, {"requestId", request_id}, {"apps", std::move(list)}}
+      .dump();
+}
+
+std::string DriverUpdatesReply(int request_id, const DriverCheck& check, bool success) {
+  return json{{"type", "driver_updates"},      {"success", success},
+              {"requestId", request_id},       {"updates", check.updates},
+              {"count", check.updates.size()}, {"scannedDriversCount", check.scanned_drivers_count}}
+      .dump();
+}
+
+std::string ScanningAppsMessage(int request_id) {
+  json message = ScanProgress(request_id, "scanning_apps");
+  message["success"] = true;
+  return message.dump();
+}
+
+std::string ScanningDriversMessage(int request_id, size_t software_count) {
+  json message = ScanProgress(request_id, "scanning_drivers");
+  message["success"] = true;
+  message["softwareCount"] = software_count;
+  return message.dump();
+}
+
+std::string ScanHeartbeatMessage(int request_id, int ticks) {
+  json message = ScanProgress(request_id, "scanning_drivers_heartbeat");
+  message["ticks"] = ticks;
+  return message.dump();
+}
+
+std::string ScanDoneMessage(int request_id, const std::vector<SoftwareUpdateEntry>& software,
+                            const DriverCheck& drivers) {
+  json message = ScanProgress(request_id, "done");
+  message["success"] = true;
+  message["software"] = ToJson(software);
+  message["drivers"] = drivers.updates;
+  message["scannedDriversCount"] = drivers.scanned_drivers_count;
+  return message.dump();
+}
+
+std::string ScanFailedMessage(int request_id) {
+  json message = ScanProgress(request_id, "done");
+  message["success"] = false;
+  return message.dump();
+}
+
+std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view text) {
+  json message = StreamMessage(stream, request_id, "status");
+  message["message"] = text;
+  return message.dump();
+}
+
+std::string StreamOutputMessage(PackageStream stream, int request_id, std::string_view text,
+                                bool is_progress) {
+  json message = StreamMessage(stream, request_id, "stdout");
+  message["message"] = text;
+  if (stream == PackageStream::kUpdate) message["isProgress"] = is_progress;
+  return message.dump();
+}
+
+std::string StreamExitMessage(PackageStream stream, int request_id, int64_t code, bool reboot_required) {
+  json message = StreamMessage(stream, request_id, "exit");
+  message["code"] = code;
+  if (stream == PackageStream::kUpdate) message["rebootRequired"] = reboot_required;
+  return message.dump();
+}
