@@ -1,0 +1,73 @@
+#pragma once
+
+#include <windows.h>
+
+#include <unknwn.h>
+#include <wrl/client.h>
+
+#include <atomic>
+#include <new>
+#include <utility>
+
+// Handler object of the browser control around a function with the parameters of the interface's Invoke. It
+// answers IUnknown and the interface's own identifier. What the function throws ends at the border to the
+// browser as a failure code.
+template <typename Interface, typename Function, typename Method = decltype(&Interface::Invoke)>
+class ComCallback;
+
+template <typename Interface, typename Function, typename... Args>
+class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(Args...)> final
+    : public Interface {
+ public:
+  explicit ComCallback(Function function) : function_(std::move(function)) {}
+  virtual ~ComCallback() = default;
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (object == nullptr) return E_POINTER;
+    const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, Interface::kIid);
+    *object = known ? static_cast<Interface*>(this) : nullptr;
+    if (!known) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+  ULONG STDMETHODCALLTYPE Release() override {
+    const ULONG left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(Args... args) override {
+    try {
+      return function_(args...);
+    } catch (const std::bad_alloc&) {
+      return E_OUTOFMEMORY;
+    } catch (...) {
+      return E_FAIL;
+    }
+  }
+
+ private:
+  std::atomic<ULONG> references_ = 1;
+  Function function_;
+};
+
+// Takes over the one reference that a new object has. (ComPtr::Attach adds another with MinGW's header.)
+template <typename Interface>
+Microsoft::WRL::ComPtr<Interface> Adopt(Interface* object) {
+  Microsoft::WRL::ComPtr<Interface> owner;
+  *owner.GetAddressOf() = object;
+  return owner;
+}
+
+template <typename Interface, typename Function>
+Microsoft::WRL::ComPtr<Interface> MakeCallback(Function function) {
+  return Adopt<Interface>(new ComCallback<Interface, Function>(std::move(function)));
+}
+
+// Asks an object for another of its interfaces; null when it has none such.
+template <typename Interface>
+Microsoft::WRL::ComPtr<Interface> QueryFor(IUnknown* object) {
+  Microsoft::WRL::ComPtr<Interface> found;
+  object->QueryInterface(Interface::kIid, reinterpret_cast<void**>(found.GetAddressOf()));
+  return found;
+}

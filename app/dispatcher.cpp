@@ -1,0 +1,61 @@
+#include "app/dispatcher.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "base/json_text.h"
+#include "base/page.h"
+#include "base/text.h"
+
+namespace {
+
+// Any number or boolean as the library converts it, fractions cut off. The language leaves open what a
+// fraction or exponent beyond 32 bits becomes: here it is the least integer, as the processor's own
+// conversion has it.
+int32_t ReadRequestId(const nlohmann::json& value) {
+  if (!value.is_number_float()) return value.get<int32_t>();
+  const double number = value.get<double>();
+  const bool fits = number > -2147483649.0 && number < 2147483648.0;
+  return fits ? static_cast<int32_t>(number) : INT32_MIN;
+}
+
+void Run(std::wstring_view message, std::span<const Action> actions) {
+  Request request;
+  nlohmann::json& envelope = request.envelope;
+  envelope = ParseJson(WideToUtf8(message));
+  if (!envelope.is_object() || !envelope.contains("action")) return;
+  request.action = envelope["action"].get<std::string>();
+  if (envelope.contains("requestId")) request.request_id = ReadRequestId(envelope["requestId"]);
+  const auto action = std::ranges::find(actions, request.action, &Action::name);
+  if (action != actions.end()) action->run(request);
+}
+
+// A parse error quotes its input byte by byte and so can end inside a character; such bytes are replaced.
+void PostFailure(const char* text) noexcept {
+  try {
+    const nlohmann::json reply = {{"type", "error"}, {"message", text}};
+    PostJsonToJs(reply.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  } catch (...) {
+    // No memory is left even for this reply, and there is no other way to the page.
+  }
+}
+
+}  // namespace
+
+void ActionDispatcher::Dispatch(std::wstring_view message) const noexcept {
+  try {
+    Run(message, actions_);
+  } catch (const std::exception& error) {
+    PostFailure(error.what());
+  } catch (...) {
+    PostFailure("unknown exception");
+  }
+}
+
+void PostSuccess(std::string_view type, int32_t request_id, nlohmann::json fields) {
+  fields["type"] = type;
+  fields["success"] = true;
+  fields["requestId"] = request_id;
+  PostJsonToJs(fields.dump());
+}

@@ -1,0 +1,24 @@
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <string>
+
+#include "app/browser_host_win.h"
+#include "app/main_window_win.h"
+#include "app/silent_clean_win.h"
+
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_command) {
+  const std::string arguments = command_line;
+  if (arguments.find("--silent-clean") != std::string::npos) {
+    RunSilentClean();
+    return 0;
+  }
+  if (!CreateMainWindow(instance, show_command)) return 1;
+  // ShellExecuteW hands work to shell extensions that need COM on the calling thread.
+  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  StartBrowser();
+  const int exit_code = RunMessageLoop();
+  // Workers may still run. They end here, before anything that they use is destroyed.
+  ExitProcess(static_cast<UINT>(exit_code));
+}

@@ -1,0 +1,21 @@
+#include <cstdlib>
+#include <utility>
+
+#include "app/dispatcher.h"
+#include "base/text.h"
+#include "testing/fuzz_target.h"
+#include "testing/recording_page.h"
+
+// Whatever text the page sends, there is at most one reply, and it is valid JSON.
+FUZZ_TARGET(request_envelope, bytes) {
+  constexpr Action kActions[] = {
+      {"echo",
+       [](Request& request) {
+         PostSuccess(request.action, request.request_id, {{"got", std::move(request.Data())}});
+       }},
+      {"text",
+       [](Request& request) { PostSuccess(request.Data()["type"].get<std::string>(), request.request_id); }},
+  };
+  ActionDispatcher(kActions).Dispatch(Utf8ToWide(bytes));
+  if (TakePostedMessages().size() > 1) std::abort();
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+
+#include <nlohmann/json.hpp>
+
+// The user's settings, one JSON document. Its keys belong to the page: nothing is merged, checked or added
+// here.
+
+// The stored document, whatever it is; the default document when there is no file or it is not JSON.
+nlohmann::json LoadSettings(const std::filesystem::path& file);
+
+// Overwrites the file in place: UTF-8, indented by 4, line feeds, none at the end. A file that cannot be
+// opened or written is no error. Throws nlohmann::json::type_error for text that is not UTF-8, and then
+// leaves an empty file.
+void SaveSettings(const std::filesystem::path& file, const nlohmann::json& document);

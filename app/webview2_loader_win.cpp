@@ -1,0 +1,112 @@
+#include "app/webview2_loader_win.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstring>
+#include <cwchar>
+
+#include "app/browser_runtime.h"
+#include "app/com_callback_win.h"
+#include "base/exe_directory_win.h"
+#include "base/handle_win.h"
+
+namespace {
+
+// Hands out a copy of `text` that the caller frees; null stands for "not set".
+HRESULT CopyOut(const wchar_t* text, LPWSTR* value) {
+  if (!value) return E_POINTER;
+  *value = nullptr;
+  if (!text) return S_OK;
+  const size_t size_bytes = (std::wcslen(text) + 1) * sizeof(wchar_t);
+  *value = static_cast<LPWSTR>(CoTaskMemAlloc(size_bytes));
+  if (!*value) return E_OUTOFMEMORY;
+  std::memcpy(*value, text, size_bytes);
+  return S_OK;
+}
+
+// Nothing but defaults: not every runtime takes null for "no options".
+class DefaultOptions final : public ICoreWebView2EnvironmentOptions {
+ public:
+  virtual ~DefaultOptions() = default;
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (!object) return E_POINTER;
+    const bool known =
+        IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, ICoreWebView2EnvironmentOptions::kIid);
+    *object = known ? static_cast<ICoreWebView2EnvironmentOptions*>(this) : nullptr;
+    if (!known) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+  ULONG STDMETHODCALLTYPE Release() override {
+    const ULONG left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  HRESULT STDMETHODCALLTYPE get_AdditionalBrowserArguments(LPWSTR* value) override {
+    return CopyOut(nullptr, value);
+  }
+  HRESULT STDMETHODCALLTYPE get_Language(LPWSTR* value) override { return CopyOut(nullptr, value); }
+  HRESULT STDMETHODCALLTYPE get_TargetCompatibleBrowserVersion(LPWSTR* value) override {
+    return CopyOut(kOldestBrowserVersion, value);
+  }
+  HRESULT STDMETHODCALLTYPE get_AllowSingleSignOnUsingOSPrimaryAccount(BOOL* value) override {
+    if (!value) return E_POINTER;
+    *value = FALSE;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE put_AdditionalBrowserArguments(LPCWSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Language(LPCWSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_TargetCompatibleBrowserVersion(LPCWSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_AllowSingleSignOnUsingOSPrimaryAccount(BOOL) override { return E_NOTIMPL; }
+
+ private:
+  std::atomic<ULONG> references_ = 1;
+};
+
+// An export of a library that then stays loaded for good, with its own folder searched for what it needs;
+// null when either is missing.
+template <typename Function>
+Function LoadExport(const std::wstring& library_path, const char* name) {
+  const HMODULE library = LoadLibraryExW(library_path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!library) return nullptr;
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
+// Folder of the installed runtime of the stable channel, as its updater registers it; empty when there is
+// none.
+std::wstring InstalledRuntimeFolder(HKEY root) {
+  constexpr wchar_t kClientState[] =
+      L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}";
+  RegistryKey key;
+  if (RegOpenKeyExW(root, kClientState, 0, KEY_READ | KEY_WOW64_32KEY, key.put()) != ERROR_SUCCESS) return {};
+  wchar_t folder[MAX_PATH] = {};
+  DWORD size_bytes = sizeof(folder);
+  if (RegGetValueW(key.get(), nullptr, L"EBWebView", RRF_RT_REG_SZ, nullptr, folder, &size_bytes) !=
+      ERROR_SUCCESS)
+    return {};
+  return folder;
+}
+
+}  // namespace
+
+HRESULT CreateBrowserEnvironment(const std::wstring& user_data_folder,
+                                 ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler) {
+  const auto create = LoadExport<CreateWebView2Environment>(GetExeDirectory() + L"\\WebView2Loader.dll",
+                                                            "CreateCoreWebView2EnvironmentWithOptions");
+  if (create) return create(nullptr, user_data_folder.c_str(), nullptr, handler);
+
+  for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    const std::wstring library = ClientLibraryPath(InstalledRuntimeFolder(root));
+    if (library.empty()) continue;
+    const auto create_internal =
+        LoadExport<CreateWebView2EnvironmentInternal>(library, "CreateWebViewEnvironmentWithOptionsInternal");
+    if (!create_internal) continue;
+    const auto options = Adopt<ICoreWebView2EnvironmentOptions>(new DefaultOptions);
+    return create_internal(true, 0, user_data_folder.c_str(), options.Get(), handler);
+  }
+  return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+}
