@@ -1,0 +1,38 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+
+#include "base/handle_win.h"
+
+// Walks over folders (FindFirstFileW, FindNextFileW). None of them follows a junction or symbolic link that
+// it meets; only the folder that the caller names may be a link itself, and then means its target. Paths may
+// be relative, have either separator, and need no "\\?\" prefix however long the paths below them become.
+
+// The entries of one folder, "." and ".." left out.
+class FolderListing {
+ public:
+  // Of an empty path, a missing or unreadable folder or a file: nothing is listed.
+  explicit FolderListing(const std::wstring& folder);
+
+  // The next entry; null at the end. It is valid until the next call.
+  const WIN32_FIND_DATAW* Next();
+
+ private:
+  WIN32_FIND_DATAW entry_ = {};
+  FindHandle find_;
+  bool is_first_ = true;
+};
+
+// Size of a file entry.
+uint64_t SizeBytes(const WIN32_FIND_DATAW& entry);
+
+// Bytes of all files in the folder and below it. What cannot be listed adds nothing. Throws std::bad_alloc.
+uint64_t DirectorySize(const std::wstring& folder);
+
+// Deletes what is in the folder, read-only files included, and keeps the folder. A link goes, its target
+// stays. What cannot be deleted (in use, access denied) stays, with the folders above it. Throws
+// std::bad_alloc.
+void ClearDirectoryContents(const std::wstring& folder);

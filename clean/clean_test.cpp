@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "clean/downloads.h"
+#include "clean/junk.h"
+#include "clean/system_files.h"
+#include "testing/recorded_message.h"
+
+using nlohmann::json;
+
+TEST(JunkCategories, FoldersMeasuredAndCleaned) {
+  struct {
+    std::string key;
+    std::vector<std::wstring> cleaned, only_measured;
+  } want[] = {
+      {"windowsTemp", {LR"(C:\Windows\Temp)"}, {LR"(C:\Windows\SystemTemp)"}},
+      {"userTemp", {L""}, {}},
+      {"prefetch", {LR"(C:\Windows\Prefetch)"}, {}},
+      {"winUpdate", {LR"(C:\Windows\SoftwareDistribution\Download)"}, {}},
+      {"browserCache",
+       {LR"(\Google\Chrome\User Data\Default\Cache)", LR"(\Google\Chrome\User Data\Default\Code Cache)",
+        LR"(\Microsoft\Edge\User Data\Default\Cache)", LR"(\Microsoft\Edge\User Data\Default\Code Cache)",
+        LR"(\BraveSoftware\Brave-Browser\User Data\Default\Cache)"},
+       {LR"(\Mozilla\Firefox\Profiles)"}},
+      {"shaderCache", {LR"(\NVIDIA\DXCache)", LR"(\NVIDIA\GLCache)", LR"(\D3DSCache)"}, {}},
+      {"systemLogs",
+       {LR"(C:\ProgramData\Microsoft\Windows\WER)", LR"(C:\Windows\Logs)"},
+       {LR"(C:\Windows\Minidump)"}},
+  };
+  for (size_t i = 0; i < kJunkCategoryCount; ++i) {
+    EXPECT_EQ(kJunkCategories[i].key, want[i].key);
+    std::vector<std::wstring> cleaned, only_measured;
+    for (const JunkFolder& folder : kJunkCategories[i].folders)
+      (folder.is_cleaned ? cleaned : only_measured).emplace_back(folder.path);
+    EXPECT_EQ(cleaned, want[i].cleaned) << want[i].key;
+    EXPECT_EQ(only_measured, want[i].only_measured) << want[i].key;
+  }
+}
+
+TEST(ReadJunkSelection, SelectsWhateverIsNotDeselected) {
+  struct {
+    const char* data;
+    JunkFlags want;
+  } cases[] = {
+      {"null", {true, true, true, true, true, true, true}},
+      {"{}", {true, true, true, true, true, true, true}},
+      {R"({"userTemp":false,"systemLogs":false})", {true, false, true, true, true, true, false}},
+      {R"({"windowsTemp":false,"prefetch":false,"winUpdate":true,"browserCache":false,"shaderCache":false,"other":1})",
+       {false, true, false, true, false, false, true}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ReadJunkSelection(json::parse(c.data), 1).flags, c.want) << c.data;
+  for (const char* data :
+       {R"({"userTemp":null})", R"({"userTemp":0})", R"({"userTemp":"false"})", R"([])", R"("x")"})
+    EXPECT_THROW(ReadJunkSelection(json::parse(data), 1), json::type_error) << data;
+}
+
+TEST(BuildCleanRequest, CarriesTheFlagsUnderTheSameKeys) {
+  EXPECT_EQ(BuildCleanRequest({true, false, true, false, true, false, true}).dump(),
+            R"({"browserCache":true,"prefetch":true,"shaderCache":false,"systemLogs":true,)"
+            R"("userTemp":false,"winUpdate":false,"windowsTemp":true})");
+}
+
+TEST(RaiseToServiceSizes, TakesTheLargerFigureOfASuccessfulAnswer) {
+  struct {
+    const char* answer;
+    uint64_t windows_temp, prefetch;
+  } cases[] = {
+      {R"({"success":true,"windowsTempBytes":99,"prefetchBytes":201})", 100, 201},
+      {R"({"success":true,"windowsTempBytes":101,"prefetchBytes":0})", 101, 200},
+      {R"({"success":true,"windowsTempBytes":18446744073709551615})", 18446744073709551615u, 200},
+      {R"({"success":true,"userTempBytes":999})", 100, 200},
+      {R"({"success":true,"windowsTempBytes":"500","prefetchBytes":-1})", 100, 200},
+      {R"({"success":true,"windowsTempBytes":null,"prefetchBytes":[500]})", 100, 200},
+      {R"({"success":false,"windowsTempBytes":500,"prefetchBytes":500})", 100, 200},
+      {R"({"success":1,"windowsTempBytes":500})", 100, 200},
+      {R"({"windowsTempBytes":500,"prefetchBytes":500})", 100, 200},
+      {R"([true])", 100, 200},
+      {R"(null)", 100, 200},
+  };
+  for (const auto& c : cases) {
+    JunkSizes sizes = {{100, 1, 200, 1, 1, 1, 1}};
+    RaiseToServiceSizes(json::parse(c.answer), sizes);
+    const JunkSizes want = {{c.windows_temp, 1, c.prefetch, 1, 1, 1, 1}};
+    EXPECT_EQ(sizes.bytes, want.bytes) << c.answer;
+  }
+}
+
+TEST(BuildJunkReply, IsWhatThePageReads) {
+  EXPECT_EQ(BuildJunkReply("junk", 7, {{38912, 128000, 4096, 10, 1048576, 2048, 0}}),
+            RecordedMessage("junk"));
+  EXPECT_EQ(BuildJunkReply("cleanJunk", 8, {{9007199254740992, 15, 0, 0, 0, 0, 3}}),
+            RecordedMessage("cleanJunk"));
+}
+
+TEST(BuildJunkReply, GivesTheIdentifierBackAsItCame) {
+  for (const char* id : {"0", "7.5", "-3", "4294967296", "true"}) {
+    const JunkSelection selection = ReadJunkSelection(json::object(), json::parse(id));
+    const json reply = json::parse(BuildJunkReply("cleanJunk", selection.request_id, {}));
+    EXPECT_EQ(reply["requestId"].dump(), id);
+  }
+}
+
+TEST(ReviewDownload, ListsOldLargeInstallersAndArchives) {
+  constexpr uint64_t kHour = 36'000'000'000;
+  constexpr uint64_t kNow = 133'000'000'000'000'000;
+  constexpr uint64_t kMiB = 1'048'576;
+  struct {
+    const wchar_t* name;
+    uint64_t size_bytes, written_at;
+    int want_days;  // -1: not listed
+  } cases[] = {
+      {L"A.ISO", 2 * kMiB, kNow - 31 * 24 * kHour, 31},
+      {L"a.iso", 2 * kMiB, kNow - 29 * 24 * kHour, -1},
+      {L"a.zip", kMiB, kNow - 800 * kHour, -1},
+      {L"a.zip", kMiB + 1, kNow - 800 * kHour, 33},
+      {L"a.exe", 2 * kMiB, kNow - 720 * kHour, 30},
+      {L"a.exe", 2 * kMiB, kNow - 720 * kHour + 1, -1},
+      {L"a.exe", 2 * kMiB, kNow - 743 * kHour - (kHour - 1), 30},
+      {L"a.exe", 2 * kMiB, kNow - 744 * kHour, 31},
+      {L"future.exe", 2 * kMiB, kNow + 1, -1},
+      {L"far future.exe", 2 * kMiB, UINT64_MAX, -1},
+      {L"undated.exe", 2 * kMiB, 0, -1},
+      {L"a.MsI", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.img", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.rar", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.7Z", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.tar", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.tar.gz", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.cab", 2 * kMiB, kNow - 800 * kHour, 33},
+      {L"a.tar.xz", 2 * kMiB, kNow - 800 * kHour, -1},
+      {L"a.zip.part", 2 * kMiB, kNow - 800 * kHour, -1},
+      {L"a.zip.", 2 * kMiB, kNow - 800 * kHour, -1},
+      {L"zip", 2 * kMiB, kNow - 800 * kHour, -1},
+      {L".zip", 2 * kMiB, kNow - 800 * kHour, -1},
+      {L"a.\x0130so", 2 * kMiB, kNow - 800 * kHour, -1},
+  };
+  for (const auto& c : cases) {
+    const auto item = ReviewDownload(L"C:\\D", {c.name, c.size_bytes, c.written_at}, kNow);
+    EXPECT_EQ(item ? static_cast<int>(item->days_old) : -1, c.want_days) << testing::PrintToString(c.name);
+  }
+  EXPECT_EQ(ReviewDownload(L"D:\\", {L"a.zip", 2 * kMiB, 1}, kNow)->path, "D:\\a.zip");
+}
+
+TEST(DownloadReplies, AreWhatThePageReads) {
+  constexpr uint64_t kDay = 24 * 36'000'000'000;
+  constexpr uint64_t kNow = 133'000'000'000'000'000;
+  const std::wstring folder = L"D:\\Stažené";
+  const std::vector<DownloadJunkItem> items = {
+      ReviewDownload(folder, {L"Žluťoučký instalátor.MSI", 2'097'152, kNow - 31 * kDay}, kNow).value(),
+      ReviewDownload(folder, {L"obraz.iso", 5'368'709'120, kNow - 400 * kDay}, kNow).value()};
+  EXPECT_EQ(BuildDownloadsReply(9, items), RecordedMessage("getDownloadsJunk"));
+  EXPECT_EQ(
+      BuildDownloadsReply(9, {}),
+      R"({"count":0,"items":[],"requestId":9,"success":true,"totalBytes":0,"type":"getDownloadsJunk"})");
+  EXPECT_EQ(BuildDeletedReply(10, 1), RecordedMessage("deleteSpecificFiles"));
+  EXPECT_EQ(BuildDeletedReply(10, 0),
+            R"({"deletedCount":0,"requestId":10,"success":false,"type":"deleteSpecificFiles"})");
+}
+
+TEST(SystemFiles, RepliesAreWhatThePageReads) {
+  EXPECT_EQ(BuildSystemFilesReply(11, {{true, 6'871'947'673}, true, {true, 17'179'869'184}, {}}),
+            RecordedMessage("getSystemFilesAdvisor"));
+  EXPECT_EQ(BuildHibernationReply(12, true, false), RecordedMessage("setHibernation"));
+}
+
+TEST(SystemFiles, HibernationIsSwitchedOffUnlessEnabledSaysOtherwise) {
+  struct {
+    const char* data;
+    bool want;
+  } cases[] = {{R"({"enabled":true})", true},
+               {R"({"enabled":false})", false},
+               {R"({"enable":true})", false},
+               {"{}", false},
+               {"null", false}};
+  for (const auto& c : cases) EXPECT_EQ(ReadHibernationEnabled(json::parse(c.data)), c.want) << c.data;
+  EXPECT_THROW(ReadHibernationEnabled(json::parse(R"({"enabled":1})")), json::type_error);
+}

@@ -1,0 +1,86 @@
+#include "clean/downloads_win.h"
+
+#include <windows.h>
+
+#include <knownfolders.h>
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
+
+#include "base/file_walk_win.h"
+#include "base/handle_win.h"
+#include "base/page.h"
+#include "base/text.h"
+#include "clean/downloads.h"
+
+namespace {
+
+uint64_t Ticks(const FILETIME& time) {
+  return uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+// Empty when there is none.
+std::wstring DownloadsFolder() {
+  TaskMemoryString known;
+  if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Downloads, 0, nullptr, known.put()))) return known.get();
+  wchar_t profile[MAX_PATH] = {};
+  const DWORD length = GetEnvironmentVariableW(L"USERPROFILE", profile, MAX_PATH);
+  if (length == 0 || length >= MAX_PATH) return {};
+  return std::wstring(profile) + L"\\Downloads";
+}
+
+// A file itself: no folder, and no link to something elsewhere. (Files that the system keeps compressed or in
+// a cloud store are reparse points too, but of kinds that stand for themselves.)
+bool IsRegularFile(const WIN32_FIND_DATAW& entry) {
+  if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
+  return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 ||
+         !IsReparseTagNameSurrogate(entry.dwReserved0);
+}
+
+// The shell's copy hooks and the Recycle Bin are COM objects of a single-threaded apartment.
+class ComApartment {
+ public:
+  ComApartment() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
+  ~ComApartment() {
+    if (SUCCEEDED(result_)) CoUninitialize();
+  }
+  ComApartment(const ComApartment&) = delete;
+  ComApartment& operator=(const ComApartment&) = delete;
+
+ private:
+  HRESULT result_;
+};
+
+bool MoveToRecycleBin(const std::string& path) {
+  // The shell reads a list of texts that an empty one ends.
+  const std::wstring list = Utf8ToWide(path) + L'\0';
+  SHFILEOPSTRUCTW operation = {};
+  operation.wFunc = FO_DELETE;
+  operation.pFrom = list.c_str();
+  operation.fFlags = FOF_ALLOWUNDO | FOF_NOCONFIRMATION | FOF_SILENT;
+  return SHFileOperationW(&operation) == 0 && !operation.fAnyOperationsAborted;
+}
+
+}  // namespace
+
+void getDownloadsJunk(int request_id) {
+  FILETIME now = {};
+  GetSystemTimeAsFileTime(&now);
+  const std::wstring folder = DownloadsFolder();
+  std::vector<DownloadJunkItem> items;
+  FolderListing listing(folder);
+  while (const WIN32_FIND_DATAW* entry = listing.Next()) {
+    if (!IsRegularFile(*entry)) continue;
+    const DownloadFile file = {entry->cFileName, SizeBytes(*entry), Ticks(entry->ftLastWriteTime)};
+    if (auto item = ReviewDownload(folder, file, Ticks(now))) items.push_back(std::move(*item));
+  }
+  PostJsonToJs(BuildDownloadsReply(request_id, items));
+}
+
+void deleteSpecificFiles(int request_id, const std::vector<std::string>& paths) {
+  const ComApartment apartment;
+  size_t deleted_count = 0;
+  for (const std::string& path : paths)
+    if (!path.empty() && MoveToRecycleBin(path)) ++deleted_count;
+  PostJsonToJs(BuildDeletedReply(request_id, deleted_count));
+}

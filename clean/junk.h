@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+// Which folder the paths of a category continue.
+enum class JunkBase { kNone, kUserTemp, kLocalAppData };
+
+struct JunkFolder {
+  const wchar_t* path;
+  bool is_cleaned;  // false: measured, but never emptied by this program
+};
+
+struct JunkCategory {
+  const char* key;
+  JunkBase base;
+  std::span<const JunkFolder> folders;
+};
+
+inline constexpr JunkFolder kWindowsTempFolders[] = {
+    {LR"(C:\Windows\Temp)", true},
+    {LR"(C:\Windows\SystemTemp)", false},
+};
+inline constexpr JunkFolder kUserTempFolders[] = {{L"", true}};
+inline constexpr JunkFolder kPrefetchFolders[] = {{LR"(C:\Windows\Prefetch)", true}};
+inline constexpr JunkFolder kWinUpdateFolders[] = {{LR"(C:\Windows\SoftwareDistribution\Download)", true}};
+inline constexpr JunkFolder kBrowserCacheFolders[] = {
+    {LR"(\Google\Chrome\User Data\Default\Cache)", true},
+    {LR"(\Google\Chrome\User Data\Default\Code Cache)", true},
+    {LR"(\Microsoft\Edge\User Data\Default\Cache)", true},
+    {LR"(\Microsoft\Edge\User Data\Default\Code Cache)", true},
+    {LR"(\BraveSoftware\Brave-Browser\User Data\Default\Cache)", true},
+    {LR"(\Mozilla\Firefox\Profiles)", false},  // holds bookmarks and passwords too
+};
+inline constexpr JunkFolder kShaderCacheFolders[] = {
+    {LR"(\NVIDIA\DXCache)", true},
+    {LR"(\NVIDIA\GLCache)", true},
+    {LR"(\D3DSCache)", true},
+};
+inline constexpr JunkFolder kSystemLogsFolders[] = {
+    {LR"(C:\ProgramData\Microsoft\Windows\WER)", true},
+    {LR"(C:\Windows\Logs)", true},
+    {LR"(C:\Windows\Minidump)", false},  // crash dumps may still be needed
+};
+
+inline constexpr size_t kJunkCategoryCount = 7;
+inline constexpr std::array<JunkCategory, kJunkCategoryCount> kJunkCategories = {{
+    {"windowsTemp", JunkBase::kNone, kWindowsTempFolders},
+    {"userTemp", JunkBase::kUserTemp, kUserTempFolders},
+    {"prefetch", JunkBase::kNone, kPrefetchFolders},
+    {"winUpdate", JunkBase::kNone, kWinUpdateFolders},
+    {"browserCache", JunkBase::kLocalAppData, kBrowserCacheFolders},
+    {"shaderCache", JunkBase::kLocalAppData, kShaderCacheFolders},
+    {"systemLogs", JunkBase::kNone, kSystemLogsFolders},
+}};
+
+// Bytes of each category, in the order of kJunkCategories.
+struct JunkSizes {
+  std::array<uint64_t, kJunkCategoryCount> bytes = {};
+
+  uint64_t Total() const;
+};
+
+// One flag a category, in the same order.
+using JunkFlags = std::array<bool, kJunkCategoryCount>;
+
+// What a cleanJunk request asks for.
+struct JunkSelection {
+  JunkFlags flags;
+  nlohmann::json request_id;  // whatever number the page sent, to be given back as it came
+};
+
+// Reads a request's `data` object and request identifier: a category that it does not name, or all without
+// `data`, is selected. Throws nlohmann::json::type_error when a flag is no boolean or `data` no object.
+JunkSelection ReadJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id);
+
+// The `data` of the service's request to clean.
+nlohmann::json BuildCleanRequest(const JunkFlags& flags);
+
+// The larger of our figure and the service's for the two folders that the service sees with the system's
+// rights. `answer` is its reply to "getJunkSizes", any JSON value:
+//   {"prefetchBytes":1048576,"success":true,"windowsTempBytes":52428800}
+void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes);
+
+// Reply of type "junk" or "cleanJunk".
+std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes);
