@@ -259,7 +259,7 @@ class Varnel {
   // The page goes before the program, so that nothing of it is cut off. Wine now and then crashes a process that ends while a
   // thread is inside the graphics libraries, where the status push is for a moment after each load.
   async #closePage() {
-    await this.context?.close();
+    await this.context?.close().catch(() => {});  // the user may be closing its window at this moment
     this.context = undefined;
     if (this.process.exitCode !== null) return;
     const pushed = () => this.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0).length;
@@ -350,7 +350,7 @@ class Varnel {
     if (visible) {
       this.context = await chromium.launchPersistentContext('', {
         ...kOwnSignals, executablePath: '/usr/bin/chromium', headless: false, viewport: null,
-        args: [...kChromiumFlags, '--app=about:blank', `--window-size=${viewport.width},${viewport.height}`],
+        args: [...kChromiumFlags, '--app=data:text/html,<title>Varnel</title>', `--window-size=${viewport.width},${viewport.height}`],
       });
       this.page = this.context.pages()[0] ?? await this.context.newPage();
     } else {
