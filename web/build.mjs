@@ -5,6 +5,7 @@ import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { build } from 'esbuild';
 import { lucide } from './lucide.mjs';
+import { texts } from './texts.mjs';
 
 const web = dirname(fileURLToPath(import.meta.url));
 const at = (...parts) => join(web, ...parts);
@@ -43,7 +44,7 @@ const files = {
     jsxImportSource: 'preact',
     define: { VARNEL_VERSION: JSON.stringify(version) },
     footer: { js: notices.join('\n') },
-    plugins: [lucide],
+    plugins: [lucide, texts],
   }),
   'app.png': readFileSync(at('icons/app.png')),
   'app.ico': readFileSync(at('icons/app.ico')),

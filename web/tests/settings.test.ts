@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { changeSettings, readSettings } from '../src/lib/settings.ts';
 
-const defaults = { theme: 'amethyst', language: 'cs', scanInterval: 24, ignoreList: [] };
+const defaults = { theme: 'amethyst', language: 'cs', autoClean: false, scanInterval: 24, ignoreList: [] };
 
 test('whatever is stored, every unusable key is its default', () => {
   const cases: [name: string, document: unknown, want: object][] = [
@@ -15,8 +15,9 @@ test('whatever is stored, every unusable key is its default', () => {
     ['inherited name as theme', { theme: 'toString', language: '__proto__' }, {}],
     ['mistyped', { theme: 5, language: null, scanInterval: '12', ignoreList: { id: 'a' } }, {}],
     ['interval of nothing', { scanInterval: 0 }, {}],
+    ['a switch that is almost on', { autoClean: 'true' }, {}],
     ['negative interval', { scanInterval: -3 }, {}],
-    ['usable', { theme: 'light', language: 'en', scanInterval: 5 }, { theme: 'light', language: 'en', scanInterval: 5 }],
+    ['usable', { theme: 'light', language: 'en', scanInterval: 5, autoClean: true }, { theme: 'light', language: 'en', scanInterval: 5, autoClean: true }],
     [
       'entries of the ignore list one by one',
       { ignoreList: [null, 'a', { id: 'a' }, { id: 1, type: 't' }, { id: 'a', type: 't', since: 3 }] },

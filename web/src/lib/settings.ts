@@ -12,6 +12,8 @@ export interface Ignored {
 export interface Settings {
   theme: (typeof themes)[number];
   language: 'cs' | 'en';
+  /** Clean regularly without asking; the helper service keeps the schedule. */
+  autoClean: boolean;
   /** Hours. */
   scanInterval: number;
   ignoreList: Ignored[];
@@ -30,6 +32,7 @@ export function readSettings(document: unknown): Settings {
   return {
     theme: oneOf(stored.theme, themes, 'amethyst'),
     language: oneOf(stored.language, ['cs', 'en'], 'cs'),
+    autoClean: stored.autoClean === true,
     scanInterval: typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval) ? scanInterval : 24,
     ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
   };

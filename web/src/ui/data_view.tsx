@@ -1,10 +1,10 @@
 import type { ComponentChildren } from 'preact';
-import { useEffect, useState } from 'preact/hooks';
 import type { SourceState } from '../lib/source.ts';
 import { formatTime } from '../text/format.ts';
 import { t } from '../text/text.ts';
 import { Button } from './button.tsx';
 import { errorText } from './error_text.ts';
+import { useElapsed } from './hooks.ts';
 import { Icon, type IconName } from './icon.tsx';
 
 /** A calm sentence where content would be: why there is none, and what next. */
@@ -20,12 +20,7 @@ export function Notice({ icon, title, children }: { icon: IconName; title: strin
 
 /** "Loading", with the elapsed time once it takes longer than two seconds. */
 function Loading({ since }: { since: number }) {
-  const [now, setNow] = useState(Date.now());
-  useEffect(() => {
-    const timer = setInterval(() => setNow(Date.now()), 1000);
-    return () => clearInterval(timer);
-  }, []);
-  const seconds = Math.floor((now - since) / 1000);
+  const seconds = useElapsed(since);
   return (
     <div class="notice" aria-busy="true">
       <span class="spinner" aria-hidden="true" />

@@ -47,6 +47,8 @@ interface Question {
   body?: string;
   /** What it happens to: the first five are named, the rest counted. */
   items?: string[];
+  /** Names every item: for a short list whose every member matters. */
+  name_all?: boolean;
   /** The verb on the button that does it. */
   verb: string;
   /** It destroys something. */
@@ -72,6 +74,7 @@ export function ConfirmDialog() {
   const asked = useStore(question);
   if (!asked) return null;
   const items = asked.items ?? [];
+  const named = asked.name_all ? items.length : kNamedItems;
   return (
     <Dialog
       title={asked.title}
@@ -88,10 +91,10 @@ export function ConfirmDialog() {
       {asked.body && <p>{asked.body}</p>}
       {items.length > 0 && (
         <ul>
-          {items.slice(0, kNamedItems).map((item) => (
+          {items.slice(0, named).map((item) => (
             <li>{item}</li>
           ))}
-          {items.length > kNamedItems && <li class="named-rest muted">{t('confirm.more', { n: items.length - kNamedItems })}</li>}
+          {items.length > named && <li class="named-rest muted">{t('confirm.more', { n: items.length - named })}</li>}
         </ul>
       )}
     </Dialog>

@@ -1,4 +1,4 @@
-import { useEffect, useMemo, useReducer, useRef } from 'preact/hooks';
+import { useEffect, useMemo, useReducer, useRef, useState } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
 import type { RequestArgs } from '../bridge/bridge.ts';
 import type { Action, Message, MessageType, Reply } from '../bridge/protocol.ts';
@@ -30,6 +30,19 @@ export function useStream<T extends MessageType>(type: T, listener: (message: Me
   const latest = useRef(listener);
   latest.current = listener;
   useEffect(() => host.on(type, (message) => latest.current(message)), [type]);
+}
+
+/** Whole seconds since a moment (ms since the epoch), counting on while the component is shown; 0 without a moment. */
+export function useElapsed(since: number | undefined): number {
+  const [now, setNow] = useState(Date.now());
+  useEffect(() => {
+    if (since === undefined) return;
+    const tick = () => setNow(Date.now());
+    tick();
+    const timer = setInterval(tick, 1000);
+    return () => clearInterval(timer);
+  }, [since]);
+  return since === undefined ? 0 : Math.max(0, Math.floor((now - since) / 1000));
 }
 
 /** Calls `poll` now and every `period_ms`, but not while the window is hidden. */

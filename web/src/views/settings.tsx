@@ -1,4 +1,4 @@
-import { useId, useMemo } from 'preact/hooks';
+import { useId, useMemo, useState } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
 import { themes, type Ignored, type Settings } from '../lib/settings.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
@@ -12,6 +12,7 @@ import { errorText } from '../ui/error_text.ts';
 import { useStore } from '../ui/hooks.ts';
 import { Mark } from '../ui/icon.tsx';
 import { showKeys } from '../ui/keys.tsx';
+import { Switch } from '../ui/switch.tsx';
 import { Table, useSelection, type Column } from '../ui/table.tsx';
 import { toast } from '../ui/toast.tsx';
 import { View } from '../ui/view.tsx';
@@ -34,7 +35,7 @@ export function SettingsView() {
   );
 }
 
-function Preferences({ theme, language, scanInterval, ignoreList }: Settings) {
+function Preferences({ theme, language, autoClean, scanInterval, ignoreList }: Settings) {
   return (
     <>
       <Card title={t('settings.appearance')}>
@@ -60,6 +61,9 @@ function Preferences({ theme, language, scanInterval, ignoreList }: Settings) {
       <Card title={t('settings.scan')}>
         <ScanInterval hours={scanInterval} />
       </Card>
+      <Card title={t('settings.clean')}>
+        <AutoClean on={autoClean} />
+      </Card>
       <IgnoreList entries={ignoreList} />
     </>
   );
@@ -79,6 +83,30 @@ function ScanInterval({ hours }: { hours: number }) {
       options={offered.map((n) => [String(n), name(n)])}
       onChoose={(n) => saveSettings({ scanInterval: Number(n) })}
     />
+  );
+}
+
+/** The service keeps the schedule, so it is asked first; what it refuses is not stored and the switch goes back. */
+function AutoClean({ on }: { on: boolean }) {
+  const [wanted, setWanted] = useState<boolean>();
+  async function change(enabled: boolean) {
+    setWanted(enabled);
+    try {
+      await host.request('toggleScheduleClean', { enabled });
+      saveSettings({ autoClean: enabled });
+    } catch (error) {
+      toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason: errorText(error) }), { error: true });
+    }
+    setWanted(undefined);
+  }
+  return (
+    <div class="row">
+      <span>
+        {t('settings.autoClean')}
+        <span class="muted small">{t('settings.autoCleanHint')}</span>
+      </span>
+      <Switch label={t('settings.autoClean')} on={wanted ?? on} disabled={wanted !== undefined} onToggle={(enabled) => void change(enabled)} />
+    </div>
   );
 }
 

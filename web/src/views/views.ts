@@ -1,4 +1,5 @@
 import type { ComponentType } from 'preact';
+import { Cleaning } from './cleaning.tsx';
 import { Dashboard } from './dashboard.tsx';
 import { planned } from './planned.tsx';
 import { SettingsView } from './settings.tsx';
@@ -18,7 +19,7 @@ interface ViewEntry {
 /** Every view in the order of the navigation; Ctrl+1 to 9 follow it. */
 export const views: readonly ViewEntry[] = [
   { id: 'dashboard', group: 'overview', component: Dashboard },
-  { id: 'cleaning', group: 'tidy', component: planned('cleaning') },
+  { id: 'cleaning', group: 'tidy', component: Cleaning },
   { id: 'software', group: 'tidy', component: planned('software') },
   { id: 'disk', group: 'tidy', component: planned('disk') },
   { id: 'startup', group: 'system', component: planned('startup') },

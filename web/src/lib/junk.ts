@@ -1,0 +1,36 @@
+// The seven categories of disposable files: which are ticked, and what a clean has freed.
+
+/** In the order of the cards; the two that share a tick stand side by side. */
+export const categories = ['windowsTemp', 'prefetch', 'userTemp', 'winUpdate', 'browserCache', 'shaderCache', 'systemLogs'] as const;
+
+export type Category = (typeof categories)[number];
+export type Sizes = Record<Category, number>;
+export type Ticks = Record<Category, boolean>;
+
+export const kAllTicked = Object.fromEntries(categories.map((category) => [category, true])) as Ticks;
+
+/** Prefetch is cleaned exactly when the temporary files of Windows are, so both ticks change together. */
+export function tick(ticks: Ticks, category: Category, on: boolean): Ticks {
+  const paired = category === 'windowsTemp' || category === 'prefetch';
+  return paired ? { ...ticks, windowsTemp: on, prefetch: on } : { ...ticks, [category]: on };
+}
+
+export function tickedBytes(sizes: Sizes, ticks: Ticks): number {
+  return categories.reduce((sum, category) => sum + (ticks[category] ? sizes[category] : 0), 0);
+}
+
+/** What the clean of one category has come to, in bytes. */
+export interface Outcome {
+  freed: number;
+  left: number;
+}
+
+/** Only of what was cleaned. A category that has grown in the meantime freed nothing, and takes nothing from the others. */
+export function outcomes(before: Sizes, after: Sizes, cleaned: Ticks): Partial<Record<Category, Outcome>> {
+  const result: Partial<Record<Category, Outcome>> = {};
+  for (const category of categories) {
+    if (!cleaned[category]) continue;
+    result[category] = { freed: Math.max(0, before[category] - after[category]), left: after[category] };
+  }
+  return result;
+}

@@ -1,0 +1,59 @@
+import { host } from '../bridge/host.ts';
+import { kAllTicked, outcomes, type Category, type Outcome, type Ticks } from '../lib/junk.ts';
+import { createSource } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
+import { formatBytes } from '../text/format.ts';
+import { t } from '../text/text.ts';
+import { errorText } from '../ui/error_text.ts';
+import { toast } from '../ui/toast.tsx';
+import { status } from './status.ts';
+
+// Whole trees are walked, on a slow disk for minutes.
+const kMeasureTimeoutMs = 15 * 60_000;
+const kCleanTimeoutMs = 60 * 60_000;
+
+const getJunk = () => host.request('getJunk', undefined, kMeasureTimeoutMs);
+
+export const junk = createSource(getJunk);
+
+interface Cleaning {
+  ticks: Ticks;
+  /** When the running clean began (ms since the epoch). */
+  since?: number;
+  /** Of the last clean, until the next measuring. */
+  done?: Partial<Record<Category, Outcome>>;
+}
+
+/** Outlives the view: a clean goes on while another one is shown. */
+export const cleaning = createStore<Cleaning>({ ticks: kAllTicked });
+
+export function measureJunk() {
+  const { ticks, since } = cleaning.get();
+  if (since !== undefined) return; // the clean measures at its end
+  cleaning.set({ ticks });
+  void junk.reload();
+}
+
+export function freedBytes(done: NonNullable<Cleaning['done']>): number {
+  return Object.values(done).reduce((sum, { freed }) => sum + freed, 0);
+}
+
+export async function cleanJunk() {
+  const before = junk.get().data;
+  const { ticks } = cleaning.get();
+  if (!before) return;
+  cleaning.set({ ticks, since: Date.now() });
+  try {
+    let after = await host.request('cleanJunk', ticks, kCleanTimeoutMs);
+    // That answer holds what the user may see. Figures of the service, which sees more, compare only with its own.
+    if (status.get().data?.serviceActive) after = await getJunk().catch(() => after);
+    const done = outcomes(before.categories, after.categories, ticks);
+    junk.put(after);
+    cleaning.set({ ticks, done });
+    toast(t('cleaning.freed', { size: formatBytes(freedBytes(done)) }));
+  } catch (error) {
+    cleaning.set({ ticks });
+    toast(t('cleaning.failed', { reason: errorText(error) }), { error: true });
+    void junk.reload();
+  }
+}
