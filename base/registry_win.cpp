@@ -13,3 +13,27 @@ std::wstring ReadRegistryString(HKEY root, const wchar_t* path, const wchar_t* v
     return L"Unknown";
   return buffer;
 }
+
+std::vector<RegistryValue> ReadRegistryValues(HKEY root, const wchar_t* path, DWORD name_units,
+                                              DWORD data_bytes) {
+  std::vector<RegistryValue> values;
+  RegistryKey key;
+  if (RegOpenKeyExW(root, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS) return values;
+  std::vector<wchar_t> name(name_units);
+  std::vector<wchar_t> data(data_bytes / sizeof(wchar_t) + 1);
+  for (DWORD index = 0;; ++index) {
+    DWORD name_length = name_units;
+    DWORD size_bytes = data_bytes;
+    DWORD type = REG_NONE;
+    const LSTATUS status = RegEnumValueW(key.get(), index, name.data(), &name_length, nullptr, &type,
+                                         reinterpret_cast<BYTE*>(data.data()), &size_bytes);
+    if (status == ERROR_MORE_DATA) continue;
+    if (status != ERROR_SUCCESS) return values;  // ERROR_NO_MORE_ITEMS, or the key went away
+    RegistryValue& value = values.emplace_back();
+    value.name.assign(name.data(), name_length);
+    value.type = type;
+    if (type != REG_SZ && type != REG_EXPAND_SZ) continue;
+    value.text.assign(data.data(), size_bytes / sizeof(wchar_t));
+    if (value.text.ends_with(L'\0')) value.text.pop_back();
+  }
+}

@@ -35,3 +35,7 @@ std::string WideToUtf8(std::wstring_view text) {
 std::string ConsoleTextToUtf8(std::string_view bytes) {
   return IsValidUtf8(bytes) ? std::string(bytes) : WideToUtf8(BytesToWide(bytes, GetOEMCP()));
 }
+
+std::string FileTextToUtf8(std::string_view bytes) {
+  return IsValidUtf8(bytes) ? std::string(bytes) : WideToUtf8(BytesToWide(bytes, GetACP()));
+}

@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "exec/line_cutter.h"
+#include "exec/streaming_command.h"
 #include "testing/fuzz_target.h"
 
 // The first byte is the length of the pieces that the rest arrives in; the lines must not depend on it.
@@ -15,7 +16,9 @@ FUZZ_TARGET(line_cutter, bytes) {
     for (size_t i = 0; i < bytes.size(); i += step)
       for (OutputLine& line : pieces.Add(bytes.substr(i, step))) lines.push_back(std::move(line));
     if (lines != want) std::abort();
-    for (const OutputLine& line : lines)
+    for (const OutputLine& line : lines) {
       if (line.text.empty() || line.text.find('\n') != std::string::npos) std::abort();
+      BuildStreamLine(1, line.text);  // throws for nothing that a tool can print
+    }
   }
 }

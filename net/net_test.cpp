@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include "base/reply.h"
+#include "net/dev_services.h"
+#include "net/environment.h"
+#include "net/hosts_file.h"
+#include "net/pnp_devices.h"
+#include "net/ports.h"
+#include "testing/recorded_message.h"
+
+namespace {
+
+using nlohmann::json;
+
+constexpr char kNetstat[] =
+    "\r\nActive Connections\r\n\r\n"
+    "  Proto  Local Address          Foreign Address        State           PID\r\n"
+    "  TCP    0.0.0.0:135            0.0.0.0:0              LISTENING       1016\r\n"
+    "  TCP    127.0.0.1:5354         127.0.0.1:49670        ESTABLISHED     3644\r\n"
+    "  TCP    127.0.0.1:5354         0.0.0.0:0              LISTENING       3644\r\n"
+    "  TCP    192.0.2.17:52144       198.51.100.20:443      TIME_WAIT       0\r\n"
+    "  TCP    [::]:445               [::]:0                 LISTENING       4\r\n"
+    "  TCP    [::1]:8080             [::]:0                 LISTENING       5120\r\n"
+    "  TCP    [fe80::1c2d:3e4f:5a6b:7c8d%12]:5357  [fe80::9:8:7:6%12]:58831  TIME_WAIT       0\r\n"
+    "  UDP    0.0.0.0:500            *:*                                    1104\r\n"
+    "  UDP    127.0.0.1:50199        127.0.0.1:50199                        1364\r\n";
+
+json Port(const char* proto, const char* local, const char* port, const char* state, const char* pid) {
+  return {{"proto", proto}, {"local", local}, {"port", port}, {"state", state}, {"pid", pid}};
+}
+
+json DevicesOf(std::string_view output) {
+  return json::parse(BuildPnpDevices(1, output));
+}
+
+}  // namespace
+
+TEST(ParseListeningPorts, ReadsTheTable) {
+  EXPECT_EQ(BuildOpenPorts(7, ParseListeningPorts(kNetstat)), RecordedMessage("getOpenPorts"));
+}
+
+TEST(ParseListeningPorts, OddLines) {
+  struct {
+    const char* name;
+    std::string output;
+    json want;
+  } cases[] = {
+      {"nothing", "", json::array()},
+      {"Czech words, code page 852",
+       "\r\nAktivn\xA1 p\xFDipojen\xA1\r\n  TCP    0.0.0.0:135   0.0.0.0:0   NASLOUCH\xB5N\xD6   1016\r\n",
+       json::array()},
+      {"English words after a heading in code page 852",
+       "\r\nAktivn\xA1 p\xFDipojen\xA1\r\n  TCP    0.0.0.0:135   0.0.0.0:0   LISTENING   1016\r\n",
+       {Port("TCP", "0.0.0.0:135", "135", "LISTENING", "1016")}},
+      {"four columns", "  TCP    0.0.0.0:135   LISTENING   1016\r\n", json::array()},
+      {"five without the process id's heading place", "TCP a:1 b:2 LISTENING\r\n", json::array()},
+      {"no colon", "TCP local foreign LISTENING 7\n", {Port("TCP", "local", "", "LISTENING", "7")}},
+      {"a colon at the end",
+       "TCP local: foreign LISTENING 7\n",
+       {Port("TCP", "local:", "", "LISTENING", "7")}},
+      {"more columns, tabs, no line end",
+       "TCP\t[::1]:80\t[::]:0\tLISTENING\t8\tInHost\textra",
+       {Port("TCP", "[::1]:80", "80", "LISTENING", "8")}},
+      {"the word anywhere", "LISTENING a:1 c BOUND 9\n", {Port("LISTENING", "a:1", "1", "BOUND", "9")}},
+      {"the word in lower case", "TCP a:1 b:2 listening 9\n", json::array()},
+      {"twice the same port",
+       "TCP a:1 b:2 LISTENING 9\nTCP a:1 b:2 LISTENING 9\n",
+       {Port("TCP", "a:1", "1", "LISTENING", "9"), Port("TCP", "a:1", "1", "LISTENING", "9")}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ParseListeningPorts(c.output), c.want) << c.name;
+  EXPECT_NO_THROW(BuildOpenPorts(1, ParseListeningPorts("T\xFF\xFE a\x80:1 b LISTENING \xC3\n")));
+}
+
+TEST(BuildHostsFile, KeepsEveryByteOfUtf8AndConvertsOtherText) {
+  EXPECT_EQ(BuildHostsFile(7, "#\t127.0.0.1       localhost\r\n192.0.2.1 brod.example # příklad\nlast line"),
+            RecordedMessage("getHostsFile"));
+  EXPECT_EQ(json::parse(BuildHostsFile(1, ""))["content"], "");
+  EXPECT_EQ(json::parse(BuildHostsFile(1, "\xEF\xBB\xBF# x"))["content"], "\xEF\xBB\xBF# x");
+  const json utf16 = json::parse(BuildHostsFile(1, std::string("\xFF\xFE#\0", 4)));
+  EXPECT_EQ(utf16["success"], true);
+  EXPECT_NE(utf16["content"], "");
+}
+
+TEST(BuildHostsFile, TakesTheServicesAnswer) {
+  struct {
+    json answer;
+    bool success;
+    const char* content;
+  } cases[] = {
+      {{{"success", true}, {"content", "a\r\nb"}}, true, "a\r\nb"},
+      {{{"content", "a"}}, false, "a"},
+      {{{"success", true}, {"content", 7}}, true, ""},
+      {{{"success", false}, {"error", "Service not running"}}, false, ""},
+      {nullptr, false, ""},
+      {json::array({1}), false, ""},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(
+        json::parse(BuildHostsFileFromService(7, c.answer)),
+        (json{{"type", "getHostsFile"}, {"success", c.success}, {"requestId", 7}, {"content", c.content}}))
+        << c.answer;
+}
+
+TEST(BuildEnvVariables, MapsNamesToValues) {
+  EXPECT_EQ(
+      BuildEnvVariables(
+          7,
+          {{L"prázdná", L""}, {L"TEMP", L"%USERPROFILE%\\AppData\\Local\\Temp"}, {L"Čeština", L"žluťoučký"}},
+          {{L"Path", L"%SystemRoot%\\system32;%SystemRoot%"}, {L"OS", L"Windows_NT"}}),
+      RecordedMessage("getEnvVariables"));
+  EXPECT_EQ(BuildEnvVariables(1, {}, {}),
+            R"({"requestId":1,"success":true,"system":{},"type":"getEnvVariables","user":{}})");
+}
+
+TEST(BuildDevServices, HandsTheListOnAsItStands) {
+  const json service = {
+      {"name", "Peat DB"}, {"service_type", "peatdb"}, {"status", "stopped"}, {"commands", {"start"}}};
+  EXPECT_EQ(BuildDevServices(7, {{"success", true}, {"services", {service}}, {"other", 1}}),
+            RecordedMessage("getDevServices"));
+  const json odd = {1, nullptr, "x", {{"deep", {1}}}};
+  EXPECT_EQ(json::parse(BuildDevServices(1, {{"services", odd}})),
+            (json{{"type", "getDevServices"}, {"success", false}, {"requestId", 1}, {"services", odd}}));
+  for (const json& answer : {json(nullptr), json{{"success", false}}, json{{"services", "x"}}, json(5)})
+    EXPECT_EQ(BuildDevServices(1, answer),
+              R"({"requestId":1,"services":[],"success":false,"type":"getDevServices"})");
+}
+
+TEST(BuildPnpDevices, ReadsWhatPowerShellPrints) {
+  EXPECT_EQ(
+      BuildPnpDevices(
+          7, R"([{"FriendlyName":"Peat PCIe Root Port #1 \u0026 Bridge","Class":"SYSTEM","Status":"OK"},)"
+             R"({"FriendlyName":null,"Class":"NET","Status":"OK"},{"Class":"NET"},7,)"
+             R"({"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},)"
+             R"({"FriendlyName":"Peat Filter","Class":null}])"
+             "\r\n"),
+      RecordedMessage("getPnpDevices"));
+  const json one = {{{"FriendlyName", "Peat"}, {"Class", "NET"}, {"Status", "OK"}}};
+  struct {
+    const char* name;
+    std::string output;
+    bool success;
+    json devices;
+  } cases[] = {
+      {"nothing", "", true, json::array()},
+      {"one bare object", R"({"FriendlyName":"Peat","Class":"NET","Status":"OK"})", true, one},
+      {"a mark in front",
+       "\xEF\xBB\xBF"
+       R"([{"FriendlyName":"Peat","Class":"NET","Status":"OK"}])",
+       true, one},
+      {"an object without a name", R"({"value":[],"Count":0})", true, json::array()},
+      {"other types become text",
+       R"([{"FriendlyName":7,"Class":["NET"],"Status":true}])",
+       true,
+       {{{"FriendlyName", "7"}, {"Class", "[\"NET\"]"}, {"Status", "true"}}}},
+      {"a warning in front", "WARNING: slow\r\n[]", false, json::array()},
+      {"cut off", R"([{"FriendlyName":"Peat")", false, json::array()},
+      {"only a line end", "\r\n", false, json::array()},
+      {"half a surrogate", R"([{"FriendlyName":"\ud800"}])", false, json::array()},
+  };
+  for (const auto& c : cases) {
+    const json message = DevicesOf(c.output);
+    EXPECT_EQ(message["success"], c.success) << c.name;
+    EXPECT_EQ(message["devices"], c.devices) << c.name;
+  }
+  EXPECT_EQ(DevicesOf("[{\"FriendlyName\":\"Zvukov\xA0 karta\"}]")["devices"].size(), 1u) << "code page 852";
+}

@@ -1,0 +1,74 @@
+#include "system/processes_win.h"
+
+#include "base/handle_win.h"
+#include "base/page.h"
+#include "base/reply.h"
+#include "exec/command_runner_win.h"
+
+#include <psapi.h>
+#include <tlhelp32.h>
+
+namespace {
+
+constexpr DWORD kPathUnits = 260;
+
+std::wstring WindowsDirectory() {
+  wchar_t buffer[kPathUnits] = {};
+  const UINT length = GetWindowsDirectoryW(buffer, kPathUnits);
+  return length < kPathUnits ? std::wstring(buffer, length) : std::wstring();
+}
+
+double Seconds(const FILETIME& time) {
+  return static_cast<double>((static_cast<uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime) /
+         10'000'000.0;
+}
+
+// Fills in what only the opened process tells.
+void InspectProcess(ProcessInfo& process, const std::wstring& windows_directory) {
+  const KernelHandle handle(
+      OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | PROCESS_VM_READ, FALSE, process.pid));
+  if (!handle) {
+    process.is_system = true;
+    return;
+  }
+  wchar_t path[kPathUnits] = {};
+  DWORD path_units = kPathUnits;
+  if (QueryFullProcessImageNameW(handle.get(), 0, path, &path_units))
+    process.is_system = IsInWindowsDirectory({path, path_units}, windows_directory);
+
+  PROCESS_MEMORY_COUNTERS memory = {};
+  memory.cb = sizeof(memory);
+  if (K32GetProcessMemoryInfo(handle.get(), &memory, sizeof(memory)))
+    process.mem_usage_mb = static_cast<double>(memory.WorkingSetSize) / (1024.0 * 1024.0);
+  FILETIME creation = {}, exit = {}, kernel = {}, user = {};
+  if (GetProcessTimes(handle.get(), &creation, &exit, &kernel, &user))
+    process.cpu_time_sec = Seconds(kernel) + Seconds(user);
+}
+
+}  // namespace
+
+std::vector<ProcessInfo> ListProcesses() {
+  std::vector<ProcessInfo> processes;
+  const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  if (!snapshot) return processes;
+  const std::wstring windows_directory = WindowsDirectory();
+  PROCESSENTRY32W entry = {};
+  entry.dwSize = sizeof(entry);
+  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
+       more = Process32NextW(snapshot.get(), &entry)) {
+    ProcessInfo& process = processes.emplace_back();
+    process.name = entry.szExeFile;
+    process.pid = entry.th32ProcessID;
+    process.is_system = IsSystemProcess(process.pid, process.name);
+    if (!process.is_system) InspectProcess(process, windows_directory);
+  }
+  return processes;
+}
+
+void getProcesses(int request_id) {
+  PostJsonToJs(BuildProcesses(request_id, ListProcesses()));
+}
+
+void killProcess(int request_id, uint32_t pid) {
+  PostJsonToJs(MakeReply("killProcess", TerminateProcessById(pid), request_id).dump());
+}
