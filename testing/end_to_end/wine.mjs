@@ -1,7 +1,7 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
 import { spawn, execFile } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, mkdir, mkdtemp, rm } from 'node:fs/promises';
+import { cp, mkdir, mkdtemp, readdir, rm, unlink } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
 import { join, basename } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -36,9 +36,22 @@ export function wineEnvironment(extra = {}) {
 
 export async function prepareWine({ visible = false } = {}) {
   await ensureDisplay({ visible });
-  if (existsSync(join(prefix, 'system.reg'))) return;
-  await mkdir(prefix, { recursive: true });
-  await runFile('wineboot', ['-u'], { env: wineEnvironment() });
+  if (!existsSync(join(prefix, 'system.reg'))) {
+    await mkdir(prefix, { recursive: true });
+    await runFile('wineboot', ['-u'], { env: wineEnvironment() });
+  }
+  await keepHomeOut();
+}
+
+// Wine links the user's Downloads, Documents and so on to the home folder of whoever runs it: no test may delete there.
+async function keepHomeOut() {
+  const users = join(driveC, 'users');
+  for (const entry of await readdir(users, { recursive: true, withFileTypes: true })) {
+    if (!entry.isSymbolicLink()) continue;
+    const path = join(entry.path, entry.name);
+    await unlink(path);
+    await mkdir(path);
+  }
 }
 
 // Ends our display and, with it, every process of the prefix.
