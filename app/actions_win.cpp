@@ -2,14 +2,37 @@
 
 #include <windows.h>
 
+#include <cstdint>
+#include <string>
 #include <utility>
 
 #include "app/settings_win.h"
 #include "app/system_actions_win.h"
+#include "base/worker_win.h"
+#include "exec/streaming_command_win.h"
+#include "net/dev_services_win.h"
+#include "net/environment_win.h"
+#include "net/hosts_file_win.h"
+#include "net/pnp_devices_win.h"
+#include "net/ports_win.h"
+#include "startup/startup_items_win.h"
+#include "system/processes_win.h"
 #include "system/status_win.h"
 #include "system/telemetry_win.h"
 
 namespace {
+
+// For rows whose work is done on a worker thread: without fields, and with one text field.
+template <void (*kBody)(int)>
+void OnWorker(Request& request) {
+  StartWorker([request_id = request.request_id] { kBody(request_id); });
+}
+template <void (*kBody)(int, const std::string&)>
+void OnWorker(Request& request, const char* field) {
+  StartWorker([request_id = request.request_id, text = request.Data()[field].get<std::string>()] {
+    kBody(request_id, text);
+  });
+}
 
 // A row reads the fields and answers at once or starts a worker with copies of them. The work itself stands
 // in the subsystems.
@@ -23,12 +46,59 @@ constexpr Action kActions[] = {
     {"openMailto", openUrl},
     {"getCPU", [](Request& request) { getCPU(request.request_id); }},
     {"uninstallAppSuite", [](Request&) { uninstallAppSuite(); }},
+    {"getOpenPorts", OnWorker<getOpenPorts>},
+    {"getEnvVariables", [](Request& request) { getEnvVariables(request.request_id); }},
+    {"saveEnvVariable",
+     [](Request& request) {
+       nlohmann::json& data = request.Data();
+       const auto type = data["type"].get<std::string>();
+       const auto save = [request_id = request.request_id, type, name = data["name"].get<std::string>(),
+                          value = data["value"].get<std::string>(), is_delete = data["is_delete"].get<bool>()] {
+         saveEnvVariable(request_id, type, name, value, is_delete);
+       };
+       if (type == "user") {
+         save();
+       } else {
+         StartWorker(save);
+       }
+     }},
+    {"getHostsFile", OnWorker<getHostsFile>},
+    {"saveHostsFile", [](Request& request) { OnWorker<saveHostsFile>(request, "content"); }},
+    {"getDevServices", OnWorker<getDevServices>},
+    {"controlDevService",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id,
+                    service_type = request.Data()["service_type"].get<std::string>(),
+                    command = request.Data()["command"].get<std::string>()] {
+         controlDevService(request_id, service_type, command);
+       });
+     }},
+    {"runPingDiagnostic",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id, type = request.Data()["type"].get<std::string>(),
+                    target = request.Data()["target"].get<std::string>()] {
+         runPingDiagnostic(request_id, type, target);
+       });
+     }},
     {"getStatus", [](Request& request) { getStatus(request.request_id); }},
     {"getTelemetry", [](Request& request) { getTelemetry(request.request_id); }},
     {"debugSystem", [](Request& request) { debugSystem(request.request_id); }},
     {"getSettings", [](Request& request) { getSettings(request.request_id); }},
     {"saveSettings", [](Request& request) { saveSettings(request.request_id, std::move(request.Data())); }},
     {"reboot", [](Request& request) { reboot(request.request_id); }},
+    {"getPnpDevices", OnWorker<getPnpDevices>},
+    {"getProcesses", [](Request& request) { getProcesses(request.request_id); }},
+    {"killProcess",
+     [](Request& request) { killProcess(request.request_id, request.Data()["pid"].get<uint32_t>()); }},
+    {"getStartupItems", [](Request& request) { getStartupItems(request.request_id); }},
+    {"toggleStartupItem",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id, scope = request.Data()["scope"].get<std::string>(),
+                    name = request.Data()["name"].get<std::string>(),
+                    enabled = request.Data()["enabled"].get<bool>()] {
+         toggleStartupItem(request_id, scope, name, enabled);
+       });
+     }},
 };
 
 }  // namespace
