@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "app/settings_win.h"
 #include "app/system_actions_win.h"
@@ -15,6 +16,10 @@
 #include "net/hosts_file_win.h"
 #include "net/pnp_devices_win.h"
 #include "net/ports_win.h"
+#include "software/install_streams_win.h"
+#include "software/leftovers_win.h"
+#include "software/package_lists_win.h"
+#include "software/system_scan_win.h"
 #include "startup/startup_items_win.h"
 #include "system/processes_win.h"
 #include "system/status_win.h"
@@ -99,6 +104,26 @@ constexpr Action kActions[] = {
          toggleStartupItem(request_id, scope, name, enabled);
        });
      }},
+    {"getSoftwareUpdates", OnWorker<getSoftwareUpdates>},
+    {"getDriverUpdates", OnWorker<getDriverUpdates>},
+    {"startSystemScan", OnWorker<startSystemScan>},
+    {"getInstalledApps", OnWorker<getInstalledApps>},
+    {"uninstallApp", [](Request& request) { OnWorker<uninstallApp>(request, "id"); }},
+    {"findLeftovers",
+     [](Request& request) {
+       StartWorker(
+           [request_id = request.request_id, id = request.Data()["id"].get<std::string>(),
+            name = request.Data()["name"].get<std::string>()] { findLeftovers(request_id, id, name); });
+     }},
+    {"cleanLeftovers",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id,
+                    items = request.Data()["items"].get<std::vector<nlohmann::json>>()] {
+         cleanLeftovers(request_id, items);
+       });
+     }},
+    {"installSoftware", [](Request& request) { OnWorker<installSoftware>(request, "id"); }},
+    {"installDriver", [](Request& request) { OnWorker<installDriver>(request, "title"); }},
 };
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/reply.h"
+
 namespace {
 
 constexpr std::string_view kUsersFolder = "c:\\users\\";
@@ -79,16 +81,15 @@ std::vector<std::string> LeftoverKeyCandidates(const LeftoverNameParts& parts) {
 }
 
 std::string FindLeftoversReply(int request_id, const std::vector<LeftoverItem>& leftovers) {
-  nlohmann::json list = nlohmann::json::array();
+  nlohmann::json reply = MakeReply("findLeftovers", true, request_id);
+  nlohmann::json& list = reply["leftovers"] = nlohmann::json::array();
   for (const LeftoverItem& item : leftovers)
     list.push_back({{"type", item.type}, {"path", item.path}, {"size", item.size}});
-  return nlohmann::json{
-      {"type", "findLeftovers"}, {"success", true}, {"requestId", request_id}, {"leftovers", std::move(list)}}
-      .dump();
+  return reply.dump();
 }
 
 std::string CleanLeftoversReply(int request_id, bool success) {
-  return nlohmann::json{{"type", "cleanLeftovers"}, {"success", success}, {"requestId", request_id}}.dump();
+  return MakeReply("cleanLeftovers", success, request_id).dump();
 }
 
 LeftoverItem ReadLeftoverItem(const nlohmann::json& item) {

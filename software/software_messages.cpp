@@ -1,5 +1,7 @@
 #include "software/software_messages.h"
 
+#include "base/reply.h"
+
 namespace {
 
 using nlohmann::json;
@@ -16,8 +18,10 @@ json ToJson(const std::vector<SoftwareUpdateEntry>& updates) {
   return list;
 }
 
-json ScanProgress(int request_id, const char* status) {
-  return {{"type", "scan_progress"}, {"status", status}, {"requestId", request_id}};
+json ScanProgress(int request_id, const char* status, bool success) {
+  json message = MakeReply("scan_progress", success, request_id);
+  message["status"] = status;
+  return message;
 }
 
 json StreamMessage(PackageStream stream, int request_id, const char* stream_type) {
@@ -29,54 +33,51 @@ json StreamMessage(PackageStream stream, int request_id, const char* stream_type
 }  // namespace
 
 std::string SoftwareUpdatesReply(int request_id, const std::vector<SoftwareUpdateEntry>& updates) {
-  return json{{"type", "software_updates"},
-              {"success", true},
-              {"requestId", request_id},
-              {"updates", ToJson(updates)},
-              {"count", updates.size()}}
-      .dump();
+  json reply = MakeReply("software_updates", true, request_id);
+  reply["updates"] = ToJson(updates);
+  reply["count"] = updates.size();
+  return reply.dump();
 }
 
 std::string InstalledAppsReply(int request_id, const std::vector<InstalledAppEntry>& apps) {
-  json list = json::array();
+  json reply = MakeReply("apps", true, request_id);
+  json& list = reply["apps"] = json::array();
   for (const InstalledAppEntry& entry : apps) {
     list.push_back(
         {{"name", entry.name}, {"id", entry.id}, {"version", entry.version}, {"source", entry.source}});
   }
-  return json{{"type", "apps"}, {"success", true}, {"requestId", request_id}, {"apps", std::move(list)}}
-      .dump();
+  return reply.dump();
 }
 
 std::string DriverUpdatesReply(int request_id, const DriverCheck& check, bool success) {
-  return json{{"type", "driver_updates"},      {"success", success},
-              {"requestId", request_id},       {"updates", check.updates},
-              {"count", check.updates.size()}, {"scannedDriversCount", check.scanned_drivers_count}}
-      .dump();
+  json reply = MakeReply("driver_updates", success, request_id);
+  reply["updates"] = check.updates;
+  reply["count"] = check.updates.size();
+  reply["scannedDriversCount"] = check.scanned_drivers_count;
+  return reply.dump();
 }
 
 std::string ScanningAppsMessage(int request_id) {
-  json message = ScanProgress(request_id, "scanning_apps");
-  message["success"] = true;
-  return message.dump();
+  return ScanProgress(request_id, "scanning_apps", true).dump();
 }
 
 std::string ScanningDriversMessage(int request_id, size_t software_count) {
-  json message = ScanProgress(request_id, "scanning_drivers");
-  message["success"] = true;
+  json message = ScanProgress(request_id, "scanning_drivers", true);
   message["softwareCount"] = software_count;
   return message.dump();
 }
 
 std::string ScanHeartbeatMessage(int request_id, int ticks) {
-  json message = ScanProgress(request_id, "scanning_drivers_heartbeat");
-  message["ticks"] = ticks;
-  return message.dump();
+  return json{{"type", "scan_progress"},
+              {"status", "scanning_drivers_heartbeat"},
+              {"requestId", request_id},
+              {"ticks", ticks}}
+      .dump();
 }
 
 std::string ScanDoneMessage(int request_id, const std::vector<SoftwareUpdateEntry>& software,
                             const DriverCheck& drivers) {
-  json message = ScanProgress(request_id, "done");
-  message["success"] = true;
+  json message = ScanProgress(request_id, "done", true);
   message["software"] = ToJson(software);
   message["drivers"] = drivers.updates;
   message["scannedDriversCount"] = drivers.scanned_drivers_count;
@@ -84,9 +85,7 @@ std::string ScanDoneMessage(int request_id, const std::vector<SoftwareUpdateEntr
 }
 
 std::string ScanFailedMessage(int request_id) {
-  json message = ScanProgress(request_id, "done");
-  message["success"] = false;
-  return message.dump();
+  return ScanProgress(request_id, "done", false).dump();
 }
 
 std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view text) {
