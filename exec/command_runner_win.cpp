@@ -7,7 +7,9 @@ namespace {
 constexpr DWORD kChunkBytes = 4095;
 constexpr DWORD kHangTimeoutMs = 10'000;
 
-void Trace(const std::wstring& text) { OutputDebugStringW((L"[Varnel Debug] " + text + L"\n").c_str()); }
+void Trace(const std::wstring& text) {
+  OutputDebugStringW((L"[Varnel Debug] " + text + L"\n").c_str());
+}
 
 }  // namespace
 
@@ -32,7 +34,8 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   pipe->write.reset();  // Otherwise the read end would never reach its end.
 
   Trace(L"Reading stdout pipe loop starting...");
-  ReadChunks(pipe->read.get(), kChunkBytes, [&](std::string_view chunk) { result.output += UpToZero(chunk); });
+  ReadChunks(pipe->read.get(), kChunkBytes,
+             [&](std::string_view chunk) { result.output += UpToZero(chunk); });
 
   Trace(L"ReadFile loop finished. Waiting for process to terminate...");
   if (WaitForSingleObject(child.process.get(), kHangTimeoutMs) == WAIT_TIMEOUT) {

@@ -10,12 +10,13 @@ struct CmdResult {
   std::string output;      // standard output and standard error as they arrived, unconverted bytes
 };
 
-// Runs a complete command line (no shell is added) as a hidden child and waits for it (CreatePipe, CreateProcessW). Of each read of at most
-// 4095 bytes, what follows a zero byte is lost. Reading has no time limit: a child, or a grandchild that inherited the pipe, blocks the
-// caller for as long as it keeps its output open. A child that runs on 10 s after closing it is ended with exit code 1.
-// Reentrant; for worker threads. Failures are reported in the result.
+// Runs a complete command line (no shell is added) as a hidden child and waits for it (CreatePipe,
+// CreateProcessW). Of each read of at most 4095 bytes, what follows a zero byte is lost. Reading has no time
+// limit: a child, or a grandchild that inherited the pipe, blocks the caller for as long as it keeps its
+// output open. A child that runs on 10 s after closing it is ended with exit code 1. Reentrant; for worker
+// threads. Failures are reported in the result.
 CmdResult ExecuteCmd(const std::wstring& command);
 
-// Ends a process at once, with exit code 0 (OpenProcess with terminate access only, TerminateProcess). False when it cannot be
-// opened (gone, protected) or not be ended.
+// Ends a process at once, with exit code 0 (OpenProcess with terminate access only, TerminateProcess). False
+// when it cannot be opened (gone, protected) or not be ended.
 bool TerminateProcessById(uint32_t pid);

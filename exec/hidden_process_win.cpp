@@ -17,8 +17,8 @@ HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output) {
   std::wstring buffer = command;  // CreateProcessW writes into its command line
   PROCESS_INFORMATION started = {};
   HiddenProcess child;
-  if (!CreateProcessW(nullptr, buffer.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
-                      &started)) {
+  if (!CreateProcessW(nullptr, buffer.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr,
+                      &startup, &started)) {
     child.error = GetLastError();
     return child;
   }
@@ -27,8 +27,10 @@ HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output) {
   return child;
 }
 
-void ReadChunks(HANDLE read_end, DWORD chunk_bytes, const std::function<void(std::string_view chunk)>& on_chunk) {
+void ReadChunks(HANDLE read_end, DWORD chunk_bytes,
+                const std::function<void(std::string_view chunk)>& on_chunk) {
   char buffer[4096];
   DWORD received = 0;
-  while (ReadFile(read_end, buffer, chunk_bytes, &received, nullptr) && received > 0) on_chunk({buffer, received});
+  while (ReadFile(read_end, buffer, chunk_bytes, &received, nullptr) && received > 0)
+    on_chunk({buffer, received});
 }

@@ -7,8 +7,8 @@
 
 #include "base/handle_win.h"
 
-// The steps that every hidden console tool is run with. What differs between the runners (chunk size, zero bytes, who closes which
-// end, waiting, messages) stands at each of them.
+// The steps that every hidden console tool is run with. What differs between the runners (chunk size, zero
+// bytes, who closes which end, waiting, messages) stands at each of them.
 
 struct OutputPipe {
   KernelHandle read;   // stays in this process
@@ -23,13 +23,18 @@ struct HiddenProcess {
   DWORD error = ERROR_SUCCESS;  // of CreateProcessW when `process` is empty
 };
 
-// Starts a complete command line (no shell is added) without a console window, in this process's folder and environment, both output
-// streams on `output`, no standard input. Handles are inherited: every inheritable handle that is open at this moment goes along.
+// Starts a complete command line (no shell is added) without a console window, in this process's folder and
+// environment, both output streams on `output`, no standard input. Handles are inherited: every inheritable
+// handle that is open at this moment goes along.
 HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output);
 
-// Hands on what arrives at the pipe's read end, at most `chunk_bytes` (up to 4095) at a time, until a read fails or returns nothing: that is
-// when the child and everything that inherited the write end have closed it. Blocks for as long as that takes.
-void ReadChunks(HANDLE read_end, DWORD chunk_bytes, const std::function<void(std::string_view chunk)>& on_chunk);
+// Hands on what arrives at the pipe's read end, at most `chunk_bytes` (up to 4095) at a time, until a read
+// fails or returns nothing: that is when the child and everything that inherited the write end have closed
+// it. Blocks for as long as that takes.
+void ReadChunks(HANDLE read_end, DWORD chunk_bytes,
+                const std::function<void(std::string_view chunk)>& on_chunk);
 
 // The part of a chunk before its first zero byte.
-inline std::string_view UpToZero(std::string_view chunk) { return chunk.substr(0, chunk.find('\0')); }
+inline std::string_view UpToZero(std::string_view chunk) {
+  return chunk.substr(0, chunk.find('\0'));
+}

@@ -13,7 +13,8 @@ constexpr int kAttempts = 5;
 
 // GetLastError() holds the reason when the result is empty.
 FileHandle OpenPipe() {
-  return FileHandle(CreateFileW(kPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  return FileHandle(
+      CreateFileW(kPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
 FileHandle ConnectForRequest() {
@@ -40,13 +41,14 @@ bool WriteRequest(HANDLE pipe, std::string_view action, const nlohmann::json& da
   return true;
 }
 
-// Replaces `line` with the bytes up to the next line feed. False when the pipe ended or the line grew too long before one came.
-// Reading byte by byte stops exactly at the line feed.
+// Replaces `line` with the bytes up to the next line feed. False when the pipe ended or the line grew too
+// long before one came. Reading byte by byte stops exactly at the line feed.
 bool ReadLine(HANDLE pipe, std::string& line) {
   line.clear();
   char byte = 0;
   DWORD received = 0;
-  while (line.size() <= kMaxServiceLineBytes && ReadFile(pipe, &byte, 1, &received, nullptr) && received == 1) {
+  while (line.size() <= kMaxServiceLineBytes && ReadFile(pipe, &byte, 1, &received, nullptr) &&
+         received == 1) {
     if (byte == '\n') return true;
     line += byte;
   }
@@ -92,10 +94,16 @@ ServiceSession RunServiceSession(std::string_view action, const nlohmann::json& 
   while (!session.exit && ReadLine(pipe.get(), line)) {
     const StreamRecord record = ParseStreamRecord(line);
     switch (record.kind) {
-      case StreamRecord::Kind::kOutput: on_output(record.message); break;
-      case StreamRecord::Kind::kExit: session.exit = {record.code, record.reboot_required}; break;
-      case StreamRecord::Kind::kIgnored: break;
-      case StreamRecord::Kind::kMistyped: return session;
+      case StreamRecord::Kind::kOutput:
+        on_output(record.message);
+        break;
+      case StreamRecord::Kind::kExit:
+        session.exit = {record.code, record.reboot_required};
+        break;
+      case StreamRecord::Kind::kIgnored:
+        break;
+      case StreamRecord::Kind::kMistyped:
+        return session;
     }
   }
   return session;

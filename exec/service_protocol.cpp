@@ -23,7 +23,9 @@ std::string BuildServiceRequest(std::string_view action, const json& data) {
   return request.dump() + '\n';
 }
 
-json FailedServiceReply(std::string_view error) { return {{"success", false}, {"error", error}}; }
+json FailedServiceReply(std::string_view error) {
+  return {{"success", false}, {"error", error}};
+}
 
 json ParseServiceReply(std::string_view line) {
   if (line.empty()) return FailedServiceReply("Empty response");

@@ -15,24 +15,27 @@ inline constexpr size_t kMaxServiceLineBytes = 64 * 1024 * 1024;
 // Opens the page's dialog that says that the helper service is not running.
 inline constexpr std::string_view kServiceUnavailableMessage = R"({"type":"show_service_error_modal"})";
 
-// {"action":...,"data":...} with its line feed. Null `data` is sent as {}. Throws nlohmann::json::type_error when a text in it is not
-// UTF-8: such a request is better not sent than sent with other bytes.
+// {"action":...,"data":...} with its line feed. Null `data` is sent as {}. Throws nlohmann::json::type_error
+// when a text in it is not UTF-8: such a request is better not sent than sent with other bytes.
 std::string BuildServiceRequest(std::string_view action, const nlohmann::json& data);
 
 // {"error":...,"success":false}: what the client itself answers when the service did not.
 nlohmann::json FailedServiceReply(std::string_view error);
 
-// The value of a reply line (without its line feed), whatever it is. "Empty response" for no text, "Parse failed" for text that is not
-// JSON (invalid UTF-8 and lone surrogates included, so every parsed reply can be serialised again). Never throws.
+// The value of a reply line (without its line feed), whatever it is. "Empty response" for no text, "Parse
+// failed" for text that is not JSON (invalid UTF-8 and lone surrogates included, so every parsed reply can be
+// serialised again). Never throws.
 nlohmann::json ParseServiceReply(std::string_view line);
 
-// A member of a reply; `fallback` when the reply is no object, has no such member, or it is of another type (for a count: anything but
-// a whole number from 0 on).
+// A member of a reply; `fallback` when the reply is no object, has no such member, or it is of another type
+// (for a count: anything but a whole number from 0 on).
 bool ReplyFlag(const nlohmann::json& reply, const char* name, bool fallback);
 uint64_t ReplyCount(const nlohmann::json& reply, const char* name, uint64_t fallback);
 std::string ReplyText(const nlohmann::json& reply, const char* name, std::string_view fallback);
 
-inline bool ReplySuccess(const nlohmann::json& reply) { return ReplyFlag(reply, "success", false); }
+inline bool ReplySuccess(const nlohmann::json& reply) {
+  return ReplyFlag(reply, "success", false);
+}
 
 // One line of a streamed session:
 //   {"message":"Verification 40% complete.","type":"stdout"}

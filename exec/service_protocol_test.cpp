@@ -9,10 +9,13 @@
 using nlohmann::json;
 
 TEST(BuildServiceRequest, IsOneCompactLineInKeyOrder) {
-  EXPECT_EQ(BuildServiceRequest("get_hosts_file", json::object()), "{\"action\":\"get_hosts_file\",\"data\":{}}\n");
-  EXPECT_EQ(BuildServiceRequest("get_hosts_file", {}), "{\"action\":\"get_hosts_file\",\"data\":{}}\n") << "never null";
-  EXPECT_EQ(BuildServiceRequest("save_system_env", {{"value", "Žluť\n\"x\""}, {"is_delete", false}, {"name", "A"}}),
-            "{\"action\":\"save_system_env\",\"data\":{\"is_delete\":false,\"name\":\"A\",\"value\":\"Žluť\\n\\\"x\\\"\"}}\n");
+  EXPECT_EQ(BuildServiceRequest("get_hosts_file", json::object()),
+            "{\"action\":\"get_hosts_file\",\"data\":{}}\n");
+  EXPECT_EQ(BuildServiceRequest("get_hosts_file", {}), "{\"action\":\"get_hosts_file\",\"data\":{}}\n")
+      << "never null";
+  EXPECT_EQ(
+      BuildServiceRequest("save_system_env", {{"value", "Žluť\n\"x\""}, {"is_delete", false}, {"name", "A"}}),
+      "{\"action\":\"save_system_env\",\"data\":{\"is_delete\":false,\"name\":\"A\",\"value\":\"Žluť\\n\\\"x\\\"\"}}\n");
   EXPECT_THROW(BuildServiceRequest("save_hosts_file", {{"content", "P\xF8\xEDkaz"}}), json::type_error);
 }
 
@@ -83,7 +86,8 @@ TEST(ParseStreamRecord, TellsRecordsApart) {
     int64_t code;
     bool reboot;
   } cases[] = {
-      {R"({"type":"stdout","message":"Verification 40% complete."})", Kind::kOutput, "Verification 40% complete.", 0, false},
+      {R"({"type":"stdout","message":"Verification 40% complete."})", Kind::kOutput,
+       "Verification 40% complete.", 0, false},
       {R"({"type":"stdout","message":""})", Kind::kOutput, "", 0, false},
       {R"({"type":"exit","code":0})", Kind::kExit, "", 0, false},
       {R"({"type":"exit","code":-1,"rebootRequired":true})", Kind::kExit, "", -1, true},

@@ -30,7 +30,9 @@ constexpr struct {
   const wchar_t* name;
 } kMemoryTypes[] = {{0x18, L"DDR3"}, {0x1A, L"DDR4"}, {0x1E, L"LPDDR4"}, {0x22, L"DDR5"}, {0x23, L"LPDDR5"}};
 
-bool IsKnownSpeed(uint16_t mhz) { return mhz != 0 && mhz != 0xFFFF; }
+bool IsKnownSpeed(uint16_t mhz) {
+  return mhz != 0 && mhz != 0xFFFF;
+}
 
 void AddMemoryDevice(const SmbiosStructure& device, MemoryModules& modules) {
   const uint16_t size = device.Word(0x0C);
@@ -46,7 +48,8 @@ void AddMemoryDevice(const SmbiosStructure& device, MemoryModules& modules) {
 
 std::wstring OneDecimal(double value) {
   char text[400];  // the longest double in fixed notation has 309 digits before the point
-  const std::to_chars_result end = std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed, 1);
+  const std::to_chars_result end =
+      std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed, 1);
   return {text, end.ptr};
 }
 
@@ -86,7 +89,8 @@ std::wstring FormatMemory(int32_t total_gb, const MemoryModules& modules) {
     if (modules.speed_mhz > 0) text += L" @ " + std::to_wstring(modules.speed_mhz) + L" MHz";
   }
   if (modules.count >= 2)
-    text += L" (" + std::to_wstring(modules.count) + L"x " + std::to_wstring(total_gb / modules.count) + L" GB)";
+    text +=
+        L" (" + std::to_wstring(modules.count) + L"x " + std::to_wstring(total_gb / modules.count) + L" GB)";
   return text;
 }
 
@@ -108,7 +112,8 @@ std::wstring FormatBoard(std::wstring manufacturer, const std::wstring& product)
   return manufacturer + L" " + product;
 }
 
-std::wstring FormatOs(std::wstring product_name, const std::wstring& build, const std::wstring& display_version) {
+std::wstring FormatOs(std::wstring product_name, const std::wstring& build,
+                      const std::wstring& display_version) {
   constexpr std::wstring_view kOldName = L"Windows 10";
   int build_number = 0;
   try {
@@ -117,7 +122,8 @@ std::wstring FormatOs(std::wstring product_name, const std::wstring& build, cons
     // No number, or one that is too large: the name stays.
   }
   const size_t found = product_name.find(kOldName);
-  if (build_number >= 22'000 && found != std::wstring::npos) product_name.replace(found, kOldName.size(), L"Windows 11");
+  if (build_number >= 22'000 && found != std::wstring::npos)
+    product_name.replace(found, kOldName.size(), L"Windows 11");
   if (display_version != L"Unknown") product_name += L" (Version " + display_version + L")";
   return product_name;
 }

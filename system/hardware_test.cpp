@@ -16,7 +16,8 @@ struct Device {
   std::string strings = std::string("\0", 1);  // each with its zero; one more zero follows
 };
 
-std::string Structure(uint8_t type, std::string formatted, const std::string& strings = std::string("\0", 1)) {
+std::string Structure(uint8_t type, std::string formatted,
+                      const std::string& strings = std::string("\0", 1)) {
   formatted[0] = static_cast<char>(type);
   formatted[1] = static_cast<char>(formatted.size());
   return formatted + strings + '\0';
@@ -44,7 +45,10 @@ std::string Table(const std::vector<std::string>& structures) {
 }
 
 const std::string kStrings("DIMM A1\0BANK 0\0", 15);
-const std::string kBios = Structure(0, std::string(0x1A, '\0'), std::string("Peat Firmware\0" "1.20\0", 19));
+const std::string kBios = Structure(0, std::string(0x1A, '\0'),
+                                    std::string("Peat Firmware\0"
+                                                "1.20\0",
+                                                19));
 const std::string kEnd = Structure(127, std::string(4, '\0'));
 
 std::wstring MemoryLine(int32_t total_gb, const std::vector<Device>& devices) {
@@ -71,28 +75,48 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
       {"2.6, no configured speed", 8, {{0x1C, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4"},
       {"2.7, one byte short of a configured speed", 8, {{0x22, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4"},
       {"shortest with a configured speed", 8, {{0x24, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4 @ 2933 MHz"},
-      {"3.3, two modules, two empty slots", 32,
+      {"3.3, two modules, two empty slots",
+       32,
        {{0x5C, mb_16384, 0x1A, 3200}, {0x5C, 0, 0x22, 4800}, {0x5C, mb_16384, 0x1A, 3200}, {0x5C, 0, 2, 0}},
        L"32 GB DDR4 @ 3200 MHz (2x 16 GB)"},
-      {"3.7, overclocked: the rated speed is told", 64, {{0x64, 0x7FFF, 0x22, 4800, 5600}, {0x64, 0x7FFF, 0x22, 4800, 5600}},
+      {"3.7, overclocked: the rated speed is told",
+       64,
+       {{0x64, 0x7FFF, 0x22, 4800, 5600}, {0x64, 0x7FFF, 0x22, 4800, 5600}},
        L"64 GB DDR5 @ 4800 MHz (2x 32 GB)"},
-      {"rated speed 0 everywhere", 16, {{0x28, mb_8192, 0x1A, 0, 2933}, {0x28, mb_8192, 0x1A, 0, 2933}},
+      {"rated speed 0 everywhere",
+       16,
+       {{0x28, mb_8192, 0x1A, 0, 2933}, {0x28, mb_8192, 0x1A, 0, 2933}},
        L"16 GB DDR4 @ 2933 MHz (2x 8 GB)"},
-      {"configured speed only until one is known", 16, {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 0, 2933}},
+      {"configured speed only until one is known",
+       16,
+       {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 0, 2933}},
        L"16 GB DDR4 @ 2400 MHz (2x 8 GB)"},
-      {"a later rated speed wins", 16, {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 3200, 2933}},
+      {"a later rated speed wins",
+       16,
+       {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 3200, 2933}},
        L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
-      {"a later type wins", 12, {{0x28, mb_8192, 0x1E, 4267}, {0x28, 4096, 0x23, 6400}}, L"12 GB LPDDR5 @ 6400 MHz (2x 6 GB)"},
-      {"an unknown later type does not", 16, {{0x28, mb_8192, 0x22, 5600}, {0x28, mb_8192, 0x24, 0}}, L"16 GB DDR5 @ 5600 MHz (2x 8 GB)"},
+      {"a later type wins",
+       12,
+       {{0x28, mb_8192, 0x1E, 4267}, {0x28, 4096, 0x23, 6400}},
+       L"12 GB LPDDR5 @ 6400 MHz (2x 6 GB)"},
+      {"an unknown later type does not",
+       16,
+       {{0x28, mb_8192, 0x22, 5600}, {0x28, mb_8192, 0x24, 0}},
+       L"16 GB DDR5 @ 5600 MHz (2x 8 GB)"},
       {"speed 0xFFFF is none", 16, {{0x5C, mb_16384, 0x22, 0xFFFF, 0xFFFF}}, L"16 GB DDR5"},
       {"speed 65534 is one", 16, {{0x5C, mb_16384, 0x22, 0xFFFE}}, L"16 GB DDR5 @ 65534 MHz"},
       {"unknown size is no module", 8, {{0x28, 0xFFFF, 0x1A, 3200}}, L"8 GB"},
       {"unknown type with a speed", 32, {{0x28, mb_16384, 0x1B, 2666}}, L"32 GB DDR @ 2666 MHz"},
       {"unknown type without a speed", 32, {{0x28, mb_16384, 0x1B}}, L"32 GB"},
-      {"three of 8", 24, {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}}, L"24 GB DDR4 (3x 8 GB)"},
+      {"three of 8",
+       24,
+       {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}},
+       L"24 GB DDR4 (3x 8 GB)"},
       {"uneven", 20, {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 4096, 0x1A}}, L"20 GB DDR4 (3x 6 GB)"},
       {"formatted area too short to tell a type", 8, {{0x13, mb_8192, 0x1A}}, L"8 GB"},
-      {"strings", 16, {{0x28, mb_8192, 0x1A, 3200, 0, kStrings}, {0x28, mb_8192, 0x1A, 3200, 0, kStrings}},
+      {"strings",
+       16,
+       {{0x28, mb_8192, 0x1A, 3200, 0, kStrings}, {0x28, mb_8192, 0x1A, 3200, 0, kStrings}},
        L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
   };
   for (const auto& c : cases) EXPECT_EQ(MemoryLine(c.total_gb, c.devices), c.want) << c.name;
@@ -120,8 +144,16 @@ TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsTheyGo) {
       {"ends with the formatted area", Table({module}).substr(0, 8 + 0x28), 1},
       {"length past the end", Table({module, long_lie}), 1},
       {"length below a header", Table({module, short_lie, module}), 1},
-      {"inactive and foreign structures between", Table({Structure(126, std::string(0x28, 'x')), module, Structure(200, std::string(6, 'x')), module}), 2},
-      {"header that tells another length", [&] { std::string t = Table({module}); t[4] = 1; return t; }(), 1},
+      {"inactive and foreign structures between",
+       Table({Structure(126, std::string(0x28, 'x')), module, Structure(200, std::string(6, 'x')), module}),
+       2},
+      {"header that tells another length",
+       [&] {
+         std::string t = Table({module});
+         t[4] = 1;
+         return t;
+       }(),
+       1},
       {"the end marker does not stop the walk", Table({module, kEnd, module}), 2},
       {"only zeros", std::string(64, '\0'), 0},
       {"only ones", std::string(64, '\xFF'), 0},
@@ -139,11 +171,15 @@ TEST(InstalledGigabytes, RoundsAndFallsBack) {
 }
 
 TEST(FormatMemoryTooltip, ExplainsWhatIsReserved) {
-  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'045'651'456),
-            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB (128 MB vyhrazeno pro BIOS a hardware)");
-  EXPECT_EQ(FormatMemoryTooltip(16, 0, 17'045'651'456), L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB");
-  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'185), L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB");
-  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'184 - 1'048'575), L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB")
+  EXPECT_EQ(
+      FormatMemoryTooltip(16, 16'777'216, 17'045'651'456),
+      L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB (128 MB vyhrazeno pro BIOS a hardware)");
+  EXPECT_EQ(FormatMemoryTooltip(16, 0, 17'045'651'456),
+            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB");
+  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'185),
+            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB");
+  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'184 - 1'048'575),
+            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB")
       << "less than a megabyte is not told";
   EXPECT_EQ(FormatMemoryTooltip(0, 0, 0), L"Fyzicky osazeno: 0 GB | K dispozici pro systém: 0.0 GB");
 }

@@ -66,14 +66,18 @@ HardwareSpecs CollectHardwareSpecs() {
   constexpr const wchar_t* kProcessor = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
   constexpr const wchar_t* kBios = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
   constexpr const wchar_t* kWindows = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
-  auto read = [](const wchar_t* path, const wchar_t* value) { return ReadRegistryString(HKEY_LOCAL_MACHINE, path, value); };
+  auto read = [](const wchar_t* path, const wchar_t* value) {
+    return ReadRegistryString(HKEY_LOCAL_MACHINE, path, value);
+  };
 
   HardwareSpecs specs;
   specs.is_admin = IsElevated();
   specs.cpu = read(kProcessor, L"ProcessorNameString");
-  specs.gpu = FormatGpu(ReadPrimaryAdapterName(), ReadDedicatedVideoMemory());
+  const std::wstring adapter_name = ReadPrimaryAdapterName();
+  specs.gpu = FormatGpu(adapter_name, ReadDedicatedVideoMemory());
   CollectMemory(specs);
   specs.motherboard = FormatBoard(read(kBios, L"BaseBoardManufacturer"), read(kBios, L"BaseBoardProduct"));
-  specs.os = FormatOs(read(kWindows, L"ProductName"), read(kWindows, L"CurrentBuild"), read(kWindows, L"DisplayVersion"));
+  specs.os = FormatOs(read(kWindows, L"ProductName"), read(kWindows, L"CurrentBuild"),
+                      read(kWindows, L"DisplayVersion"));
   return specs;
 }

@@ -9,5 +9,6 @@ FUZZ_TARGET(smbios, bytes) {
   if (modules.count < 0 || static_cast<size_t>(modules.count) > bytes.size() / 20)
     throw std::logic_error("more modules than the table has room for");
   if (modules.speed_mhz == 0xFFFF) throw std::logic_error("the unknown speed was taken");
-  if (FormatMemory(InstalledGigabytes(16'777'216, 0), modules).find(L"16 GB") != 0) throw std::logic_error("memory line");
+  if (FormatMemory(InstalledGigabytes(16'777'216, 0), modules).find(L"16 GB") != 0)
+    throw std::logic_error("memory line");
 }

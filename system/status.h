@@ -16,6 +16,7 @@ struct StatusSources {
   std::function<void(unsigned milliseconds)> sleep;
 };
 
-// Posts the status unasked, with request id 0. Without a service and without elevation it then waits up to 15 times 2 s for the service and posts
-// the same status once more, now with the service active, when it has come.
+// Posts the status unasked, with request id 0. Without a service and without elevation it then waits up to 15
+// times 2 s for the service and posts the same status once more, now with the service active, when it has
+// come.
 void PushStatus(const StatusSources& sources);

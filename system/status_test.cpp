@@ -16,7 +16,8 @@ HardwareSpecs RealisticSpecs() {
   specs.cpu = L"Meadow 7 0000X 8-Core Processor             ";
   specs.gpu = L"Heron Graphics 40 (12.0 GB VRAM)";
   specs.ram = L"32 GB DDR5 @ 6000 MHz (2x 16 GB)";
-  specs.ram_tooltip = L"Fyzicky osazeno: 32 GB | K dispozici pro systém: 31.1 GB (941 MB vyhrazeno pro BIOS a hardware)";
+  specs.ram_tooltip =
+      L"Fyzicky osazeno: 32 GB | K dispozici pro systém: 31.1 GB (941 MB vyhrazeno pro BIOS a hardware)";
   specs.motherboard = L"Copse B650 TARN";
   specs.os = L"Windows 11 Pro (Version 23H2)";
   return specs;

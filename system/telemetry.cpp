@@ -24,7 +24,8 @@ NetworkRates RatesBetween(const NetworkCounters& previous, const NetworkCounters
   return {rate(previous.received, now.received), rate(previous.sent, now.sent)};
 }
 
-Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s, uint8_t system_status_flag) {
+Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s,
+                        uint8_t system_status_flag) {
   constexpr uint8_t kCharging = 8, kNoBattery = 128, kUnknown = 255;
   Battery battery;
   battery.present = battery_flag != kNoBattery && battery_flag < kUnknown && life_percent < kUnknown;
@@ -40,16 +41,21 @@ bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type) {
   return oper_status == kUp && if_type != kSoftwareLoopback && if_type != kTunnel;
 }
 
-double EstimateCpuTemperature(double load_percent) { return std::clamp(load_percent * 0.44 + 34.0, 28.0, 89.0); }
+double EstimateCpuTemperature(double load_percent) {
+  return std::clamp(load_percent * 0.44 + 34.0, 28.0, 89.0);
+}
 
-double EstimateGpuTemperature(double load_percent) { return std::clamp(load_percent * 0.38 + 36.0, 30.0, 85.0); }
+double EstimateGpuTemperature(double load_percent) {
+  return std::clamp(load_percent * 0.38 + 36.0, 30.0, 85.0);
+}
 
 nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample) {
   nlohmann::json disks = nlohmann::json::array();
   for (const DiskUsage& disk : sample.disks) {
     const std::string drive = WideToUtf8(disk.drive);
-    const double percent =
-        disk.total_bytes == 0 ? 0.0 : static_cast<double>(disk.used_bytes) / static_cast<double>(disk.total_bytes) * 100.0;
+    const double percent = disk.total_bytes == 0 ? 0.0
+                                                 : static_cast<double>(disk.used_bytes) /
+                                                       static_cast<double>(disk.total_bytes) * 100.0;
     disks.push_back({{"drive", drive},
                      {"driveLetter", drive},
                      {"totalBytes", disk.total_bytes},

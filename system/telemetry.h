@@ -16,7 +16,7 @@ struct DiskUsage {
 struct Battery {
   bool present = false;  // there is one and it reports
   bool charging = false;
-  int32_t percent = 0;      // 255: unknown
+  int32_t percent = 0;       // 255: unknown
   int32_t life_time_s = -1;  // -1: unknown
   bool saver_mode = false;
 };
@@ -52,13 +52,16 @@ struct NetworkRates {
   double download = 0, upload = 0;  // 2^20 bits per second
 };
 
-// Rates between two readings; 0 when there is no earlier one (time 0) or no time has passed, and for a counter that went backwards.
+// Rates between two readings; 0 when there is no earlier one (time 0) or no time has passed, and for a
+// counter that went backwards.
 NetworkRates RatesBetween(const NetworkCounters& previous, const NetworkCounters& now);
 
 // From the fields of SYSTEM_POWER_STATUS, as the system reports them.
-Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s, uint8_t system_status_flag);
+Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s,
+                        uint8_t system_status_flag);
 
-// True for the operational status and interface type (IANA numbers) of an adapter that is up and is neither loopback nor tunnel.
+// True for the operational status and interface type (IANA numbers) of an adapter that is up and is neither
+// loopback nor tunnel.
 bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type);
 
 double EstimateCpuTemperature(double load_percent);

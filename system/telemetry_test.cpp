@@ -38,7 +38,10 @@ TEST(CpuLoadPercent, IsTheShareThatWasNotIdle) {
       {"full", {100, 200, 300}, {100, 250, 350}, 100},
       {"no time passed", {100, 200, 300}, {100, 200, 300}, 0},
       {"idle counted ahead of the sum", {100, 200, 300}, {203, 300, 300}, -3},
-      {"years of 64 processors", {1ull << 62, 1ull << 62, 0}, {(1ull << 62) + 25'000'000, (1ull << 62) + 75'000'000, 25'000'000}, 75},
+      {"years of 64 processors",
+       {1ull << 62, 1ull << 62, 0},
+       {(1ull << 62) + 25'000'000, (1ull << 62) + 75'000'000, 25'000'000},
+       75},
   };
   for (const auto& c : cases) EXPECT_DOUBLE_EQ(CpuLoadPercent(c.previous, c.now), c.want) << c.name;
 }
@@ -50,7 +53,11 @@ TEST(RatesBetween, AreMegabitsAndNeverNegative) {
     double download, upload;
   } cases[] = {
       {"first sample", {0, 0, 0}, {5'000'000, 5'000'000, 60'000}, 0, 0},
-      {"ten megabits for 3 s", {1000, 1000, 60'000}, {1000 + 3'932'160, 1000 + 131'072, 63'000}, 10.0, 1.0 / 3},
+      {"ten megabits for 3 s",
+       {1000, 1000, 60'000},
+       {1000 + 3'932'160, 1000 + 131'072, 63'000},
+       10.0,
+       1.0 / 3},
       {"one direction wrapped", {4'294'967'000, 0, 60'000}, {1000, 131'072, 61'000}, 0, 1},
       {"no time passed", {0, 0, 60'000}, {1000, 1000, 60'000}, 0, 0},
       {"time went back", {0, 0, 60'000}, {1000, 1000, 59'000}, 0, 0},
@@ -107,7 +114,8 @@ TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
   }
 }
 
-// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter name with Czech letters.
+// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter name with Czech
+// letters.
 TEST(BuildTelemetry, IsTheRecordedMessage) {
   EXPECT_EQ(BuildTelemetry(2, RealisticSample()).dump(), RecordedMessage("telemetry"));
 }

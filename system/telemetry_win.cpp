@@ -15,7 +15,9 @@ constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
 CpuTimes g_previous_cpu;
 NetworkCounters g_previous_network;
 
-uint64_t ToTicks(const FILETIME& time) { return static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime; }
+uint64_t ToTicks(const FILETIME& time) {
+  return static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
 
 double SampleCpuLoad() {
   FILETIME idle = {}, kernel = {}, user = {};
@@ -45,14 +47,17 @@ std::vector<DiskUsage> SampleDisks() {
     const std::wstring root = next;
     next += root.size() + 1;
     ULARGE_INTEGER total = {}, free = {};
-    if (GetDriveTypeW(root.c_str()) != DRIVE_FIXED || !GetDiskFreeSpaceExW(root.c_str(), nullptr, &total, &free)) continue;
+    if (GetDriveTypeW(root.c_str()) != DRIVE_FIXED ||
+        !GetDiskFreeSpaceExW(root.c_str(), nullptr, &total, &free))
+      continue;
     const std::wstring drive = root.ends_with(L'\\') ? root.substr(0, root.size() - 1) : root;
     disks.push_back({drive, total.QuadPart, free.QuadPart, total.QuadPart - free.QuadPart});
   }
   return disks;
 }
 
-// Octets of every interface but the loopback; zero when the table cannot be read. The system's counters have 32 bits.
+// Octets of every interface but the loopback; zero when the table cannot be read. The system's counters have
+// 32 bits.
 NetworkCounters ReadNetworkCounters() {
   NetworkCounters counters;
   counters.time_ms = GetTickCount64();
@@ -89,7 +94,8 @@ BYTE SystemStatusFlag(const PowerStatus& status) {
 Battery SampleBattery() {
   SYSTEM_POWER_STATUS status = {};
   if (!GetSystemPowerStatus(&status)) return {};
-  return DescribeBattery(status.BatteryFlag, status.BatteryLifePercent, status.BatteryLifeTime, SystemStatusFlag(status));
+  return DescribeBattery(status.BatteryFlag, status.BatteryLifePercent, status.BatteryLifeTime,
+                         SystemStatusFlag(status));
 }
 
 }  // namespace
@@ -104,7 +110,8 @@ std::wstring FindActiveAdapterName() {
   auto* adapter = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data());
   if (GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, adapter, &size) != NO_ERROR) return kNone;
   for (; adapter != nullptr; adapter = adapter->Next)
-    if (IsActiveAdapter(static_cast<uint32_t>(adapter->OperStatus), adapter->IfType)) return adapter->FriendlyName;
+    if (IsActiveAdapter(static_cast<uint32_t>(adapter->OperStatus), adapter->IfType))
+      return adapter->FriendlyName;
   return kNone;
 }
 
@@ -123,4 +130,6 @@ TelemetrySample SampleTelemetry() {
   return sample;
 }
 
-void getTelemetry(int request_id) { PostJsonToJs(BuildTelemetry(request_id, SampleTelemetry()).dump()); }
+void getTelemetry(int request_id) {
+  PostJsonToJs(BuildTelemetry(request_id, SampleTelemetry()).dump());
+}
