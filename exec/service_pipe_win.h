@@ -20,10 +20,9 @@ bool IsServiceRunning();
 bool EnsureServiceOrNotify();
 
 // Sends one request and returns the service's answer, any JSON value; read it with the functions of
-// exec/service_protocol.h. On failure
-// {"error":...,"success":false} with "Service not running" (after five attempts, at least 500 ms), "Write
-// failed" (also when `data` holds text that is not UTF-8), "Empty response" or "Parse failed". Null `data` is
-// sent as {}. There is no time limit on the service's side. Never throws.
+// exec/service_protocol.h. On failure {"error":...,"success":false} with "Service not running" (after five
+// attempts, at least 500 ms), "Write failed" (also when `data` holds text that is not UTF-8), "Empty response"
+// or "Parse failed". Null `data` is sent as {}. There is no time limit on the service's side. Never throws.
 nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json& data);
 
 struct ServiceExit {
@@ -33,8 +32,8 @@ struct ServiceExit {
 
 struct ServiceSession {
   bool connected = false;  // false: the pipe could not be opened, nothing was sent
-  std::optional<ServiceExit>
-      exit;  // nothing when the session ended before, or with a mistyped record: no final message then
+  // Nothing when the session broke off before the exit record or at a mistyped one: no final message then.
+  std::optional<ServiceExit> exit;
 };
 
 // Sends one request and calls `on_output` with each output line of the service (UTF-8) until its exit record.
