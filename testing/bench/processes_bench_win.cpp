@@ -6,7 +6,6 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -15,6 +14,7 @@
 
 #include "base/handle_win.h"
 #include "system/processes_win.h"
+#include "testing/bench/measure.h"
 
 namespace {
 
@@ -69,18 +69,6 @@ int BareWalk(const std::unordered_set<DWORD>& opened) {
   return count;
 }
 
-template <typename Body>
-double Milliseconds(Body body) {
-  const auto start = std::chrono::steady_clock::now();
-  body();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Median(std::vector<double> values) {
-  std::ranges::sort(values);
-  return values[values.size() / 2];
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,14 +79,11 @@ int main(int argc, char** argv) {
   for (const ProcessInfo& process : ListProcesses())
     if (!IsSystemProcess(process.pid, process.name)) opened.insert(process.pid);
 
-  std::vector<double> ours, bare;
   size_t listed = 0;
   int walked = 0;
-  for (int i = 0; i < rounds; ++i) {
-    ours.push_back(Milliseconds([&] { listed = ListProcesses().size(); }));
-    bare.push_back(Milliseconds([&] { walked = BareWalk(opened); }));
-  }
+  Compare(
+      "list of processes", kAim, rounds,
+      [&] { return Milliseconds([&] { listed = ListProcesses().size(); }); },
+      [&] { return Milliseconds([&] { walked = BareWalk(opened); }); });
   std::printf("processes: %zu listed, %d walked, %zu opened\n", listed, walked, opened.size());
-  std::printf("list of processes: ours %.3f ms, bare %.3f ms, ratio %.2f (aim <= %.1f)\n", Median(ours),
-              Median(bare), Median(ours) / Median(bare), kAim);
 }
