@@ -10,7 +10,14 @@
 #include "app/settings_win.h"
 #include "app/system_actions_win.h"
 #include "base/worker_win.h"
+#include "disk/disk_actions.h"
+#include "clean/downloads_win.h"
+#include "clean/junk_win.h"
+#include "clean/system_files.h"
+#include "clean/system_files_win.h"
 #include "exec/streaming_command_win.h"
+#include "maint/quick_actions_win.h"
+#include "maint/update_win.h"
 #include "net/dev_services_win.h"
 #include "net/environment_win.h"
 #include "net/hosts_file_win.h"
@@ -20,6 +27,7 @@
 #include "software/leftovers_win.h"
 #include "software/package_lists_win.h"
 #include "software/system_scan_win.h"
+#include "startup/schedule_clean_win.h"
 #include "startup/startup_items_win.h"
 #include "system/processes_win.h"
 #include "system/status_win.h"
@@ -37,6 +45,17 @@ void OnWorker(Request& request, const char* field) {
   StartWorker([request_id = request.request_id, text = request.Data()[field].get<std::string>()] {
     kBody(request_id, text);
   });
+}
+
+// The repairs by the name that the page gives; any other name is ignored.
+void quickAction(Request& request) {
+  constexpr std::pair<std::string_view, void (*)(int)> kRepairs[] = {{"flush-dns", flushDns},
+                                                                     {"rebuild-icons", rebuildIcons},
+                                                                     {"sfc", sfcVerify},
+                                                                     {"safemode-reboot", safemodeReboot}};
+  const auto type = request.Data()["type"].get<std::string>();
+  for (const auto& [name, body] : kRepairs)
+    if (type == name) return StartWorker([body, request_id = request.request_id] { body(request_id); });
 }
 
 // A row reads the fields and answers at once or starts a worker with copies of them. The work itself stands
@@ -58,7 +77,8 @@ constexpr Action kActions[] = {
        nlohmann::json& data = request.Data();
        const auto type = data["type"].get<std::string>();
        const auto save = [request_id = request.request_id, type, name = data["name"].get<std::string>(),
-                          value = data["value"].get<std::string>(), is_delete = data["is_delete"].get<bool>()] {
+                          value = data["value"].get<std::string>(),
+                          is_delete = data["is_delete"].get<bool>()] {
          saveEnvVariable(request_id, type, name, value, is_delete);
        };
        if (type == "user") {
@@ -95,6 +115,29 @@ constexpr Action kActions[] = {
     {"getProcesses", [](Request& request) { getProcesses(request.request_id); }},
     {"killProcess",
      [](Request& request) { killProcess(request.request_id, request.Data()["pid"].get<uint32_t>()); }},
+    {"getJunk", OnWorker<getJunk>},
+    {"cleanJunk",
+     [](Request& request) {
+       StartWorker([selection = ReadJunkSelection(request.Data(),
+                                                  request.envelope.value("requestId", nlohmann::json(0)))] {
+         cleanJunk(selection);
+       });
+     }},
+    {"getSystemFilesAdvisor", OnWorker<getSystemFilesAdvisor>},
+    {"setHibernation",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id, enabled = ReadHibernationEnabled(request.Data())] {
+         setHibernation(request_id, enabled);
+       });
+     }},
+    {"getDownloadsJunk", OnWorker<getDownloadsJunk>},
+    {"deleteSpecificFiles",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id,
+                    paths = request.Data()["paths"].get<std::vector<std::string>>()] {
+         deleteSpecificFiles(request_id, paths);
+       });
+     }},
     {"getStartupItems", [](Request& request) { getStartupItems(request.request_id); }},
     {"toggleStartupItem",
      [](Request& request) {
@@ -104,8 +147,24 @@ constexpr Action kActions[] = {
          toggleStartupItem(request_id, scope, name, enabled);
        });
      }},
+    {"toggleScheduleClean",
+     [](Request& request) {
+       StartWorker([request_id = request.request_id, enabled = request.Data()["enabled"].get<bool>()] {
+         toggleScheduleClean(request_id, enabled);
+       });
+     }},
     {"getSoftwareUpdates", OnWorker<getSoftwareUpdates>},
     {"getDriverUpdates", OnWorker<getDriverUpdates>},
+    {"checkForUpdates", OnWorker<checkForUpdates>},
+    {"downloadAndApplyUpdate",
+     [](Request& request) {
+       nlohmann::json& data = request.Data();
+       StartWorker([request_id = request.request_id, url = data.contains("downloadUrl")
+                                                               ? data["downloadUrl"].get<std::string>()
+                                                               : DefaultInstallerUrl()] {
+         downloadAndApplyUpdate(request_id, url);
+       });
+     }},
     {"startSystemScan", OnWorker<startSystemScan>},
     {"getInstalledApps", OnWorker<getInstalledApps>},
     {"uninstallApp", [](Request& request) { OnWorker<uninstallApp>(request, "id"); }},
@@ -122,8 +181,11 @@ constexpr Action kActions[] = {
          cleanLeftovers(request_id, items);
        });
      }},
+    {"startDiskAnalysis", [](Request& request) { OnWorker<startDiskAnalysis>(request, "drive"); }},
+    {"getFolderContents", [](Request& request) { OnWorker<getFolderContents>(request, "path"); }},
     {"installSoftware", [](Request& request) { OnWorker<installSoftware>(request, "id"); }},
     {"installDriver", [](Request& request) { OnWorker<installDriver>(request, "title"); }},
+    {"quickAction", quickAction},
 };
 
 }  // namespace

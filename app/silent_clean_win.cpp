@@ -1,5 +1,7 @@
 #include "app/silent_clean_win.h"
 
-// There is no cleaner in this version yet: the switch is taken and the program ends. The cleaner is called
-// here once it exists.
-void RunSilentClean() {}
+#include "clean/junk_win.h"
+
+void RunSilentClean() {
+  CleanJunkCategories({true, true, true, true, true, true, true});
+}
