@@ -24,7 +24,7 @@ constexpr WPARAM kCommandExit = 1002;
 constexpr DWORD kDwmUseImmersiveDarkMode = 20;
 constexpr DWORD kDwmCaptionColor = 35;
 constexpr DWORD kDwmTextColor = 36;
-// The caption's text has the colour of its background: the page draws the title.
+// The caption's text has the colour of its background on purpose: only the taskbar shows the title.
 constexpr DWORD kCaptionColor = 0x00170D0D;
 
 struct BitmapKind {
