@@ -27,7 +27,8 @@ export function sortRows<Row>(rows: readonly Row[], value: (row: Row) => CellVal
 
 /** Lower case without accents: "Čištění" is found by "cisteni". */
 function fold(text: string): string {
-  return text.normalize('NFD').replace(/\p{M}/gu, '').toLowerCase();
+  const plain = /^[\0-\x7f]*$/.test(text) ? text : text.normalize('NFD').replace(/\p{M}/gu, '');
+  return plain.toLowerCase();
 }
 
 /** Rows in which every word of the query occurs in some cell. */
@@ -77,6 +78,7 @@ export function toggle(selection: Selection, key: Key): Selection {
 
 /** After new data: keys of rows that are gone are dropped. */
 export function keepExisting(selection: Selection, order: readonly Key[]): Selection {
+  if (selection.keys.size === 0 && selection.active === undefined) return selection;
   const there = new Set(order);
   const known = (key: Key | undefined) => (key !== undefined && there.has(key) ? key : undefined);
   const keys = new Set([...selection.keys].filter((key) => there.has(key)));

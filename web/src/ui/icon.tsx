@@ -13,6 +13,8 @@ import alert from 'lucide:circle-alert';
 import success from 'lucide:circle-check';
 import developer from 'lucide:code-xml';
 import copy from 'lucide:copy';
+import file from 'lucide:file';
+import folder from 'lucide:folder';
 import dashboard from 'lucide:gauge';
 import disk from 'lucide:hard-drive';
 import keyboard from 'lucide:keyboard';
@@ -32,7 +34,7 @@ import close from 'lucide:x';
 
 const icons = {
   admin, alert, arrowDown, arrowUp, battery, batteryCharging, check, chevronDown, chevronRight, chevronUp, cleaning, close,
-  copy, dashboard, developer, disk, keyboard, maintenance, network, processes: activity, refresh, remove, search, service,
+  copy, dashboard, developer, disk, file, folder, keyboard, maintenance, network, processes: activity, refresh, remove, search, service,
   settings, software, startup, success, terminal, user,
 };
 

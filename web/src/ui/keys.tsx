@@ -60,6 +60,7 @@ export function KeysDialog() {
     [['Ctrl', 'A'], t('keys.all')],
     [['Ctrl', 'C'], t('keys.copy')],
     [['Shift', 'F10'], t('keys.menu')],
+    [['Backspace'], t('keys.up')],
     [['?'], t('keys.help')],
   ];
   return (

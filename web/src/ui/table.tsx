@@ -38,6 +38,8 @@ interface Props<Row> {
   selection?: SelectionState;
   /** Items of the context menu, for the rows it was opened on. Copying is always there. */
   menu?(rows: Row[]): MenuItem[];
+  /** What the rows are of, for example a folder: when it changes, the table begins anew, at the row of what it showed before if there is one. */
+  subject?: Key;
   /** Enter or double click on a row. */
   onActivate?(row: Row): void;
   /** Beside the filter. */
@@ -54,7 +56,7 @@ export function useSelection(): SelectionState {
 const kWindowedAbove = 500;
 const kMarginRows = 12;
 
-export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, onActivate, tools }: Props<Row>) {
+export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, subject, onActivate, tools }: Props<Row>) {
   const [query, setQuery] = useState('');
   const [sort, setSort] = useState(first_sort);
   const own = useSelection();
@@ -67,8 +69,13 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
 
   const textOf = (column: Column<Row>, row: Row) => column.text?.(row) ?? valueText(column.value(row));
   const language = locale();
+  // Rows are put into words once, not at every key that is typed.
+  const texts = useMemo(() => {
+    const known = new Map<Row, string[]>();
+    return (row: Row) => known.get(row) ?? known.set(row, columns.map((column) => textOf(column, row))).get(row)!;
+  }, [rows, columns]);
   const shown = useMemo(() => {
-    const found = filterRows(rows, query, (row) => columns.map((column) => textOf(column, row)));
+    const found = filterRows(rows, query, texts);
     const by = columns.find((column) => column.id === sort.column) ?? columns[0]!;
     return sortRows(found, by.value, sort.descending, language);
   }, [rows, query, sort, language, columns]);
@@ -95,6 +102,18 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     if (top < box.scrollTop) box.scrollTop = top;
     else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight) box.scrollTop = top + scroller.row_height + head - box.clientHeight;
   }
+
+  // After the effect above, which has its say about the same rows.
+  const last_subject = useRef(subject);
+  useEffect(() => {
+    if (subject === last_subject.current) return;
+    const from = rows.map(rowKey).indexOf(last_subject.current!) < 0 ? undefined : last_subject.current!;
+    last_subject.current = subject;
+    setQuery('');
+    setSelection(from === undefined ? kNoSelection : { keys: new Set([from]), active: from, anchor: from });
+    scroller.ref.current!.scrollTop = 0;
+    if (from !== undefined) reveal(order.indexOf(from));
+  }, [subject]);
 
   /** The selected rows that are visible, or the active one. */
   function chosen(): Row[] {

@@ -1,6 +1,7 @@
 import type { ComponentType } from 'preact';
 import { Cleaning } from './cleaning.tsx';
 import { Dashboard } from './dashboard.tsx';
+import { Disk } from './disk.tsx';
 import { planned } from './planned.tsx';
 import { SettingsView } from './settings.tsx';
 
@@ -21,7 +22,7 @@ export const views: readonly ViewEntry[] = [
   { id: 'dashboard', group: 'overview', component: Dashboard },
   { id: 'cleaning', group: 'tidy', component: Cleaning },
   { id: 'software', group: 'tidy', component: planned('software') },
-  { id: 'disk', group: 'tidy', component: planned('disk') },
+  { id: 'disk', group: 'tidy', component: Disk },
   { id: 'startup', group: 'system', component: planned('startup') },
   { id: 'processes', group: 'system', component: planned('processes') },
   { id: 'network', group: 'tools', component: planned('network') },

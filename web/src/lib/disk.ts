@@ -1,0 +1,44 @@
+// Paths and kinds of what a disk analysis finds.
+
+/** The root that an analysis takes: "C:" and "C:\" give "C:\". */
+export function rootOf(drive: string): string {
+  return drive.endsWith('\\') ? drive : `${drive}\\`;
+}
+
+export function nameOf(path: string): string {
+  return path.slice(path.lastIndexOf('\\') + 1);
+}
+
+/** The folder that holds a path; undefined for a root, which keeps its backslash: "C:\Users" is in "C:\". */
+export function parentOf(path: string): string | undefined {
+  const at = path.lastIndexOf('\\');
+  if (at < 0 || at === path.length - 1) return undefined;
+  return path.slice(0, path.indexOf('\\') === at ? at + 1 : at);
+}
+
+/** From the root to the folder itself. */
+export function crumbsOf(path: string): { name: string; path: string }[] {
+  const parent = parentOf(path);
+  return parent === undefined ? [{ name: path.replace(/\\$/, ''), path }] : [...crumbsOf(parent), { name: nameOf(path), path }];
+}
+
+export const kinds = ['folder', 'video', 'image', 'audio', 'document', 'archive', 'program', 'other'] as const;
+export type Kind = (typeof kinds)[number];
+
+const extensions: Partial<Record<Kind, string>> = {
+  video: 'mp4 mkv avi mov wmv webm m4v mpg mpeg m2ts flv',
+  image: 'jpg jpeg png gif bmp tif tiff webp heic avif svg psd raw dng cr2 nef ico',
+  audio: 'mp3 flac wav m4a ogg opus wma aac mid',
+  document: 'pdf doc docx xls xlsx ppt pptx odt ods odp rtf txt md csv html htm xml json epub pst ost',
+  archive: 'zip rar 7z tar gz xz bz2 zst cab iso img vhd vhdx wim esd',
+  program: 'exe dll sys msi msp msix appx com scr drv ocx bat cmd ps1 jar',
+};
+
+const kind_of_extension = new Map(kinds.flatMap((kind) => (extensions[kind] ?? '').split(' ').map((extension) => [extension, kind] as const)));
+kind_of_extension.delete('');
+
+export function kindOf({ name, isDirectory }: { name: string; isDirectory: boolean }): Kind {
+  if (isDirectory) return 'folder';
+  const dot = name.lastIndexOf('.');
+  return (dot > 0 && kind_of_extension.get(name.slice(dot + 1).toLowerCase())) || 'other';
+}
