@@ -21,7 +21,7 @@ std::atomic<SharedFolderSizes>& FolderSizeCache() {
 
 }  // namespace
 
-void startDiskAnalysis(int request_id, std::string drive) {
+void startDiskAnalysis(int request_id, const std::string& drive) {
   FolderSizeCache() = std::make_shared<const FolderSizes>();
   const std::wstring root = Utf8ToWide(drive);
   auto folder_sizes = std::make_shared<FolderSizes>();
@@ -33,7 +33,7 @@ void startDiskAnalysis(int request_id, std::string drive) {
   PostJsonToJs(DiskDoneMessage(request_id, drive, ListFolderContents(root, *folder_sizes), files));
 }
 
-void getFolderContents(int request_id, std::string path) {
+void getFolderContents(int request_id, const std::string& path) {
   const SharedFolderSizes folder_sizes = FolderSizeCache();
   PostJsonToJs(FolderContentsMessage(request_id, path, ListFolderContents(Utf8ToWide(path), *folder_sizes)));
 }

@@ -1,0 +1,110 @@
+#include "maint/update_win.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+#include <shellapi.h>
+#include <wininet.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "base/handle_win.h"
+#include "base/page.h"
+#include "base/text.h"
+#include "maint/update_reply.h"
+
+namespace {
+
+struct InternetHandleKind {
+  using Type = HINTERNET;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type handle) { InternetCloseHandle(handle); }
+};
+using InternetHandle = Owned<InternetHandleKind>;
+
+constexpr wchar_t kUserAgent[] = L"Mozilla/5.0 (Windows NT 10.0; Win64; x64) Varnel/1.4.0";
+
+std::wstring TemporaryFile(const wchar_t* name) {
+  wchar_t folder[260] = {};
+  GetTempPathW(260, folder);
+  return std::wstring(folder) + name;
+}
+
+// False only when a block could not be written whole. A read that fails ends the copy like the end of the
+// body does.
+bool CopyToFile(HINTERNET source, HANDLE file) {
+  char block[16384];
+  DWORD read = 0;
+  while (InternetReadFile(source, block, sizeof block, &read) && read > 0) {
+    DWORD written = 0;
+    if (!WriteFile(file, block, read, &written, nullptr) || written < read) return false;
+  }
+  return true;
+}
+
+// Starts the downloaded installer with an elevation prompt and without a window of its own.
+void StartInstaller(const std::wstring& path) {
+  // The shell may hand the start to an extension that needs COM; the process ends right after, so nothing is
+  // undone.
+  (void)CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  SHELLEXECUTEINFOW start = {};
+  start.cbSize = sizeof start;
+  start.lpVerb = L"runas";
+  start.lpFile = path.c_str();
+  start.lpParameters = L"--update-restart";
+  start.nShow = SW_HIDE;
+  ShellExecuteExW(&start);
+}
+
+}  // namespace
+
+bool DownloadFile(const std::wstring& url, const std::wstring& path) {
+  DeleteUrlCacheEntryW(url.c_str());
+  InternetHandle session(InternetOpenW(kUserAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+  if (!session) return false;
+  DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_PRAGMA_NOCACHE;
+  if (url.starts_with(L"https://")) flags |= INTERNET_FLAG_SECURE;
+  InternetHandle source(InternetOpenUrlW(session.get(), url.c_str(), nullptr, 0, flags, 0));
+  if (!source) return false;
+  FileHandle file(
+      CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return false;
+  if (CopyToFile(source.get(), file.get())) return true;
+  file.reset();
+  DeleteFileW(path.c_str());
+  return false;
+}
+
+void checkForUpdates(int request_id) {
+  const std::wstring local_copy = TemporaryFile(L"varnel_version_online.json");
+  DeleteFileW(local_copy.c_str());
+  if (!DownloadFile(Utf8ToWide(VARNEL_RELEASE_URL "/version.json"), local_copy)) {
+    PostJsonToJs(BuildUpdateCheckFailure(request_id, "Download failed from update server"));
+  } else if (std::ifstream file(local_copy.c_str(), std::ios::binary); !file) {
+    PostJsonToJs(BuildUpdateCheckFailure(request_id, "Cannot read downloaded version file"));
+  } else {
+    const std::string description{std::istreambuf_iterator<char>(file), {}};
+    PostJsonToJs(BuildUpdateCheckReply(request_id, description));
+  }
+  DeleteFileW(local_copy.c_str());
+}
+
+std::string DefaultInstallerUrl() {
+  return VARNEL_RELEASE_URL "/VarnelSetup.exe";
+}
+
+void downloadAndApplyUpdate(int request_id, const std::string& download_url) {
+  const std::wstring url = Utf8ToWide(download_url);
+  const std::wstring installer = TemporaryFile(L"VarnelUpdate.exe");
+  DeleteFileW(installer.c_str());
+  DeleteUrlCacheEntryW(url.c_str());
+  if (!DownloadFile(url, installer) || GetFileAttributesW(installer.c_str()) == INVALID_FILE_ATTRIBUTES) {
+    PostJsonToJs(BuildApplyUpdateReply(request_id, "Failed to download update executable"));
+    return;
+  }
+  PostJsonToJs(BuildApplyUpdateReply(request_id, ""));
+  Sleep(500);
+  StartInstaller(installer);
+  ExitProcess(0);
+}

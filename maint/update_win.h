@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+// Fetches `url` into the file `path`, overwriting it (WinINet, the system's proxy settings). False when the
+// address cannot be opened or the file cannot be written; a failed write leaves no file. A connection that
+// breaks later leaves what had arrived and counts as success, and so does any HTTP status: callers judge the
+// content.
+bool DownloadFile(const std::wstring& url, const std::wstring& path);
+
+// Worker body: reads version.json at the release endpoint and replies whether there is a newer version.
+void checkForUpdates(int request_id);
+
+// Worker body: downloads the installer from `download_url` (UTF-8), starts it elevated with
+// "--update-restart" and ends this program, also when the person declines the elevation. Replies and stays
+// when the download fails.
+void downloadAndApplyUpdate(int request_id, const std::string& download_url);
+
+// The installer's address at the release endpoint (UTF-8).
+std::string DefaultInstallerUrl();
