@@ -14,8 +14,14 @@ export interface Settings {
   language: 'cs' | 'en';
   /** Clean regularly without asking; the helper service keeps the schedule. */
   autoClean: boolean;
+  /** Look for updates at the start and then every `scanInterval`. */
+  autoScan: boolean;
+  /** Show the terminal when a tool begins to work. */
+  autoOpen: boolean;
   /** Hours. */
   scanInterval: number;
+  /** When the last scan has succeeded (ms since the epoch); 0 for never. */
+  lastScan: number;
   ignoreList: Ignored[];
 }
 
@@ -28,12 +34,15 @@ const isIgnored = object({ id: text, type: text });
 /** Reads what is usable; every key that is missing, null or of the wrong type is its default. */
 export function readSettings(document: unknown): Settings {
   const stored = isRecord(document) ? document : {};
-  const { scanInterval, ignoreList } = stored;
+  const { scanInterval, lastScan, ignoreList } = stored;
   return {
     theme: oneOf(stored.theme, themes, 'amethyst'),
     language: oneOf(stored.language, ['cs', 'en'], 'cs'),
     autoClean: stored.autoClean === true,
+    autoScan: stored.autoScan === true,
+    autoOpen: stored.autoOpen === true,
     scanInterval: typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval) ? scanInterval : 24,
+    lastScan: typeof lastScan === 'number' ? lastScan : 0,
     ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
   };
 }
@@ -41,4 +50,9 @@ export function readSettings(document: unknown): Settings {
 /** The document to store after a change. Keys that this version does not know stay untouched. */
 export function changeSettings(document: unknown, changes: Partial<Settings>): Record<string, unknown> {
   return { ...(isRecord(document) ? document : {}), ...changes };
+}
+
+/** Whether it is time to scan by itself. A last scan in the future comes from a clock that was wrong. */
+export function scanIsDue({ autoScan, scanInterval, lastScan }: Settings, now: number): boolean {
+  return autoScan && (lastScan > now || now - lastScan >= scanInterval * 3_600_000);
 }

@@ -15,8 +15,8 @@ export function currentSettings(): Settings {
 // One save at a time, in the order of the changes: each one stores the whole document.
 let last_save: Promise<unknown> = Promise.resolve();
 
-/** Takes effect at once, then is stored and confirmed by a toast; a failed save is undone. */
-export function saveSettings(changes: Partial<Settings>, confirmation?: { text: string; action?: ToastAction }) {
+/** Takes effect at once, then is stored and confirmed by a toast (none for null); a failed save is undone. */
+export function saveSettings(changes: Partial<Settings>, confirmation?: { text: string; action?: ToastAction } | null) {
   const before = settingsDocument.get().data;
   // Without the stored document a save would wipe the keys that nobody has read.
   if (!before) return;
@@ -25,7 +25,7 @@ export function saveSettings(changes: Partial<Settings>, confirmation?: { text: 
   last_save = last_save.then(async () => {
     try {
       await host.request('saveSettings', value);
-      toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
+      if (confirmation !== null) toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
     } catch (error) {
       if (settingsDocument.get().data?.value === value) settingsDocument.put(before);
       toast(t('settings.saveFailed', { reason: errorText(error) }), { error: true });

@@ -1,0 +1,200 @@
+import { host } from '../bridge/host.ts';
+import type { Message, Reply } from '../bridge/protocol.ts';
+import { addTasks, endRunning, hearLine, isPending, startNext, type Job, type Jobs, type Task } from '../lib/jobs.ts';
+import type { Leftover } from '../lib/leftovers.ts';
+import { realignApp, realignUpdate, type Package } from '../lib/realign.ts';
+import { scanIsDue } from '../lib/settings.ts';
+import { createSource } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
+import { t } from '../text/text.ts';
+import { errorText } from '../ui/error_text.ts';
+import { toast } from '../ui/toast.tsx';
+import { currentSettings, saveSettings, settingsDocument } from './settings.ts';
+import { openTerminal } from './terminal.ts';
+
+// Both tools ask servers, and have no limit of their own.
+const kListTimeoutMs = 300_000;
+const kSilenceMs = 240_000;
+const kDueCheckMs = 60_000;
+
+/** A row can be printed twice. */
+function distinct(packages: Package[]): Package[] {
+  return [...new Map(packages.map((one) => [packageKey(one), one])).values()];
+}
+
+export const packageKey = ({ id, name, version }: Package) => `${id}\n${name}\n${version}`;
+
+const asUpdates = (rows: Reply<'getSoftwareUpdates'>['updates']) => distinct(rows.map(realignUpdate));
+
+export type Drivers = Pick<Reply<'getDriverUpdates'>, 'updates' | 'scannedDriversCount'>;
+
+export const updates = createSource(async () => asUpdates((await host.request('getSoftwareUpdates', undefined, kListTimeoutMs)).updates));
+export const drivers = createSource<Drivers>(() => host.request('getDriverUpdates', undefined, kListTimeoutMs));
+export const apps = createSource(async () => {
+  const { apps: rows } = await host.request('getInstalledApps', undefined, kListTimeoutMs);
+  return distinct(rows.map(realignApp));
+});
+
+interface Scan {
+  running?: {
+    since: number; // ms since the epoch
+    /** Updates found, once the tool for drivers has its turn. */
+    found?: number;
+  };
+  failed?: 'silent' | 'error' | 'absent';
+}
+
+export const scan = createStore<Scan>({});
+
+function showTerminal() {
+  if (currentSettings().autoOpen) openTerminal(true);
+}
+
+/** Fills all three lists. It ends with its message, or when nothing has been heard for long. */
+export function startScan() {
+  if (scan.get().running) return;
+  let request_id = -1;
+  let timer: ReturnType<typeof setTimeout>;
+  const heard = () => {
+    clearTimeout(timer);
+    timer = setTimeout(() => end('silent'), kSilenceMs);
+  };
+  const stops = [host.on('console_log', heard), host.on('scan_progress', progress)];
+  function end(failed?: NonNullable<Scan['failed']>) {
+    clearTimeout(timer);
+    for (const stop of stops) stop();
+    scan.set(failed ? { failed } : {});
+    toast(t(failed ? 'scan.failed' : 'scan.done'), { error: failed !== undefined });
+  }
+  function progress(message: Message<'scan_progress'>) {
+    if (message.requestId !== request_id) return;
+    heard();
+    const { running } = scan.get();
+    if (message.softwareCount !== undefined && running) scan.set({ running: { ...running, found: message.softwareCount } });
+    if (message.status !== 'done') return;
+    end(message.success ? undefined : 'error');
+    if (!message.success) return;
+    updates.put(asUpdates(message.software ?? []));
+    drivers.put({ updates: message.drivers ?? [], scannedDriversCount: message.scannedDriversCount ?? 0 });
+    saveSettings({ lastScan: Date.now() }, null);
+    void apps.reload();
+  }
+  try {
+    request_id = host.start('startSystemScan', {});
+    scan.set({ running: { since: Date.now() } });
+    heard();
+    showTerminal();
+  } catch {
+    end('absent');
+  }
+}
+
+/** Scans by itself at the start and from time to time, where the settings ask for it. */
+export function startAutoScan() {
+  let tried = 0; // one that failed is not repeated at every check
+  const check = () => {
+    const settings = currentSettings();
+    if (!settingsDocument.get().data || !scanIsDue({ ...settings, lastScan: tried || settings.lastScan }, Date.now())) return;
+    tried = Date.now();
+    startScan();
+  };
+  const stop = settingsDocument.subscribe(() => {
+    if (!settingsDocument.get().data) return;
+    stop();
+    check();
+  });
+  setInterval(check, kDueCheckMs);
+}
+
+export const jobs = createStore<Jobs>([]);
+
+/** Of uninstalled programs, shown one after another. */
+export const leftovers = createStore<readonly { job: Task; items: Leftover[] }[]>([]);
+
+export function enqueue(tasks: readonly Task[]) {
+  jobs.set(addTasks(jobs.get(), tasks));
+  showTerminal();
+  runNext();
+}
+
+let end_running: (code?: number, restart?: boolean) => void = () => {};
+
+/** Goes on without the end of the tool that runs: it may have been lost. */
+export function abandonRunning() {
+  end_running();
+}
+
+function runNext() {
+  const before = jobs.get();
+  const after = startNext(before, Date.now());
+  const job = after.find(({ state }) => state === 'running');
+  if (after === before || !job) return;
+  jobs.set(after);
+  const stop = host.on(job.kind === 'uninstall' ? 'uninstall_stream' : 'update_stream', (message) => {
+    const { streamType, message: text = '', isProgress: is_progress = false } = message;
+    if (streamType === 'exit') end_running(message.code, message.rebootRequired);
+    else jobs.set(hearLine(jobs.get(), { text, is_progress }, Date.now()));
+  });
+  end_running = (code, restart = false) => {
+    stop();
+    end_running = () => {};
+    jobs.set(endRunning(jobs.get(), code, restart));
+    const ended = jobs.get().find(({ kind, id }) => kind === job.kind && id === job.id)!;
+    tellEnd(ended);
+    if (ended.kind === 'uninstall' && ended.state !== 'failed') void searchLeftovers(job);
+    if (jobs.get().some(({ state }) => state === 'waiting')) runNext();
+    else reloadChanged();
+  };
+  try {
+    if (job.kind === 'driver') host.start('installDriver', { title: job.id });
+    else host.start(job.kind === 'update' ? 'installSoftware' : 'uninstallApp', { id: job.id });
+  } catch {
+    end_running();
+  }
+}
+
+function tellEnd({ name, state }: Job) {
+  if (state === 'done') toast(t('jobs.toastDone', { name }));
+  else if (state === 'restart') toast(t('jobs.toastRestart', { name }));
+  else toast(t('jobs.toastFailed', { name }), { error: true });
+}
+
+/** What has been changed is listed anew, once nothing runs any more. */
+function reloadChanged() {
+  const good = new Set(jobs.get().filter((job) => !isPending(job) && job.state !== 'failed').map(({ kind }) => kind));
+  if (good.has('update') || good.has('uninstall')) {
+    for (const list of [updates, apps]) if (list.get().data) void list.reload();
+  }
+  if (good.has('driver')) void drivers.reload();
+}
+
+const listLeftovers = async ({ id, name }: Task) => (await host.request('findLeftovers', { id, name }, kListTimeoutMs)).leftovers;
+
+async function searchLeftovers(job: Task) {
+  try {
+    const items = await listLeftovers(job);
+    if (items.length > 0) leftovers.set([...leftovers.get(), { job, items }]);
+    else toast(t('leftovers.none', { name: job.name }));
+  } catch (error) {
+    toast(t('leftovers.searchFailed', { reason: errorText(error) }), { error: true });
+  }
+}
+
+/** The dialog that is open goes away. */
+export function closeLeftovers() {
+  leftovers.set(leftovers.get().slice(1));
+}
+
+/** The answer says only whether all went well, so what has stayed is looked up and shown again. */
+export async function cleanLeftovers(job: Task, items: Leftover[]) {
+  let stayed: Leftover[] = [];
+  try {
+    await host.request('cleanLeftovers', { items }, kListTimeoutMs);
+  } catch {
+    const left = await listLeftovers(job).catch(() => items);
+    stayed = left.filter(({ path }) => items.some((item) => item.path === path));
+  }
+  if (stayed.length === 0) return toast(t('leftovers.removed', { n: items.length }));
+  toast(t('leftovers.stayed', { n: stayed.length }), { error: true });
+  leftovers.set([{ job, items: stayed }, ...leftovers.get()]);
+}
