@@ -49,9 +49,10 @@ FileHandle HoldFolder(const std::wstring& path) {
   FileHandle folder(CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_EXISTING,
                                 FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  BY_HANDLE_FILE_INFORMATION information = {};
-  if (folder && (!GetFileInformationByHandle(folder.get(), &information) ||
-                 IsReparsePoint(information.dwFileAttributes)))
+  FILE_ATTRIBUTE_TAG_INFO information = {};
+  if (folder &&
+      (!GetFileInformationByHandleEx(folder.get(), FileAttributeTagInfo, &information, sizeof(information)) ||
+       IsReparsePoint(information.FileAttributes)))
     folder.reset();
   return folder;
 }

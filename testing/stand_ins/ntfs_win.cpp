@@ -84,9 +84,10 @@ struct StandInNtfs::Hooks {
     if (g_ntfs->links_.contains(real)) g_ntfs->open_links_.insert(file);
     return file;
   }
-  static BOOL WINAPI Information(HANDLE file, BY_HANDLE_FILE_INFORMATION* information) {
-    if (!get_information.system(file, information)) return FALSE;
-    if (g_ntfs->open_links_.contains(file)) information->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+  static BOOL WINAPI Information(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* information, DWORD size) {
+    if (!get_information.system(file, kind, information, size)) return FALSE;
+    if (kind == FileAttributeTagInfo && g_ntfs->open_links_.contains(file))
+      static_cast<FILE_ATTRIBUTE_TAG_INFO*>(information)->FileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     return TRUE;
   }
   static BOOL WINAPI Delete(const wchar_t* path) {
@@ -128,7 +129,7 @@ struct StandInNtfs::Hooks {
   static inline Hook<decltype(FindFirst)> find_first = {"FindFirstFileW", FindFirst};
   static inline Hook<decltype(FindNext)> find_next = {"FindNextFileW", FindNext};
   static inline Hook<decltype(Create)> create_file = {"CreateFileW", Create};
-  static inline Hook<decltype(Information)> get_information = {"GetFileInformationByHandle", Information};
+  static inline Hook<decltype(Information)> get_information = {"GetFileInformationByHandleEx", Information};
   static inline Hook<decltype(Delete)> delete_file = {"DeleteFileW", Delete};
   static inline Hook<decltype(Remove)> remove_directory = {"RemoveDirectoryW", Remove};
   static inline Hook<decltype(SetAttributes)> set_attributes = {"SetFileAttributesW", SetAttributes};
