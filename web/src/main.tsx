@@ -2,6 +2,7 @@ import { render } from 'preact';
 import { App } from './app.tsx';
 import { host } from './bridge/host.ts';
 import { settingsDocument } from './state/settings.ts';
+import { startAutoScan } from './state/software.ts';
 import { startStatus } from './state/status.ts';
 import { startTerminal } from './state/terminal.ts';
 import { startServiceDialog } from './ui/service.tsx';
@@ -11,6 +12,7 @@ const kSettingsGraceMs = 500;
 
 startStatus();
 startTerminal();
+startAutoScan();
 startServiceDialog();
 host.on('error', ({ message }) => toast(message, { error: true }));
 

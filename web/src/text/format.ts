@@ -46,3 +46,10 @@ export function formatDuration(seconds: number): string {
 export function formatTime(time: number): string {
   return cached('time', () => new Intl.DateTimeFormat(locale(), { timeStyle: 'medium' })).format(time);
 }
+
+/** A day as "2024-07-01" in the order of the language; any other text as it is. */
+export function formatDate(text: string): string {
+  const time = /^\d{4}-\d\d-\d\d$/.test(text) ? Date.parse(text) : NaN;
+  if (Number.isNaN(time)) return text;
+  return cached('date', () => new Intl.DateTimeFormat(locale(), { dateStyle: 'medium', timeZone: 'UTC' })).format(time);
+}

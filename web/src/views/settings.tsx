@@ -35,7 +35,7 @@ export function SettingsView() {
   );
 }
 
-function Preferences({ theme, language, autoClean, scanInterval, ignoreList }: Settings) {
+function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInterval, ignoreList }: Settings) {
   return (
     <>
       <Card title={t('settings.appearance')}>
@@ -59,7 +59,9 @@ function Preferences({ theme, language, autoClean, scanInterval, ignoreList }: S
         />
       </Card>
       <Card title={t('settings.scan')}>
+        <Toggle label={t('settings.autoScan')} hint={t('settings.autoScanHint')} on={autoScan} onToggle={(on) => saveSettings({ autoScan: on })} />
         <ScanInterval hours={scanInterval} />
+        <Toggle label={t('settings.autoOpen')} hint={t('settings.autoOpenHint')} on={autoOpen} onToggle={(on) => saveSettings({ autoOpen: on })} />
       </Card>
       <Card title={t('settings.clean')}>
         <AutoClean on={autoClean} />
@@ -100,12 +102,24 @@ function AutoClean({ on }: { on: boolean }) {
     setWanted(undefined);
   }
   return (
+    <Toggle
+      label={t('settings.autoClean')}
+      hint={t('settings.autoCleanHint')}
+      on={wanted ?? on}
+      disabled={wanted !== undefined}
+      onToggle={(enabled) => void change(enabled)}
+    />
+  );
+}
+
+function Toggle({ hint, ...props }: { hint: string } & Parameters<typeof Switch>[0]) {
+  return (
     <div class="row">
       <span>
-        {t('settings.autoClean')}
-        <span class="muted small">{t('settings.autoCleanHint')}</span>
+        {props.label}
+        <span class="muted small">{hint}</span>
       </span>
-      <Switch label={t('settings.autoClean')} on={wanted ?? on} disabled={wanted !== undefined} onToggle={(enabled) => void change(enabled)} />
+      <Switch {...props} />
     </div>
   );
 }

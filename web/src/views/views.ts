@@ -4,6 +4,7 @@ import { Dashboard } from './dashboard.tsx';
 import { Disk } from './disk.tsx';
 import { planned } from './planned.tsx';
 import { SettingsView } from './settings.tsx';
+import { Software } from './software.tsx';
 
 export type ViewId =
   | 'dashboard' | 'cleaning' | 'software' | 'disk' | 'startup'
@@ -21,7 +22,7 @@ interface ViewEntry {
 export const views: readonly ViewEntry[] = [
   { id: 'dashboard', group: 'overview', component: Dashboard },
   { id: 'cleaning', group: 'tidy', component: Cleaning },
-  { id: 'software', group: 'tidy', component: planned('software') },
+  { id: 'software', group: 'tidy', component: Software },
   { id: 'disk', group: 'tidy', component: Disk },
   { id: 'startup', group: 'system', component: planned('startup') },
   { id: 'processes', group: 'system', component: planned('processes') },
