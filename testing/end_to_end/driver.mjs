@@ -210,6 +210,13 @@ class Varnel {
     return this.#readLines('service.log').then((lines) => lines.map((line) => JSON.parse(line)));
   }
 
+  // Starts a stand-in tool beside the program and waits until it writes something: its process.
+  async startTool(name) {
+    const tool = startInPrefix(`${this.folder.windows}\\bin\\${name}.exe`, [], { env: { VARNEL_TOOL_SCRIPTS: `${this.folder.windows}\\tools` } });
+    await within(once(tool.stdout, 'data'), `${name} to write`);
+    return tool;
+  }
+
   // Exact command lines with which the stand-in tool was started, such as toolCalls('winget').
   toolCalls(name) {
     return this.#readLines(join('tools', `${name}.log`));

@@ -1,11 +1,11 @@
 // What every end-to-end test file uses.
 import { createRequire } from 'node:module';
-import { mkdir, readFile } from 'node:fs/promises';
+import { mkdir, mkdtemp, readFile, rm } from 'node:fs/promises';
 import { join } from 'node:path';
 import { after } from 'node:test';
 
 import { closeBrowser, startVarnel } from './driver.mjs';
-import { endWine, root } from './wine.mjs';
+import { endWine, prefix, root } from './wine.mjs';
 
 after(async () => {
   await closeBrowser();
@@ -48,4 +48,26 @@ export async function screenshot(page, name) {
   const folder = join(root, 'build/screenshots');
   await mkdir(folder, { recursive: true });
   await page.screenshot({ path: join(folder, `${name}.png`) });
+}
+
+export async function openView(page, id) {
+  await page.click(`[data-nav=${id}]`);
+  await page.waitForSelector(`main[data-view=${id}]`);
+}
+
+// Bytes as the page is to write them: three digits of the largest unit that gives at least 1.
+export function inWords(bytes, language = 'en') {
+  const units = ['B', 'kB', 'MB', 'GB', 'TB'];
+  let unit = 0;
+  for (; bytes >= 999.5; bytes /= 1024) ++unit;
+  const digits = unit === 0 || bytes >= 99.95 ? 0 : bytes >= 9.995 ? 1 : 2;
+  return `${bytes.toLocaleString(language, { minimumFractionDigits: digits, maximumFractionDigits: digits })}\u00a0${units[unit]}`;
+}
+
+// A home folder for a program that recycles: Wine's recycle bin is in it. Beside drive C, so that files can be
+// moved there; Wine makes nothing above the bin.
+export async function makeHome() {
+  const unix = await mkdtemp(join(prefix, 'home-'));
+  await mkdir(join(unix, '.local/share'), { recursive: true });
+  return { unix, trash: join(unix, '.local/share/Trash'), remove: () => rm(unix, { recursive: true, force: true }) };
 }

@@ -2,15 +2,11 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import { startVarnel } from './driver.mjs';
-import { checkAccessibility, screenshot, withVarnel } from './harness.mjs';
+import { checkAccessibility, openView, screenshot, withVarnel } from './harness.mjs';
 
 const kViews = ['dashboard', 'cleaning', 'software', 'disk', 'startup', 'processes', 'network', 'developer', 'maintenance', 'settings'];
 
 const last = (app, type) => app.messages.findLast((message) => message.type === type);
-const openView = async (page, id) => {
-  await page.click(`[data-nav=${id}]`);
-  await page.waitForSelector(`main[data-view=${id}]`);
-};
 const badge = (page, text) => page.waitForSelector(`[data-testid=badge-service]:has-text("${text}")`);
 
 // Figures from a second sample: a load needs two.

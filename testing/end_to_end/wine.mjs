@@ -1,9 +1,9 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
 import { spawn, execFile } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, mkdir, mkdtemp, readdir, rm, unlink } from 'node:fs/promises';
-import { existsSync } from 'node:fs';
-import { join, basename } from 'node:path';
+import { cp, lstat, mkdir, mkdtemp, readdir, rm, unlink } from 'node:fs/promises';
+import { existsSync, readdirSync } from 'node:fs';
+import { join, basename, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
@@ -70,11 +70,29 @@ export async function makeFolder(name = 'varnel-test-') {
   return { unix, windows: `C:\\${basename(unix)}`, remove: () => rm(unix, { recursive: true, force: true }) };
 }
 
-// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it.
+// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it: what exists in other letter case is
+// that entry.
 export function unixPath(windowsPath) {
   const [, drive, rest] = /^([CZ]):\\?(.*)$/i.exec(windowsPath) ?? [];
   if (!drive) throw new Error(`not a path of drive C or Z: ${windowsPath}`);
-  return join(drive.toUpperCase() === 'C' ? driveC : '/', rest.replaceAll('\\', '/'));
+  let path = drive.toUpperCase() === 'C' ? driveC : '/';
+  for (const name of normalize(rest.replaceAll('\\', '/')).split('/')) {
+    const exact = join(path, name);
+    const same = existsSync(exact) || !existsSync(path) ? undefined : readdirSync(path).find((entry) => entry.toLowerCase() === name.toLowerCase());
+    path = same ? join(path, same) : exact;
+  }
+  return path;
+}
+
+// Every file in a folder and below it, {path, size}; links are neither listed nor followed.
+export async function filesBelow(unix) {
+  const entries = existsSync(unix) ? await readdir(unix, { withFileTypes: true }) : [];
+  const found = await Promise.all(entries.map(async (entry) => {
+    const path = join(unix, entry.name);
+    if (entry.isDirectory()) return filesBelow(path);
+    return entry.isFile() ? [{ path, size: (await lstat(path)).size }] : [];
+  }));
+  return found.flat();
 }
 
 // In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.

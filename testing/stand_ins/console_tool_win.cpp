@@ -3,6 +3,7 @@
 // to winget.log there. testing/README.md describes the script.
 #include <windows.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -69,7 +70,16 @@ void StartGrandchild(int milliseconds) {
   CloseHandle(process.hProcess);
 }
 
+// Opens a file without sharing and keeps it so until this process ends.
+void Hold(const std::string& path) {
+  static Owned<FileHandleKind> held;
+  held = Owned<FileHandleKind>(
+      CreateFileW(Utf8ToWide(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!held) std::exit(252);
+}
+
 void Perform(const json& step) {
+  if (step.contains("hold")) Hold(step["hold"]);
   Sleep(static_cast<DWORD>(step.value("delay_ms", 0)));
   const bool to_error = step.value("stderr", false);
   Write(to_error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE, Bytes(step));
