@@ -5,7 +5,6 @@
 #include <psapi.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include "base/exe_directory_win.h"
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
+#include "testing/bench/measure.h"
 #include "testing/temp_folder_win.h"
 
 namespace {
@@ -72,38 +72,6 @@ void BareDelete(const std::wstring& folder) {
   } while (FindNextFileW(find.get(), &entry));
 }
 
-template <typename Work>
-double Milliseconds(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Median(std::vector<double> times) {
-  std::ranges::sort(times);
-  return times[times.size() / 2];
-}
-
-// Runs both by turns; the first round only warms up.
-template <typename Ours, typename Bare>
-void Compare(const char* name, const char* aim, int rounds, Ours ours, Bare bare) {
-  std::vector<double> our_times, bare_times;
-  for (int round = 0; round <= rounds; ++round) {
-    // Each goes first as often as second: the second finds warmer caches.
-    const bool is_ours_first = round % 2 == 0;
-    double our_time = is_ours_first ? ours() : 0;
-    const double bare_time = bare();
-    if (!is_ours_first) our_time = ours();
-    if (round == 0) continue;
-    our_times.push_back(our_time);
-    bare_times.push_back(bare_time);
-  }
-  const double our_median = Median(our_times), bare_median = Median(bare_times);
-  std::printf("%s: ours %.0f ms, bare %.0f ms, ratio %.2f (aim: at most %s)\n", name, our_median, bare_median,
-              our_median / bare_median, aim);
-  std::fflush(stdout);
-}
-
 // It empties the junk folders of the machine, so only of Wine's.
 void MeasureSilentClean() {
   std::wstring command = L"\"" + GetExeDirectory() + L"\\Varnel.exe\" --silent-clean";
@@ -144,7 +112,7 @@ int main(int count, char** texts) {
 
   MakeTree(tree, measured);
   uint64_t our_size = 0, bare_size = 0;
-  Compare(("measure " + std::to_string(measured) + " files").c_str(), "1.05", kMeasureRounds,
+  Compare(("measure " + std::to_string(measured) + " files").c_str(), 1.05, kMeasureRounds,
           [&] { return Milliseconds([&] { our_size = DirectorySize(tree); }); },
           [&] { return Milliseconds([&] { bare_size = BareSize(tree); }); });
   ClearDirectoryContents(tree);
@@ -157,7 +125,7 @@ int main(int count, char** texts) {
     MakeTree(tree, deleted);
     return Milliseconds([&] { empty(tree); });
   };
-  Compare(("empty " + std::to_string(deleted) + " files").c_str(), "1.1", rounds,
+  Compare(("empty " + std::to_string(deleted) + " files").c_str(), 1.1, rounds,
           [&] { return on_new_tree(ClearDirectoryContents); }, [&] { return on_new_tree(BareDelete); });
   MeasureSilentClean();
 }

@@ -16,6 +16,7 @@
 
 #include "base/handle_win.h"
 #include "disk/disk_space.h"
+#include "testing/bench/measure.h"
 
 namespace {
 
@@ -158,11 +159,6 @@ Cost Measure(Work&& work) {
   work();
   return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
           ProcessorSeconds() - processor_start};
-}
-
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
 }
 
 PROCESS_MEMORY_COUNTERS_EX Memory() {
