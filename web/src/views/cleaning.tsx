@@ -101,10 +101,11 @@ function JunkCard({ category, size, outcome, ticked, disabled }: CardProps) {
 }
 
 function JunkOutcome({ category, freed, left }: Outcome & { category: Category }) {
+  const went = freed > 0 || left === 0;
   return (
     <>
-      <span>
-        <Icon name={freed > 0 || left === 0 ? 'success' : 'alert'} />
+      <span class={went ? undefined : 'junk-stuck'}>
+        <Icon name={went ? 'success' : 'alert'} />
         {t('cleaning.freed', { size: formatBytes(freed) })}
       </span>
       {left > 0 && leftText(category, formatBytes(left))}
