@@ -234,7 +234,7 @@ export interface RequestData {
   saveEnvVariable: { type: 'user' | 'system'; name: string; value: string; is_delete: boolean };
   controlDevService: { service_type: string; command: string };
   quickAction: { type: 'flush-dns' | 'rebuild-icons' | 'safemode-reboot' };
-  downloadAndApplyUpdate: { downloadUrl: string };
+  downloadAndApplyUpdate: { downloadUrl?: string };
 }
 
 /** Page to host: actions that are answered by messages of a stream, with what goes into `data`. */
@@ -243,6 +243,7 @@ export interface StreamData {
   startDiskAnalysis: { drive: string }; // disk_analysis_progress
   runPingDiagnostic: { type: 'ping' | 'dns'; target: string }; // ping_diagnostic_stream
   quickAction: { type: 'sfc' }; // sfc_stream
+  uninstallAppSuite: Record<string, never>; // not answered: the program ends
   // Sent without `requestId`.
   installSoftware: { id: string }; // update_stream
   installDriver: { title: string }; // update_stream

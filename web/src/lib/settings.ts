@@ -16,7 +16,7 @@ export interface Settings {
   autoClean: boolean;
   /** Look for updates at the start and then every `scanInterval`. */
   autoScan: boolean;
-  /** Show the terminal when a tool begins to work. */
+  /** Show the terminal when a scan begins. */
   autoOpen: boolean;
   /** Hours. */
   scanInterval: number;

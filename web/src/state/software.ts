@@ -9,6 +9,7 @@ import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
 import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
+import { place } from './navigation.ts';
 import { currentSettings, saveSettings, settingsDocument } from './settings.ts';
 import { openTerminal } from './terminal.ts';
 
@@ -46,8 +47,9 @@ interface Scan {
 
 export const scan = createStore<Scan>({});
 
-function showTerminal() {
-  if (currentSettings().autoOpen) openTerminal(true);
+/** The view itself shows how things end; elsewhere a toast tells. */
+function tell(text: string, error: boolean) {
+  if (place.get().view !== 'software') toast(text, { error });
 }
 
 /** Fills all three lists. It ends with its message, or when nothing has been heard for long. */
@@ -64,7 +66,7 @@ export function startScan() {
     clearTimeout(timer);
     for (const stop of stops) stop();
     scan.set(failed ? { failed } : {});
-    toast(t(failed ? 'scan.failed' : 'scan.done'), { error: failed !== undefined });
+    tell(t(failed ? 'scan.failed' : 'scan.done'), failed !== undefined);
   }
   function progress(message: Message<'scan_progress'>) {
     if (message.requestId !== request_id) return;
@@ -83,7 +85,7 @@ export function startScan() {
     request_id = host.start('startSystemScan', {});
     scan.set({ running: { since: Date.now() } });
     heard();
-    showTerminal();
+    if (currentSettings().autoOpen) openTerminal(true);
   } catch {
     end('absent');
   }
@@ -113,7 +115,6 @@ export const leftovers = createStore<readonly { job: Task; items: Leftover[] }[]
 
 export function enqueue(tasks: readonly Task[]) {
   jobs.set(addTasks(jobs.get(), tasks));
-  showTerminal();
   runNext();
 }
 
@@ -154,9 +155,7 @@ function runNext() {
 }
 
 function tellEnd({ name, state }: Job) {
-  if (state === 'done') toast(t('jobs.toastDone', { name }));
-  else if (state === 'restart') toast(t('jobs.toastRestart', { name }));
-  else toast(t('jobs.toastFailed', { name }), { error: true });
+  tell(`${name}: ${t(`jobs.${state}`)}`, state === 'failed');
 }
 
 /** What has been changed is listed anew, once nothing runs any more. */

@@ -4,7 +4,7 @@ import { View } from '../ui/view.tsx';
 import type { ViewId } from './views.ts';
 
 /** A view whose work has not been built yet: one sentence about what will be there. */
-export function planned(id: Exclude<ViewId, 'dashboard' | 'cleaning' | 'disk' | 'settings'>) {
+export function planned(id: Exclude<ViewId, 'dashboard' | 'cleaning' | 'software' | 'disk' | 'maintenance' | 'settings'>) {
   return function Planned() {
     return (
       <View id={id}>

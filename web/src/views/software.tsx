@@ -265,21 +265,22 @@ function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
   return <JobState kind={kind} id={id} />;
 }
 
+const obstacles = ['shifted', 'cut', 'characters', 'skipped'] as const;
+
 /** Why some rows cannot be acted on, in words: their marks only name it. */
 function Obstacles({ rows }: { rows: Row[] }) {
+  const count = (wanted: Block) => rows.filter(({ block }) => block === wanted).length;
+  const n = rows.filter(({ block }) => block).length;
+  if (n === 0) return null;
   return (
-    <>
-      {(['shifted', 'cut', 'characters', 'skipped'] as const).map((block) => {
-        const n = rows.filter((row) => row.block === block).length;
-        return (
-          n > 0 && (
-            <p key={block} class="muted small">
-              <strong>{`${t(`obstacle.${block}`)} (${formatNumber(n)})`}</strong>: {t(`obstacle.${block}.why`)}
-            </p>
-          )
-        );
-      })}
-    </>
+    <details class="obstacles small">
+      <summary>{t('obstacle.some', { n })}</summary>
+      {obstacles.filter(count).map((block) => (
+        <p key={block}>
+          <strong>{`${t(`obstacle.${block}`)} (${formatNumber(count(block))})`}</strong>: {t(`obstacle.${block}.why`)}
+        </p>
+      ))}
+    </details>
   );
 }
 

@@ -2,9 +2,12 @@ import type { ComponentType } from 'preact';
 import { Cleaning } from './cleaning.tsx';
 import { Dashboard } from './dashboard.tsx';
 import { Disk } from './disk.tsx';
+import { Maintenance } from './maintenance.tsx';
 import { planned } from './planned.tsx';
+import { Processes } from './processes.tsx';
 import { SettingsView } from './settings.tsx';
 import { Software } from './software.tsx';
+import { Startup } from './startup.tsx';
 
 export type ViewId =
   | 'dashboard' | 'cleaning' | 'software' | 'disk' | 'startup'
@@ -24,10 +27,10 @@ export const views: readonly ViewEntry[] = [
   { id: 'cleaning', group: 'tidy', component: Cleaning },
   { id: 'software', group: 'tidy', component: Software },
   { id: 'disk', group: 'tidy', component: Disk },
-  { id: 'startup', group: 'system', component: planned('startup') },
-  { id: 'processes', group: 'system', component: planned('processes') },
+  { id: 'startup', group: 'system', component: Startup },
+  { id: 'processes', group: 'system', component: Processes },
   { id: 'network', group: 'tools', component: planned('network') },
   { id: 'developer', group: 'tools', component: planned('developer') },
-  { id: 'maintenance', group: 'tools', component: planned('maintenance') },
+  { id: 'maintenance', group: 'tools', component: Maintenance },
   { id: 'settings', component: SettingsView },
 ];
