@@ -25,6 +25,23 @@ export function sortRows<Row>(rows: readonly Row[], value: (row: Row) => CellVal
     .map(({ row }) => row);
 }
 
+/**
+ * New data in the places of the old, so that nothing moves under the pointer: known rows stay where they are, new ones
+ * come last, and one that is gone keeps its place with its last data (`gone` holds its key).
+ */
+export function keepPlaces<Row>(before: readonly Row[], now: readonly Row[], keyOf: (row: Row) => Key): { rows: Row[]; gone: ReadonlySet<Key> } {
+  const fresh = new Map(now.map((row) => [keyOf(row), row]));
+  const gone = new Set<Key>();
+  const rows = before.map((row) => {
+    const key = keyOf(row);
+    const next = fresh.get(key);
+    if (!next) gone.add(key);
+    fresh.delete(key);
+    return next ?? row;
+  });
+  return { rows: [...rows, ...fresh.values()], gone };
+}
+
 /** Lower case without accents: "Čištění" is found by "cisteni". */
 function fold(text: string): string {
   const plain = /^[\0-\x7f]*$/.test(text) ? text : text.normalize('NFD').replace(/\p{M}/gu, '');

@@ -8,7 +8,7 @@ import { useStore } from './hooks.ts';
 interface DialogProps {
   title: string;
   children: ComponentChildren;
-  /** The buttons, the one that changes nothing first: it gets the focus. */
+  /** The buttons, the one that changes nothing first: it gets the focus, unless something in the dialog has `data-first`. */
   actions: ComponentChildren;
   /** Esc was pressed. */
   onClose(): void;
@@ -20,7 +20,7 @@ export function Dialog({ title, children, actions, onClose }: DialogProps) {
   useEffect(() => {
     const before = document.activeElement;
     dialog.current?.showModal();
-    dialog.current?.querySelector<HTMLElement>('.dialog-actions button')?.focus();
+    dialog.current?.querySelector<HTMLElement>('[data-first], .dialog-actions button')?.focus();
     return () => {
       if (before instanceof HTMLElement && before.isConnected) before.focus();
     };

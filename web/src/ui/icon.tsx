@@ -21,6 +21,8 @@ import keyboard from 'lucide:keyboard';
 import network from 'lucide:network';
 import software from 'lucide:package';
 import service from 'lucide:plug-zap';
+import pause from 'lucide:pause';
+import play from 'lucide:play';
 import refresh from 'lucide:refresh-cw';
 import startup from 'lucide:rocket';
 import search from 'lucide:search';
@@ -34,7 +36,7 @@ import close from 'lucide:x';
 
 const icons = {
   admin, alert, arrowDown, arrowUp, battery, batteryCharging, check, chevronDown, chevronRight, chevronUp, cleaning, close,
-  copy, dashboard, developer, disk, file, folder, keyboard, maintenance, network, processes: activity, refresh, remove, search, service,
+  copy, dashboard, developer, disk, file, folder, keyboard, maintenance, network, pause, play, processes: activity, refresh, remove, search, service,
   settings, software, startup, success, terminal, user,
 };
 

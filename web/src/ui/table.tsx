@@ -1,7 +1,7 @@
 import type { ComponentChildren } from 'preact';
 import { useEffect, useId, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import {
-  filterRows, keepExisting, kNoSelection, moveTo, select, sortRows, toggle, toTsv, visibleRange,
+  filterRows, keepExisting, keepPlaces, kNoSelection, moveTo, select, sortRows, toggle, toTsv, visibleRange,
   type CellValue, type Key, type Selection, type Sort,
 } from '../lib/table.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
@@ -40,6 +40,8 @@ interface Props<Row> {
   menu?(rows: Row[]): MenuItem[];
   /** What the rows are of, for example a folder: when it changes, the table begins anew, at the row of what it showed before if there is one. */
   subject?: Key;
+  /** For rows that are loaded anew all the time: they keep their order while the pointer is over them. */
+  steady?: boolean;
   /** Enter or double click on a row. */
   onActivate?(row: Row): void;
   /** Beside the filter. */
@@ -56,7 +58,7 @@ export function useSelection(): SelectionState {
 const kWindowedAbove = 500;
 const kMarginRows = 12;
 
-export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, subject, onActivate, tools }: Props<Row>) {
+export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, subject, steady, onActivate, tools }: Props<Row>) {
   const [query, setQuery] = useState('');
   const [sort, setSort] = useState(first_sort);
   const own = useSelection();
@@ -74,11 +76,18 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     const known = new Map<Row, string[]>();
     return (row: Row) => known.get(row) ?? known.set(row, columns.map((column) => textOf(column, row))).get(row)!;
   }, [rows, columns]);
-  const shown = useMemo(() => {
+  const [held, setHeld] = useState(false);
+  const placed = useRef<{ rows: readonly Row[]; rules: unknown[] }>({ rows: [], rules: [] });
+  const { rows: shown, gone } = useMemo(() => {
     const found = filterRows(rows, query, texts);
     const by = columns.find((column) => column.id === sort.column) ?? columns[0]!;
-    return sortRows(found, by.value, sort.descending, language);
-  }, [rows, query, sort, language, columns]);
+    const sorted = sortRows(found, by.value, sort.descending, language);
+    const rules = [query, sort, language, columns];
+    const keep = held && rules.every((rule, i) => rule === placed.current.rules[i]);
+    const result = keep ? keepPlaces(placed.current.rows, sorted, rowKey) : { rows: sorted, gone: kNoSelection.keys };
+    placed.current = { rows: result.rows, rules };
+    return result;
+  }, [rows, query, sort, language, columns, held]);
   const order = useMemo(() => shown.map(rowKey), [shown]);
 
   // Rows that the filter hides stay selected; rows that no longer exist do not.
@@ -102,6 +111,11 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     if (top < box.scrollTop) box.scrollTop = top;
     else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight) box.scrollTop = top + scroller.row_height + head - box.clientHeight;
   }
+
+  // A view that leads to a row selects it beforehand.
+  useLayoutEffect(() => {
+    if (active_index >= 0) reveal(active_index);
+  }, []);
 
   // After the effect above, which has its say about the same rows.
   const last_subject = useRef(subject);
@@ -181,7 +195,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
           />
         </div>
         <span class="muted" role="status">
-          {shown.length === rows.length ? t('table.rows', { n: rows.length }) : t('table.count', { shown: shown.length, total: rows.length })}
+          {shown.length - gone.size === rows.length ? t('table.rows', { n: rows.length }) : t('table.count', { shown: shown.length - gone.size, total: rows.length })}
           {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
           {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
         </span>
@@ -226,7 +240,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
               ))}
             </tr>
           </thead>
-          <tbody>
+          <tbody onPointerEnter={() => setHeld(steady === true)} onPointerLeave={() => setHeld(false)}>
             <Spacer rows={first} height={scroller.row_height} columns={column_count} />
             {shown.slice(first, end).map((row, i) => {
               const index = first + i;
@@ -236,7 +250,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                 <tr
                   key={key}
                   id={row_id(index)}
-                  class={index === active_index ? 'active' : undefined}
+                  class={index === active_index ? 'active' : gone.has(key) ? 'gone' : undefined}
                   aria-rowindex={index + 2}
                   aria-selected={selected}
                   onClick={(event) => {

@@ -1,0 +1,72 @@
+import { host } from '../bridge/host.ts';
+import { isSameProcess, withShares, type ProcessRow } from '../lib/processes.ts';
+import { createSource, type Source } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
+import { t } from '../text/text.ts';
+import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
+import { toast } from '../ui/toast.tsx';
+import { BridgeError } from '../bridge/bridge.ts';
+import { place } from './navigation.ts';
+
+// The host lists them on its window's thread.
+export const kProcessesPeriodMs = 3000;
+
+let taken_ms: number | undefined;
+
+export const processes: Source<ProcessRow[]> = createSource(async () => {
+  const list = (await host.request('getProcesses')).processes;
+  const before_ms = taken_ms;
+  taken_ms = performance.now();
+  const elapsed_s = before_ms === undefined ? 0 : (taken_ms - before_ms) / 1000;
+  return withShares(processes.get().data ?? [], list, elapsed_s, navigator.hardwareConcurrency);
+});
+
+/** The user wants the list to stand still. */
+export const paused = createStore(false);
+
+export function pollProcesses() {
+  if (!paused.get() || !processes.get().data) void processes.reload();
+}
+
+/** Leads to a process in the processes view, if it still runs. */
+export async function showProcess(pid: number) {
+  await processes.reload();
+  const { data, error } = processes.get();
+  if (data?.some((one) => one.pid === pid)) place.set({ view: 'processes', pid });
+  else toast(error ? errorText(error) : t('processes.gone', { name: 'PID', pid: String(pid) }), { error: true });
+}
+
+const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
+
+/** Asks, then ends those that are still the ones the user has seen. */
+export async function endProcesses(wanted: ProcessRow[]) {
+  const n = wanted.length;
+  const agreed = await confirm({
+    title: t('processes.endTitle', { n }),
+    body: t('processes.endBody'),
+    items: wanted.map(fullName),
+    name_all: true,
+    verb: t('processes.end'),
+    danger: true,
+  });
+  if (!agreed) return;
+  await processes.reload();
+  const now = processes.get().data ?? [];
+  for (const one of wanted) {
+    const { name } = one;
+    const pid = String(one.pid);
+    if (!now.some((other) => isSameProcess(one, other))) {
+      toast(t('processes.gone', { name, pid }));
+      continue;
+    }
+    try {
+      await host.request('killProcess', { pid: one.pid });
+      toast(t('processes.ended', { name, pid }));
+    } catch (error) {
+      const silent = error instanceof BridgeError && error.kind === 'refused';
+      toast(t('processes.endFailed', { name, pid, reason: silent ? t('processes.endRefused') : errorText(error) }), { error: true });
+    }
+  }
+  void processes.reload();
+}

@@ -1,0 +1,109 @@
+import { useMemo, useState } from 'preact/hooks';
+import { clockText, isMeasured, type ProcessRow } from '../lib/processes.ts';
+import { kNoSelection } from '../lib/table.ts';
+import { place } from '../state/navigation.ts';
+import { endProcesses, kProcessesPeriodMs, paused, pollProcesses, processes } from '../state/processes.ts';
+import { kNothing } from '../text/format.ts';
+import { formatNumber, locale, t } from '../text/text.ts';
+import { Button } from '../ui/button.tsx';
+import { DataView } from '../ui/data_view.tsx';
+import { usePolling, useStore } from '../ui/hooks.ts';
+import { Table, type Column, type SelectionState } from '../ui/table.tsx';
+import { View } from '../ui/view.tsx';
+
+const reload = () => void processes.reload();
+
+/** A selection that begins with the process that another view has led to. */
+function useLinkedSelection(): SelectionState {
+  return useState(() => {
+    const { pid } = place.get();
+    return pid === undefined ? kNoSelection : { keys: new Set([pid]), active: pid, anchor: pid };
+  });
+}
+
+export function Processes() {
+  const list = useStore(processes);
+  const stopped = useStore(paused);
+  const selection = useLinkedSelection();
+  const language = locale();
+  const columns = useMemo<Column<ProcessRow>[]>(
+    () => [
+      { id: 'name', title: t('processes.name'), value: ({ name }) => name },
+      { id: 'pid', title: 'PID', value: ({ pid }) => pid, text: ({ pid }) => String(pid), numeric: true, width: '6rem' },
+      {
+        id: 'share',
+        title: t('processes.share'),
+        value: ({ share }) => share,
+        text: ({ share }) => (share === undefined ? kNothing : `${formatNumber(share, 1)}\u00a0%`),
+        numeric: true,
+        width: '8rem',
+      },
+      {
+        id: 'mem',
+        title: t('processes.memory'),
+        value: (one) => (isMeasured(one) ? one.memUsageMB : undefined),
+        text: (one) => (isMeasured(one) ? `${formatNumber(one.mem)}\u00a0MB` : kNothing),
+        numeric: true,
+        width: '8rem',
+      },
+      {
+        id: 'time',
+        title: t('processes.time'),
+        value: (one) => (isMeasured(one) ? one.cpuTimeSec : undefined),
+        text: (one) => (isMeasured(one) ? clockText(one.cpuTimeSec) : kNothing),
+        numeric: true,
+        width: '9rem',
+      },
+      {
+        id: 'kind',
+        title: t('processes.kind'),
+        value: ({ isSystem }) => isSystem,
+        text: ({ isSystem }) => t(isSystem ? 'processes.system' : 'processes.user'),
+        cell: ({ isSystem }) =>
+          isSystem ? <span class="tag" title={t('processes.systemHint')}>{t('processes.system')}</span> : <span class="muted">{t('processes.user')}</span>,
+        width: '9rem',
+      },
+    ],
+    [language],
+  );
+  const ended = (rows: ProcessRow[]) => rows.filter(({ isSystem }) => !isSystem);
+  const chosen = ended((list.data ?? []).filter(({ pid }) => selection[0].keys.has(pid)));
+  const only_system = selection[0].keys.size > 0 && chosen.length === 0;
+  usePolling(pollProcesses, kProcessesPeriodMs);
+  return (
+    <View
+      id="processes"
+      refresh={reload}
+      at={list.at}
+      actions={
+        <>
+          <Button icon={stopped ? 'play' : 'pause'} onClick={() => paused.set(!stopped)}>
+            {t(stopped ? 'processes.resume' : 'processes.pause')}
+          </Button>
+          <Button icon="close" disabled={chosen.length === 0} onClick={() => void endProcesses(chosen)}>
+            {t('processes.end')}
+          </Button>
+        </>
+      }
+    >
+      <DataView source={list} reload={reload}>
+        {(rows) => (
+          <Table
+            label={t('view.processes')}
+            rows={rows}
+            rowKey={({ pid }) => pid}
+            columns={columns}
+            sort={{ column: 'mem', descending: true }}
+            selection={selection}
+            steady
+            menu={(marked) => {
+              const some = ended(marked);
+              return some.length > 0 ? [{ label: t('processes.end'), icon: 'close', danger: true, run: () => void endProcesses(some) }] : [];
+            }}
+            tools={<span class="muted small">{only_system ? t('processes.systemHint') : stopped && t('processes.paused')}</span>}
+          />
+        )}
+      </DataView>
+    </View>
+  );
+}
