@@ -306,6 +306,7 @@ export const cs = {
   'jobs.done': 'hotovo',
   'jobs.restart': 'čeká na restart',
   'jobs.failed': 'nezdařilo se',
+  'jobs.unknown': 'výsledek neznámý',
   'jobs.log': 'Výpis nástroje',
   'jobs.code': 'kód {code}',
   'jobs.noEnd': 'Konec nástroje nebyl ohlášen, výsledek není známý.',

@@ -307,6 +307,7 @@ export const en: Texts = {
   'jobs.done': 'done',
   'jobs.restart': 'needs restart',
   'jobs.failed': 'failed',
+  'jobs.unknown': 'result not known',
   'jobs.log': 'Tool output',
   'jobs.code': 'code {code}',
   'jobs.noEnd': 'The end of the tool was not reported, so the result is not known.',

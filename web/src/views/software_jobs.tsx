@@ -18,7 +18,7 @@ export function JobState({ kind, id }: { kind: JobKind; id: string }) {
   return job ? <Progress {...job} /> : null;
 }
 
-function Progress({ state, percent }: Job) {
+function Progress({ state, percent, code }: Job) {
   return (
     <span class="job-state" data-state={state}>
       {state === 'running' && percent === undefined && <span class="spinner" aria-hidden="true" />}
@@ -26,7 +26,7 @@ function Progress({ state, percent }: Job) {
       {state === 'restart' && <Icon name="refresh" />}
       {state === 'failed' && <Icon name="alert" />}
       {percent === undefined ? (
-        t(`jobs.${state}`)
+        t(state === 'failed' && code === undefined ? 'jobs.unknown' : `jobs.${state}`)
       ) : (
         <>
           <Bar percent={percent} />
