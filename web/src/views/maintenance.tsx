@@ -61,12 +61,12 @@ function Found({ currentVersion, onlineVersion, hasUpdate, mandatory, changelog 
     <>
       <dl class="versions">
         <div>
-          <dt>{t('update.installed')}</dt>
-          <dd>{currentVersion}</dd>
+          <dt class="muted small">{t('update.installed')}</dt>
+          <dd class="big">{currentVersion}</dd>
         </div>
         <div>
-          <dt>{t('update.online')}</dt>
-          <dd>{onlineVersion}</dd>
+          <dt class="muted small">{t('update.online')}</dt>
+          <dd class="big">{onlineVersion}</dd>
         </div>
       </dl>
       {!hasUpdate && (
@@ -145,11 +145,13 @@ function RepairCard({ repair }: { repair: Repair }) {
         <dd>{t(`repair.${repair}.next`)}</dd>
       </dl>
       {repair === 'safemode-reboot' && (
-        <div class="come-back">
+        <>
           <p class="small">{t('repair.comeBack')}</p>
-          <code>{kComeBack}</code>
-          <IconButton icon="copy" label={t('repair.copyComeBack')} onClick={() => void copyText(kComeBack)} />
-        </div>
+          <div class="tool-log">
+            <code>{kComeBack}</code>
+            <IconButton icon="copy" label={t('repair.copyComeBack')} onClick={() => void copyText(kComeBack)} />
+          </div>
+        </>
       )}
       <div class="buttons" data-repair={repair} aria-busy={running}>
         <Button icon="maintenance" disabled={running} onClick={() => void ask(repair)}>{t(`repair.${repair}.verb`)}</Button>
