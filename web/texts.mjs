@@ -21,6 +21,7 @@ function packEntry(entry) {
 function packKeys(keys) {
   const groups = [];
   for (const key of keys) {
+    if (!/^\w+\.[\w.-]+$/.test(key)) throw new Error(`a key of this form cannot be packed: ${key}`);
     const at = key.indexOf('.');
     const [group, rest] = [key.slice(0, at), key.slice(at + 1)];
     if (groups.at(-1)?.[0] === group) groups.at(-1)[1] += ` ${rest}`;
