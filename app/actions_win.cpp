@@ -114,7 +114,7 @@ constexpr Action kActions[] = {
     {"getPnpDevices", OnWorker<getPnpDevices>},
     {"getProcesses", [](Request& request) { getProcesses(request.request_id); }},
     {"killProcess",
-     [](Request& request) { killProcess(request.request_id, request.Data()["pid"].get<uint32_t>()); }},
+     [](Request& request) { killProcess(request.request_id, ToInteger<uint32_t>(request.Data()["pid"])); }},
     {"getJunk", OnWorker<getJunk>},
     {"cleanJunk",
      [](Request& request) {

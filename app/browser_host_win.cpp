@@ -25,7 +25,8 @@ const std::wstring kOrigin = std::wstring(L"https://") + VirtualHostName;
 
 std::wstring ProfileFolder() {
   wchar_t folder[MAX_PATH] = {};
-  if (SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, folder)))
+  // S_FALSE would come with a folder that is not there.
+  if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, folder) == S_OK)
     return std::wstring(folder) + L"\\Varnel\\Varnel.UserData";
   return GetExeDirectory() + L"\\Varnel.UserData";
 }

@@ -29,6 +29,9 @@ std::optional<Version> ParseVersion(std::wstring_view text) {
 }  // namespace
 
 std::wstring ClientLibraryPath(std::wstring_view runtime_folder) {
+  const bool is_absolute = (runtime_folder.size() > 3 && runtime_folder.substr(1, 2) == L":\\") ||
+                           runtime_folder.starts_with(L"\\\\");
+  if (!is_absolute) return {};
   while (runtime_folder.ends_with(L'\\')) runtime_folder.remove_suffix(1);
   const auto version = ParseVersion(runtime_folder.substr(runtime_folder.rfind(L'\\') + 1));
   if (!version || *version < *ParseVersion(kOldestBrowserVersion)) return {};

@@ -10,23 +10,13 @@
 
 namespace {
 
-// Any number or boolean as the library converts it, fractions cut off. The language leaves open what a
-// fraction or exponent beyond 32 bits becomes: here it is the least integer, as the processor's own
-// conversion has it.
-int32_t ReadRequestId(const nlohmann::json& value) {
-  if (!value.is_number_float()) return value.get<int32_t>();
-  const double number = value.get<double>();
-  const bool fits = number > -2147483649.0 && number < 2147483648.0;
-  return fits ? static_cast<int32_t>(number) : INT32_MIN;
-}
-
 void Run(std::wstring_view message, std::span<const Action> actions) {
   Request request;
   nlohmann::json& envelope = request.envelope;
   envelope = ParseJson(WideToUtf8(message));
   if (!envelope.is_object() || !envelope.contains("action")) return;
   request.action = envelope["action"].get<std::string>();
-  if (envelope.contains("requestId")) request.request_id = ReadRequestId(envelope["requestId"]);
+  if (envelope.contains("requestId")) request.request_id = ToInteger<int32_t>(envelope["requestId"]);
   const auto action = std::ranges::find(actions, request.action, &Action::name);
   if (action != actions.end()) action->run(request);
 }

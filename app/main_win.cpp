@@ -15,7 +15,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_c
     return 0;
   }
   if (!CreateMainWindow(instance, show_command)) return 1;
-  // ShellExecuteW hands work to shell extensions that need COM on the calling thread.
+  // The browser control lives in a single-threaded apartment, and so do the shell extensions behind
+  // ShellExecuteW.
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
   StartBrowser();
   const int exit_code = RunMessageLoop();

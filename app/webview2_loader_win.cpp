@@ -67,11 +67,12 @@ class DefaultOptions final : public ICoreWebView2EnvironmentOptions {
   std::atomic<ULONG> references_ = 1;
 };
 
-// An export of a library that then stays loaded for good, with its own folder searched for what it needs;
-// null when either is missing.
+// An export of a library that then stays loaded for good; null when either is missing. What the library needs
+// is searched in its own folder and the system's, and nowhere else. A relative path is refused.
 template <typename Function>
 Function LoadExport(const std::wstring& library_path, const char* name) {
-  const HMODULE library = LoadLibraryExW(library_path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  const HMODULE library = LoadLibraryExW(library_path.c_str(), nullptr,
+                                         LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
   if (!library) return nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }

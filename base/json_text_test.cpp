@@ -22,9 +22,17 @@ TEST(ParseJson, IsStrict) {
   EXPECT_EQ(ParseJson(" {\"a\":[1,null]} ").dump(), "{\"a\":[1,null]}");
 }
 
+TEST(ParseJson, TakesTimeInProportionToTheText) {
+  std::string text = "[{}";
+  for (int i = 1; i < 1'000'000; ++i) text += ",{}";
+  EXPECT_EQ(ParseJson(text + "]").size(), 1'000'000u);  // for hours when each element costs a look at all
+}
+
 TEST(ParseJson, BoundsNesting) {
   EXPECT_NO_THROW(ParseJson(Nested(10'000, "[", "]")));
   EXPECT_NO_THROW(ParseJson(Nested(10'000, "{\"a\":", "}")));
   EXPECT_THROW(ParseJson(Nested(kMaxJsonDepth + 2, "[", "]")), std::length_error);
   EXPECT_THROW(ParseJson(std::string(2'000'000, '[')), std::exception);
+  const std::string brackets_in_text = "\"" + std::string(kMaxJsonDepth + 2, '[') + "\\\"[\"";
+  EXPECT_NO_THROW(ParseJson(brackets_in_text));
 }

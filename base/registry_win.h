@@ -13,12 +13,12 @@ std::wstring ReadRegistryString(HKEY root, const wchar_t* path, const wchar_t* v
 struct RegistryValue {
   std::wstring name;
   DWORD type = REG_NONE;
-  std::wstring
-      text;  // of REG_SZ and REG_EXPAND_SZ, unexpanded, less one NUL at its end; empty for any other type
+  // Of REG_SZ and REG_EXPAND_SZ, unexpanded, less one NUL at its end; empty for any other type.
+  std::wstring text;
 };
 
 // Values of a key in the registry's order, opened with KEY_READ (RegOpenKeyExW, RegEnumValueW); none when it
-// cannot be opened. Values that do
-// not fit into buffers of `name_units` (NUL included) and `data_bytes` are left out.
+// cannot be opened. Values that do not fit into buffers of `name_units` (NUL included) and `data_bytes` are
+// left out.
 std::vector<RegistryValue> ReadRegistryValues(HKEY root, const wchar_t* path, DWORD name_units,
                                               DWORD data_bytes);

@@ -3,11 +3,8 @@
 #include <windows.h>
 
 #include <exception>
-#include <string>
 #include <thread>
 #include <utility>
-
-#include "base/text.h"
 
 namespace {
 
@@ -15,9 +12,12 @@ void RunGuarded(const std::function<void()>& body) {
   try {
     body();
   } catch (const std::exception& error) {
-    OutputDebugStringW((L"[Varnel Debug] Worker ended by: " + Utf8ToWide(error.what()) + L"\n").c_str());
+    // Piece by piece: there may be no memory left to join them.
+    OutputDebugStringA("[Varnel Debug] Worker ended by: ");
+    OutputDebugStringA(error.what());
+    OutputDebugStringA("\n");
   } catch (...) {
-    OutputDebugStringW(L"[Varnel Debug] Worker ended by an unknown exception\n");
+    OutputDebugStringA("[Varnel Debug] Worker ended by an unknown exception\n");
   }
 }
 

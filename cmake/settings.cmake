@@ -9,7 +9,7 @@ set(kStackReserve 33554432)
 
 if(MSVC)
   set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
-  target_compile_options(varnel_settings INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus
+  target_compile_options(varnel_settings INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor
                                                    $<$<BOOL:${VARNEL_WERROR}>:/WX>)
   target_link_options(varnel_settings INTERFACE /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT /STACK:${kStackReserve})
 else()

@@ -23,9 +23,9 @@ struct HiddenProcess {
   DWORD error = ERROR_SUCCESS;  // of CreateProcessW when `process` is empty
 };
 
-// Starts a complete command line (no shell is added) without a console window, in this process's folder and
-// environment, both output streams on `output`, no standard input. Handles are inherited: every inheritable
-// handle that is open at this moment goes along.
+// Starts a complete command line (no shell is added) without a console window, in this process's current
+// directory and environment, both output streams on `output`, no standard input. Handles are inherited: every
+// inheritable handle that is open at this moment goes along.
 HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output);
 
 // Hands on what arrives at the pipe's read end, at most `chunk_bytes` (up to 4095) at a time, until a read

@@ -60,10 +60,9 @@ StreamRecord ParseStreamRecord(std::string_view line) {
   } catch (const std::exception&) {
     return {};
   }
-  if (!document.is_object() || !document.contains("type")) return {};
 
   StreamRecord record;
-  const json& type = document["type"];
+  const json& type = MemberOf(document, "type");
   if (!type.is_string()) {
     record.kind = Kind::kMistyped;
   } else if (type == "stdout") {

@@ -44,8 +44,8 @@ struct StreamRecord {
   enum class Kind {
     kOutput,    // `message`
     kExit,      // `code`, `reboot_required`
-    kIgnored,   // another type, none, or not JSON
-    kMistyped,  // a member of another JSON type than agreed: ends the session without a result
+    kIgnored,   // another type, or not JSON
+    kMistyped,  // no type, or a member of another JSON type than agreed: ends the session without a result
   };
   Kind kind = Kind::kIgnored;
   std::string message;
