@@ -58,7 +58,7 @@ export function JobsPanel() {
       }
     >
       {all.some(({ restart }) => restart) && (
-        <p class="jobs-restart">
+        <p class="outcome">
           <Icon name="alert" />
           {t('jobs.restartNote')}
         </p>
@@ -90,7 +90,7 @@ function JobRow(job: Job) {
         </p>
       )}
       {silent >= kSilentSeconds && (
-        <p class="job-silent small">
+        <p class="outcome small">
           {t('jobs.silent', { n: silent })}
           <Button onClick={abandonRunning}>{t('jobs.abandon')}</Button>
         </p>
