@@ -3,6 +3,7 @@ import { App } from './app.tsx';
 import { host } from './bridge/host.ts';
 import { settingsDocument } from './state/settings.ts';
 import { startAutoScan } from './state/software.ts';
+import { startDiagnostics } from './state/diagnostics.ts';
 import { startStatus } from './state/status.ts';
 import { startTerminal } from './state/terminal.ts';
 import { startServiceDialog } from './ui/service.tsx';
@@ -14,6 +15,7 @@ startStatus();
 startTerminal();
 startAutoScan();
 startServiceDialog();
+startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));
 
 // The skeleton stays until theme and language are known, so that neither is seen to change; but not for long.

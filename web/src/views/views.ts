@@ -3,6 +3,7 @@ import { Cleaning } from './cleaning.tsx';
 import { Dashboard } from './dashboard.tsx';
 import { Disk } from './disk.tsx';
 import { Maintenance } from './maintenance.tsx';
+import { Network } from './network.tsx';
 import { planned } from './planned.tsx';
 import { Processes } from './processes.tsx';
 import { SettingsView } from './settings.tsx';
@@ -29,7 +30,7 @@ export const views: readonly ViewEntry[] = [
   { id: 'disk', group: 'tidy', component: Disk },
   { id: 'startup', group: 'system', component: Startup },
   { id: 'processes', group: 'system', component: Processes },
-  { id: 'network', group: 'tools', component: planned('network') },
+  { id: 'network', group: 'tools', component: Network },
   { id: 'developer', group: 'tools', component: planned('developer') },
   { id: 'maintenance', group: 'tools', component: Maintenance },
   { id: 'settings', component: SettingsView },
