@@ -105,6 +105,7 @@ const measured = (page) => page.waitForSelector('.junk-total[aria-busy=false] [d
 const cleaned = (page) => page.waitForSelector('.junk-outcome');
 const tick = (page, name) => page.click(`[data-junk=${name}] input`);
 
+// Without the service its dialog opens whenever something asked for it: junk is measured on entering its view, for one.
 async function closeServiceDialog(page) {
   await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor();
   await page.keyboard.press('Escape');
