@@ -29,10 +29,20 @@ std::wstring ReadPrimaryAdapterName() {
   return L"Unknown GPU";
 }
 
+// Found at the first use, because the library brings the whole graphics stack along, which a silent clean
+// never needs.
+HRESULT CreateGraphicsFactory(IDXGIFactory** factory) {
+  static const HMODULE library = LoadLibraryExW(L"dxgi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  const FARPROC address = library ? GetProcAddress(library, "CreateDXGIFactory") : nullptr;
+  if (!address) return E_NOTIMPL;
+  const auto create = reinterpret_cast<decltype(&CreateDXGIFactory)>(reinterpret_cast<void*>(address));
+  return create(__uuidof(IDXGIFactory), reinterpret_cast<void**>(factory));
+}
+
 // Of the first adapter, which need not be the primary display's.
 std::optional<uint64_t> ReadDedicatedVideoMemory() {
   ComPtr<IDXGIFactory> factory;
-  if (FAILED(CreateDXGIFactory(IID_PPV_ARGS(&factory))) || !factory) return std::nullopt;
+  if (FAILED(CreateGraphicsFactory(&factory)) || !factory) return std::nullopt;
   ComPtr<IDXGIAdapter> adapter;
   if (FAILED(factory->EnumAdapters(0, &adapter)) || !adapter) return std::nullopt;
   DXGI_ADAPTER_DESC description = {};
