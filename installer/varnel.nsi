@@ -1,0 +1,204 @@
+; VarnelSetup.exe: installs, updates and removes Varnel. Built by ./dev package with
+;   makensis -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
+; Switches: /S silent, /D=<folder> (last), --update-restart (silent; waits for the running program, replaces it, starts it
+; again for the user), --uninstall (asks, then removes what was installed).
+; Exit codes: 0 done, 1 cancelled, 2 the running program did not end in time.
+
+Unicode true
+Target amd64-unicode
+ManifestDPIAware true
+RequestExecutionLevel admin
+SetCompressor /SOLID lzma
+
+!include MUI2.nsh
+!include FileFunc.nsh
+!include LogicLib.nsh
+!include x64.nsh
+
+!define PRODUCT "Varnel"
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Varnel"
+!define RUNTIME_KEY "Software\Microsoft\EdgeUpdate\ClientState\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}"
+!define WAIT_STEP_MS 250
+!define WAIT_STEPS 120 ; 30 s
+
+Name "${PRODUCT}"
+OutFile "${OUTPUT}"
+InstallDir "$PROGRAMFILES64\${PRODUCT}"
+InstallDirRegKey HKLM "${UNINSTALL_KEY}" "InstallLocation"
+ShowInstDetails nevershow
+BrandingText "${PRODUCT} ${VERSION}"
+
+VIProductVersion "${VERSION}.0"
+VIAddVersionKey "ProductName" "${PRODUCT}"
+VIAddVersionKey "ProductVersion" "${VERSION}"
+VIAddVersionKey "FileVersion" "${VERSION}"
+VIAddVersionKey "FileDescription" "${PRODUCT} Setup"
+VIAddVersionKey "LegalCopyright" ""
+
+!define MUI_ICON "${ICON}"
+!define MUI_UNICON "${ICON}"
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_FUNCTION StartForUser
+!insertmacro MUI_PAGE_WELCOME
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE "English"
+!insertmacro MUI_LANGUAGE "Czech"
+
+LangString RUNNING ${LANG_ENGLISH} "Varnel is still running. Close it, then try again."
+LangString RUNNING ${LANG_CZECH} "Varnel je stále spuštěný. Ukončete ho a zkuste to znovu."
+LangString NO_RUNTIME ${LANG_ENGLISH} "Varnel shows its window with the Microsoft Edge WebView2 Runtime, which is not installed on this computer.$\r$\n$\r$\nInstall the free $\"Evergreen WebView2 Runtime$\" (x64) from Microsoft, then start Varnel."
+LangString NO_RUNTIME ${LANG_CZECH} "Varnel zobrazuje své okno pomocí součásti Microsoft Edge WebView2 Runtime, která v tomto počítači není nainstalovaná.$\r$\n$\r$\nNainstalujte bezplatný $\"Evergreen WebView2 Runtime$\" (x64) od společnosti Microsoft a potom Varnel spusťte."
+LangString NOT_INSTALLED ${LANG_ENGLISH} "Varnel is not installed on this computer."
+LangString NOT_INSTALLED ${LANG_CZECH} "Varnel v tomto počítači není nainstalovaný."
+
+Var update_restart
+
+Function .onInit
+  SetRegView 64
+  SetShellVarContext all
+  ; InstallDirRegKey reads the 32-bit registry view on its own.
+  ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
+  ${If} $0 != ""
+    StrCpy $INSTDIR $0
+  ${EndIf}
+
+  ${GetParameters} $1
+  ClearErrors
+  ${GetOptions} $1 "--uninstall" $2
+  ${IfNot} ${Errors}
+    Call StartUninstaller
+    Quit
+  ${EndIf}
+  ClearErrors
+  ${GetOptions} $1 "--update-restart" $2
+  ${IfNot} ${Errors}
+    StrCpy $update_restart 1
+    SetSilent silent
+  ${EndIf}
+FunctionEnd
+
+; The copy in bin is itself among the files to remove, so the work is left to the uninstaller, which runs from a temporary copy.
+Function StartUninstaller
+  ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
+    MessageBox MB_OK|MB_ICONEXCLAMATION "$(NOT_INSTALLED)" /SD IDOK
+    SetErrorLevel 1
+    Return
+  ${EndIf}
+  ${If} ${Silent}
+    Exec '"$INSTDIR\uninstall.exe" /S'
+  ${Else}
+    Exec '"$INSTDIR\uninstall.exe"'
+  ${EndIf}
+FunctionEnd
+
+; Waits until the installed program can be replaced. A running image cannot be opened for writing.
+!macro WAIT_UNTIL_CLOSED prefix
+Function ${prefix}WaitUntilClosed
+  again:
+  StrCpy $R0 0
+  ${DoWhile} $R0 < ${WAIT_STEPS}
+    ${IfNot} ${FileExists} "$INSTDIR\bin\Varnel.exe"
+      Return
+    ${EndIf}
+    ClearErrors
+    FileOpen $R1 "$INSTDIR\bin\Varnel.exe" a
+    ${IfNot} ${Errors}
+      FileClose $R1
+      Return
+    ${EndIf}
+    ${IfNot} ${Silent}
+      ${Break}
+    ${EndIf}
+    Sleep ${WAIT_STEP_MS}
+    IntOp $R0 $R0 + 1
+  ${Loop}
+  MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(RUNNING)" /SD IDCANCEL IDRETRY again
+  SetErrorLevel 2
+  Quit
+FunctionEnd
+!macroend
+!insertmacro WAIT_UNTIL_CLOSED ""
+!insertmacro WAIT_UNTIL_CLOSED "un."
+
+; This setup runs elevated; Explorer starts the program with the user's own rights.
+Function StartForUser
+  Exec '"$WINDIR\explorer.exe" "$INSTDIR\bin\Varnel.exe"'
+FunctionEnd
+
+Function WarnIfNoRuntime
+  SetRegView 32
+  ReadRegStr $0 HKLM "${RUNTIME_KEY}" "EBWebView"
+  ${If} $0 == ""
+    ReadRegStr $0 HKCU "${RUNTIME_KEY}" "EBWebView"
+  ${EndIf}
+  SetRegView 64
+  ${If} $0 == ""
+    MessageBox MB_OK|MB_ICONINFORMATION "$(NO_RUNTIME)" /SD IDOK
+  ${EndIf}
+FunctionEnd
+
+Section
+  Call WaitUntilClosed
+  SetOutPath "$INSTDIR\bin"
+  File "${SOURCE}/Varnel.exe"
+  File "${SOURCE}/check_updates.ps1"
+  File "${SOURCE}/update_driver.ps1"
+  ; The program starts this copy to uninstall itself. An update replaces it with the newer setup.
+  ${If} $EXEPATH != "$INSTDIR\bin\VarnelSetup.exe"
+    CopyFiles /SILENT "$EXEPATH" "$INSTDIR\bin\VarnelSetup.exe"
+  ${EndIf}
+
+  ; The settings lie beside bin; the program runs without elevation, so ordinary users (S-1-5-32-545) may write this one file.
+  SetOutPath "$INSTDIR"
+  ${IfNot} ${FileExists} "$INSTDIR\settings.json"
+    FileOpen $0 "$INSTDIR\settings.json" w
+    FileWrite $0 "{}"
+    FileClose $0
+  ${EndIf}
+  nsExec::Exec '"$SYSDIR\icacls.exe" "$INSTDIR\settings.json" /grant *S-1-5-32-545:M'
+  Pop $0
+
+  CreateShortcut "$SMPROGRAMS\${PRODUCT}.lnk" "$INSTDIR\bin\Varnel.exe"
+
+  WriteUninstaller "$INSTDIR\uninstall.exe"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "${PRODUCT}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\bin\Varnel.exe"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "Publisher" "${PRODUCT}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
+  ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" $0
+
+  Call WarnIfNoRuntime
+  ${If} $update_restart == 1
+    Call StartForUser
+  ${EndIf}
+SectionEnd
+
+Function un.onInit
+  SetRegView 64
+  SetShellVarContext all
+FunctionEnd
+
+; Removes by name what was installed; folders go only when nothing else is in them.
+Section "Uninstall"
+  Call un.WaitUntilClosed
+  Delete "$INSTDIR\bin\Varnel.exe"
+  Delete "$INSTDIR\bin\check_updates.ps1"
+  Delete "$INSTDIR\bin\update_driver.ps1"
+  Delete "$INSTDIR\bin\VarnelSetup.exe"
+  RMDir "$INSTDIR\bin"
+  Delete "$INSTDIR\settings.json"
+  Delete "$INSTDIR\uninstall.exe"
+  RMDir "$INSTDIR"
+  Delete "$SMPROGRAMS\${PRODUCT}.lnk"
+  DeleteRegKey HKLM "${UNINSTALL_KEY}"
+SectionEnd
