@@ -46,6 +46,7 @@ export async function cleanJunk() {
   try {
     let after = await host.request('cleanJunk', ticks, kCleanTimeoutMs);
     // That answer holds what the user may see. Figures of the service, which sees more, compare only with its own.
+    await status.reload();
     if (status.get().data?.serviceActive) after = await getJunk().catch(() => after);
     const done = outcomes(before.categories, after.categories, ticks);
     junk.put(after);

@@ -6,7 +6,6 @@ import { t } from '../text/text.ts';
 import { confirm } from '../ui/dialog.tsx';
 import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
-import { BridgeError } from '../bridge/bridge.ts';
 import { place } from './navigation.ts';
 
 // The host lists them on its window's thread.
@@ -64,8 +63,7 @@ export async function endProcesses(wanted: ProcessRow[]) {
       await host.request('killProcess', { pid: one.pid });
       toast(t('processes.ended', { name, pid }));
     } catch (error) {
-      const silent = error instanceof BridgeError && error.kind === 'refused';
-      toast(t('processes.endFailed', { name, pid, reason: silent ? t('processes.endRefused') : errorText(error) }), { error: true });
+      toast(t('processes.endFailed', { name, pid, reason: errorText(error, t('processes.endRefused')) }), { error: true });
     }
   }
   void processes.reload();

@@ -1,4 +1,3 @@
-import { BridgeError } from '../bridge/bridge.ts';
 import { host } from '../bridge/host.ts';
 import type { Message } from '../bridge/protocol.ts';
 import { createSource } from '../lib/source.ts';
@@ -39,8 +38,7 @@ export async function switchItem(item: StartupItem, enabled: boolean) {
     if (now && now.enabled !== enabled) failed(t('startup.notStored'));
     else toast(t(enabled ? 'startup.on' : 'startup.off', { name }), { action: { label: t('app.undo'), run: () => void switchItem(item, !enabled) } });
   } catch (error) {
-    const silent = error instanceof BridgeError && error.kind === 'refused' && !error.reason;
-    failed(!silent ? errorText(error) : t(scope === 'HKCU' ? 'startup.noList' : 'startup.needsService'));
+    failed(errorText(error, t(scope === 'HKCU' ? 'startup.noList' : 'startup.needsService')));
   }
   mark(key);
 }

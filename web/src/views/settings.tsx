@@ -88,13 +88,16 @@ function ScanInterval({ hours }: { hours: number }) {
   );
 }
 
+// The service has no time limit; giving up early would leave a schedule that the switch denies.
+const kScheduleTimeoutMs = 120_000;
+
 /** The service keeps the schedule, so it is asked first; what it refuses is not stored and the switch goes back. */
 function AutoClean({ on }: { on: boolean }) {
   const [wanted, setWanted] = useState<boolean>();
   async function change(enabled: boolean) {
     setWanted(enabled);
     try {
-      await host.request('toggleScheduleClean', { enabled });
+      await host.request('toggleScheduleClean', { enabled }, kScheduleTimeoutMs);
       saveSettings({ autoClean: enabled });
     } catch (error) {
       toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason: errorText(error) }), { error: true });

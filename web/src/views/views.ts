@@ -1,10 +1,10 @@
 import type { ComponentType } from 'preact';
 import { Cleaning } from './cleaning.tsx';
 import { Dashboard } from './dashboard.tsx';
+import { Developer } from './developer.tsx';
 import { Disk } from './disk.tsx';
 import { Maintenance } from './maintenance.tsx';
 import { Network } from './network.tsx';
-import { planned } from './planned.tsx';
 import { Processes } from './processes.tsx';
 import { SettingsView } from './settings.tsx';
 import { Software } from './software.tsx';
@@ -31,7 +31,7 @@ export const views: readonly ViewEntry[] = [
   { id: 'startup', group: 'system', component: Startup },
   { id: 'processes', group: 'system', component: Processes },
   { id: 'network', group: 'tools', component: Network },
-  { id: 'developer', group: 'tools', component: planned('developer') },
+  { id: 'developer', group: 'tools', component: Developer },
   { id: 'maintenance', group: 'tools', component: Maintenance },
   { id: 'settings', component: SettingsView },
 ];

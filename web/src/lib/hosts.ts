@@ -1,0 +1,111 @@
+// The hosts file as text: what is wrong in it, and how it keeps its line ends through an editor that knows only LF.
+
+export interface Problem {
+  /** From 1. */
+  line: number;
+  kind: 'address' | 'noName' | 'name' | 'twice';
+  /** The word that is wrong. */
+  word: string;
+  /** For a name given twice: the line that counts. */
+  first?: number;
+}
+
+/** 4 or 6, or undefined for what the resolver does not take as an address. */
+function familyOf(address: string): 4 | 6 | undefined {
+  if (!address.includes(':')) return /^(?:(?:25[0-5]|2[0-4]\d|1\d\d|\d\d?)(?:\.(?!$)|$)){4}$/.test(address) ? 4 : undefined;
+  return URL.canParse(`http://[${address.replace(/%[\w-]+$/, '')}]/`) ? 6 : undefined;
+}
+
+const isName = (word: string) => word.length <= 255 && /^[\p{L}\p{M}\p{N}_-]+(\.[\p{L}\p{M}\p{N}_-]+)*\.?$/u.test(word);
+
+/** A name may have one address of each family; the first one counts. */
+export function checkHosts(lines: readonly string[]): Problem[] {
+  const problems: Problem[] = [];
+  const seen = new Map<string, number>();
+  lines.forEach((text, index) => {
+    const words = text.replace(/#.*/s, '').match(/\S+/g);
+    if (!words) return;
+    const line = index + 1;
+    const [address = '', ...names] = words;
+    const family = familyOf(address);
+    if (!family) return problems.push({ line, kind: 'address', word: address });
+    if (names.length === 0) return problems.push({ line, kind: 'noName', word: address });
+    for (const word of names) {
+      const key = `${family} ${word.toLowerCase()}`;
+      const first = seen.get(key);
+      if (!isName(word)) problems.push({ line, kind: 'name', word });
+      else if (first !== undefined) problems.push({ line, kind: 'twice', word, first });
+      else seen.set(key, line);
+    }
+  });
+  return problems;
+}
+
+const line_end = /\r\n|\r|\n/g;
+
+/** The text as an editor holds it. */
+export const withLf = (text: string) => text.replace(line_end, '\n');
+
+/** Indices of the pairs [in a, in b] of lines that occur exactly once in both ranges, in the order of b. */
+function uniquePairs(a: readonly string[], a_from: number, a_to: number, b: readonly string[], b_from: number, b_to: number) {
+  const found = new Map<string, { a: number; b: number }>(); // -1: not yet, -2: more than once
+  const note = (side: 'a' | 'b', lines: readonly string[], from: number, to: number) => {
+    for (let i = from; i < to; i++) {
+      const entry = found.get(lines[i]!) ?? { a: -1, b: -1 };
+      entry[side] = entry[side] === -1 ? i : -2;
+      found.set(lines[i]!, entry);
+    }
+  };
+  note('b', b, b_from, b_to);
+  note('a', a, a_from, a_to);
+  return [...found.values()].filter((pair) => pair.a >= 0 && pair.b >= 0).sort((x, y) => x.b - y.b);
+}
+
+/** The longest run of pairs whose `a` grows too. */
+function growing(pairs: readonly { a: number; b: number }[]) {
+  const ends: number[] = []; // of the best run of each length, the pair at its end
+  const before: number[] = [];
+  pairs.forEach((pair, i) => {
+    let low = 0;
+    for (let high = ends.length; low < high; ) {
+      const middle = (low + high) >> 1;
+      if (pairs[ends[middle]!]!.a < pair.a) low = middle + 1;
+      else high = middle;
+    }
+    before[i] = low > 0 ? ends[low - 1]! : -1;
+    ends[low] = i;
+  });
+  const run: { a: number; b: number }[] = [];
+  for (let i = ends.at(-1) ?? -1; i >= 0; i = before[i]!) run.push(pairs[i]!);
+  return run.reverse();
+}
+
+/**
+ * The edited text (line ends LF) with the line ends of the original: every line that is still there keeps its own, a line
+ * that was changed in place too, and new ones take the one that is most common in the file (CR LF in an empty one).
+ */
+export function restoreLineEnds(original: string, edited: string): string {
+  const ends = original.match(line_end) ?? [];
+  const a = original.split(/\r\n|\r|\n/);
+  const b = edited.split('\n');
+  const counts = (end: string) => ends.filter((other) => other === end).length;
+  const common = ['\r\n', '\n', '\r'].sort((x, y) => counts(y) - counts(x))[0]!;
+  const chosen: (string | undefined)[] = [];
+
+  function match(a_from: number, a_to: number, b_from: number, b_to: number) {
+    const same = (i: number, j: number) => a[i] === b[j];
+    while (a_from < a_to && b_from < b_to && same(a_from, b_from)) chosen[b_from++] = ends[a_from++];
+    while (a_from < a_to && b_from < b_to && same(a_to - 1, b_to - 1)) chosen[--b_to] = ends[--a_to];
+    const run = growing(uniquePairs(a, a_from, a_to, b, b_from, b_to));
+    if (run.length === 0) {
+      if (a_to - a_from === b_to - b_from) while (b_from < b_to) chosen[b_from++] = ends[a_from++];
+      return;
+    }
+    for (const pair of [...run, { a: a_to, b: b_to }]) {
+      match(a_from, pair.a, b_from, pair.b);
+      [a_from, b_from] = [pair.a, pair.b];
+    }
+  }
+  match(0, a.length, 0, b.length);
+  return b.map((line, i) => (i < b.length - 1 ? line + (chosen[i] ?? common) : line)).join('');
+}

@@ -1,0 +1,31 @@
+// Environment variables whose value is a list, such as Path.
+
+/** Entries between semicolons; one inside quotes divides nothing. Joined again they give the same text. */
+export function splitList(value: string): string[] {
+  const entries = [''];
+  let quoted = false;
+  for (const letter of value) {
+    if (letter === '"') quoted = !quoted;
+    if (letter === ';' && !quoted) entries.push('');
+    else entries[entries.length - 1] += letter;
+  }
+  return entries;
+}
+
+export const joinList = (entries: readonly string[]) => entries.join(';');
+
+export const isList = (name: string, value: string) => /^(path|pathext|psmodulepath)$/i.test(name) || splitList(value).length > 1;
+
+/** Whether an entry says the same as one before it. */
+export function isRepeated(entries: readonly string[], index: number): boolean {
+  const plain = (entry: string) => entry.trim().replace(/^"(.*)"$/, '$1').replace(/\\+$/, '').toLowerCase();
+  const mine = plain(entries[index]!);
+  return mine !== '' && entries.slice(0, index).some((entry) => plain(entry) === mine);
+}
+
+/** Why a new variable cannot have that name, among the names that there are. */
+export function nameFault(name: string, existing: readonly string[]): 'empty' | 'equals' | 'exists' | undefined {
+  if (name.trim() === '') return 'empty';
+  if (name.includes('=')) return 'equals';
+  return existing.some((other) => other.toLowerCase() === name.toLowerCase()) ? 'exists' : undefined;
+}

@@ -1,0 +1,59 @@
+import { host } from '../bridge/host.ts';
+import { restoreLineEnds, withLf } from '../lib/hosts.ts';
+import { createSource } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
+import { t } from '../text/text.ts';
+import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
+import { toast } from '../ui/toast.tsx';
+
+// The helper service may have to carry megabytes.
+const kTimeoutMs = 120_000;
+
+/** The file as stored, without the mark at its beginning, which an editor would show as nothing. */
+interface HostsFile {
+  mark: string;
+  stored: string;
+  /** As an editor holds it. */
+  text: string;
+}
+
+function readFile(content: string): HostsFile {
+  const mark = content.startsWith('\ufeff') ? '\ufeff' : '';
+  const stored = content.slice(mark.length);
+  return { mark, stored, text: withLf(stored) };
+}
+
+export const hosts = createSource(async () => readFile((await host.request('getHostsFile', undefined, kTimeoutMs)).content));
+
+/** What has been edited and not saved; outlives the view. */
+export const draft = createStore<string | undefined>(undefined);
+export const savingHosts = createStore(false);
+
+export function editHosts(text: string) {
+  draft.set(text === hosts.get().data?.text ? undefined : text);
+}
+
+export async function reloadHosts() {
+  const question = { title: t('hosts.discardTitle'), body: t('hosts.discardBody'), verb: t('hosts.discard'), danger: true };
+  if (draft.get() !== undefined && !(await confirm(question))) return;
+  draft.set(undefined);
+  await hosts.reload();
+}
+
+export async function saveHosts() {
+  const file = hosts.get().data;
+  const edited = draft.get();
+  if (!file || edited === undefined || savingHosts.get()) return;
+  savingHosts.set(true);
+  try {
+    const content = file.mark + restoreLineEnds(file.stored, edited);
+    await host.request('saveHostsFile', { content }, kTimeoutMs);
+    hosts.put(readFile(content));
+    editHosts(draft.get() ?? edited);
+    toast(t('hosts.saved'));
+  } catch (error) {
+    toast(t('hosts.saveFailed', { reason: errorText(error, t('hosts.refused')) }), { error: true });
+  }
+  savingHosts.set(false);
+}

@@ -1,0 +1,37 @@
+import { host } from '../bridge/host.ts';
+import type { RequestData } from '../bridge/protocol.ts';
+import { createSource } from '../lib/source.ts';
+import { t } from '../text/text.ts';
+import { errorText } from '../ui/error_text.ts';
+import { toast } from '../ui/toast.tsx';
+
+// Windows tells every open window about the change before it answers.
+const kSaveTimeoutMs = 120_000;
+
+export const scopes = ['user', 'system'] as const;
+
+export interface Variable {
+  scope: (typeof scopes)[number];
+  name: string;
+  value: string;
+}
+
+export const variables = createSource(async () => {
+  const reply = await host.request('getEnvVariables');
+  return scopes.flatMap((scope) => Object.entries(reply[scope]).map(([name, value]): Variable => ({ scope, name, value })));
+});
+
+/** Resolves to whether it was stored; says so either way. */
+export async function saveVariable({ scope, name, value }: Variable, is_delete = false): Promise<boolean> {
+  const data: RequestData['saveEnvVariable'] = { type: scope, name, value: is_delete ? '' : value, is_delete };
+  try {
+    await host.request('saveEnvVariable', data, kSaveTimeoutMs);
+  } catch (error) {
+    const unexplained = t(scope === 'user' ? 'variables.refused' : 'variables.needsService');
+    toast(t('variables.failed', { name, reason: errorText(error, unexplained) }), { error: true });
+    return false;
+  }
+  toast(t(is_delete ? 'variables.deleted' : 'variables.saved', { name }));
+  void variables.reload();
+  return true;
+}

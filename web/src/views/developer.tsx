@@ -1,0 +1,55 @@
+import { useEffect } from 'preact/hooks';
+import { createStore } from '../lib/store.ts';
+import { draft, hosts, reloadHosts } from '../state/hosts.ts';
+import { variables } from '../state/variables.ts';
+import { t } from '../text/text.ts';
+import { useStore } from '../ui/hooks.ts';
+import { panelOf, Tabs } from '../ui/tabs.tsx';
+import { View } from '../ui/view.tsx';
+import { Hosts } from './developer_hosts.tsx';
+import { Devices, devices, Services, services } from './developer_machine.tsx';
+import { Variables } from './developer_variables.tsx';
+
+const parts = {
+  hosts: { source: hosts, reload: reloadHosts, Panel: Hosts },
+  variables: { source: variables, reload: variables.reload, Panel: Variables },
+  services: { source: services, reload: services.reload, Panel: Services },
+  devices: { source: devices, reload: devices.reload, Panel: Devices },
+};
+type Part = keyof typeof parts;
+
+const shown = createStore<Part>('hosts');
+
+export function Developer() {
+  const part = useStore(shown);
+  const unsaved = useStore(draft) !== undefined;
+  const { source, reload, Panel } = parts[part];
+  const { at } = useStore<{ at?: number }>(source);
+  // Asked for when it is first looked at: two of them need the helper service or many seconds.
+  useEffect(() => {
+    if (source.get().phase === 'idle') void source.reload();
+  }, [source]);
+  return (
+    <View id="developer" refresh={reload as () => void} at={at}>
+      <div class="software">
+        <Tabs
+          label={t('view.developer')}
+          active={part}
+          onChoose={(id: Part) => shown.set(id)}
+          tabs={(Object.keys(parts) as Part[]).map((id) => ({
+            id,
+            title: (
+              <>
+                {t(`developer.${id}`)}
+                {id === 'hosts' && unsaved && <span class="tag tag-warn">{t('hosts.unsaved')}</span>}
+              </>
+            ),
+          }))}
+        />
+        <div class="software-list" role="tabpanel" id={panelOf(part)} aria-label={t(`developer.${part}`)}>
+          <Panel key={part} />
+        </div>
+      </div>
+    </View>
+  );
+}

@@ -1,0 +1,147 @@
+import { useMemo, useState } from 'preact/hooks';
+import { BridgeError } from '../bridge/bridge.ts';
+import { host } from '../bridge/host.ts';
+import { readService, type DevService } from '../lib/services.ts';
+import { createSource } from '../lib/source.ts';
+import { locale, t } from '../text/text.ts';
+import { DataView, Notice } from '../ui/data_view.tsx';
+import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
+import { useStore } from '../ui/hooks.ts';
+import { Table, type Column } from '../ui/table.tsx';
+import { toast } from '../ui/toast.tsx';
+
+const kTimeoutMs = 120_000;
+
+/** The host refuses both lists without a word; this gives the refusal one. */
+async function explained<T>(answer: Promise<T>, why: () => string): Promise<T> {
+  try {
+    return await answer;
+  } catch (error) {
+    throw new BridgeError('refused', errorText(error, why()));
+  }
+}
+
+type ServiceRow = DevService & { key: number };
+
+export const services = createSource(async () => {
+  const reply = await explained(host.request('getDevServices', undefined, kTimeoutMs), () => t('services.refused'));
+  return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
+});
+
+const known_commands = ['start', 'stop', 'restart'] as const;
+const commandText = (command: string) => (known_commands.includes(command as never) ? t(`services.${command as 'start'}`) : command);
+
+async function control({ title, type = '' }: DevService, command: string) {
+  const verb = commandText(command);
+  const question = { title: t('services.title', { verb, title }), body: t('services.body'), verb };
+  if (command !== 'start' && !(await confirm(question))) return;
+  try {
+    await host.request('controlDevService', { service_type: type, command }, kTimeoutMs);
+    toast(t('services.done', { verb, title }));
+  } catch (error) {
+    toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), { error: true });
+  }
+  void services.reload();
+}
+
+export function Services() {
+  const list = useStore(services);
+  const language = locale();
+  const columns = useMemo<Column<ServiceRow>[]>(
+    () => [
+      { id: 'title', title: t('services.name'), value: ({ title }) => title, width: '28%' },
+      { id: 'facts', title: t('services.facts'), value: ({ facts }) => facts },
+      {
+        id: 'commands',
+        title: t('services.commands'),
+        value: ({ commands }) => commands.join(', '),
+        cell: (service) =>
+          service.type !== undefined &&
+          service.commands.map((command) => (
+            <button key={command} type="button" class="link" onClick={() => void control(service, command)}>{commandText(command)}</button>
+          )),
+        width: '16rem',
+      },
+    ],
+    [language],
+  );
+  return (
+    <DataView
+      source={list}
+      reload={() => void services.reload()}
+      empty={{ when: (rows) => rows.length === 0, notice: <Notice icon="service" title={t('services.none')} /> }}
+    >
+      {(rows) => (
+        <Table label={t('developer.services')} rows={rows} rowKey={({ key }) => key} columns={columns} sort={{ column: 'title', descending: false }} />
+      )}
+    </DataView>
+  );
+}
+
+interface Device {
+  key: number;
+  name: string;
+  group: string;
+  status: string;
+}
+
+export const devices = createSource(async () => {
+  const reply = await explained(host.request('getPnpDevices', undefined, kTimeoutMs), () => t('devices.refused'));
+  return reply.devices.map((one, key): Device => ({ key, name: String(one.FriendlyName), group: String(one.Class), status: String(one.Status) }));
+});
+
+const isWell = ({ status }: Device) => status === 'OK';
+
+export function Devices() {
+  const list = useStore(devices);
+  const [group, setGroup] = useState('');
+  const language = locale();
+  const columns = useMemo<Column<Device>[]>(
+    () => [
+      { id: 'name', title: t('devices.name'), value: ({ name }) => name },
+      { id: 'group', title: t('devices.class'), value: (device) => device.group, width: '14rem' },
+      {
+        id: 'status',
+        title: t('devices.status'),
+        value: isWell,
+        text: ({ status }) => status,
+        cell: (device) => <span class={isWell(device) ? 'muted' : 'tag tag-danger'}>{device.status}</span>,
+        width: '10rem',
+      },
+    ],
+    [language],
+  );
+  return (
+    <DataView
+      source={list}
+      reload={() => void devices.reload()}
+      empty={{
+        when: (rows) => rows.length === 0,
+        notice: (
+          <Notice icon="developer" title={t('devices.none')}>
+            <p>{t('devices.noneHint')}</p>
+          </Notice>
+        ),
+      }}
+    >
+      {(rows) => (
+        <Table
+          label={t('developer.devices')}
+          rows={group === '' ? rows : rows.filter((device) => device.group === group)}
+          rowKey={({ key }) => key}
+          columns={columns}
+          sort={{ column: 'status', descending: false }}
+          tools={
+            <select aria-label={t('devices.class')} value={group} onChange={(event) => setGroup(event.currentTarget.value)}>
+              <option value="">{t('devices.all')}</option>
+              {[...new Set(rows.map((device) => device.group))].sort().map((one) => (
+                <option key={one} value={one}>{one}</option>
+              ))}
+            </select>
+          }
+        />
+      )}
+    </DataView>
+  );
+}

@@ -1,0 +1,169 @@
+import { useId, useMemo, useState } from 'preact/hooks';
+import { isList, isRepeated, joinList, nameFault, splitList } from '../lib/variables.ts';
+import { saveVariable, scopes, variables, type Variable } from '../state/variables.ts';
+import { locale, t } from '../text/text.ts';
+import { Button, IconButton } from '../ui/button.tsx';
+import { DataView } from '../ui/data_view.tsx';
+import { confirm, Dialog } from '../ui/dialog.tsx';
+import { useStore } from '../ui/hooks.ts';
+import { Table, useSelection, type Column } from '../ui/table.tsx';
+
+const keyOf = ({ scope, name }: Variable) => `${scope}\n${name}`;
+const scopeText = ({ scope }: Pick<Variable, 'scope'>) => t(`variables.${scope}`);
+
+async function remove(list: Variable[]) {
+  const agreed = await confirm({
+    title: t('variables.deleteTitle', { n: list.length }),
+    body: t('variables.deleteBody'),
+    items: list.map((one) => `${one.name} (${scopeText(one)})`),
+    name_all: true,
+    verb: t('variables.delete'),
+    danger: true,
+  });
+  if (agreed) for (const one of list) await saveVariable(one, true);
+}
+
+export function Variables() {
+  const list = useStore(variables);
+  const selection = useSelection();
+  const [opened, setOpened] = useState<Variable | 'new'>();
+  const language = locale();
+  const columns = useMemo<Column<Variable>[]>(
+    () => [
+      { id: 'name', title: t('variables.name'), value: ({ name }) => name, width: '26%' },
+      { id: 'scope', title: t('variables.scope'), value: scopeText, width: '9rem' },
+      { id: 'value', title: t('variables.value'), value: ({ value }) => value },
+    ],
+    [language],
+  );
+  const chosen = (list.data ?? []).filter((one) => selection[0].keys.has(keyOf(one)));
+  return (
+    <DataView source={list} reload={() => void variables.reload()}>
+      {(rows) => (
+        <>
+          <Table
+            label={t('developer.variables')}
+            rows={rows}
+            rowKey={keyOf}
+            columns={columns}
+            sort={{ column: 'name', descending: false }}
+            selection={selection}
+            onActivate={(row) => setOpened(row)}
+            menu={(marked) => [
+              ...(marked.length === 1 ? [{ label: t('variables.edit'), run: () => setOpened(marked[0]!) }] : []),
+              { label: t('variables.delete'), icon: 'remove', danger: true, run: () => void remove(marked) },
+            ]}
+            tools={
+              <>
+                <Button onClick={() => setOpened('new')}>{t('variables.add')}</Button>
+                <Button disabled={chosen.length !== 1} onClick={() => setOpened(chosen[0])}>{t('variables.edit')}</Button>
+                <Button icon="remove" disabled={chosen.length === 0} onClick={() => void remove(chosen)}>{t('variables.delete')}</Button>
+              </>
+            }
+          />
+          {opened && (
+            <VariableDialog
+              key={opened === 'new' ? opened : keyOf(opened)}
+              all={rows}
+              {...(opened !== 'new' && { before: opened })}
+              onClose={() => setOpened(undefined)}
+            />
+          )}
+        </>
+      )}
+    </DataView>
+  );
+}
+
+function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Variable; onClose(): void }) {
+  const [now, setNow] = useState<Variable>(before ?? { scope: 'user', name: '', value: '' });
+  const [raw, setRaw] = useState(!before || !isList(before.name, before.value));
+  const [saving, setSaving] = useState(false);
+  const id = useId();
+  const fault = before ? undefined : nameFault(now.name, all.filter(({ scope }) => scope === now.scope).map(({ name }) => name));
+  const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
+  async function save() {
+    setSaving(true);
+    if (await saveVariable(now)) onClose();
+    else setSaving(false);
+  }
+  return (
+    <Dialog
+      title={before ? `${before.name} (${scopeText(before)})` : t('variables.add')}
+      onClose={onClose}
+      actions={
+        <>
+          <Button onClick={onClose}>{t('app.cancel')}</Button>
+          <Button kind="primary" disabled={saving || fault !== undefined || now.value === before?.value} onClick={() => void save()}>
+            {t('variables.save')}
+          </Button>
+        </>
+      }
+    >
+      <div class="variable">
+        {!before && (
+          <>
+            <label for={`${id}-scope`}>{t('variables.scope')}</label>
+            <select id={`${id}-scope`} value={now.scope} onChange={(event) => change({ scope: event.currentTarget.value as Variable['scope'] })}>
+              {scopes.map((scope) => (
+                <option value={scope}>{scopeText({ scope })}</option>
+              ))}
+            </select>
+            <label for={`${id}-name`}>{t('variables.name')}</label>
+            <input id={`${id}-name`} data-first type="text" spellcheck={false} value={now.name} onInput={(event) => change({ name: event.currentTarget.value })} />
+            {fault && fault !== 'empty' && <p class="small" role="alert">{t(`variables.${fault}`)}</p>}
+          </>
+        )}
+        <div class="variable-head">
+          <label for={raw ? `${id}-value` : undefined}>{t('variables.value')}</label>
+          <button type="button" class="link" onClick={() => setRaw(!raw)}>{t(raw ? 'variables.asList' : 'variables.asText')}</button>
+        </div>
+        {raw ? (
+          <textarea
+            id={`${id}-value`}
+            data-first
+            rows={5}
+            spellcheck={false}
+            value={now.value}
+            onInput={(event) => change({ value: event.currentTarget.value.replace(/\n/g, '') })}
+          />
+        ) : (
+          <Entries value={now.value} onChange={(value) => change({ value })} />
+        )}
+      </div>
+    </Dialog>
+  );
+}
+
+/** The value as an ordered list. */
+function Entries({ value, onChange }: { value: string; onChange(value: string): void }) {
+  const entries = splitList(value);
+  const set = (next: string[]) => onChange(joinList(next));
+  const swap = (i: number, j: number) => set(entries.with(i, entries[j]!).with(j, entries[i]!));
+  return (
+    <>
+      <ol class="entries">
+        {entries.map((entry, i) => {
+          const n = i + 1;
+          return (
+            <li key={i}>
+              <input
+                type="text"
+                spellcheck={false}
+                aria-label={t('variables.entry', { n })}
+                placeholder={t('variables.emptyEntry')}
+                value={entry}
+                onInput={(event) => set(entries.with(i, event.currentTarget.value))}
+              />
+              {isRepeated(entries, i) && <span class="tag tag-warn">{t('variables.repeated')}</span>}
+              <IconButton icon="arrowUp" label={t('variables.up', { n })} disabled={i === 0} onClick={() => swap(i, i - 1)} />
+              <IconButton icon="arrowDown" label={t('variables.down', { n })} disabled={i === entries.length - 1} onClick={() => swap(i, i + 1)} />
+              <IconButton icon="remove" label={t('variables.removeEntry', { n })} onClick={() => set(entries.toSpliced(i, 1))} />
+            </li>
+          );
+        })}
+      </ol>
+      <Button onClick={() => set([...entries, ''])}>{t('variables.addEntry')}</Button>
+    </>
+  );
+}

@@ -1,0 +1,50 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { readService } from '../src/lib/services.ts';
+import { isList, isRepeated, joinList, nameFault, splitList } from '../src/lib/variables.ts';
+
+test('lists come apart and together again', () => {
+  const cases: [value: string, want: string[]][] = [
+    ['C:\\Windows;%USERPROFILE%\\bin', ['C:\\Windows', '%USERPROFILE%\\bin']],
+    ['', ['']],
+    ['C:\\a;;C:\\b;', ['C:\\a', '', 'C:\\b', '']],
+    ['"C:\\a;b";C:\\c', ['"C:\\a;b"', 'C:\\c']],
+    ['"C:\\open;C:\\c', ['"C:\\open;C:\\c']],
+    [' C:\\a ; C:\\b', [' C:\\a ', ' C:\\b']],
+  ];
+  for (const [value, want] of cases) {
+    assert.deepEqual(splitList(value), want, value);
+    assert.equal(joinList(splitList(value)), value);
+  }
+  assert.deepEqual(
+    [['Path', ''], ['PATHEXT', '.EXE'], ['X', 'a;b'], ['X', '"a;b"'], ['MYPATH', 'a']].map(([name, value]) => isList(name!, value!)),
+    [true, true, true, false, false],
+  );
+});
+
+test('entries that say the same again', () => {
+  const entries = ['C:\\Tools', 'c:\\tools\\', '"C:\\Tools"', 'C:\\Tools2', '', ''];
+  assert.deepEqual(entries.map((_, i) => isRepeated(entries, i)), [false, true, true, false, false, false]);
+});
+
+test('names of new variables', () => {
+  const names = ['Path', 'TEMP'];
+  assert.deepEqual(['', ' ', 'A=B', 'PATH', 'PATHS', '=C:'].map((name) => nameFault(name, names)), [
+    'empty', 'empty', 'equals', 'exists', undefined, 'equals',
+  ]);
+});
+
+test('services as reported: shown whatever they are, acted on only with what is there', () => {
+  const cases: [element: unknown, want: ReturnType<typeof readService>][] = [
+    [
+      { service_type: 'db', display_name: 'Database', status: 'running', port: 5432, commands: ['stop', '', 7, 'restart'] },
+      { title: 'Database', facts: 'status: running, port: 5432', type: 'db', commands: ['stop', 'restart'] },
+    ],
+    [{ service_type: 'db' }, { title: 'db', facts: '', type: 'db', commands: [] }],
+    [{ name: 'X', commands: 'start', up: null }, { title: 'X', facts: 'up: null', commands: [] }],
+    [{ up: true }, { title: '{"up":true}', facts: 'up: true', commands: [] }],
+    ['db', { title: 'db', facts: '', commands: [] }],
+    [null, { title: 'null', facts: '', commands: [] }],
+  ];
+  for (const [element, want] of cases) assert.deepEqual(readService(element), want, JSON.stringify(element));
+});
