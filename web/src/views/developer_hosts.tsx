@@ -41,8 +41,9 @@ function Editor({ text }: { text: string }) {
   }, [shown]);
 
   function measure() {
-    const { scrollTop: top, clientHeight: height } = area.current!;
-    setBox({ top, height, line: parseFloat(getComputedStyle(area.current!).lineHeight) });
+    if (!area.current) return; // a last scroll event of a view that is gone
+    const { scrollTop: top, clientHeight: height } = area.current;
+    setBox({ top, height, line: parseFloat(getComputedStyle(area.current).lineHeight) });
   }
   useEffect(() => {
     const observer = new ResizeObserver(measure);
@@ -85,7 +86,7 @@ function Editor({ text }: { text: string }) {
           />
         </div>
         <section class="hosts-problems" aria-label={t('hosts.problems')}>
-          <h3>{problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}</h3>
+          <h2>{problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}</h2>
           <ul>
             {problems.slice(0, kShownProblems).map((problem) => (
               <li key={`${problem.line} ${problem.word}`} data-problem={problem.kind}>
