@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -13,6 +12,7 @@
 
 #include "app/dispatcher.h"
 #include "base/exe_directory_win.h"
+#include "base/text.h"
 #include "testing/message_box_win.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
@@ -100,12 +100,40 @@ TEST(Actions, StandInTheFixedOrder) {
       "quickAction",
   };
   static_assert(std::size(kOrder) == 46);
-  auto place = std::begin(kOrder);
-  for (const Action& action : Actions()) {
-    place = std::find(place, std::end(kOrder), action.name);
-    ASSERT_NE(place, std::end(kOrder)) << action.name << " is unknown, a double or out of order";
-    ++place;
+  std::vector<std::string_view> names;
+  for (const Action& action : Actions()) names.push_back(action.name);
+  EXPECT_EQ(names, std::vector<std::string_view>(std::begin(kOrder), std::end(kOrder)));
+}
+
+// Of several missing fields one is named. Nothing is started, ended, written or deleted: the reply would be
+// another or a second one.
+TEST(Actions, RefuseARequestWithoutARequiredField) {
+  const struct {
+    std::wstring_view action;
+    const char* missing;  // type of the field
+  } cases[] = {
+      {L"saveEnvVariable", "string"},   {L"saveHostsFile", "string"},
+      {L"controlDevService", "string"}, {L"runPingDiagnostic", "string"},
+      {L"killProcess", "number"},       {L"deleteSpecificFiles", "array"},
+      {L"toggleStartupItem", "string"}, {L"toggleScheduleClean", "boolean"},
+      {L"uninstallApp", "string"},      {L"findLeftovers", "string"},
+      {L"cleanLeftovers", "array"},     {L"startDiskAnalysis", "string"},
+      {L"getFolderContents", "string"}, {L"installSoftware", "string"},
+      {L"installDriver", "string"},     {L"quickAction", "string"},
+  };
+  for (const auto& c : cases) {
+    const std::wstring request =
+        LR"({"action":")" + std::wstring(c.action) + LR"(","requestId":3,"data":{}})";
+    EXPECT_EQ(Dispatch(request), Replies{R"({"message":"[json.exception.type_error.302] type must be )" +
+                                         std::string(c.missing) + R"(, but is null","type":"error"})"})
+        << WideToUtf8(c.action);
   }
+  EXPECT_EQ(WaitForMessages(1, 300).size(), 0u) << "from a worker";
+}
+
+TEST(Actions, IgnoreAnUnknownRepair) {
+  EXPECT_TRUE(Dispatch(LR"({"action":"quickAction","requestId":3,"data":{"type":"other"}})").empty());
+  EXPECT_EQ(WaitForMessages(1, 300).size(), 0u) << "from a worker";
 }
 
 TEST(Actions, AnswerSmallRequestsExactly) {
