@@ -5,6 +5,12 @@
 
 #include "base/text.h"
 
+namespace {
+
+constexpr uint32_t kSoftwareLoopback = 24, kTunnel = 131;
+
+}  // namespace
+
 double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now) {
   if (previous.idle == 0) return 0;
   // Signed: the idle time is read apart from the others and may run ahead of their sum by a tick.
@@ -12,6 +18,16 @@ double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now) {
   const auto total = static_cast<int64_t>((now.user - previous.user) + (now.kernel - previous.kernel));
   if (total == 0) return 0;
   return (static_cast<double>(total) - static_cast<double>(idle)) * 100.0 / static_cast<double>(total);
+}
+
+NetworkCounters SumOctets(std::span<const InterfaceOctets> interfaces) {
+  NetworkCounters sum;
+  for (const InterfaceOctets& octets : interfaces) {
+    if (octets.type == kSoftwareLoopback) continue;
+    sum.received += octets.received;
+    sum.sent += octets.sent;
+  }
+  return sum;
 }
 
 NetworkRates RatesBetween(const NetworkCounters& previous, const NetworkCounters& now) {
@@ -37,7 +53,7 @@ Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t lif
 }
 
 bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type) {
-  constexpr uint32_t kUp = 1, kSoftwareLoopback = 24, kTunnel = 131;
+  constexpr uint32_t kUp = 1;
   return oper_status == kUp && if_type != kSoftwareLoopback && if_type != kTunnel;
 }
 

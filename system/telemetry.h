@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,14 @@ double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now);
 struct NetworkCounters {
   uint64_t received = 0, sent = 0, time_ms = 0;
 };
+
+// One interface's type (IANA number) and the system's 32-bit counters of it.
+struct InterfaceOctets {
+  uint32_t type = 0, received = 0, sent = 0;
+};
+
+// The sum over every interface but the loopback; time_ms is left at 0.
+NetworkCounters SumOctets(std::span<const InterfaceOctets> interfaces);
 
 struct NetworkRates {
   double download = 0, upload = 0;  // 2^20 bits per second

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "testing/recorded_message.h"
 
@@ -44,6 +45,29 @@ TEST(CpuLoadPercent, IsTheShareThatWasNotIdle) {
        75},
   };
   for (const auto& c : cases) EXPECT_DOUBLE_EQ(CpuLoadPercent(c.previous, c.now), c.want) << c.name;
+}
+
+TEST(SumOctets, CountsEveryInterfaceButTheLoopback) {
+  constexpr uint32_t kEthernet = 6, kWireless = 71, kTunnel = 131, kLoopback = 24;
+  struct {
+    const char* name;
+    std::vector<InterfaceOctets> interfaces;
+    uint64_t received, sent;
+  } cases[] = {
+      {"none", {}, 0, 0},
+      {"directions stay apart", {{kEthernet, 100, 7}}, 100, 7},
+      {"loopback in the middle", {{kEthernet, 1, 10}, {kLoopback, 1000, 1000}, {kWireless, 2, 20}}, 3, 30},
+      {"tunnels count", {{kTunnel, 5, 6}}, 5, 6},
+      {"more than 32 bits",
+       {{kEthernet, 4'294'967'295, 4'294'967'295}, {kWireless, 1, 4'294'967'295}},
+       4'294'967'296,
+       8'589'934'590},
+  };
+  for (const auto& c : cases) {
+    const NetworkCounters sum = SumOctets(c.interfaces);
+    EXPECT_EQ(sum.received, c.received) << c.name;
+    EXPECT_EQ(sum.sent, c.sent) << c.name;
+  }
 }
 
 TEST(RatesBetween, AreMegabitsAndNeverNegative) {

@@ -56,27 +56,25 @@ std::vector<DiskUsage> SampleDisks() {
   return disks;
 }
 
-// Octets of every interface but the loopback; zero when the table cannot be read. The system's counters have
-// 32 bits.
-NetworkCounters ReadNetworkCounters() {
-  NetworkCounters counters;
-  counters.time_ms = GetTickCount64();
+// GetIfTable; empty when the table cannot be read.
+std::vector<InterfaceOctets> ReadInterfaces() {
+  std::vector<InterfaceOctets> interfaces;
   ULONG size = 0;
-  if (GetIfTable(nullptr, &size, FALSE) != ERROR_INSUFFICIENT_BUFFER) return counters;
+  if (GetIfTable(nullptr, &size, FALSE) != ERROR_INSUFFICIENT_BUFFER) return interfaces;
   std::vector<BYTE> buffer(size);
   const auto* table = reinterpret_cast<const MIB_IFTABLE*>(buffer.data());
-  if (GetIfTable(reinterpret_cast<MIB_IFTABLE*>(buffer.data()), &size, FALSE) != NO_ERROR) return counters;
+  if (GetIfTable(reinterpret_cast<MIB_IFTABLE*>(buffer.data()), &size, FALSE) != NO_ERROR) return interfaces;
   for (DWORD i = 0; i < table->dwNumEntries; ++i) {
     const MIB_IFROW& row = table->table[i];
-    if (row.dwType == IF_TYPE_SOFTWARE_LOOPBACK) continue;
-    counters.received += row.dwInOctets;
-    counters.sent += row.dwOutOctets;
+    interfaces.push_back({row.dwType, row.dwInOctets, row.dwOutOctets});
   }
-  return counters;
+  return interfaces;
 }
 
 NetworkRates SampleNetworkRates() {
-  const NetworkCounters now = ReadNetworkCounters();
+  const uint64_t time_ms = GetTickCount64();
+  NetworkCounters now = SumOctets(ReadInterfaces());
+  now.time_ms = time_ms;
   const NetworkRates rates = RatesBetween(g_previous_network, now);
   g_previous_network = now;
   return rates;
