@@ -25,12 +25,13 @@ function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
   const saving = useStore(savingHosts);
   const area = useRef<HTMLTextAreaElement>(null);
+  const held = useRef<string>(); // what the area holds: reading it anew costs as much as the file is long
   const shown = edited ?? text;
   const [checked, setChecked] = useState<{ lines: number; problems: Problem[] }>({ lines: 0, problems: [] });
   const [box, setBox] = useState({ top: 0, height: 0, line: 20 });
 
   useLayoutEffect(() => {
-    if (area.current!.value !== shown) area.current!.value = shown;
+    if (held.current !== shown) area.current!.value = held.current = shown;
   }, [shown]);
   useEffect(() => {
     const timer = setTimeout(() => {
@@ -76,7 +77,7 @@ function Editor({ text }: { text: string }) {
             wrap="off"
             spellcheck={false}
             aria-label={t('hosts.text')}
-            onInput={(event) => editHosts(event.currentTarget.value)}
+            onInput={(event) => editHosts((held.current = event.currentTarget.value))}
             onScroll={measure}
             onKeyDown={(event) => {
               if (!event.ctrlKey || event.key.toLowerCase() !== 's') return;
