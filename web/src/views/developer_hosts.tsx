@@ -25,7 +25,7 @@ function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
   const saving = useStore(savingHosts);
   const area = useRef<HTMLTextAreaElement>(null);
-  const held = useRef<string>(); // what the area holds: reading it anew costs as much as the file is long
+  const held = useRef(''); // what the area holds: reading it anew costs as much as the file is long
   const shown = edited ?? text;
   const [checked, setChecked] = useState<{ lines: number; problems: Problem[] }>({ lines: 0, problems: [] });
   const [box, setBox] = useState({ top: 0, height: 0, line: 20 });
