@@ -4,7 +4,7 @@ import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
 import { confirm } from '../ui/dialog.tsx';
-import { errorText } from '../ui/error_text.ts';
+import { errorText, explained } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
 
 // The helper service may have to carry megabytes.
@@ -24,7 +24,10 @@ function readFile(content: string): HostsFile {
   return { mark, stored, text: withLf(stored) };
 }
 
-export const hosts = createSource(async () => readFile((await host.request('getHostsFile', undefined, kTimeoutMs)).content));
+export const hosts = createSource(async () => {
+  const { content } = await explained(host.request('getHostsFile', undefined, kTimeoutMs), () => t('hosts.unreadable'));
+  return readFile(content);
+});
 
 /** What has been edited and not saved; outlives the view. */
 export const draft = createStore<string | undefined>(undefined);

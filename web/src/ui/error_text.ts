@@ -6,3 +6,12 @@ export function errorText(error: unknown, unexplained = t('error.refused')): str
   if (!(error instanceof BridgeError)) return t('error.unknown');
   return error.kind === 'refused' ? error.reason || unexplained : t(`error.${error.kind}`);
 }
+
+/** Gives words to a refusal that comes without a reason. */
+export async function explained<T>(answer: Promise<T>, unexplained: () => string): Promise<T> {
+  try {
+    return await answer;
+  } catch (error) {
+    throw new BridgeError('refused', errorText(error, unexplained()));
+  }
+}

@@ -1,26 +1,16 @@
 import { useMemo, useState } from 'preact/hooks';
-import { BridgeError } from '../bridge/bridge.ts';
 import { host } from '../bridge/host.ts';
 import { readService, type DevService } from '../lib/services.ts';
 import { createSource } from '../lib/source.ts';
 import { locale, t } from '../text/text.ts';
 import { DataView, Notice } from '../ui/data_view.tsx';
 import { confirm } from '../ui/dialog.tsx';
-import { errorText } from '../ui/error_text.ts';
+import { errorText, explained } from '../ui/error_text.ts';
 import { useStore } from '../ui/hooks.ts';
 import { Table, type Column } from '../ui/table.tsx';
 import { toast } from '../ui/toast.tsx';
 
 const kTimeoutMs = 120_000;
-
-/** The host refuses both lists without a word; this gives the refusal one. */
-async function explained<T>(answer: Promise<T>, why: () => string): Promise<T> {
-  try {
-    return await answer;
-  } catch (error) {
-    throw new BridgeError('refused', errorText(error, why()));
-  }
-}
 
 type ServiceRow = DevService & { key: number };
 

@@ -161,7 +161,7 @@ function Diagnostics() {
             </p>
             {ends.shown && <Button onClick={stopShowing}>{t('diagnostics.stop')}</Button>}
           </div>
-          {ends.shown && <p class="muted small">{t(ends.owed > 0 ? 'diagnostics.owed' : 'diagnostics.stopHint')}</p>}
+          {ends.shown && <p class="muted small">{t(ends.mixed ? 'diagnostics.owed' : 'diagnostics.stopHint')}</p>}
           <ToolLog label={t('diagnostics.output')} lines={run.lines} />
         </>
       )}
