@@ -80,7 +80,7 @@ function Ports({ rows }: { rows: Port[] }) {
             {t(`reach.${reachOf(local)}`)}
           </span>
         ),
-        width: '10.5rem',
+        width: '10rem',
       },
       {
         id: 'process',
@@ -88,7 +88,7 @@ function Ports({ rows }: { rows: Port[] }) {
         value: ({ pid }) => `${names.get(pid) ?? ''} ${pid}`,
         cell: ({ pid }) => (
           <button type="button" class="link" title={t('network.show', { pid })} onClick={() => void showProcess(Number(pid))}>
-            {names.get(pid) ?? 'PID'} <span class="muted">{pid}</span>
+            {pid} <span class="muted">{names.get(pid)}</span>
           </button>
         ),
       },
