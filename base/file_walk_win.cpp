@@ -44,14 +44,16 @@ DWORD Remove(BOOL(WINAPI* remove)(const wchar_t*), const std::wstring& path, DWO
 }
 
 // Opens a folder so that nobody can rename or delete it, and thus put a link in its place, until the handle
-// is closed. Nothing when it cannot be opened, or has become a link since it was listed.
+// is closed. (Whoever owns the folder can still empty it and turn it into a junction where it stands.)
+// Nothing when it cannot be opened, or has become a link since it was listed. Of the attribute queries, this
+// one is answered by every file system.
 FileHandle HoldFolder(const std::wstring& path) {
   FileHandle folder(CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_EXISTING,
                                 FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  FILE_ATTRIBUTE_TAG_INFO information = {};
+  FILE_BASIC_INFO information = {};
   if (folder &&
-      (!GetFileInformationByHandleEx(folder.get(), FileAttributeTagInfo, &information, sizeof(information)) ||
+      (!GetFileInformationByHandleEx(folder.get(), FileBasicInfo, &information, sizeof(information)) ||
        IsReparsePoint(information.FileAttributes)))
     folder.reset();
   return folder;

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "base/text.h"
 #include "clean/downloads.h"
 #include "clean/junk.h"
 #include "clean/system_files.h"
@@ -37,6 +38,18 @@ TEST(JunkCategories, FoldersMeasuredAndCleaned) {
     EXPECT_EQ(cleaned, want[i].cleaned) << want[i].key;
     EXPECT_EQ(only_measured, want[i].only_measured) << want[i].key;
   }
+}
+
+TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
+  const KeptFolders kept = {LR"(C:\Windows)", {LR"(D:\Apps\Varnel\bin)", LR"(C:\Users\Jiří Novák\)"}};
+  for (const wchar_t* folder :
+       {LR"(C:\Users\Jiří Novák\AppData\Local\Temp\)", LR"(R:\)", LR"(E:\Temp)", LR"(C:\Temp\)",
+        LR"(C:\Windows\Temp)", LR"(c:\windows\SYSTEMTEMP\)", LR"(C:\WindowsTemp)", LR"(C:\Users\Jiří)"})
+    EXPECT_TRUE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
+  for (const wchar_t* folder : {LR"(C:\)", LR"(C:)", LR"(C:/)", LR"(c:\users)", LR"(C:\USERS\Jiří novák)",
+                                LR"(C:\Users\Jiří Novák\\)", LR"(C:\Windows\)", LR"(C:\Windows\System32\)",
+                                LR"(C:\Windows\Temporary)", LR"(D:\Apps)", LR"(D:\Apps\Varnel\bin\)"})
+    EXPECT_FALSE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
 }
 
 TEST(ReadJunkSelection, SelectsWhateverIsNotDeselected) {

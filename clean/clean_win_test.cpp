@@ -132,8 +132,10 @@ TEST_F(Junk, IgnoresMissingFolders) {
 
 // Without TMP and TEMP, GetTempPathW answers with the profile folder.
 TEST_F(Junk, TheProfileIsNoTemporaryFolder) {
-  const EnvironmentText profile(L"USERPROFILE", temp_.path.c_str());
-  for (const wchar_t* text : {static_cast<const wchar_t*>(nullptr), L""}) {
+  const std::wstring profile_path = temp_.path + L"\\a";
+  const EnvironmentText profile(L"USERPROFILE", profile_path.c_str());
+  for (const wchar_t* text :
+       {static_cast<const wchar_t*>(nullptr), L"", profile_path.c_str(), temp_.path.c_str()}) {
     const EnvironmentText tmp(L"TMP", text);
     const EnvironmentText temp(L"TEMP", text);
     EXPECT_EQ(MeasureJunkSizes().bytes[1], 0u);
@@ -280,6 +282,21 @@ TEST_F(Downloads, LooksIntoTheProfileWhenTheShellKnowsNoFolder) {
         ElementsAre(
             R"({"count":0,"items":[],"requestId":9,"success":true,"totalBytes":0,"type":"getDownloadsJunk"})"));
   }
+}
+
+TEST_F(Downloads, RecyclesNothingByAnotherName) {
+  Put(L"kept.zip", 20, 0);
+  // Only by this form of its path can it be made, and deleted at the end.
+  const std::wstring dotted = LR"(\\?\)" + folder_.path + L"\\kept.zip.";
+  EXPECT_TRUE(FileHandle(CreateFileW(dotted.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr)));
+  const std::string folder = WideToUtf8(folder_.path), file = folder + "\\kept.zip";
+  deleteSpecificFiles(10, {file + ".", file + " ", folder + "\\.\\kept.zip", folder + "\\x\\..\\kept.zip",
+                           "kept.zip", folder + "/kept.zip", file + std::string("\0x", 2), "C:", ""});
+  EXPECT_TRUE(Exists(folder_.path + L"\\kept.zip"));
+  EXPECT_TRUE(DeleteFileW(dotted.c_str()));
+  EXPECT_THAT(
+      TakePostedTexts(),
+      ElementsAre(R"({"deletedCount":0,"requestId":10,"success":false,"type":"deleteSpecificFiles"})"));
 }
 
 TEST_F(Downloads, MovesFilesToTheRecycleBin) {

@@ -51,9 +51,19 @@ class ComApartment {
   HRESULT result_;
 };
 
-bool MoveToRecycleBin(const std::string& path) {
+// The shell changes some names before it acts: it drops dots and blanks at an end, and deletes for good,
+// without the Recycle Bin, what is not a full path. Only a path that stands for exactly one file and for
+// itself may reach it.
+bool NamesItself(const std::wstring& path) {
+  wchar_t full[32768];
+  const DWORD length = GetFullPathNameW(path.c_str(), 32768, full, nullptr);
+  return length > 0 && path == std::wstring_view(full, length);
+}
+
+bool MoveToRecycleBin(const std::wstring& path) {
+  if (!NamesItself(path)) return false;
   // The shell reads a list of texts that an empty one ends.
-  const std::wstring list = Utf8ToWide(path) + L'\0';
+  const std::wstring list = path + L'\0';
   SHFILEOPSTRUCTW operation = {};
   operation.wFunc = FO_DELETE;
   operation.pFrom = list.c_str();
@@ -81,6 +91,6 @@ void deleteSpecificFiles(int request_id, const std::vector<std::string>& paths) 
   const ComApartment apartment;
   size_t deleted_count = 0;
   for (const std::string& path : paths)
-    if (!path.empty() && MoveToRecycleBin(path)) ++deleted_count;
+    if (MoveToRecycleBin(Utf8ToWide(path))) ++deleted_count;
   PostJsonToJs(BuildDeletedReply(request_id, deleted_count));
 }

@@ -4,9 +4,16 @@
 #include <numeric>
 #include <utility>
 
+#include "base/lower_case.h"
 #include "exec/service_protocol.h"
 
 namespace {
+
+// Folders in one form: lower case, one separator at the end.
+std::wstring Normalized(std::wstring_view folder) {
+  while (folder.ends_with(L'\\') || folder.ends_with(L'/')) folder.remove_suffix(1);
+  return LowerCase(std::wstring(folder)) + L'\\';
+}
 
 // What the service counts, and where its figure goes.
 struct ServiceSize {
@@ -50,4 +57,13 @@ std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_
                         {"total", sizes.Total()},
                         {"bytes", sizes.Total()}}
       .dump();
+}
+
+bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept) {
+  const std::wstring path = Normalized(folder), windows = Normalized(kept.windows);
+  for (const std::wstring& other : kept.others)
+    if (Normalized(other).starts_with(path)) return false;
+  if (windows.starts_with(path)) return false;
+  if (!path.starts_with(windows)) return true;
+  return path.starts_with(windows + L"temp\\") || path.starts_with(windows + L"systemtemp\\");
 }

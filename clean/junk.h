@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -59,6 +60,16 @@ inline constexpr std::array<JunkCategory, kJunkCategoryCount> kJunkCategories = 
     {"shaderCache", JunkBase::kLocalAppData, kShaderCacheFolders},
     {"systemLogs", JunkBase::kNone, kSystemLogsFolders},
 }};
+
+// Folders that hold what is no junk. Paths are absolute, with or without a separator at their end.
+struct KeptFolders {
+  std::wstring windows;              // only its Temp and SystemTemp may be emptied
+  std::vector<std::wstring> others;  // neither they nor a folder above them may be
+};
+
+// Whether the folder that the system names as temporary may be emptied. Environment variables decide which it
+// is, so it can be the profile, a whole drive or the system's own folder.
+bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept);
 
 // Bytes of each category, in the order of kJunkCategories.
 struct JunkSizes {

@@ -7,14 +7,22 @@
 #include <exception>
 #include <optional>
 
+#include "base/exe_directory_win.h"
 #include "base/file_walk_win.h"
 #include "base/page.h"
 #include "exec/service_pipe_win.h"
 
 namespace {
 
-bool HasEnvironmentVariable(const wchar_t* name) {
-  return GetEnvironmentVariableW(name, nullptr, 0) > 1;  // 1: an empty text's terminator
+KeptFolders FoldersToKeep() {
+  wchar_t path[MAX_PATH] = {};
+  KeptFolders kept;
+  GetWindowsDirectoryW(path, MAX_PATH);
+  kept.windows = path;
+  kept.others.push_back(GetExeDirectory());
+  const DWORD length = GetEnvironmentVariableW(L"USERPROFILE", path, MAX_PATH);
+  if (length > 0 && length < MAX_PATH) kept.others.emplace_back(path);
+  return kept;
 }
 
 // Nothing when the folder cannot be found.
@@ -24,11 +32,14 @@ std::optional<std::wstring> BasePath(JunkBase base) {
     case JunkBase::kNone:
       return L"";
     case JunkBase::kUserTemp: {
-      // Without either variable GetTempPathW answers with the profile or the Windows folder, and those are
-      // not junk.
-      if (!HasEnvironmentVariable(L"TMP") && !HasEnvironmentVariable(L"TEMP")) return std::nullopt;
       const DWORD length = GetTempPathW(MAX_PATH, path);
       if (length == 0 || length >= MAX_PATH) return std::nullopt;
+      // A short name such as C:\USERS\JOHNDO~1 would not be recognised; a folder that is missing keeps its
+      // name.
+      wchar_t long_path[MAX_PATH] = {};
+      const DWORD long_length = GetLongPathNameW(path, long_path, MAX_PATH);
+      const bool is_known = long_length > 0 && long_length < MAX_PATH;
+      if (!MayBeEmptied(is_known ? long_path : path, FoldersToKeep())) return std::nullopt;
       return path;
     }
     case JunkBase::kLocalAppData:

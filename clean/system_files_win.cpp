@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "base/file_walk_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "clean/system_files.h"
@@ -10,11 +11,17 @@
 
 namespace {
 
-// Nothing is opened, so that files which the system keeps locked are measured too.
+// Files that the system keeps locked are measured too. The page and swap file refuse even the query of their
+// attributes; what their folder says of them is asked then, which opens nothing.
 SystemFileInfo ReadSystemFile(const wchar_t* path) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
-  if (!GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return {};
-  return {true, uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data))
+    return {true, uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  if (GetLastError() != ERROR_SHARING_VIOLATION) return {};
+  WIN32_FIND_DATAW entry = {};
+  const FindHandle find(FindFirstFileW(path, &entry));
+  if (!find) return {};
+  return {true, SizeBytes(entry)};
 }
 
 bool IsHibernationEnabled() {

@@ -85,9 +85,13 @@ struct StandInNtfs::Hooks {
     return file;
   }
   static BOOL WINAPI Information(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* information, DWORD size) {
+    if (kind == FileAttributeTagInfo) {  // not every file system of Windows answers it
+      SetLastError(ERROR_INVALID_PARAMETER);
+      return FALSE;
+    }
     if (!get_information.system(file, kind, information, size)) return FALSE;
-    if (kind == FileAttributeTagInfo && g_ntfs->open_links_.contains(file))
-      static_cast<FILE_ATTRIBUTE_TAG_INFO*>(information)->FileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    if (kind == FileBasicInfo && g_ntfs->open_links_.contains(file))
+      static_cast<FILE_BASIC_INFO*>(information)->FileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     return TRUE;
   }
   static BOOL WINAPI Delete(const wchar_t* path) {

@@ -76,7 +76,8 @@ interface CardProps {
 
 function JunkCard({ category, size, outcome, ticked, disabled }: CardProps) {
   const id = useId();
-  const toggle = (on: boolean) => cleaning.set({ ...cleaning.get(), ticks: tick(cleaning.get().ticks, category, on) });
+  // What the last clean freed gives way to what the next one would.
+  const toggle = (on: boolean) => cleaning.set({ since: cleaning.get().since, ticks: tick(cleaning.get().ticks, category, on) });
   return (
     <label class="card junk" data-junk={category}>
       <span class="junk-name">
