@@ -77,7 +77,10 @@ interface CardProps {
 function JunkCard({ category, size, outcome, ticked, disabled }: CardProps) {
   const id = useId();
   // What the last clean freed gives way to what the next one would.
-  const toggle = (on: boolean) => cleaning.set({ since: cleaning.get().since, ticks: tick(cleaning.get().ticks, category, on) });
+  const toggle = (on: boolean) => {
+    const { done: _, ...rest } = cleaning.get();
+    cleaning.set({ ...rest, ticks: tick(rest.ticks, category, on) });
+  };
   return (
     <label class="card junk" data-junk={category}>
       <span class="junk-name">
