@@ -4,7 +4,7 @@ import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { withVarnel } from './harness.mjs';
-import { buildFolder } from './wine.mjs';
+import { buildFolder, copyInto, makeFolder, standIn } from './wine.mjs';
 
 const kOrigin = 'https://varnel.local';
 
@@ -52,6 +52,17 @@ test('other paths come from the public folder', () => withVarnel({}, async (app)
   assert.equal(text, 'from the folder');
 }));
 
+test('the public folder beside the executable comes before the one above', async () => {
+  const folder = await makeFolder();
+  const binFolder = join(folder.unix, 'bin');
+  await copyInto(binFolder, { 'Varnel.exe': join(buildFolder, 'bin/Varnel.exe'), 'WebView2Loader.dll': standIn('WebView2Loader.dll') });
+  await mkdir(join(binFolder, 'public'));
+  await mkdir(join(folder.unix, 'public'));
+  await withVarnel({ page: false, folder }, (app) => {
+    assert.equal(app.recorded.folder.folder, `${folder.windows}\\bin\\public`);
+  });
+});
+
 test('each load of the page pushes the status', () => withVarnel({}, async (app) => {
   const pushed = () => app.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0);
   await app.waitUntil(() => pushed().length === 1, 'the first status push');
@@ -79,7 +90,7 @@ test('without a browser runtime the window stays and nothing crashes', async (t)
   }
 });
 
-test('--silent-clean anywhere in the command line cleans without window or browser', async () => {
+test('--silent-clean is found anywhere in the command line', async () => {
   await withVarnel({ args: ['--quiet', 'x--silent-clean=now', '/y'] }, async (app) => {
     assert.equal(await app.exited, 0);
     assert.equal(app.recorded.environment, undefined);
