@@ -43,4 +43,6 @@ std::string ConsoleTextToUtf8(std::string_view bytes) {
   return WideToUtf8(wide);
 }
 
-std::string FileTextToUtf8(std::string_view bytes) { return ConsoleTextToUtf8(bytes); }
+std::string FileTextToUtf8(std::string_view bytes) {
+  return ConsoleTextToUtf8(bytes);
+}

@@ -5,8 +5,8 @@
 #include <iterator>
 #include <string>
 
-// Text of testing/messages/<name>.json without its line end. The host's tests assert that they produce exactly this message, the
-// page's tests that they understand it, so the two cannot drift apart.
+// Text of testing/messages/<name>.json without its line end. The host's tests assert that they produce
+// exactly this message, the page's tests that they understand it, so the two cannot drift apart.
 inline std::string RecordedMessage(const std::string& name) {
   const auto folder = std::filesystem::path(__FILE__).parent_path() / "messages";
   std::ifstream file(folder / (name + ".json"), std::ios::binary);
