@@ -26,7 +26,7 @@ void startDiskAnalysis(int request_id, const std::string& drive) {
   const std::wstring root = Utf8ToWide(drive);
   auto folder_sizes = std::make_shared<FolderSizes>();
   std::vector<SystemHelper::DiskFileItem> files;
-  SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files, [request_id](int scanned, std::wstring folder) {
+  SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files, [request_id](int scanned, const std::wstring& folder) {
     PostJsonToJs(DiskProgressMessage(request_id, scanned, folder));
   });
   FolderSizeCache() = folder_sizes;
