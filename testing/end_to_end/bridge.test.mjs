@@ -3,7 +3,7 @@ import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { withVarnel } from './harness.mjs';
-import { copyInto, standIn } from './wine.mjs';
+import { copyInto, runInPrefix, standIn } from './wine.mjs';
 
 // Sends `message` and gives the exact texts that come back before the reply to a request sent after it.
 async function repliesTo(app, message) {
@@ -87,6 +87,26 @@ test('a thousand requests are answered in order', () => withVarnel({ page: false
   await Promise.all(sent);
   await app.waitUntil(() => app.texts.length === from + 1000, 'a thousand replies');
   assert.deepEqual(app.texts.slice(from), sent.map((_, i) => testBridgeReply(i + 1)));
+}));
+
+test('openUrl opens the url of the envelope and never that of the data', () => withVarnel({ page: false, tools: { 'opener.exe': {} } }, async (app) => {
+  // Of the prefix's machine: Wine finds no scheme of the user.
+  const kScheme = 'HKLM\\Software\\Classes\\varneltest';
+  const add = (key, ...words) => runInPrefix('reg', ['add', key, ...words, '/f']);
+  try {
+    await add(kScheme, '/v', 'URL Protocol', '/d', '');
+    await add(`${kScheme}\\shell\\open\\command`, '/ve', '/d', `${app.folder.windows}\\bin\\opener.exe "%1"`);
+    const opened = async () => (await app.toolCalls('opener')).map((line) => /varneltest:\w+/.exec(line)?.[0]);
+    for (const action of ['openUrl', 'openMailto']) {
+      assert.equal((await app.request(action, { url: `varneltest:data${action}` })).success, true);
+      assert.equal((await app.request(action, {}, { url: `varneltest:envelope${action}` })).success, true);
+    }
+    const late = Date.now() + 20_000;
+    while ((await opened()).length < 2 && Date.now() < late) await new Promise((resolve) => { setTimeout(resolve, 100); });
+    assert.deepEqual((await opened()).toSorted(), ['varneltest:envelopeopenMailto', 'varneltest:envelopeopenUrl']);
+  } finally {
+    await runInPrefix('reg', ['delete', kScheme, '/f']);
+  }
 }));
 
 test('an action started twice runs twice at the same time', () => {
