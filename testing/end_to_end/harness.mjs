@@ -55,6 +55,13 @@ export async function openView(page, id) {
   await page.waitForSelector(`main[data-view=${id}]`);
 }
 
+// Without the service its dialog opens whenever something asked for it.
+export async function closeServiceDialog(page) {
+  await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor();
+  await page.keyboard.press('Escape');
+  await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor({ state: 'detached' });
+}
+
 // Bytes as the page is to write them: three digits of the largest unit that gives at least 1.
 export function inWords(bytes, language = 'en') {
   const units = ['B', 'kB', 'MB', 'GB', 'TB'];
