@@ -1,0 +1,369 @@
+// Lists, scan, queue and leftovers through the page, with tools and service that print what the real ones do.
+import assert from 'node:assert/strict';
+import { mkdir, rename, rm, symlink, writeFile } from 'node:fs/promises';
+import { existsSync } from 'node:fs';
+import { userInfo } from 'node:os';
+import { join } from 'node:path';
+import { test } from 'node:test';
+
+import { checkAccessibility, closeServiceDialog, inWords, openView, screenshot, withVarnel } from './harness.mjs';
+import { filesBelow, makeFolder, prepareWine, runInPrefix, unixPath } from './wine.mjs';
+
+const kAskUpdates = 'winget upgrade --accept-source-agreements --disable-interactivity';
+const kAskInstalled = 'winget list --accept-source-agreements --disable-interactivity';
+
+const crlf = (text) => text.replace(/^\n/, '').replaceAll('\n', '\r\n');
+const hex = (text) => Buffer.from(text, 'latin1').toString('hex');
+const kBlanks = ' '.repeat(120);
+const kSpinner = `\r   - \r   \\ \r   | \r${kBlanks}\r`;
+const bar = (done, sizes) => `\r  ${'█'.repeat(done)}${'▒'.repeat(30 - done)}  ${sizes}`;
+
+// What the tool leaves between columns is one blank where a cell is the widest; the second table is not read.
+const kUpdates = crlf(`
+Name                         Id                Version Available Source
+------------------------------------------------------------------------
+Tarn Sync                    Brook.TarnSync    1.0.2   1.2.0     winget
+Heron Media Suite 2024 (x64) Heron.MediaSuite  24.1    24.3.1    winget
+Copse                        9QX2B4LMN0PR      3.1.0.0 3.2.0.0   msstore
+Rill SDK                     Rill.SDK          < 6.0.8 6.0.8     winget
+Peat Notes                   Peat.NotesWithAc… 2.0     2.1       winget
+Fen Poznámky                 Fen.C++           1.0     1.1       winget
+6 upgrades available.
+
+The following packages have an upgrade available, but require explicit targeting for upgrade:
+Name        Id           Version Available Source
+-------------------------------------------------
+Moor Studio Moor.Studio  1.0     2.0       winget
+`);
+const kUpdateRows = [
+  ['Copse', '9QX2B4LMN0PR', '3.1.0.0', '3.2.0.0', 'msstore', ''],
+  ['Fen Poznámky', 'Fen.C++', '1.0', '1.1', 'winget', 'Nepovolené znaky'],
+  ['Heron Media Suite 2024 (x64)', 'Heron.MediaSuite', '24.1', '24.3.1', 'winget', ''],
+  ['Peat Notes', 'Peat.NotesWithAc…', '2.0', '2.1', 'winget', 'Zkrácený identifikátor'],
+  ['Rill SDK', 'Rill.SDK', '< 6.0.8', '6.0.8', 'winget', ''],
+  ['Tarn Sync', 'Brook.TarnSync', '1.0.2', '1.2.0', 'winget', ''],
+];
+const kInstalled = crlf(`
+Name                         Id                                     Version    Available Source
+-----------------------------------------------------------------------------------------------
+Heron Media Suite 2024 (x64) Heron.MediaSuite                       24.1       24.3.1    winget
+Tarn Sync                    Brook.TarnSync                         1.2.0                winget
+Peat Audio Console           ARP\\Machine\\X64\\{0F3C11AA-9B1D-22AA}   6.0.1.8731           
+Podzim Poznámky              MSIX\\Podzim.Poznamky_2.1.0.0_x64__h4k9 2.1.0.0              
+竹林メモ                     Chikurin.Memo                          4.0                  winget
+`);
+// The row with the widest identifier and no source comes as two cells, and the list takes three.
+const kInstalledRows = [
+  ['Heron Media Suite 2024 (x64)', 'Heron.MediaSuite', '24.1'],
+  ['Peat Audio Console', 'ARP\\Machine\\X64\\{0F3C11AA-9B1D-22AA}', '6.0.1.8731'],
+  ['Tarn Sync', 'Brook.TarnSync', '1.2.0'],
+  ['竹林メモ', 'Chikurin.Memo', '4.0'],
+];
+
+const kDriver = 'Moor Semiconductor Corp. - MEDIA - 6.0.9239.1';
+const kFirmware = 'Brook Firmware 1.14.0';
+const offers = (...updates) => ({ steps: [{ hex: 'efbbbf' }, { text: `${JSON.stringify({ scannedDriversCount: 214, updates })}\r\n` }] });
+const offer = (Title, more) => ({
+  Title, Description: 'Moor  driver', Categories: ['Drivers'], KBArticles: 'None', CurrentVersion: '6.0.9100.1', AvailableVersion: '6.0.9239.1',
+  ReleaseDate: '2024-07-03', Severity: 'Important', HardwareId: 'PCI\\VEN_1D17', IsSkipped: false, ...more,
+});
+
+const prints = (text, more) => ({ steps: [{ text: crlf(text) }], ...more });
+const winget = (...cases) => ({
+  'winget.exe': { cases: [...cases, { when: 'upgrade --accept', steps: [{ text: kSpinner + kUpdates }] }, { when: 'list', steps: [{ text: kSpinner + kInstalled }] }] },
+});
+
+// Cells of a grid's rows, without the column of tick boxes.
+const rowsOf = (page, label) => page.getByRole('grid', { name: label }).locator('tbody tr')
+  .evaluateAll((rows) => rows.map((row) => [...row.querySelectorAll('td, th')].slice(1).map((cell) => cell.innerText.trim())));
+const tick = (page, label, name) => page.getByRole('grid', { name: label }).getByRole('row').filter({ hasText: name }).getByRole('checkbox').click();
+const job = (page, id, state) => page.waitForSelector(`[data-job="${id}"][data-state=${state}]`);
+const linesOf = (page, selector) => page.locator(`${selector} > div`).allInnerTexts();
+const press = (scope, name) => scope.getByRole('button', { name, exact: true }).click();
+
+async function dialogOf(page, name) {
+  const dialog = page.getByRole('dialog', { name });
+  await dialog.waitFor();
+  return dialog;
+}
+
+test('the scan fills three lists and tells what it does', () => withVarnel({
+  settings: { theme: 'amethyst', language: 'cs' },
+  service: {},
+  tools: {
+    ...winget({ when: 'upgrade --accept', steps: [{ text: kSpinner }, { delay_ms: 700, text: kUpdates }], exit: 2316632107 }),
+    'powershell.exe': {
+      steps: [{ delay_ms: 4500 }, ...offers(offer(`Peat® & Co, Inc. - System - 10.1`), offer(kFirmware, { IsSkipped: true }), { ...offer(), Title: undefined, title: kDriver, Severity: null }).steps],
+    },
+  },
+}, async (app) => {
+  const { page } = app;
+  await openView(page, 'software');
+  await page.getByRole('button', { name: 'Zkontrolovat systém' }).first().click();
+  const said = page.locator('[data-testid=scan] [role=status]');
+  await said.filter({ hasText: 'Hledají se aktualizace programů' }).waitFor();
+  assert.equal(await page.getByRole('button', { name: 'Zkontrolovat systém' }).isDisabled(), true);
+  await press(page, 'Průběh v terminálu');
+  await said.filter({ hasText: 'Nalezeno 6 aktualizací, hledají se ovladače' }).waitFor();
+  await checkAccessibility(page);
+  await screenshot(page, 'software-scanning-amethyst-cs');
+  await said.waitFor({ state: 'detached' });
+
+  const scanned = app.messages.filter(({ type }) => type === 'scan_progress');
+  assert.deepEqual(scanned.map(({ status, ticks, softwareCount }) => [status, ticks ?? softwareCount]),
+    [['scanning_apps', undefined], ['scanning_drivers', 6], ['scanning_drivers_heartbeat', 1], ['done', undefined]]);
+  assert.deepEqual(await linesOf(page, '.terminal-output'), [
+    'Thread started: System Scan initiated.', 'Scanning software updates via winget...', 'Winget process returned non-zero code: 2316632107',
+    'Software scan finished. Found 6 packages.', 'Querying driver updates via Windows Update COM Agent...',
+    'Driver scan finished. Found 3 updates.', 'Scan completed successfully, dispatching JSON to JS.',
+  ]);
+  assert.deepEqual(await app.toolCalls('powershell'),
+    [`powershell -NoProfile -ExecutionPolicy Bypass -File "${app.folder.windows}\\bin\\check_updates.ps1"`]);
+  await app.waitUntilShown(async () => Date.now() - (await app.settingsFile()).lastScan < 60_000, 'the time of the scan to be stored');
+
+  assert.deepEqual(await rowsOf(page, 'Aktualizace'), kUpdateRows);
+  await page.locator('.obstacles summary', { hasText: '2' }).click();
+  await checkAccessibility(page);
+  await page.click('.terminal-toggle');
+  await screenshot(page, 'software-updates-amethyst-cs');
+
+  // An ignored row is out of the list and of its number, and stays so by its identifier.
+  await page.getByRole('row', { name: /Copse/ }).click({ button: 'right' });
+  await page.getByRole('menuitem', { name: 'Ignorovat', exact: true }).click();
+  await page.locator('[data-tab=updates] .tag', { hasText: /^5$/ }).waitFor();
+  assert.deepEqual((await rowsOf(page, 'Aktualizace')).map(([name]) => name), ['Fen Poznámky', 'Heron Media Suite 2024 (x64)', 'Peat Notes', 'Rill SDK', 'Tarn Sync']);
+  await app.waitUntilShown(async () => (await app.settingsFile()).ignoreList?.length === 1, 'the ignored row to be stored');
+  assert.deepEqual((await app.settingsFile()).ignoreList, [{ id: '9QX2B4LMN0PR', type: 'software' }]);
+
+  await page.click('[data-tab=installed]');
+  assert.deepEqual((await rowsOf(page, 'Nainstalované')).map((cells) => cells.slice(0, 3)), kInstalledRows);
+  await screenshot(page, 'software-installed-amethyst-cs');
+  await page.click('[data-tab=drivers]');
+  assert.deepEqual(await rowsOf(page, 'Ovladače'), [
+    [kFirmware, '6.0.9100.1', '6.0.9239.1', '3. 7. 2024', 'Important', 'Skryto ve Windows'],
+    [kDriver, '6.0.9100.1', '6.0.9239.1', '3. 7. 2024', '—', ''],
+    ['Peat® & Co, Inc. - System - 10.1', '6.0.9100.1', '6.0.9239.1', '3. 7. 2024', 'Important', 'Nepovolené znaky'],
+  ]);
+  assert.equal(await page.innerText('[data-testid=drivers-checked]'), 'Zkontrolováno 214 ovladačů');
+  await checkAccessibility(page);
+  await screenshot(page, 'software-drivers-amethyst-cs');
+  assert.deepEqual(await app.toolCalls('winget'), [kAskUpdates, kAskInstalled]);
+}));
+
+test('a queue of three runs one by one, and a failure does not stop it', () => withVarnel({
+  settings: { theme: 'light', language: 'en' },
+  viewport: { width: 1250, height: 700 },
+  service: {},
+  tools: winget(
+    { when: '--id "9QX2B4LMN0PR"', ...prints('Found Copse [9QX2B4LMN0PR] Version 3.2.0.0\nStarting package install...\nSuccessfully installed\n', { exit: 0x8a150109 }) },
+    {
+      // The package's own installer writes in the console's code page and ends its lines as it likes.
+      when: '--id "Heron.MediaSuite"',
+      steps: [{ text: `${kSpinner}Found Heron Media Suite [Heron.MediaSuite] Version 24.3.1\r\n` }, { hex: hex('Kann B\x81ro nicht schlie\xe1en\r\r\nInstaller failed with exit code: 1603\r\n') }],
+      exit: 0x8a150006,
+    },
+    {
+      when: '--id "Brook.TarnSync"',
+      steps: [
+        { text: `${kSpinner}Found Tarn Sync [Brook.TarnSync] Version 1.2.0\r\n${bar(0, '1024 KB / 63.0 MB')}` },
+        { text: `${bar(14, '30.1 MB / 63.0 MB')}\r` }, { delay_ms: 4000, text: `${bar(30, '63.0 MB / 63.0 MB')}\r\n` },
+        { text: crlf('Successfully verified installer hash\nStarting package install...\nSuccessfully installed\n') },
+      ],
+    }),
+}, async (app) => {
+  const { page } = app;
+  await openView(page, 'software');
+  await page.keyboard.press('F5');
+  await page.getByRole('grid', { name: 'Updates' }).waitFor();
+  for (const name of ['Tarn Sync', 'Copse', 'Heron', 'Peat Notes', 'Fen Poznámky']) await tick(page, 'Updates', name);
+  await press(page, 'Update selected (3)');
+  await job(page, 'Brook.TarnSync', 'running');
+  await page.locator('[data-job="Brook.TarnSync"]', { hasText: '48%' }).waitFor();
+  for (const id of ['Heron.MediaSuite', '9QX2B4LMN0PR']) await job(page, id, 'waiting');
+  await screenshot(page, 'software-queue-light-en');
+  await checkAccessibility(page);
+  await job(page, 'Brook.TarnSync', 'done');
+  await job(page, '9QX2B4LMN0PR', 'restart');
+  await job(page, 'Heron.MediaSuite', 'failed');
+  assert.match(await page.innerText('[data-job="Heron.MediaSuite"]'), /The program’s installer failed; its own code is in the output\. \(code 0x8A150006\)/);
+  assert.match(await page.innerText('.jobs'), /Windows has to be restarted to finish/);
+  for (const id of ['Heron.MediaSuite', 'Brook.TarnSync']) await page.click(`[data-job="${id}"] summary`);
+  assert.deepEqual((await linesOf(page, '[data-job="Heron.MediaSuite"] [role=log]')).slice(-3),
+    ['Found Heron Media Suite [Heron.MediaSuite] Version 24.3.1', 'Kann Büro nicht schließen', 'Installer failed with exit code: 1603']);
+  assert.deepEqual((await linesOf(page, '[data-job="Brook.TarnSync"] [role=log]')).slice(-5), [
+    'Found Tarn Sync [Brook.TarnSync] Version 1.2.0', `${'█'.repeat(30)}  63.0 MB / 63.0 MB`,
+    'Successfully verified installer hash', 'Starting package install...', 'Successfully installed',
+  ]);
+  await screenshot(page, 'software-queue-ended-light-en');
+  await checkAccessibility(page);
+
+  // One tool at a time, and what has changed is listed anew.
+  const ends = app.messages.filter(({ type, streamType }) => type === 'update_stream' && streamType !== 'stdout');
+  assert.deepEqual(ends.map(({ streamType, code }) => code ?? streamType), ['status', 0, 'status', 0x8a150006, 'status', 0x8a150109]);
+  const update = (id) => `winget upgrade --id "${id}" --silent --accept-package-agreements --accept-source-agreements --disable-interactivity`;
+  await app.waitUntilShown(async () => (await app.toolCalls('winget')).length === 5, 'the list to be loaded anew');
+  assert.deepEqual(await app.toolCalls('winget'), [kAskUpdates, ...['Brook.TarnSync', 'Heron.MediaSuite', '9QX2B4LMN0PR'].map(update), kAskUpdates]);
+}));
+
+test('a program is uninstalled and what is left of it goes by choice', async () => {
+  await prepareWine();
+  const user = `C:\\users\\${userInfo().username}\\AppData`;
+  const folders = {
+    local: `${user}\\Local\\Brook\\TarnSync`, roaming: `${user}\\Roaming\\Tarn Sync`, machine: 'C:\\Program Files\\Brook\\Tarn Sync',
+  };
+  const others = [`${user}\\Local\\Brook\\Other`, 'C:\\Program Files\\Brook\\Other'];
+  const keys = { user: 'HKCU\\Software\\Brook\\TarnSync', short: 'HKCU\\Software\\TarnSync', machine: 'HKLM\\Software\\Brook\\TarnSync' };
+  const kOtherKey = 'HKCU\\Software\\Brook\\Other';
+  const keyExists = async (key) => (await runInPrefix('reg', ['query', key])).code === 0;
+  const outside = await makeFolder('varnel-canary-');
+  await writeFile(join(outside.unix, 'canary'), 'alive');
+  for (const folder of [...Object.values(folders), ...others]) {
+    const path = unixPath(folder);
+    await mkdir(join(path, 'žluť'), { recursive: true });
+    await writeFile(join(path, 'žluť', 'cache.bin'), 'x'.repeat(1500), { mode: 0o444 });
+    await symlink(outside.unix, join(path, 'link'));
+  }
+  for (const key of [...Object.values(keys), kOtherKey]) await runInPrefix('reg', ['add', `${key}\\Inner`, '/v', 'a', '/d', 'b', '/f']);
+  const shown = [folders.local, folders.roaming, folders.machine, keys.user, keys.machine, keys.short];
+  const byPublisher = [folders.local, folders.machine, keys.user, keys.machine];
+  try {
+    await withVarnel({
+      language: 'en',
+      tools: winget({ when: 'uninstall', steps: [{ text: `${kSpinner}Found Tarn Sync [Brook.TarnSync]\r\nStarting package uninstall...\r\n` }, { delay_ms: 300, text: 'Successfully uninstalled\r\n' }] }),
+    }, async (app) => {
+      const { page } = app;
+      const leftovers = () => page.locator('[data-leftover]').evaluateAll((all) => all.map((one) => one.dataset.leftover));
+      const ticked = () => page.locator('[data-leftover]:has(:checked)').evaluateAll((all) => all.map((one) => one.dataset.leftover));
+      await openView(page, 'software');
+      await page.click('[data-tab=installed]');
+      await page.getByRole('grid', { name: 'Installed' }).waitFor();
+      await tick(page, 'Installed', 'Tarn Sync');
+      await press(page, 'Uninstall selected (1)');
+      await press(await dialogOf(page, 'Uninstall 1 program?'), 'Uninstall');
+      const dialog = await dialogOf(page, 'What Tarn Sync has left behind');
+      await page.waitForSelector('[data-job="Brook.TarnSync"][data-state=done]', { state: 'attached' });
+      assert.deepEqual((await app.toolCalls('winget')).filter((line) => line.includes('uninstall')),
+        ['winget uninstall --id "Brook.TarnSync" --silent --accept-source-agreements --disable-interactivity']);
+      assert.deepEqual(await leftovers(), shown);
+      assert.deepEqual(await ticked(), byPublisher, 'what may be shared is not ticked');
+      assert.ok((await dialog.innerText()).includes(`folder, ${inWords(1500)}`));
+      await checkAccessibility(page);
+      await screenshot(page, 'software-leftovers-en');
+
+      const remove = async (n) => {
+        await press(page, `Remove selected (${n})`);
+        const confirm = await dialogOf(page, `Remove ${n} ${n === 1 ? 'item' : 'items'} for good?`);
+        await checkAccessibility(page);
+        const text = await confirm.innerText();
+        await press(confirm, 'Remove for good');
+        return text;
+      };
+      const agreed = await remove(4);
+      for (const path of byPublisher) assert.ok(agreed.includes(path));
+      // Without the service only what is the user's own goes; the rest is offered again.
+      await closeServiceDialog(page);
+      await app.waitUntilShown(async () => (await leftovers()).length === 2, 'what has stayed');
+      assert.deepEqual(await leftovers(), [folders.machine, keys.machine]);
+      assert.deepEqual([existsSync(unixPath(folders.local)), await keyExists(keys.user)], [false, false]);
+      assert.deepEqual([existsSync(unixPath(folders.machine)), await keyExists(keys.machine)], [true, true]);
+
+      await app.startService({ cleanLeftoverPath: { chunks: [{ reply: { success: true }, delay_ms: 300 }] }, cleanHKLMRegistry: { reply: { success: true } } });
+      await remove(2);
+      await page.getByRole('status').filter({ hasText: '2 items removed' }).waitFor();
+      assert.deepEqual((await app.serviceRequests()).filter(({ action }) => action.startsWith('clean')), [
+        { action: 'cleanLeftoverPath', data: { path: folders.machine } }, { action: 'cleanHKLMRegistry', data: { subKey: keys.machine.slice(5) } },
+      ]);
+      assert.equal(existsSync(unixPath(folders.machine)), true, 'the program leaves to the service what is the service\'s');
+    });
+    assert.deepEqual([existsSync(unixPath(folders.roaming)), await keyExists(`${keys.short}\\Inner`)], [true, true], 'what was not ticked stays');
+    assert.deepEqual([...others.map((folder) => existsSync(unixPath(folder))), await keyExists(kOtherKey)], [true, true, true]);
+    assert.equal((await filesBelow(outside.unix)).length, 1, 'what a link leads to is untouched');
+  } finally {
+    for (const folder of [`${user}\\Local\\Brook`, folders.roaming, 'C:\\Program Files\\Brook']) await rm(unixPath(folder), { recursive: true, force: true });
+    for (const key of ['HKCU\\Software\\Brook', keys.short, 'HKLM\\Software\\Brook']) await runInPrefix('reg', ['delete', key, '/f']);
+    await outside.remove();
+  }
+});
+
+test('drivers are installed by the service, or else here, and say that a restart is due', () => withVarnel({
+  language: 'cs',
+  tools: {
+    'powershell.exe': {
+      cases: [
+        { when: 'check_updates', ...offers(offer(kDriver), offer(kFirmware)) },
+        { when: kDriver, ...prints('Searching Windows Update\nInstalled. SYSTEM_REBOOT_REQUIRED\n') },
+        { when: kFirmware, ...prints('No such update\n', { exit: 2 }) },
+      ],
+    },
+  },
+}, async (app) => {
+  const { page } = app;
+  const script = `${app.folder.windows}\\bin\\update_driver.ps1`;
+  const installed = async () => (await app.toolCalls('powershell')).filter((line) => line.includes('update_driver'));
+  const install = async (button, question) => {
+    await press(page, button);
+    await press(await dialogOf(page, question), 'Nainstalovat');
+  };
+  await openView(page, 'software');
+  await page.click('[data-tab=drivers]');
+  await page.keyboard.press('F5');
+  await page.getByRole('grid', { name: 'Ovladače' }).waitFor();
+  for (const name of [kDriver, kFirmware]) await tick(page, 'Ovladače', name);
+  await install('Nainstalovat vybrané (2)', 'Nainstalovat 2 ovladače?');
+  await job(page, kDriver, 'restart');
+  await job(page, kFirmware, 'failed');
+  await closeServiceDialog(page);  // each of the two has asked for it
+  assert.match(await page.innerText(`[data-job="${kFirmware}"]`), /Windows Update ho už nenabízí\. \(kód 2\)/);
+  assert.match(await page.innerText('.jobs'), /K dokončení je potřeba restartovat Windows/);
+  assert.deepEqual(await installed(),
+    [kDriver, kFirmware].map((title) => `powershell -NoProfile -ExecutionPolicy Bypass -File "${script}" -UpdateTitle "${title}"`));
+
+  // A later "false" does not take the mark back, and what is no record is passed over.
+  const line = (record) => ({ text: `${typeof record === 'string' ? record : JSON.stringify(record)}\n` });
+  await app.startService({
+    installDriver: {
+      chunks: [{ type: 'stdout', message: 'Stahuji „Brook“' }, 'not JSON', { type: 'stdout', message: 'Hotovo SYSTEM_REBOOT_REQUIRED' }, { type: 'exit', code: 0, rebootRequired: false }].map(line),
+    },
+  });
+  await press(page, 'Skrýt dokončené');
+  await app.waitUntilShown(async () => (await app.toolCalls('powershell')).filter((one) => one.includes('check_updates')).length === 2, 'the list to be loaded anew');
+  await page.locator('main [aria-busy=true]').waitFor({ state: 'detached' });
+  await tick(page, 'Ovladače', kDriver);  // its tick goes, the other stays
+  await install('Nainstalovat vybrané (1)', 'Nainstalovat 1 ovladač?');
+  await job(page, kFirmware, 'restart');
+  await page.click(`[data-job="${kFirmware}"] summary`);
+  assert.deepEqual(await linesOf(page, `[data-job="${kFirmware}"] [role=log]`),
+    [`Spouštím instalaci ovladače přes Windows Update: ${kFirmware}...`, 'Stahuji „Brook“', 'Hotovo SYSTEM_REBOOT_REQUIRED']);
+  assert.deepEqual((await app.serviceRequests()).filter(({ action }) => action === 'installDriver'),
+    [{ action: 'installDriver', data: { title: kFirmware, scriptPath: script } }]);
+  assert.equal((await installed()).length, 2);
+  await checkAccessibility(page);
+}));
+
+test('without the tools the scan comes to its end, and the page says what is missing', async () => {
+  await prepareWine();
+  // Wine brings a PowerShell that does nothing.
+  const own = ['system32', 'syswow64'].map((folder) => unixPath(`C:\\windows\\${folder}\\WindowsPowerShell\\v1.0\\powershell.exe`)).filter((path) => existsSync(path));
+  assert.ok(own.length > 0);
+  for (const path of own) await rename(path, `${path}.away`);
+  try {
+    await withVarnel({ language: 'en', service: {} }, async (app) => {
+      const { page } = app;
+      await openView(page, 'software');
+      await page.getByRole('button', { name: 'Scan the system' }).first().click();
+      await page.getByText('The winget package manager offered none. Where it is missing, the list is empty too.').waitFor();
+      const { software, drivers, success, scannedDriversCount } = await app.waitForMessage(({ status }) => status === 'done');
+      assert.deepEqual([success, software, drivers, scannedDriversCount], [true, [], [], 171]);
+      await page.click('.terminal-toggle');
+      assert.deepEqual(await page.locator('.terminal-output > .stderr-line').allInnerTexts(),
+        ['[Error] Failed to execute winget. Win32 Error: 2', '[Error] Failed to execute PowerShell driver check. Win32 Error: 2']);
+      await page.click('[data-tab=installed]');
+      await page.getByText('It is probably missing here, or your account cannot run it.').waitFor();
+      await page.click('[data-tab=drivers]');
+      await page.getByText('171 drivers checked').waitFor();
+      await checkAccessibility(page);
+    });
+  } finally {
+    for (const path of own) await rename(`${path}.away`, path);
+  }
+});
