@@ -10,7 +10,7 @@
 // The helper service's wire format: one compact JSON document in UTF-8 a line, both ways.
 
 // Longest line that is accepted from the service. A longer reply counts as one that is not JSON.
-inline constexpr size_t kMaxServiceLineBytes = 64 * 1024 * 1024;
+inline constexpr size_t kMaxServiceLineBytes = size_t{64} * 1024 * 1024;
 
 // Opens the page's dialog that says that the helper service is not running.
 inline constexpr std::string_view kServiceUnavailableMessage = R"({"type":"show_service_error_modal"})";

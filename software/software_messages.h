@@ -32,7 +32,7 @@ inline constexpr int64_t kNotStartedCode = 1;
 // In an output line of the driver script: the machine must be restarted.
 inline constexpr std::string_view kRebootMarker = "SYSTEM_REBOOT_REQUIRED";
 
-std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view message);
-std::string StreamOutputMessage(PackageStream stream, int request_id, std::string_view message,
+std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view text);
+std::string StreamOutputMessage(PackageStream stream, int request_id, std::string_view text,
                                 bool is_progress);
 std::string StreamExitMessage(PackageStream stream, int request_id, int64_t code, bool reboot_required);
