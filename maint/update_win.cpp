@@ -12,6 +12,7 @@
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/text.h"
+#include "maint/release_url.h"
 #include "maint/update_reply.h"
 
 namespace {
@@ -79,7 +80,7 @@ bool DownloadFile(const std::wstring& url, const std::wstring& path) {
 void checkForUpdates(int request_id) {
   const std::wstring local_copy = TemporaryFile(L"varnel_version_online.json");
   DeleteFileW(local_copy.c_str());
-  if (!DownloadFile(Utf8ToWide(VARNEL_RELEASE_URL "/version.json"), local_copy)) {
+  if (!DownloadFile(Utf8ToWide(std::string(kReleaseUrl) + "/version.json"), local_copy)) {
     PostJsonToJs(BuildUpdateCheckFailure(request_id, "Download failed from update server"));
   } else if (std::ifstream file(local_copy.c_str(), std::ios::binary); !file) {
     PostJsonToJs(BuildUpdateCheckFailure(request_id, "Cannot read downloaded version file"));
@@ -91,7 +92,7 @@ void checkForUpdates(int request_id) {
 }
 
 std::string DefaultInstallerUrl() {
-  return VARNEL_RELEASE_URL "/VarnelSetup.exe";
+  return std::string(kReleaseUrl) + "/VarnelSetup.exe";
 }
 
 void downloadAndApplyUpdate(int request_id, const std::string& download_url) {

@@ -60,6 +60,7 @@ function installWebview() {
 //   language  the page's language, "cs" or "en", for tests that name no settings
 //   env       environment variables of the program
 //   args      command line words
+//   program   the executable instead of the shipped one, such as standIn('Varnel_loopback.exe')
 //   loader    false: no WebView2Loader.dll beside the program
 //   environmentError, controllerError   the browser's creation fails with this HRESULT
 //   page      false: no browser, only the bridge

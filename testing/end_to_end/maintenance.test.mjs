@@ -1,6 +1,7 @@
 // Repairs and the update, with stand-in tools, the stand-in service and a server of the test's own.
 import assert from 'node:assert/strict';
 import { once } from 'node:events';
+import { existsSync } from 'node:fs';
 import { cp, mkdir, readFile, readdir, rename, rm, writeFile } from 'node:fs/promises';
 import { createServer } from 'node:http';
 import { userInfo } from 'node:os';
@@ -8,10 +9,13 @@ import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { checkAccessibility, closeServiceDialog, openView, screenshot, withVarnel } from './harness.mjs';
-import { prepareWine, standIn, unixPath } from './wine.mjs';
+import { buildFolder, prepareWine, runInPrefix, standIn, unixPath } from './wine.mjs';
 
 const repair = (page, type) => page.click(`[data-repair=${type}] button`);
 const resultOf = (page, type) => page.locator(`[data-result=${type}] > span`).first().innerText();
+await prepareWine();
+const kTemporary = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
+const temporary = (name) => unixPath(`${kTemporary}\\${name}`);
 const serviceActions = async (app, action) => (await app.serviceRequests()).filter((request) => request.action === action);
 
 test('repairs say what the tool or the service has said', () => withVarnel({
@@ -102,35 +106,170 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
   }
 });
 
-test('the update: no server, a download that fails, and one that ends the program', async () => {
-  const installer = await readFile(standIn('console_tool.exe'));
-  const server = createServer((_, response) => response.end(installer)).listen(0, '127.0.0.1');
+// --- the update -------------------------------------------------------------------------------------------------------
+
+// The address that is compiled into Varnel_loopback.exe.
+const kReleasePort = 23719;
+const loopback = standIn('Varnel_loopback.exe');
+const kPage = '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
+
+// Stand-in for the release server. `answers` by path: what a function of (request, response) does with them; others are 404.
+async function startReleaseServer(answers) {
+  const requests = [];
+  const server = createServer((request, response) => {
+    requests.push(request.url);
+    const answer = answers[request.url];
+    if (answer) answer(response);
+    else response.writeHead(404, { 'content-type': 'text/html' }).end(kPage);
+  });
+  server.listen(kReleasePort, '127.0.0.1');
   await once(server, 'listening');
-  const downloadUrl = `http://127.0.0.1:${server.address().port}/VarnelSetup.exe`;
+  return { requests, close: () => new Promise((resolve) => { server.close(resolve).closeAllConnections(); }) };
+}
+
+const serve = (body, status = 200, type = 'application/json') => (response) => response.writeHead(status, { 'content-type': type }).end(body);
+const cut = (body) => (response) => {
+  response.writeHead(200, { 'content-length': 5000 }).write(body, () => setTimeout(() => response.destroy(), 50));
+};
+
+test('the shipped program asks an https address for its updates', async () => {
+  const [, address] = /^VARNEL_RELEASE_URL:STRING=(.*)$/m.exec(await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8'));
+  assert.match(address, /^https:\/\/[^/]+.*[^/]$/);
+  const [shipped, forTests] = await Promise.all([join(buildFolder, 'bin/Varnel.exe'), loopback].map((path) => readFile(path)));
+  assert.deepEqual([shipped.includes(`${address}\0`), shipped.includes(`127.0.0.1:${kReleasePort}`)], [true, false]);
+  assert.deepEqual([forTests.includes(`${address}\0`), forTests.includes(`http://127.0.0.1:${kReleasePort}\0`)], [false, true]);
+});
+
+test('what the check for an update finds and shows', () => withVarnel({
+  program: loopback, settings: { theme: 'amethyst', language: 'cs' },
+}, async (app) => {
+  const { page } = app;
+  const card = page.locator('.at-update');
+  const answers = {};
+  const kNone = 'Máte nejnovější verzi.', kUnreadable = 'Aktualizační server poslal nesrozumitelnou odpověď. Zkuste to později.\nInvalid version file';
+  const kUnreachable = 'Aktualizační server neodpovídá. Zkontrolujte připojení k internetu.\nDownload failed from update server';
+  const install = card.getByRole('button', { name: 'Stáhnout a nainstalovat' });
+  // The next answer, and what the card then says: the two versions, its sentence, whether it offers the update.
+  const checked = async (start) => {
+    const from = app.messages.length;
+    await start();
+    const reply = await app.waitForMessage(({ type }) => type === 'checkForUpdates', { from });
+    await app.waitUntilShown(async () => !await card.locator('.spinner').count() && !await card.locator('.outcome .button[disabled]').count(), 'the end of the check');
+    const sentences = await card.locator('.outcome > span, .outcome.good').allInnerTexts();
+    return [...await card.locator('dd').allInnerTexts(), sentences.join('|').trim(), await install.count() === 1, reply];
+  };
+
+  await writeFile(temporary('varnel_version_online.json'), '{"version":"9.9.9"}');  // of an earlier check that was cut off
+  const [, , ...absent] = await checked(() => openView(page, 'maintenance'));
+  assert.deepEqual(absent.slice(0, 2), [kUnreachable, false]);
+  await checkAccessibility(page);
+  await screenshot(page, 'maintenance-unreachable-amethyst-cs');
+
+  const server = await startReleaseServer(answers);
+  const changes = 'Rychlejší <b>analýza</b> disku\n<img src=x onerror="document.title=1">\n- opravy';
+  const cases = [
+    ['the same version', serve('{"version":"1.4.0","changelog":"x"}'), '1.4.0', kNone, false],
+    ['an older one', serve('{"version":"1.3.99"}'), '1.3.99', kNone, false],
+    ['a newer one', serve(JSON.stringify({ version: '1.10.0', changelog: changes })), '1.10.0', '', true],
+    ['an error page', serve(kPage, 404, 'text/html'), '1.10.0', kUnreadable, true],  // what was known before stays
+    ['no keys', serve('{}'), '1.4.0', kNone, false],
+    ['a server error', serve(kPage, 500, 'text/html'), '1.4.0', kUnreadable, false],
+    ['broken JSON', serve('{"version":"1.5.0",'), '1.4.0', kUnreadable, false],
+    ['nothing', serve(''), '1.4.0', kUnreadable, false],
+    ['a number for a version', serve('{"version":2}'), '1.4.0', kUnreadable, false],
+    ['a text for mandatory', serve('{"version":"2.0.0","mandatory":"yes"}'), '1.4.0', kUnreadable, false],
+    ['not an object', serve('["2.0.0"]'), '1.4.0', kUnreadable, false],
+    ['a connection cut in the middle', cut('{"version":"2.0.0","changelog":"aaaa'), '1.4.0', kUnreadable, false],
+    ['a connection cut behind the description', cut('{"version":"1.5"}'), '1.5', '', true],
+  ];
   try {
-    await withVarnel({ settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 } }, async (app) => {
+    for (const [name, answer, online, sentence, offered] of cases) {
+      answers['/version.json'] = answer;
+      const again = name === 'the same version' ? card.getByRole('button', { name: 'Zkusit znovu' }) : page.getByRole('button', { name: 'Obnovit', exact: true });
+      const [installed, shown, said, offers, reply] = await checked(() => again.click());
+      assert.deepEqual([installed, shown, said, offers], ['1.4.0', online, sentence, offered], name);
+      if (name === 'a newer one') {
+        assert.deepEqual({ ...reply, requestId: 0 }, {
+          type: 'checkForUpdates', requestId: 0, success: true, onlineVersion: '1.10.0', currentVersion: '1.4.0', hasUpdate: true,
+          downloadUrl: '', changelog: changes, mandatory: false,
+        });
+        assert.equal(await card.locator('.changelog').textContent(), changes);
+        await checkAccessibility(page);
+      }
+      if (['a newer one', 'no keys', 'an error page'].includes(name)) await screenshot(page, `maintenance-${name.replaceAll(' ', '-')}-amethyst-cs`);
+    }
+    assert.deepEqual(server.requests, Array(cases.length).fill('/version.json'));
+
+    answers['/version.json'] = serve(JSON.stringify({ version: '2.0.0', mandatory: true, changelog: changes }));
+    await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
+    const dialog = page.getByRole('dialog', { name: 'Tuto aktualizaci je potřeba nainstalovat' });
+    await dialog.waitFor();
+    await screenshot(page, 'maintenance-mandatory-dialog-amethyst-cs');
+    await page.keyboard.press('Escape');
+    await dialog.waitFor({ state: 'detached' });
+    assert.match(await card.innerText(), /Tuto aktualizaci je potřeba nainstalovat/);
+    await screenshot(page, 'maintenance-mandatory-amethyst-cs');
+    await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
+    await dialog.waitFor();  // it insists
+    await page.keyboard.press('Escape');
+    assert.deepEqual(server.requests.slice(cases.length), ['/version.json', '/version.json'], 'nothing is downloaded without consent');
+    assert.equal(existsSync(temporary('varnel_version_online.json')), false, 'no local copy stays');
+  } finally {
+    await server.close();
+  }
+}));
+
+test('an update that cannot be downloaded leaves the program, one that can ends it', async () => {
+  const installer = await readFile(standIn('console_tool.exe'));
+  let finishDownload;
+  const answers = {
+    '/version.json': serve('{"version":"1.5.0","download_url":"http://127.0.0.1:1/VarnelSetup.exe","changelog":"Faster"}'),
+    '/VarnelSetup.exe': (response) => {
+      response.write(installer.subarray(0, 100_000));
+      finishDownload = () => response.end(installer.subarray(100_000));
+    },
+  };
+  const server = await startReleaseServer(answers);
+  try {
+    await withVarnel({ program: loopback, settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 } }, async (app) => {
       const { page } = app;
+      const card = page.locator('.at-update');
+      const install = card.getByRole('button', { name: 'Download and install' });
+      const agree = async () => {
+        await install.click();
+        await page.getByRole('dialog', { name: 'Update Varnel to version 1.5.0?' }).getByRole('button', { name: 'Download and install' }).click();
+      };
       await app.scriptTool('VarnelUpdate.exe', { exit: 0 });
       await openView(page, 'maintenance');
-      const answer = await app.waitForMessage(({ type }) => type === 'checkForUpdates');
-      assert.deepEqual([answer.success, answer.error], [false, 'Download failed from update server']);
-      await page.locator('.at-update [role=alert], .at-update .notice').first().waitFor();
+      await agree();
+      await card.getByText('The installer could not be downloaded').waitFor();
+      assert.match(await card.getByRole('alert').innerText(), /Failed to download update executable$/);
+      assert.deepEqual([await install.isEnabled(), app.process.exitCode], [true, null]);
       await checkAccessibility(page);
-      await screenshot(page, 'maintenance-ready-light-en');
+      await screenshot(page, 'maintenance-download-failed-light-en');
 
-      const failed = await app.request('downloadAndApplyUpdate', { downloadUrl: 'http://127.0.0.1:1/VarnelSetup.exe' });
-      assert.deepEqual([failed.success, failed.error], [false, 'Failed to download update executable']);
-      assert.equal(app.process.exitCode, null, 'the program stays');
-
-      assert.equal((await app.request('downloadAndApplyUpdate', { downloadUrl })).success, true);
+      answers['/version.json'] = serve('{"version":"1.5.0","downloadUrl":"http://127.0.0.1:1/","changelog":"Faster"}');
+      await page.keyboard.press('F5');
+      await app.waitUntilShown(() => server.requests.length === 2 && install.isEnabled(), 'the second check');
+      await agree();
+      await card.getByText('Downloading the installer…').waitFor();
+      assert.deepEqual([await install.isEnabled(), app.process.exitCode], [false, null]);
+      await screenshot(page, 'maintenance-downloading-light-en');
+      await app.waitUntilShown(() => finishDownload !== undefined, 'the request of the installer');
+      finishDownload();
+      await card.getByText('Downloaded. Varnel closes now and the installation begins.').waitFor();
+      await screenshot(page, 'maintenance-closing-light-en');
       assert.equal(await app.exited, 0);
       const [call] = await app.waitUntilShown(async () => {
         const calls = await app.toolCalls('VarnelUpdate');
         return calls.length > 0 && calls;
       }, 'the installer');
       assert.match(call, /\\VarnelUpdate\.exe"? --update-restart$/);
+      assert.deepEqual(server.requests, ['/version.json', '/version.json', '/VarnelSetup.exe']);
+      assert.deepEqual(await readFile(temporary('VarnelUpdate.exe')), installer);
+      await rm(temporary('VarnelUpdate.exe'));
     });
   } finally {
-    server.close();
+    await server.close();
   }
 });

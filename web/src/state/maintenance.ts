@@ -1,5 +1,5 @@
 import { host } from '../bridge/host.ts';
-import { percentOf } from '../lib/jobs.ts';
+import { isPending, percentOf } from '../lib/jobs.ts';
 import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { appendLines, type Line } from '../lib/terminal.ts';
@@ -7,6 +7,7 @@ import { t } from '../text/text.ts';
 import { confirm } from '../ui/dialog.tsx';
 import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
+import { jobs } from './software.ts';
 
 export const repairs = ['flush-dns', 'rebuild-icons', 'sfc', 'safemode-reboot'] as const;
 export type Repair = (typeof repairs)[number];
@@ -98,7 +99,7 @@ interface Download {
   since?: number;
   /** The program is about to end. */
   closing?: true;
-  failed?: string;
+  failed?: unknown;
 }
 
 export const download = createStore<Download>({});
@@ -106,7 +107,7 @@ export const download = createStore<Download>({});
 export async function applyUpdate() {
   const { data } = update.get();
   const { since, closing } = download.get();
-  if (!data || since !== undefined || closing) return;
+  if (!data || since !== undefined || closing || jobs.get().some(isPending)) return;
   const agreed = await confirm({
     title: data.mandatory ? t('update.mandatory') : t('update.confirm', { version: data.onlineVersion }),
     body: t('update.confirmBody', { version: data.onlineVersion }),
@@ -119,7 +120,7 @@ export async function applyUpdate() {
     await host.request('downloadAndApplyUpdate', data.downloadUrl ? { downloadUrl: data.downloadUrl } : {}, kDownloadTimeoutMs);
     download.set({ closing: true });
   } catch (error) {
-    download.set({ failed: errorText(error) });
+    download.set({ failed: error });
   }
 }
 

@@ -383,9 +383,8 @@ export const cs = {
   'repair.safemode-reboot.confirmBody': 'Uložte si práci, počítač se restartuje. V nouzovém režimu zůstane i po dalších restartech. Zpět se vrátíte tak, že v něm spustíte Příkazový řádek jako správce, zadáte následující příkaz a restartujete. Opište si ho:',
 
   'update.title': 'Aktualizace Varnelu',
-  'update.current': 'běží verze {version}',
   'update.installed': 'Nainstalovaná',
-  'update.online': 'Nejnovější',
+  'update.online': 'Poslední vydaná',
   'update.none': 'Máte nejnovější verzi.',
   'update.mandatory': 'Tuto aktualizaci je potřeba nainstalovat',
   'update.changes': 'Co je nového',
@@ -396,7 +395,9 @@ export const cs = {
   'update.confirmBody': 'Stáhne se verze {version}. Potom se Varnel zavře a Windows se zeptají na oprávnění k instalaci. Když ho odmítnete, zůstane nainstalovaná dosavadní verze a Varnel spustíte sami.',
   'update.downloading': 'Stahuje se instalační program…',
   'update.closing': 'Staženo. Varnel se teď zavře a začne instalace.',
-  'update.failed': 'Aktualizace se nezdařila. {reason}',
+  'update.failed': 'Instalační program se nepodařilo stáhnout, běží dosavadní verze.',
+  'update.unreachable': 'Aktualizační server neodpovídá. Zkontrolujte připojení k internetu.',
+  'update.unreadable': 'Aktualizační server poslal nesrozumitelnou odpověď. Zkuste to později.',
 
   'remove.title': 'Odebrat Varnel',
   'remove.about': 'Spustí odinstalační program Varnelu. Vašich souborů se nedotkne.',

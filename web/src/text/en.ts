@@ -384,9 +384,8 @@ export const en: Texts = {
   'repair.safemode-reboot.confirmBody': 'Save your work, the computer restarts. It stays in safe mode after further restarts too. To come back, run the Command Prompt there as administrator, enter the command below and restart. Write it down:',
 
   'update.title': 'Update of Varnel',
-  'update.current': 'version {version} is running',
   'update.installed': 'Installed',
-  'update.online': 'Newest',
+  'update.online': 'Latest release',
   'update.none': 'You have the newest version.',
   'update.mandatory': 'This update has to be installed',
   'update.changes': 'What is new',
@@ -397,7 +396,9 @@ export const en: Texts = {
   'update.confirmBody': 'Version {version} is downloaded. Then Varnel closes and Windows asks for permission to install. If you decline, the present version stays installed and you start Varnel yourself.',
   'update.downloading': 'Downloading the installer…',
   'update.closing': 'Downloaded. Varnel closes now and the installation begins.',
-  'update.failed': 'The update failed. {reason}',
+  'update.failed': 'The installer could not be downloaded; the present version goes on.',
+  'update.unreachable': 'The update server does not answer. Check your internet connection.',
+  'update.unreadable': 'The update server sent an answer that makes no sense. Try again later.',
 
   'remove.title': 'Remove Varnel',
   'remove.about': 'Starts the uninstaller of Varnel. Your files stay untouched.',

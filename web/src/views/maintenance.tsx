@@ -1,5 +1,5 @@
 import { useEffect } from 'preact/hooks';
-import type { Reply } from '../bridge/protocol.ts';
+import type { BridgeError } from '../bridge/bridge.ts';
 import { isPending } from '../lib/jobs.ts';
 import {
   abandonFileCheck, applyUpdate, download, kComeBack, repairs, repairStates, startRepair, uninstallVarnel, update, type Repair,
@@ -11,14 +11,17 @@ import { Bar } from '../ui/bar.tsx';
 import { Button, IconButton } from '../ui/button.tsx';
 import { Card } from '../ui/card.tsx';
 import { copyText } from '../ui/clipboard.ts';
-import { DataView } from '../ui/data_view.tsx';
 import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
 import { useElapsed, useStore } from '../ui/hooks.ts';
 import { Icon } from '../ui/icon.tsx';
 import { ToolLog } from '../ui/tool_log.tsx';
 import { View } from '../ui/view.tsx';
 
 const check = () => void update.reload();
+
+// What the host says when nobody answers.
+const kUnreachable = 'Download failed from update server';
 
 export function Maintenance() {
   const { at, phase } = useStore(update);
@@ -41,74 +44,92 @@ export function Maintenance() {
   );
 }
 
-function Update() {
-  const source = useStore(update);
+/** In the page's words; the host's own, which are English, stand below them. */
+function Failure({ error, text }: { error: unknown; text: string }) {
+  const { kind, reason } = error as BridgeError;
   return (
-    <Card title={t('update.title')} class="at-update" aside={!source.data && <span class="muted">{t('update.current', { version: VARNEL_VERSION })}</span>}>
-      <DataView source={source} reload={check}>
-        {(found) => <Found {...found} />}
-      </DataView>
-    </Card>
+    <>
+      <Icon name="alert" />
+      <span>
+        {kind === 'refused' ? `${text}\n` : errorText(error)}
+        {kind === 'refused' && <span class="muted small" lang="en">{reason}</span>}
+      </span>
+    </>
   );
 }
 
-function Found({ currentVersion, onlineVersion, hasUpdate, mandatory, changelog }: Reply<'checkForUpdates'>) {
+function Update() {
+  const { phase, data, error } = useStore(update);
   const { since, closing, failed } = useStore(download);
   const seconds = useElapsed(since);
   // The update ends the program, and with it what the queue tells.
   const busy = useStore(jobs).some(isPending);
+  const { hasUpdate = false, mandatory, changelog } = data ?? {};
   return (
-    <>
+    <Card title={t('update.title')} class="at-update">
       <dl class="versions">
         <div>
           <dt class="muted small">{t('update.installed')}</dt>
-          <dd class="big">{currentVersion}</dd>
+          <dd class="big">{data?.currentVersion ?? VARNEL_VERSION}</dd>
         </div>
         <div>
           <dt class="muted small">{t('update.online')}</dt>
-          <dd class="big">{onlineVersion}</dd>
+          <dd class="big">{data?.onlineVersion ?? '—'}</dd>
         </div>
       </dl>
-      {!hasUpdate && (
-        <p class="outcome good">
+      {phase === 'loading' && !data && (
+        <p class="outcome" role="status">
+          <span class="spinner" aria-hidden="true" />
+          {t('data.loading')}
+        </p>
+      )}
+      {error !== undefined && (
+        <div class="outcome" role="status">
+          <Failure error={error} text={(error as BridgeError).reason === kUnreachable ? t('update.unreachable') : t('update.unreadable')} />
+          <Button icon="refresh" disabled={phase === 'loading'} onClick={check}>{t('app.retry')}</Button>
+        </div>
+      )}
+      {data && !hasUpdate && error === undefined && (
+        <p class="outcome good" role="status">
           <Icon name="success" />
           {t('update.none')}
         </p>
       )}
-      {hasUpdate && mandatory && (
-        <p class="outcome">
-          <Icon name="alert" />
-          {t('update.mandatory')}
-        </p>
-      )}
-      {hasUpdate && changelog !== '' && (
+      {hasUpdate && (
         <>
-          <h3>{t('update.changes')}</h3>
-          <p class="changelog">{changelog}</p>
+          {mandatory && (
+            <p class="outcome">
+              <Icon name="alert" />
+              {t('update.mandatory')}
+            </p>
+          )}
+          {changelog && (
+            <>
+              <h3>{t('update.changes')}</h3>
+              <p class="changelog">{changelog}</p>
+            </>
+          )}
+          {failed !== undefined && (
+            <p class="outcome" role="alert">
+              <Failure error={failed} text={t('update.failed')} />
+            </p>
+          )}
+          {(since !== undefined || closing) && (
+            <p class="outcome" role="status">
+              <span class="spinner" aria-hidden="true" />
+              {closing ? t('update.closing') : t('update.downloading')}
+              {since !== undefined && <span class="muted" aria-hidden="true">{t('scan.elapsed', { n: seconds })}</span>}
+            </p>
+          )}
+          <div class="buttons">
+            <Button kind="primary" icon="arrowDown" disabled={since !== undefined || closing === true || busy} onClick={() => void applyUpdate()}>
+              {t('update.install')}
+            </Button>
+            <span class="muted small">{busy ? t('update.busy') : t('update.willClose')}</span>
+          </div>
         </>
       )}
-      {failed !== undefined && (
-        <p class="outcome" role="alert">
-          <Icon name="alert" />
-          {t('update.failed', { reason: failed })}
-        </p>
-      )}
-      {(since !== undefined || closing) && (
-        <p class="outcome" role="status">
-          <span class="spinner" aria-hidden="true" />
-          {closing ? t('update.closing') : t('update.downloading')}
-          {since !== undefined && <span class="muted" aria-hidden="true">{t('scan.elapsed', { n: seconds })}</span>}
-        </p>
-      )}
-      {hasUpdate && (
-        <div class="buttons">
-          <Button kind="primary" icon="arrowDown" disabled={since !== undefined || closing === true || busy} onClick={() => void applyUpdate()}>
-            {t('update.install')}
-          </Button>
-          <span class="muted small">{busy ? t('update.busy') : t('update.willClose')}</span>
-        </div>
-      )}
-    </>
+    </Card>
   );
 }
 

@@ -1,0 +1,3 @@
+#include "maint/release_url.h"
+
+const char* const kReleaseUrl = VARNEL_RELEASE_URL;
