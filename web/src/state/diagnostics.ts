@@ -12,8 +12,8 @@ interface Run {
   target: string;
   since: number; // ms since the epoch
   lines: readonly Line[];
-  /** How it ended, in words; absent while it runs. */
-  outcome?: { text: string; good: boolean };
+  /** How it ended, in words; absent while it runs. The icon is neutral where the code says nothing. */
+  outcome?: { text: string; icon: 'success' | 'alert' | 'network' };
 }
 
 interface Diagnostics {
@@ -38,9 +38,9 @@ function hear(line: Incoming) {
   if (run) change({ run: { ...run, lines: appendLines(run.lines, [line]) } });
 }
 
-function finish(text: string, good: boolean) {
+function finish(text: string, icon: NonNullable<Run['outcome']>['icon'] = 'network') {
   const { run } = diagnostics.get();
-  if (run) change({ run: { ...run, outcome: { text, good } } });
+  if (run) change({ run: { ...run, outcome: { text, icon } } });
 }
 
 export function startDiagnostics() {
@@ -54,8 +54,9 @@ export function startDiagnostics() {
     const now = hearEnd(ends);
     change({ ends: now });
     if (!run || !ends.shown || now.shown) return;
-    if (now.mixed) finish(t('diagnostics.mixed'), false);
-    else finish(`${t(`exit.${exitWord(run.tool, code)}`)} (${t('exit.code', { code: codeText(code) })})`, code === 0);
+    if (now.mixed) return finish(t('diagnostics.mixed'));
+    const word = exitWord(run.tool, code);
+    finish(`${t(`exit.${word}`)} (${t('exit.code', { code: codeText(code) })})`, word === 'replied' ? 'success' : word === 'asked' ? 'network' : 'alert');
   });
 }
 
@@ -73,5 +74,5 @@ export function runTool(tool: Tool) {
 /** The host cannot end the tool: its lines are only not shown any more. */
 export function stopShowing() {
   change({ ends: putAside(diagnostics.get().ends) });
-  finish(t('diagnostics.stopped'), false);
+  finish(t('diagnostics.stopped'));
 }

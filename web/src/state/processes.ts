@@ -10,6 +10,7 @@ import { place } from './navigation.ts';
 
 // The host lists them on its window's thread.
 export const kProcessesPeriodMs = 3000;
+const kEndingMs = 500;
 
 let taken_ms: number | undefined;
 
@@ -24,6 +25,11 @@ export const processes: Source<ProcessRow[]> = createSource(async () => {
 /** The user wants the list to stand still. */
 export const paused = createStore(false);
 
+export function togglePaused() {
+  paused.set(!paused.get());
+  pollProcesses();
+}
+
 export function pollProcesses() {
   if (!paused.get() || !processes.get().data) void processes.reload();
 }
@@ -33,7 +39,7 @@ export async function showProcess(pid: number) {
   await processes.reload();
   const { data, error } = processes.get();
   if (data?.some((one) => one.pid === pid)) place.set({ view: 'processes', pid });
-  else toast(error ? errorText(error) : t('processes.gone', { name: 'PID', pid: String(pid) }), { error: true });
+  else toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), { error: true });
 }
 
 const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
@@ -51,20 +57,23 @@ export async function endProcesses(wanted: ProcessRow[]) {
   });
   if (!agreed) return;
   await processes.reload();
-  const now = processes.get().data ?? [];
+  const now = processes.get();
   for (const one of wanted) {
     const { name } = one;
     const pid = String(one.pid);
-    if (!now.some((other) => isSameProcess(one, other))) {
-      toast(t('processes.gone', { name, pid }));
+    if (!now.data?.some((other) => isSameProcess(one, other))) {
+      toast(t('processes.gone', { name, pid }), { error: true });
       continue;
     }
     try {
+      if (now.error !== undefined) throw now.error; // whose number that is now is not known
       await host.request('killProcess', { pid: one.pid });
       toast(t('processes.ended', { name, pid }));
     } catch (error) {
       toast(t('processes.endFailed', { name, pid, reason: errorText(error, t('processes.endRefused')) }), { error: true });
     }
   }
-  void processes.reload();
+  await processes.reload();
+  // Windows ends a process in its own time; a list that is paused would show it for good.
+  setTimeout(processes.reload, kEndingMs);
 }

@@ -152,16 +152,17 @@ function Diagnostics() {
         </Notice>
       ) : (
         <>
-          <div class="diagnostics-state">
-            {ends.shown ? <span class="spinner" aria-hidden="true" /> : <Icon name={run.outcome?.good ? 'success' : 'alert'} />}
+          <div class={`diagnostics-state ${run.outcome?.icon}`}>
+            {run.outcome ? <Icon name={run.outcome.icon} /> : <span class="spinner" aria-hidden="true" />}
             <p>
               <strong>{`${t(`diagnostics.${run.tool}`)} ${run.target}`}</strong>
-              <span role="status">{run.outcome?.text ?? t('diagnostics.running')}</span>
-              {ends.shown && <span class="muted">{t('disk.seconds', { n: seconds })}</span>}
+              <span>
+                <span role="status">{run.outcome?.text ?? t(ends.mixed ? 'diagnostics.owed' : 'diagnostics.running')}</span>
+                {ends.shown && <span class="muted"> {t('disk.seconds', { n: seconds })}</span>}
+              </span>
             </p>
             {ends.shown && <Button onClick={stopShowing}>{t('diagnostics.stop')}</Button>}
           </div>
-          {ends.shown && <p class="muted small">{t(ends.mixed ? 'diagnostics.owed' : 'diagnostics.stopHint')}</p>}
           <ToolLog label={t('diagnostics.output')} lines={run.lines} />
         </>
       )}
