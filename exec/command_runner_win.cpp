@@ -1,5 +1,7 @@
 #include "exec/command_runner_win.h"
 
+#include <utility>
+
 #include "exec/hidden_process_win.h"
 
 namespace {
@@ -23,7 +25,7 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   }
 
   Trace(L"Calling CreateProcessW...");
-  const HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
+  HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
   if (!child.process) {
     result.error = child.error;
     Trace(L"CreateProcessW failed. Error code: " + std::to_wstring(result.error));
@@ -34,8 +36,7 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   pipe->write.reset();  // Otherwise the read end would never reach its end.
 
   Trace(L"Reading stdout pipe loop starting...");
-  ReadChunks(pipe->read.get(), kChunkBytes,
-             [&](std::string_view chunk) { result.output += UpToZero(chunk); });
+  result.output = ReadOutput(pipe->read.get(), kChunkBytes);
 
   Trace(L"ReadFile loop finished. Waiting for process to terminate...");
   if (WaitForSingleObject(child.process.get(), kHangTimeoutMs) == WAIT_TIMEOUT) {
@@ -44,11 +45,9 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   } else {
     Trace(L"Process finished. Getting exit code...");
   }
-  DWORD exit_code = 0;
-  GetExitCodeProcess(child.process.get(), &exit_code);
-  result.exit_code = exit_code;
+  result.exit_code = TakeExitCode(std::move(child));
   result.started = true;
-  Trace(L"ExecuteCmd finished. Exit code: " + std::to_wstring(exit_code));
+  Trace(L"ExecuteCmd finished. Exit code: " + std::to_wstring(result.exit_code));
   return result;
 }
 

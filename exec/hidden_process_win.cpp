@@ -34,3 +34,15 @@ void ReadChunks(HANDLE read_end, DWORD chunk_bytes,
   while (ReadFile(read_end, buffer, chunk_bytes, &received, nullptr) && received > 0)
     on_chunk({buffer, received});
 }
+
+std::string ReadOutput(HANDLE read_end, DWORD chunk_bytes) {
+  std::string output;
+  ReadChunks(read_end, chunk_bytes, [&](std::string_view chunk) { output += UpToZero(chunk); });
+  return output;
+}
+
+DWORD TakeExitCode(HiddenProcess child) {
+  DWORD exit_code = 0;
+  GetExitCodeProcess(child.process.get(), &exit_code);
+  return exit_code;
+}

@@ -34,6 +34,12 @@ HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output);
 void ReadChunks(HANDLE read_end, DWORD chunk_bytes,
                 const std::function<void(std::string_view chunk)>& on_chunk);
 
+// All that arrives at the read end: of each chunk what stands before its first zero byte.
+std::string ReadOutput(HANDLE read_end, DWORD chunk_bytes);
+
+// The exit code as it is now (GetExitCodeProcess), 259 for a child that still runs. Closes both handles.
+DWORD TakeExitCode(HiddenProcess child);
+
 // The part of a chunk before its first zero byte.
 inline std::string_view UpToZero(std::string_view chunk) {
   return chunk.substr(0, chunk.find('\0'));

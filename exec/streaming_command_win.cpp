@@ -1,5 +1,7 @@
 #include "exec/streaming_command_win.h"
 
+#include <utility>
+
 #include "base/page.h"
 #include "exec/hidden_process_win.h"
 #include "exec/line_cutter.h"
@@ -18,7 +20,7 @@ void runPingDiagnostic(int request_id, const std::string& type, const std::strin
 void RunStreamingCommand(const std::wstring& command, int request_id) {
   std::optional<OutputPipe> pipe = CreateOutputPipe();
   if (!pipe) return;
-  const HiddenProcess child = StartHiddenProcess(L"cmd.exe /c " + command, pipe->write.get());
+  HiddenProcess child = StartHiddenProcess(L"cmd.exe /c " + command, pipe->write.get());
   pipe->write.reset();  // Otherwise the read end would never reach its end.
   if (!child.process) {
     PostJsonToJs(BuildStreamStartFailure());
@@ -30,7 +32,6 @@ void RunStreamingCommand(const std::wstring& command, int request_id) {
     for (const OutputLine& line : cutter.Add(UpToZero(chunk)))
       PostJsonToJs(BuildStreamLine(request_id, line.text));
   });
-  DWORD exit_code = 0;
-  GetExitCodeProcess(child.process.get(), &exit_code);
+  const DWORD exit_code = TakeExitCode(std::move(child));
   PostJsonToJs(BuildStreamExit(exit_code));
 }

@@ -53,14 +53,11 @@ bool StartExplorer() {
 
 // What "ipconfig /flushdns" printed, as bytes; empty when it could not be started.
 std::string RunFlushDns() {
-  std::string output;
   std::optional<OutputPipe> pipe = CreateOutputPipe();
-  if (!pipe) return output;
+  if (!pipe) return {};
   const HiddenProcess child = StartHiddenProcess(L"ipconfig /flushdns", pipe->write.get());
   pipe->write.reset();
-  if (child.process)
-    ReadChunks(pipe->read.get(), 4095, [&](std::string_view chunk) { output += UpToZero(chunk); });
-  return output;
+  return child.process ? ReadOutput(pipe->read.get(), 4095) : std::string();
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <utility>
+
 #include "base/page.h"
 #include "base/text.h"
 #include "exec/hidden_process_win.h"
@@ -59,7 +61,7 @@ ToolRun RunTool(const Stream& stream, const std::wstring& command) {
   ToolRun run;
   std::optional<OutputPipe> pipe = CreateOutputPipe();
   if (!pipe) return run;
-  const HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
+  HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
   run.outcome = child.process ? ToolRun::Outcome::kEnded : ToolRun::Outcome::kNotStarted;
   if (!child.process) return run;
   pipe->write.reset();
@@ -72,7 +74,7 @@ ToolRun RunTool(const Stream& stream, const std::wstring& command) {
   });
   // The output ends a moment before the process does; until then its code reads as 259, "still active".
   WaitForSingleObject(child.process.get(), INFINITE);
-  GetExitCodeProcess(child.process.get(), &run.exit_code);
+  run.exit_code = TakeExitCode(std::move(child));
   return run;
 }
 

@@ -13,14 +13,12 @@ constexpr const wchar_t* kWingetListCommand =
 }  // namespace
 
 std::string RunWingetCapture(const std::wstring& command) {
-  std::string output;
   std::optional<OutputPipe> pipe = CreateOutputPipe();
-  if (!pipe) return output;
+  if (!pipe) return {};
   const HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
-  if (!child.process) return output;
+  if (!child.process) return {};
   pipe->write.reset();
-  ReadChunks(pipe->read.get(), 4095, [&](std::string_view chunk) { output += UpToZero(chunk); });
-  return output;
+  return ReadOutput(pipe->read.get(), 4095);
 }
 
 void getSoftwareUpdates(int request_id) {
