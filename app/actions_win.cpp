@@ -118,15 +118,15 @@ constexpr Action kActions[] = {
     {"getJunk", OnWorker<getJunk>},
     {"cleanJunk",
      [](Request& request) {
-       StartWorker([selection = ReadJunkSelection(request.Data(),
-                                                  request.envelope.value("requestId", nlohmann::json(0)))] {
+       StartWorker([selection = ParseJunkSelection(request.Data(),
+                                                   request.envelope.value("requestId", nlohmann::json(0)))] {
          cleanJunk(selection);
        });
      }},
     {"getSystemFilesAdvisor", OnWorker<getSystemFilesAdvisor>},
     {"setHibernation",
      [](Request& request) {
-       StartWorker([request_id = request.request_id, enabled = ReadHibernationEnabled(request.Data())] {
+       StartWorker([request_id = request.request_id, enabled = ParseHibernationEnabled(request.Data())] {
          setHibernation(request_id, enabled);
        });
      }},

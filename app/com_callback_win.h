@@ -9,18 +9,12 @@
 #include <new>
 #include <utility>
 
-// Handler object of the browser control around a function with the parameters of the interface's Invoke. It
-// answers IUnknown and the interface's own identifier. What the function throws ends at the border to the
-// browser as a failure code.
-template <typename Interface, typename Function, typename Method = decltype(&Interface::Invoke)>
-class ComCallback;
-
-template <typename Interface, typename Function, typename... Args>
-class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(Args...)> final
-    : public Interface {
+// An object that is handed to the browser control: it answers IUnknown and the interface's own identifier,
+// and ends with its last reference. A new one has one reference.
+template <typename Interface>
+class ComObject : public Interface {
  public:
-  explicit ComCallback(Function function) : function_(std::move(function)) {}
-  virtual ~ComCallback() = default;
+  virtual ~ComObject() = default;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
@@ -36,6 +30,21 @@ class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(
     if (left == 0) delete this;
     return left;
   }
+
+ private:
+  std::atomic<ULONG> references_ = 1;
+};
+
+// Handler object of the browser control around a function with the parameters of the interface's Invoke. What
+// the function throws ends at the border to the browser as a failure code.
+template <typename Interface, typename Function, typename Method = decltype(&Interface::Invoke)>
+class ComCallback;
+
+template <typename Interface, typename Function, typename... Args>
+class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(Args...)> final
+    : public ComObject<Interface> {
+ public:
+  explicit ComCallback(Function function) : function_(std::move(function)) {}
   HRESULT STDMETHODCALLTYPE Invoke(Args... args) override {
     try {
       return function_(args...);
@@ -47,7 +56,6 @@ class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(
   }
 
  private:
-  std::atomic<ULONG> references_ = 1;
   Function function_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "base/json_text.h"
 #include "base/page.h"
+#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -44,8 +45,6 @@ void ActionDispatcher::Dispatch(std::wstring_view message) const noexcept {
 }
 
 void PostSuccess(std::string_view type, int32_t request_id, nlohmann::json fields) {
-  fields["type"] = type;
-  fields["success"] = true;
-  fields["requestId"] = request_id;
+  fields.update(MakeReply(type, true, request_id));
   PostJsonToJs(fields.dump());
 }

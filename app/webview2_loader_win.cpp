@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstring>
 #include <cwchar>
 
@@ -26,26 +25,8 @@ HRESULT CopyOut(const wchar_t* text, LPWSTR* value) {
 }
 
 // Nothing but defaults: not every runtime takes null for "no options".
-class DefaultOptions final : public ICoreWebView2EnvironmentOptions {
+class DefaultOptions final : public ComObject<ICoreWebView2EnvironmentOptions> {
  public:
-  virtual ~DefaultOptions() = default;
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (!object) return E_POINTER;
-    const bool known =
-        IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, ICoreWebView2EnvironmentOptions::kIid);
-    *object = known ? static_cast<ICoreWebView2EnvironmentOptions*>(this) : nullptr;
-    if (!known) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
-  }
-
   HRESULT STDMETHODCALLTYPE get_AdditionalBrowserArguments(LPWSTR* value) override {
     return CopyOut(nullptr, value);
   }
@@ -62,9 +43,6 @@ class DefaultOptions final : public ICoreWebView2EnvironmentOptions {
   HRESULT STDMETHODCALLTYPE put_Language(LPCWSTR) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE put_TargetCompatibleBrowserVersion(LPCWSTR) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE put_AllowSingleSignOnUsingOSPrimaryAccount(BOOL) override { return E_NOTIMPL; }
-
- private:
-  std::atomic<ULONG> references_ = 1;
 };
 
 // An export of a library that then stays loaded for good; null when either is missing. What the library needs

@@ -87,10 +87,6 @@ const WIN32_FIND_DATAW* FolderListing::Next() {
   return nullptr;
 }
 
-uint64_t SizeBytes(const WIN32_FIND_DATAW& entry) {
-  return uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow;
-}
-
 uint64_t DirectorySize(const std::wstring& folder) {
   uint64_t size_bytes = 0;
   std::vector<std::wstring> waiting{ExtendedFolder(folder)};

@@ -26,8 +26,11 @@ class FolderListing {
   bool is_first_ = true;
 };
 
-// Size of a file entry.
-uint64_t SizeBytes(const WIN32_FIND_DATAW& entry);
+// Size of a file: of WIN32_FIND_DATAW or WIN32_FILE_ATTRIBUTE_DATA.
+template <typename FileData>
+uint64_t SizeBytes(const FileData& file) {
+  return uint64_t{file.nFileSizeHigh} << 32 | file.nFileSizeLow;
+}
 
 // Bytes of all files in the folder and below it. What cannot be listed adds nothing. Throws std::bad_alloc.
 uint64_t DirectorySize(const std::wstring& folder);

@@ -52,7 +52,7 @@ TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
     EXPECT_FALSE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
 }
 
-TEST(ReadJunkSelection, SelectsWhateverIsNotDeselected) {
+TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {
   struct {
     const char* data;
     JunkFlags want;
@@ -63,10 +63,10 @@ TEST(ReadJunkSelection, SelectsWhateverIsNotDeselected) {
       {R"({"windowsTemp":false,"prefetch":false,"winUpdate":true,"browserCache":false,"shaderCache":false,"other":1})",
        {false, true, false, true, false, false, true}},
   };
-  for (const auto& c : cases) EXPECT_EQ(ReadJunkSelection(json::parse(c.data), 1).flags, c.want) << c.data;
+  for (const auto& c : cases) EXPECT_EQ(ParseJunkSelection(json::parse(c.data), 1).flags, c.want) << c.data;
   for (const char* data :
        {R"({"userTemp":null})", R"({"userTemp":0})", R"({"userTemp":"false"})", R"([])", R"("x")"})
-    EXPECT_THROW(ReadJunkSelection(json::parse(data), 1), json::type_error) << data;
+    EXPECT_THROW(ParseJunkSelection(json::parse(data), 1), json::type_error) << data;
 }
 
 TEST(BuildCleanRequest, CarriesTheFlagsUnderTheSameKeys) {
@@ -109,7 +109,7 @@ TEST(BuildJunkReply, IsWhatThePageReads) {
 
 TEST(BuildJunkReply, GivesTheIdentifierBackAsItCame) {
   for (const char* id : {"0", "7.5", "-3", "4294967296", "true"}) {
-    const JunkSelection selection = ReadJunkSelection(json::object(), json::parse(id));
+    const JunkSelection selection = ParseJunkSelection(json::object(), json::parse(id));
     const json reply = json::parse(BuildJunkReply("cleanJunk", selection.request_id, {}));
     EXPECT_EQ(reply["requestId"].dump(), id);
   }
@@ -187,6 +187,6 @@ TEST(SystemFiles, HibernationIsSwitchedOffUnlessEnabledSaysOtherwise) {
                {R"({"enable":true})", false},
                {"{}", false},
                {"null", false}};
-  for (const auto& c : cases) EXPECT_EQ(ReadHibernationEnabled(json::parse(c.data)), c.want) << c.data;
-  EXPECT_THROW(ReadHibernationEnabled(json::parse(R"({"enabled":1})")), json::type_error);
+  for (const auto& c : cases) EXPECT_EQ(ParseHibernationEnabled(json::parse(c.data)), c.want) << c.data;
+  EXPECT_THROW(ParseHibernationEnabled(json::parse(R"({"enabled":1})")), json::type_error);
 }

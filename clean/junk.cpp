@@ -28,7 +28,7 @@ uint64_t JunkSizes::Total() const {
   return std::accumulate(bytes.begin(), bytes.end(), uint64_t{0});
 }
 
-JunkSelection ReadJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id) {
+JunkSelection ParseJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id) {
   JunkSelection selection = {{}, request_id};
   for (size_t i = 0; i < kJunkCategoryCount; ++i)
     selection.flags[i] = data.is_null() || data.value(kJunkCategories[i].key, true);

@@ -89,7 +89,7 @@ struct JunkSelection {
 
 // Reads a request's `data` object and request identifier: a category that it does not name, or all without
 // `data`, is selected. Throws nlohmann::json::type_error when a flag is no boolean or `data` no object.
-JunkSelection ReadJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id);
+JunkSelection ParseJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id);
 
 // The `data` of the service's request to clean.
 nlohmann::json BuildCleanRequest(const JunkFlags& flags);

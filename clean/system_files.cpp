@@ -28,6 +28,6 @@ std::string BuildHibernationReply(int request_id, bool success, bool enabled) {
   return reply.dump();
 }
 
-bool ReadHibernationEnabled(const nlohmann::json& data) {
+bool ParseHibernationEnabled(const nlohmann::json& data) {
   return !data.is_null() && data.value("enabled", false);
 }

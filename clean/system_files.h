@@ -22,4 +22,4 @@ std::string BuildHibernationReply(int request_id, bool success, bool enabled);
 
 // `enabled` of a setHibernation request's `data`; false without it. Throws nlohmann::json::type_error when it
 // is no boolean.
-bool ReadHibernationEnabled(const nlohmann::json& data);
+bool ParseHibernationEnabled(const nlohmann::json& data);

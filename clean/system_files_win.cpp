@@ -15,8 +15,7 @@ namespace {
 // attributes; what their folder says of them is asked then, which opens nothing.
 SystemFileInfo ReadSystemFile(const wchar_t* path) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
-  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data))
-    return {true, uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  if (GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return {true, SizeBytes(data)};
   if (GetLastError() != ERROR_SHARING_VIOLATION) return {};
   WIN32_FIND_DATAW entry = {};
   const FindHandle find(FindFirstFileW(path, &entry));

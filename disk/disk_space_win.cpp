@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "base/file_walk_win.h"
 #include "base/handle_win.h"
 
 namespace {
@@ -15,8 +16,7 @@ struct FindFiles {
     if (!search) return false;
     do {
       visit(FoundEntry{found.cFileName, (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-                       (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
-                       uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow});
+                       (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0, SizeBytes(found)});
     } while (FindNextFileW(search.get(), &found));
     return true;
   }

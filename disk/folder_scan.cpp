@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/extended_path.h"
+
 std::wstring JoinPath(std::wstring_view folder, std::wstring_view name) {
   std::wstring path;
   path.reserve(folder.size() + 1 + name.size());
@@ -17,7 +19,7 @@ std::wstring VerbatimPath(std::wstring_view path) {
   const std::wstring closed = JoinPath(path, L"");
   for (const wchar_t* unresolved : {L"/", L"\\\\", L"\\.\\", L"\\..\\"})
     if (closed.find(unresolved) != std::wstring::npos) return std::wstring(path);
-  return L"\\\\?\\" + std::wstring(path);
+  return ExtendedPath(path);
 }
 
 void SortFolderEntries(std::vector<FolderEntry>& entries) {

@@ -1,6 +1,7 @@
 #include "system/status.h"
 
 #include "base/page.h"
+#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -11,18 +12,16 @@ constexpr unsigned kWaitRoundMs = 2000;
 }  // namespace
 
 nlohmann::json BuildStatus(int request_id, bool service_active, const HardwareSpecs& specs) {
-  return {{"type", "status"},
-          {"success", true},
-          {"requestId", request_id},
-          {"isAdmin", specs.is_admin},
-          {"serviceActive", service_active},
-          {"specs",
-           {{"cpu", WideToUtf8(specs.cpu)},
-            {"gpu", WideToUtf8(specs.gpu)},
-            {"ram", WideToUtf8(specs.ram)},
-            {"ramTooltip", WideToUtf8(specs.ram_tooltip)},
-            {"motherboard", WideToUtf8(specs.motherboard)},
-            {"os", WideToUtf8(specs.os)}}}};
+  nlohmann::json status = MakeReply("status", true, request_id);
+  status["isAdmin"] = specs.is_admin;
+  status["serviceActive"] = service_active;
+  status["specs"] = {{"cpu", WideToUtf8(specs.cpu)},
+                     {"gpu", WideToUtf8(specs.gpu)},
+                     {"ram", WideToUtf8(specs.ram)},
+                     {"ramTooltip", WideToUtf8(specs.ram_tooltip)},
+                     {"motherboard", WideToUtf8(specs.motherboard)},
+                     {"os", WideToUtf8(specs.os)}};
+  return status;
 }
 
 void PushStatus(const StatusSources& sources) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -79,21 +80,20 @@ nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample) {
                      {"usedBytes", disk.used_bytes},
                      {"percent", percent}});
   }
-  return {{"type", "telemetry"},
-          {"success", true},
-          {"requestId", request_id},
-          {"cpu", sample.cpu},
-          {"ram", sample.ram_load},
-          {"cpuTemp", std::round(sample.cpu_temp)},
-          {"gpuTemp", std::round(sample.gpu_temp)},
-          {"download", sample.download},
-          {"upload", sample.upload},
-          {"networkAdapter", WideToUtf8(sample.network_adapter)},
-          {"battery",
-           {{"hasBattery", sample.battery.present},
-            {"isCharging", sample.battery.charging},
-            {"percent", sample.battery.percent},
-            {"lifeTime", sample.battery.life_time_s},
-            {"saverMode", sample.battery.saver_mode}}},
-          {"disks", std::move(disks)}};
+  nlohmann::json telemetry = MakeReply("telemetry", true, request_id);
+  telemetry.update({{"cpu", sample.cpu},
+                    {"ram", sample.ram_load},
+                    {"cpuTemp", std::round(sample.cpu_temp)},
+                    {"gpuTemp", std::round(sample.gpu_temp)},
+                    {"download", sample.download},
+                    {"upload", sample.upload},
+                    {"networkAdapter", WideToUtf8(sample.network_adapter)},
+                    {"battery",
+                     {{"hasBattery", sample.battery.present},
+                      {"isCharging", sample.battery.charging},
+                      {"percent", sample.battery.percent},
+                      {"lifeTime", sample.battery.life_time_s},
+                      {"saverMode", sample.battery.saver_mode}}},
+                    {"disks", std::move(disks)}});
+  return telemetry;
 }
