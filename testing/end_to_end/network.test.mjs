@@ -153,7 +153,7 @@ test('lines come while a tool runs; how it ended is said in words; five targets 
   await ask('nic.example', 'Nástroj skončil chybou. (kód 1)');
   assert.deepEqual((await printed(page)).at(-1), '*** nic.example: Neexistující doména');
   for (const target of ['brod.example', '-type=mx brod.example', 'a.example', 'www.brod.example']) await ask(target, '(kód 0)');
-  const recent = page.locator('.diagnostics .tag');
+  const recent = page.locator('.diagnostics .link');
   assert.deepEqual(await recent.allInnerTexts(), ['www.brod.example', 'a.example', '-type=mx brod.example', 'brod.example', 'nic.example']);
   await checkAccessibility(page);
   await screenshot(page, 'network-lookup-amethyst-cs');

@@ -142,7 +142,7 @@ function Diagnostics() {
         <p class="buttons small">
           <span class="muted">{t('diagnostics.recent')}</span>
           {recent.map((one) => (
-            <button key={one} type="button" class="tag" onClick={() => setTarget(one)}>{one}</button>
+            <button key={one} type="button" class="link" onClick={() => setTarget(one)}>{one}</button>
           ))}
         </p>
       )}
@@ -152,7 +152,7 @@ function Diagnostics() {
         </Notice>
       ) : (
         <>
-          <div class={`diagnostics-state ${run.outcome?.icon}`}>
+          <div class="diagnostics-state">
             {run.outcome ? <Icon name={run.outcome.icon} /> : <span class="spinner" aria-hidden="true" />}
             <p>
               <strong>{`${t(`diagnostics.${run.tool}`)} ${run.target}`}</strong>
