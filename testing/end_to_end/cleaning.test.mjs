@@ -6,7 +6,7 @@ import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import { checkAccessibility, inWords, makeHome, openView, screenshot, withVarnel } from './harness.mjs';
+import { checkAccessibility, closeServiceDialog, inWords, makeHome, openView, screenshot, withVarnel } from './harness.mjs';
 import { filesBelow, makeFolder, prepareWine, runInPrefix, unixPath } from './wine.mjs';
 
 const kUser = `C:\\users\\${userInfo().username}`;
@@ -104,13 +104,6 @@ const shownTotal = async (page) => exactBytes(await page.getAttribute('[data-tes
 const measured = (page) => page.waitForSelector('.junk-total[aria-busy=false] [data-testid=junk-total][title]');
 const cleaned = (page) => page.waitForSelector('.junk-outcome');
 const tick = (page, name) => page.click(`[data-junk=${name}] input`);
-
-// Without the service its dialog opens whenever something asked for it: junk is measured on entering its view, for one.
-async function closeServiceDialog(page) {
-  await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor();
-  await page.keyboard.press('Escape');
-  await page.getByRole('dialog').waitFor({ state: 'detached' });
-}
 
 async function confirmClean(page) {
   await page.click('.junk-total button');

@@ -1,8 +1,12 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { addTasks, codeText, endRunning, hearLine, percentOf, startNext, withoutWaiting, wordOf, type JobKind, type Jobs, type Task } from '../src/lib/jobs.ts';
+import {
+  addTasks, codeText, endUnknown, hearLine, pendingOnly, percentOf, startNext, toolEnded, withoutService, withoutWaiting, wordOf,
+  type Job, type JobKind, type Jobs, type Stream, type Task,
+} from '../src/lib/jobs.ts';
 
 const task = (id: string, kind: JobKind = 'update'): Task => ({ kind, id, name: id });
+const endRunning = (jobs: Jobs, code: number, restart: boolean) => toolEnded(jobs, 'update_stream', code, restart);
 const states = (jobs: Jobs) => jobs.map(({ id, state }) => `${id} ${state}`).join(', ');
 
 test('one job runs at a time, in order, and a failed one does not stop the others', () => {
@@ -22,7 +26,7 @@ test('what is pending is not added twice; what has ended starts anew', () => {
   const running = startNext(addTasks([], [task('a'), task('b')]), 1);
   assert.equal(states(addTasks(running, [task('a'), task('b'), task('c')])), 'a running, b waiting, c waiting');
   assert.equal(states(addTasks(running, [task('a', 'uninstall')])), 'a running, b waiting, a waiting');
-  const failed = hearLine(running, { text: 'Downloading' }, 2);
+  const failed = hearLine(running, 'update_stream', { text: 'Downloading' }, 2);
   const again = addTasks(endRunning(failed, 1, false), [task('a')]);
   assert.equal(states(again), 'b waiting, a waiting');
   assert.deepEqual(again[1], { ...task('a'), state: 'waiting', lines: [] }, 'nothing of the first run stays');
@@ -30,18 +34,57 @@ test('what is pending is not added twice; what has ended starts anew', () => {
 });
 
 test('a run ends as its code and the restart marker say', () => {
-  const cases: [name: string, code: number | undefined, marker: boolean, state: string, restart: boolean][] = [
+  const cases: [name: string, code: number, marker: boolean, state: string, restart: boolean][] = [
     ['good', 0, false, 'done', false],
     ['good, with the marker', 0, true, 'restart', true],
     ['restart to finish', 0x8a150109, false, 'restart', true],
     ['restart and try again', 0x8a15010a, false, 'failed', true],
     ['bad, with the marker', 4, true, 'failed', true],
     ['bad', 1603, false, 'failed', false],
-    ['end not reported', undefined, false, 'failed', false],
   ];
   for (const [name, code, marker, state, restart] of cases) {
     const [job] = endRunning(startNext(addTasks([], [task('a')]), 1), code, marker);
     assert.deepEqual([job!.state, job!.restart ?? false, job!.code], [state, restart, code], name);
+  }
+});
+
+// The host's messages name no job: what is heard of a tool that was given up must not become the result of another one.
+test('an end is credited only to the one tool that it can be of', () => {
+  type Step = 'give up' | 'hide' | [Stream, code: number];
+  const update: Stream = 'update_stream';
+  const uninstall: Stream = 'uninstall_stream';
+  const a = task('a');
+  const cases: [name: string, tasks: Task[], steps: Step[], want: string][] = [
+    ['given up', [a, task('b')], ['give up'], 'a failed ?, b running'],
+    ['given up, then nothing else runs: the late end is its own', [a], ['give up', [update, 0]], 'a done 0'],
+    ['given up, and the next one runs: it could be the end of either', [a, task('b')], ['give up', [update, 0]], 'a failed ?, b failed ?'],
+    ['and so could the end that follows', [a, task('b')], ['give up', [update, 0], [update, 5]], 'a failed ?, b failed ?'],
+    ['the next one has a stream of its own', [a, task('b', 'uninstall')], ['give up', [uninstall, 0]], 'a failed ?, b done 0'],
+    ['the late end is of the other stream', [a, task('b', 'uninstall')], ['give up', [update, 7]], 'a failed 7, b running'],
+    ['hidden, it is forgotten', [a, task('b')], ['give up', 'hide', [update, 0]], 'b done 0'],
+    ['an end without a tool', [task('a', 'uninstall')], [[update, 0]], 'a running'],
+  ];
+  const show = ({ id, state, code }: Job) => `${id} ${state}${state === 'running' ? '' : ` ${code ?? '?'}`}`;
+  for (const [name, tasks, steps, want] of cases) {
+    const end = steps.reduce<Jobs>((jobs, step) => {
+      const after = step === 'give up' ? endUnknown(jobs, true) : step === 'hide' ? pendingOnly(jobs) : toolEnded(jobs, step[0], step[1], false);
+      return startNext(after, 2);
+    }, startNext(addTasks([], tasks), 1));
+    assert.equal(end.map(show).join(', '), want, name);
+  }
+  const given_up = endUnknown(startNext(addTasks([], [a]), 1), true);
+  assert.equal(states(addTasks(given_up, [a])), 'a failed, a waiting', 'a second try does not make the first one forgotten');
+  const running = startNext(addTasks([], [a]), 1);
+  assert.equal(hearLine(running, uninstall, { text: 'late' }, 9), running, 'nor are lines of the other stream taken');
+});
+
+test('without the helper service, the driver that is about to be installed says so', () => {
+  const driver = startNext(addTasks([], [task('d', 'driver')]), 1);
+  const alone = withoutService(hearLine(driver, 'update_stream', { text: 'status' }, 2));
+  assert.equal(alone[0]!.alone, true);
+  assert.equal(withoutService(alone), alone, 'what is missed afterwards is missed by something else');
+  for (const other of [startNext(addTasks([], [task('a')]), 1), hearLine(hearLine(driver, 'update_stream', { text: '1' }, 2), 'update_stream', { text: '2' }, 3), []]) {
+    assert.equal(withoutService(other), other);
   }
 });
 
@@ -61,9 +104,9 @@ test('the bar shows the share of the step that the tool is at', () => {
   for (const [line, want] of cases) assert.equal(percentOf(line), want, line);
 
   let jobs = startNext(addTasks([], [task('a')]), 1);
-  for (const text of ['Downloading', '10%', '20%']) jobs = hearLine(jobs, { text, is_progress: true }, 5);
+  for (const text of ['Downloading', '10%', '20%']) jobs = hearLine(jobs, 'update_stream', { text, is_progress: true }, 5);
   assert.deepEqual([jobs[0]!.percent, jobs[0]!.lines.map(({ text }) => text), jobs[0]!.heard], [20, ['Downloading', '20%'], 5]);
-  assert.equal(hearLine(jobs, { text: 'Starting package install...' }, 6)[0]!.percent, undefined, 'the next step gives no share');
+  assert.equal(hearLine(jobs, 'update_stream', { text: 'Starting package install...' }, 6)[0]!.percent, undefined, 'the next step gives no share');
 });
 
 test('exit codes have words, by the tool that gave them', () => {

@@ -62,7 +62,8 @@ test('what cannot be acted on says why', () => {
     ['Peat.Tool_2-x64', true, undefined],
     ['Brook.TarnS…', true, 'cut'],
     ['Peat.Peat++', true, 'characters'],
-    ['ARP\\Machine\\X64\\{0F3C}', true, 'characters'],
+    ['ARP\\Machine\\X64\\{0F3C}', true, 'windows'],
+    ['MSIX\\Podzim.Poznamky_2.1.0.0_x6…', true, 'windows'],
     ['24.1', false, 'shifted'],
   ];
   for (const [id, whole, want] of cases) {

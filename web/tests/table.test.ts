@@ -61,6 +61,7 @@ test('selection survives new data as far as its rows do', () => {
   const selection: Selection = { keys: new Set([1, 2, 3]), active: 2, anchor: 3 };
   assert.equal(keepExisting(selection, [3, 2, 1, 0]), selection, 'unchanged: the same object, so nothing is drawn again');
   assert.deepEqual(keepExisting(selection, [1, 3]), { keys: new Set([1, 3]), active: undefined, anchor: 3 });
+  assert.deepEqual(keepExisting(selection, [3, 2, 1, 0], [3, 0]), { keys: new Set([3]), active: 2, anchor: 3 }, 'a row that cannot be selected can still be the active one');
 });
 
 test('keys move within the table', () => {

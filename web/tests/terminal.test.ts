@@ -16,6 +16,8 @@ test('a line replaces the one before it only when both look like a redraw', () =
     ['an ordinary line after a bar', [progress('██ 100%'), progress('Installed')], ['██ 100%', 'Installed']],
     ['a line that was not marked', [progress('50%'), { text: '60%' }], ['50%', '60%']],
     ['after a line that was not marked', [{ text: '50%' }, progress('60%')], ['50%', '60%']],
+    ['a spinner goes with what comes after it', [progress('Found'), progress('-'), progress('|'), progress('Installing'), progress('/'), { text: 'Done' }], ['Found', 'Installing', 'Done']],
+    ['redraws inside a line', [{ text: `\r   - \r   | \r${' '.repeat(120)}\rFound Tarn Sync` }, { text: 'Done\r' }, { text: ' \r ' }], ['Found Tarn Sync', 'Done', ' \r ']],
     ['a path is no spinner', [progress('C:\\Windows'), progress('a/b')], ['C:\\Windows', 'a/b']],
   ];
   for (const [name, incoming, want] of cases) {

@@ -38,13 +38,13 @@ test('services as reported: shown whatever they are, acted on only with what is 
   const cases: [element: unknown, want: ReturnType<typeof readService>][] = [
     [
       { service_type: 'db', display_name: 'Database', status: 'running', port: 5432, commands: ['stop', '', 7, 'restart'] },
-      { title: 'Database', facts: 'status: running, port: 5432', type: 'db', commands: ['stop', 'restart'] },
+      { title: 'Database', status: 'running', facts: 'port: 5432', type: 'db', commands: ['stop', 'restart'] },
     ],
-    [{ service_type: 'db' }, { title: 'db', facts: '', type: 'db', commands: [] }],
-    [{ name: 'X', commands: 'start', up: null }, { title: 'X', facts: 'up: null', commands: [] }],
-    [{ up: true }, { title: '{"up":true}', facts: 'up: true', commands: [] }],
-    ['db', { title: 'db', facts: '', commands: [] }],
-    [null, { title: 'null', facts: '', commands: [] }],
+    [{ service_type: 'db' }, { title: 'db', status: '', facts: '', type: 'db', commands: [] }],
+    [{ name: 'X', commands: 'start', status: 4 }, { title: 'X', status: '', facts: 'status: 4', commands: [] }],
+    [{ up: true }, { title: '{"up":true}', status: '', facts: 'up: true', commands: [] }],
+    ['db', { title: 'db', status: '', facts: '', commands: [] }],
+    [null, { title: 'null', status: '', facts: '', commands: [] }],
   ];
   for (const [element, want] of cases) assert.deepEqual(readService(element), want, JSON.stringify(element));
 });

@@ -21,25 +21,33 @@ export interface Job extends Task {
   restart?: boolean;
   /** When the tool was last heard of (ms since the epoch). */
   heard?: number;
+  /** Runs with the person's own rights: the helper service could not be reached. */
+  alone?: true;
+  /** Not waited for any longer; its tool may still end. */
+  lost?: true;
 }
 
 export type Jobs = readonly Job[];
 
 export const sameJob = (a: Task, b: Task) => a.kind === b.kind && a.id === b.id;
+/** The messages that a job is told of. They do not say which job they belong to. */
+export const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
+export type Stream = ReturnType<typeof streamOf>;
 export const isPending = ({ state }: Job) => state === 'waiting' || state === 'running';
 
-/** What waits or runs already is not added again; what has ended starts anew, at the end. */
+/** What waits or runs already is not added again; what has ended starts anew, at the end. One whose tool may still run stays as well. */
 export function addTasks(jobs: Jobs, tasks: readonly Task[]): Jobs {
   const fresh = tasks.filter((task) => !jobs.some((job) => isPending(job) && sameJob(job, task)));
   return [
-    ...jobs.filter((job) => !fresh.some((task) => sameJob(job, task))),
+    ...jobs.filter((job) => job.lost || !fresh.some((task) => sameJob(job, task))),
     ...fresh.map(({ kind, id, name }): Job => ({ kind, id, name, state: 'waiting', lines: [] })),
   ];
 }
 
 const change = (jobs: Jobs, state: Job['state'], to: (job: Job) => Job): Jobs => {
-  const at = jobs.findIndex((job) => job.state === state);
-  return at < 0 ? jobs : jobs.with(at, to(jobs[at]!));
+  const job = jobs.find((one) => one.state === state);
+  const changed = job && to(job);
+  return job === changed ? jobs : jobs.with(jobs.indexOf(job!), changed!);
 };
 
 /** Starts the first that waits, unless one runs. */
@@ -49,21 +57,40 @@ export function startNext(jobs: Jobs, now: number): Jobs {
 }
 
 /** A line of the tool that runs. */
-export function hearLine(jobs: Jobs, line: Incoming, now: number): Jobs {
-  return change(jobs, 'running', ({ percent: _, ...job }) => {
+export function hearLine(jobs: Jobs, stream: Stream, line: Incoming, now: number): Jobs {
+  return change(jobs, 'running', (job) => {
+    if (streamOf(job.kind) !== stream) return job;
+    const { percent: _, ...rest } = job;
     const percent = percentOf(line.text);
-    return { ...job, lines: appendLines(job.lines, [line]), heard: now, ...(percent !== undefined && { percent }) };
+    return { ...rest, lines: appendLines(job.lines, [line]), heard: now, ...(percent !== undefined && { percent }) };
   });
 }
 
-/** The tool that runs has ended, or is not waited for any longer (no code). */
-export function endRunning(jobs: Jobs, code: number | undefined, restart: boolean): Jobs {
-  return change(jobs, 'running', ({ percent: _, ...job }) => {
-    const needed = restart || restart_codes.has(code ?? 0);
-    const good = code === 0 || finished_codes.has(code ?? -1);
-    const state = !good ? 'failed' : needed ? 'restart' : 'done';
-    return { ...job, state, ...(code !== undefined && { code }), ...(needed && { restart: true }) };
-  });
+function ended({ percent: _, lost: __, ...job }: Job, code: number | undefined, restart: boolean): Job {
+  const needed = restart || restart_codes.has(code ?? 0);
+  const good = code === 0 || finished_codes.has(code ?? -1);
+  const state = !good ? 'failed' : needed ? 'restart' : 'done';
+  return { ...job, state, ...(code !== undefined && { code }), ...(needed && { restart: true }) };
+}
+
+/** The tool that runs has not been started, or is not waited for any longer. */
+export function endUnknown(jobs: Jobs, lost?: true, restart = false): Jobs {
+  return change(jobs, 'running', (job) => ({ ...ended(job, undefined, restart), ...(lost && { lost }) }));
+}
+
+/**
+ * A tool has ended. While one of the same stream that is not waited for any longer may still run, the end could be its own:
+ * it is credited only when there is no other.
+ */
+export function toolEnded(jobs: Jobs, stream: Stream, code: number | undefined, restart: boolean): Jobs {
+  const open = jobs.filter(({ kind, state, lost }) => streamOf(kind) === stream && (lost || state === 'running'));
+  if (open.length === 1) return jobs.with(jobs.indexOf(open[0]!), ended(open[0]!, code, restart));
+  return open.some(({ state }) => state === 'running') ? endUnknown(jobs, true, restart) : jobs;
+}
+
+/** The host has told that the helper service is missing: the driver that was about to be installed is meant, if there is one. */
+export function withoutService(jobs: Jobs): Jobs {
+  return change(jobs, 'running', (job) => (job.kind === 'driver' && !job.alone && job.lines.length <= 1 ? { ...job, alone: true } : job));
 }
 
 /** Takes away what has ended. */

@@ -69,11 +69,12 @@ export function realignApp(cells: Omit<Cells, 'available'>): Package {
 /** What the host lets into a command line: the other characters mean something there. */
 export const isSafeArgument = (text: string) => /^[A-Za-z0-9 ()\-.:_]*$/.test(text);
 
-export type Obstacle = 'shifted' | 'cut' | 'characters';
+export type Obstacle = 'shifted' | 'cut' | 'windows' | 'characters';
 
 /** Why nothing can be done with a package. */
 export function obstacleOf({ id, whole }: Package): Obstacle | undefined {
   if (!whole) return 'shifted';
+  if (id.includes('\\')) return 'windows'; // "ARP\…", "MSIX\…": of no source, so the tool's commands are not needed for it
   if (id.endsWith('…')) return 'cut';
   return isSafeArgument(id) ? undefined : 'characters';
 }

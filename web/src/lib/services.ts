@@ -4,6 +4,8 @@ import { isRecord } from './shape.ts';
 
 export interface DevService {
   title: string;
+  /** A status in words, if there is one. */
+  status: string;
   /** The other members as they came. */
   facts: string;
   /** For commands; absent when the report does not name it. */
@@ -15,12 +17,15 @@ const textOf = (value: unknown) => (typeof value === 'string' ? value : JSON.str
 const title_members = ['display_name', 'displayName', 'name', 'title', 'service_type'];
 
 export function readService(element: unknown): DevService {
-  if (!isRecord(element)) return { title: textOf(element), facts: '', commands: [] };
-  const { service_type: type, commands } = element;
+  if (!isRecord(element)) return { title: textOf(element), status: '', facts: '', commands: [] };
+  const { service_type: type, commands, status } = element;
+  const in_words = typeof status === 'string';
   const title = title_members.find((member) => typeof element[member] === 'string' && element[member] !== '');
-  const shown = Object.entries(element).filter(([name]) => name !== title && name !== 'service_type' && name !== 'commands');
+  const said = [title, 'service_type', 'commands', in_words && 'status'];
+  const shown = Object.entries(element).filter(([name]) => !said.includes(name));
   return {
     title: title === undefined ? textOf(element) : textOf(element[title]),
+    status: in_words ? status : '',
     facts: shown.map(([name, value]) => `${name}: ${textOf(value)}`).join(', '),
     ...(typeof type === 'string' && type !== '' && { type }),
     commands: Array.isArray(commands) ? commands.filter((one): one is string => typeof one === 'string' && one !== '') : [],

@@ -93,12 +93,13 @@ export function toggle(selection: Selection, key: Key): Selection {
   return { keys, active: key, anchor: key };
 }
 
-/** After new data: keys of rows that are gone are dropped. */
-export function keepExisting(selection: Selection, order: readonly Key[]): Selection {
+/** After new data: keys of rows that are gone, or cannot be selected, are dropped. */
+export function keepExisting(selection: Selection, order: readonly Key[], selectable = order): Selection {
   if (selection.keys.size === 0 && selection.active === undefined) return selection;
   const there = new Set(order);
+  const can = selectable === order ? there : new Set(selectable);
   const known = (key: Key | undefined) => (key !== undefined && there.has(key) ? key : undefined);
-  const keys = new Set([...selection.keys].filter((key) => there.has(key)));
+  const keys = new Set([...selection.keys].filter((key) => can.has(key)));
   const active = known(selection.active);
   const anchor = known(selection.anchor);
   const same = keys.size === selection.keys.size && active === selection.active && anchor === selection.anchor;

@@ -17,12 +17,16 @@ export interface Incoming {
 
 const kMaxLines = 2000;
 
+const spinner = /^\s*[-\\|/]\s*$/;
 const redraw_looks = [
   /[█▉▊▋▌▍▎▏▒░■]/, // progress bar
-  /^\s*[-\\|/]\s*$/, // spinner
+  spinner,
   /\d+([.,]\d+)?\s*%/,
   /\d+([.,]\d+)?\s*[kKMGT]?i?B\s*\/\s*\d+([.,]\d+)?\s*[kKMGT]?i?B/, // 12.0 MB / 80.1 MB
 ];
+
+/** What a console would show of a line with carriage returns in it: what was written last. */
+const afterRedraws = (text: string) => text.split('\r').findLast((part) => part.trim() !== '') ?? text;
 
 export function looksLikeRedraw(text: string): boolean {
   return redraw_looks.some((look) => look.test(text));
@@ -30,14 +34,16 @@ export function looksLikeRedraw(text: string): boolean {
 
 /**
  * Appends lines, the oldest falling out beyond the limit. A progress line takes the place of the one before it only when
- * both look like a redraw: tools end ordinary lines with CR LF too, and those are marked as progress as well.
+ * both look like a redraw: tools end ordinary lines with CR LF too, and those are marked as progress as well. A spinner goes
+ * with whatever comes after it.
  */
 export function appendLines(lines: readonly Line[], incoming: readonly Incoming[]): Line[] {
   const next = lines.slice();
-  for (const { text, style = '', is_progress = false } of incoming) {
+  for (const { text: printed, style = '', is_progress = false } of incoming) {
+    const text = afterRedraws(printed);
     const before = next.at(-1);
     const replaces =
-      is_progress && before?.is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text);
+      before?.is_progress && (spinner.test(before.text) || (is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
     const id = replaces ? before.id : (before?.id ?? 0) + 1;
     if (replaces) next.pop();
     next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', is_progress });

@@ -23,6 +23,15 @@ export function isRepeated(entries: readonly string[], index: number): boolean {
   return mine !== '' && entries.slice(0, index).some((entry) => plain(entry) === mine);
 }
 
+/** The path that an entry names, with %names% replaced by what they stand for; undefined where that is not certain. */
+export function pathOf(entry: string, values: ReadonlyMap<string, string>): string | undefined {
+  let path = entry.trim().replace(/^"(.*)"$/, '$1').replaceAll('/', '\\');
+  // A value may name others in its turn, and itself.
+  for (let depth = 0; depth < 4; ++depth) path = path.replace(/%([^%]+)%/g, (name, word) => values.get(word.toLowerCase()) ?? name);
+  path = path.replace(/(.)\\+$/, '$1');
+  return /^[a-z]:(\\[^\\%~;:*?"<>|]+)+$/i.test(path) && !/[. ](\\|$)/.test(path) ? path : undefined;
+}
+
 /** Why a new variable cannot have that name, among the names that there are. */
 export function nameFault(name: string, existing: readonly string[]): 'empty' | 'equals' | 'exists' | undefined {
   if (name.trim() === '') return 'empty';

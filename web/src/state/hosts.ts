@@ -44,12 +44,20 @@ export async function reloadHosts() {
   await hosts.reload();
 }
 
+/** Other programs write this file too: what has come into it since it was loaded is not overwritten unasked. */
+async function mayReplace(loaded: string) {
+  const now = await host.request('getHostsFile', undefined, kTimeoutMs).catch(() => undefined);
+  const question = { title: t('hosts.changedTitle'), body: t('hosts.changedBody'), verb: t('hosts.overwrite'), danger: true };
+  return now === undefined || now.content === loaded || confirm(question);
+}
+
 export async function saveHosts() {
   const file = hosts.get().data;
   const edited = draft.get();
   if (!file || edited === undefined || savingHosts.get()) return;
   savingHosts.set(true);
   try {
+    if (!(await mayReplace(file.mark + file.stored))) return;
     const content = file.mark + restoreLineEnds(file.stored, edited);
     await host.request('saveHostsFile', { content }, kTimeoutMs);
     hosts.put(readFile(content));
@@ -57,6 +65,7 @@ export async function saveHosts() {
     toast(t('hosts.saved'));
   } catch (error) {
     toast(t('hosts.saveFailed', { reason: errorText(error, t('hosts.refused')) }), { error: true });
+  } finally {
+    savingHosts.set(false);
   }
-  savingHosts.set(false);
 }

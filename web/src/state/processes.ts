@@ -74,6 +74,6 @@ export async function endProcesses(wanted: ProcessRow[]) {
     }
   }
   await processes.reload();
-  // Windows ends a process in its own time; a list that is paused would show it for good.
-  setTimeout(processes.reload, kEndingMs);
+  // Windows ends a process in its own time, and a list that is paused is not loaded again.
+  if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one)))) setTimeout(processes.reload, kEndingMs);
 }

@@ -1,6 +1,8 @@
 import { host } from '../bridge/host.ts';
 import type { Message, Reply } from '../bridge/protocol.ts';
-import { addTasks, endRunning, hearLine, isPending, startNext, type Job, type Jobs, type Task } from '../lib/jobs.ts';
+import {
+  addTasks, endUnknown, hearLine, isPending, startNext, toolEnded, withoutService, type Job, type Jobs, type Stream, type Task,
+} from '../lib/jobs.ts';
 import type { Leftover } from '../lib/leftovers.ts';
 import { realignApp, realignUpdate, type Package } from '../lib/realign.ts';
 import { scanIsDue } from '../lib/settings.ts';
@@ -72,14 +74,19 @@ export function startScan() {
     if (message.requestId !== request_id) return;
     heard();
     const { running } = scan.get();
-    if (message.softwareCount !== undefined && running) scan.set({ running: { ...running, found: message.softwareCount } });
+    if (message.softwareCount !== undefined && running) {
+      scan.set({ running: { ...running, found: message.softwareCount } });
+      void apps.reload(); // the tool for packages has time now
+    }
     if (message.status !== 'done') return;
     end(message.success ? undefined : 'error');
-    if (!message.success) return;
+    if (!message.success) {
+      if (running?.found) void updates.reload(); // a failure of the drivers' tool has lost them
+      return;
+    }
     updates.put(asUpdates(message.software ?? []));
     drivers.put({ updates: message.drivers ?? [], scannedDriversCount: message.scannedDriversCount ?? 0 });
     saveSettings({ lastScan: Date.now() }, null);
-    void apps.reload();
   }
   try {
     request_id = host.start('startSystemScan', {});
@@ -118,11 +125,26 @@ export function enqueue(tasks: readonly Task[]) {
   runNext();
 }
 
-let end_running: (code?: number, restart?: boolean) => void = () => {};
-
 /** Goes on without the end of the tool that runs: it may have been lost. */
 export function abandonRunning() {
-  end_running();
+  settle(endUnknown(jobs.get(), true));
+}
+
+/** Hears of the tools that install and remove. */
+export function startQueue() {
+  for (const stream of ['update_stream', 'uninstall_stream'] satisfies Stream[]) {
+    host.on(stream, ({ streamType, message: text = '', isProgress: is_progress = false, code, rebootRequired = false }) => {
+      if (streamType === 'exit') settle(toolEnded(jobs.get(), stream, code, rebootRequired));
+      else jobs.set(hearLine(jobs.get(), stream, { text, is_progress }, Date.now()));
+    });
+  }
+}
+
+/** The host has missed the helper service. Of a queue of drivers only the first asks for the dialog, the others say so themselves. */
+export function serviceIsMissing(): boolean {
+  const before = jobs.get();
+  jobs.set(withoutService(before));
+  return jobs.get() === before || !before.some(({ alone }) => alone);
 }
 
 function runNext() {
@@ -131,27 +153,25 @@ function runNext() {
   const job = after.find(({ state }) => state === 'running');
   if (after === before || !job) return;
   jobs.set(after);
-  const stop = host.on(job.kind === 'uninstall' ? 'uninstall_stream' : 'update_stream', (message) => {
-    const { streamType, message: text = '', isProgress: is_progress = false } = message;
-    if (streamType === 'exit') end_running(message.code, message.rebootRequired);
-    else jobs.set(hearLine(jobs.get(), { text, is_progress }, Date.now()));
-  });
-  end_running = (code, restart = false) => {
-    stop();
-    end_running = () => {};
-    jobs.set(endRunning(jobs.get(), code, restart));
-    const ended = jobs.get().find(({ kind, id }) => kind === job.kind && id === job.id)!;
-    tellEnd(ended);
-    if (ended.kind === 'uninstall' && ended.state !== 'failed') void searchLeftovers(job);
-    if (jobs.get().some(({ state }) => state === 'waiting')) runNext();
-    else reloadChanged();
-  };
   try {
     if (job.kind === 'driver') host.start('installDriver', { title: job.id });
     else host.start(job.kind === 'update' ? 'installSoftware' : 'uninstallApp', { id: job.id });
   } catch {
-    end_running();
+    settle(endUnknown(jobs.get()));
   }
+}
+
+/** Takes what has become of the queue, tells of what has ended, and goes on. */
+function settle(after: Jobs) {
+  const before = jobs.get();
+  jobs.set(after);
+  for (const [i, job] of after.entries()) {
+    if (job === before[i] || isPending(job)) continue;
+    tellEnd(job);
+    if (job.kind === 'uninstall' && job.state !== 'failed') void searchLeftovers(job);
+  }
+  if (after.some(({ state }) => state === 'waiting')) runNext();
+  else if (after !== before && !after.some(isPending)) reloadChanged();
 }
 
 function tellEnd({ name, state }: Job) {
@@ -160,11 +180,11 @@ function tellEnd({ name, state }: Job) {
 
 /** What has been changed is listed anew, once nothing runs any more. */
 function reloadChanged() {
-  const good = new Set(jobs.get().filter((job) => !isPending(job) && job.state !== 'failed').map(({ kind }) => kind));
-  if (good.has('update') || good.has('uninstall')) {
+  const changed = new Set(jobs.get().filter(({ state, code }) => state !== 'failed' || code === undefined).map(({ kind }) => kind));
+  if (changed.has('update') || changed.has('uninstall')) {
     for (const list of [updates, apps]) if (list.get().data) void list.reload();
   }
-  if (good.has('driver')) void drivers.reload();
+  if (changed.has('driver')) void drivers.reload();
 }
 
 const listLeftovers = async ({ id, name }: Task) => (await host.request('findLeftovers', { id, name }, kListTimeoutMs)).leftovers;

@@ -1,5 +1,6 @@
 import { host } from '../bridge/host.ts';
 import type { RequestData } from '../bridge/protocol.ts';
+import { nameOf, parentOf } from '../lib/disk.ts';
 import { createSource } from '../lib/source.ts';
 import { t } from '../text/text.ts';
 import { errorText } from '../ui/error_text.ts';
@@ -20,6 +21,25 @@ export const variables = createSource(async () => {
   const reply = await host.request('getEnvVariables');
   return scopes.flatMap((scope) => Object.entries(reply[scope]).map(([name, value]): Variable => ({ scope, name, value })));
 });
+
+/**
+ * Looks whether paths are missing; each folder is listed once. A path is missing when the folder that would hold it is, or
+ * lists others: without entries it may as well be closed to this user.
+ */
+export function createLookup() {
+  const listings = new Map<string, Promise<Set<string>>>();
+  async function list(path: string) {
+    const reply = await host.request('getFolderContents', { path }).catch(() => undefined);
+    return new Set(reply?.items.map(({ name }) => name.toLowerCase()));
+  }
+  return async function isMissing(path: string): Promise<boolean> {
+    const parent = parentOf(path);
+    if (parent === undefined) return false;
+    if (!listings.has(parent)) listings.set(parent, list(parent));
+    const names = await listings.get(parent)!;
+    return !names.has(nameOf(path).toLowerCase()) && (names.size > 0 || isMissing(parent));
+  };
+}
 
 /** Resolves to whether it was stored; says so either way. */
 export async function saveVariable({ scope, name, value }: Variable, is_delete = false): Promise<boolean> {

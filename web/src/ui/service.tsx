@@ -1,6 +1,7 @@
 import { useEffect } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
 import { createStore } from '../lib/store.ts';
+import { serviceIsMissing } from '../state/software.ts';
 import { status } from '../state/status.ts';
 import { t } from '../text/text.ts';
 import { Button } from './button.tsx';
@@ -11,7 +12,9 @@ import { toast } from './toast.tsx';
 const open = createStore(false);
 
 export function startServiceDialog() {
-  host.on('show_service_error_modal', showServiceDialog);
+  host.on('show_service_error_modal', () => {
+    if (serviceIsMissing()) showServiceDialog();
+  });
 }
 
 export function showServiceDialog() {

@@ -8,7 +8,16 @@ interface Props {
 }
 
 export function Switch({ label, on, onToggle, disabled }: Props) {
+  // Not the attribute "disabled": that would take the focus away.
   return (
-    <button type="button" role="switch" class="switch" aria-checked={on} aria-label={label} disabled={disabled} onClick={() => onToggle(!on)} />
+    <button
+      type="button"
+      role="switch"
+      class="switch"
+      aria-checked={on}
+      aria-label={label}
+      aria-disabled={disabled}
+      onClick={() => disabled || onToggle(!on)}
+    />
   );
 }

@@ -36,6 +36,8 @@ interface Props<Row> {
   sort: Sort;
   /** From useSelection(); with it, many rows can be ticked. */
   selection?: SelectionState;
+  /** Rows that can be ticked; all when left out. Keep it stable (useMemo). */
+  selectable?(row: Row): boolean;
   /** Items of the context menu, for the rows it was opened on. Copying is always there. */
   menu?(rows: Row[]): MenuItem[];
   /** What the rows are of, for example a folder: when it changes, the table begins anew, at the row of what it showed before if there is one. */
@@ -44,8 +46,8 @@ interface Props<Row> {
   steady?: boolean;
   /** Enter or double click on a row. */
   onActivate?(row: Row): void;
-  /** Beside the filter. */
-  tools?: ComponentChildren;
+  /** Beside the filter; a function is given the ticked rows in the order of the screen, also those that the filter hides. */
+  tools?: ComponentChildren | ((ticked: Row[]) => ComponentChildren);
 }
 
 export type SelectionState = readonly [Selection, (next: Selection) => void];
@@ -58,7 +60,7 @@ export function useSelection(): SelectionState {
 const kWindowedAbove = 500;
 const kMarginRows = 12;
 
-export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, menu, subject, steady, onActivate, tools }: Props<Row>) {
+export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, selectable, menu, subject, steady, onActivate, tools }: Props<Row>) {
   const [query, setQuery] = useState('');
   const [sort, setSort] = useState(first_sort);
   const own = useSelection();
@@ -78,20 +80,26 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
   }, [rows, columns]);
   const [held, setHeld] = useState(false);
   const placed = useRef<{ rows: readonly Row[]; rules: unknown[] }>({ rows: [], rules: [] });
-  const { rows: shown, gone } = useMemo(() => {
-    const found = filterRows(rows, query, texts);
+  const sorted = useMemo(() => {
     const by = columns.find((column) => column.id === sort.column) ?? columns[0]!;
-    const sorted = sortRows(found, by.value, sort.descending, language);
+    return sortRows(rows, by.value, sort.descending, language);
+  }, [rows, sort, language, columns]);
+  const { rows: shown, gone } = useMemo(() => {
+    const found = filterRows(sorted, query, texts);
     const rules = [query, sort, language, columns];
     const keep = held && rules.every((rule, i) => rule === placed.current.rules[i]);
-    const result = keep ? keepPlaces(placed.current.rows, sorted, rowKey) : { rows: sorted, gone: kNoSelection.keys };
+    const result = keep ? keepPlaces(placed.current.rows, found, rowKey) : { rows: found, gone: kNoSelection.keys };
     placed.current = { rows: result.rows, rules };
     return result;
-  }, [rows, query, sort, language, columns, held]);
+  }, [sorted, query, held]);
   const order = useMemo(() => shown.map(rowKey), [shown]);
 
   // Rows that the filter hides stay selected; rows that no longer exist do not.
-  const selection = useMemo(() => keepExisting(stored, rows.map(rowKey)), [stored, rows]);
+  const canSelect = selectable ?? (() => true);
+  const selection = useMemo(() => {
+    const all = rows.map(rowKey);
+    return keepExisting(stored, all, selectable ? all.filter((_, i) => selectable(rows[i]!)) : all);
+  }, [stored, rows, selectable]);
   useEffect(() => setSelection(selection), [selection]);
   const hidden = selection.keys.size - order.filter((key) => selection.keys.has(key)).length;
 
@@ -117,7 +125,17 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     if (active_index >= 0) reveal(active_index);
   }, []);
 
-  // After the effect above, which has its say about the same rows.
+  // New data may move the row that the user is at: it stays in sight if it was.
+  const in_sight = useRef(false);
+  useLayoutEffect(() => {
+    if (in_sight.current && active_index >= 0) reveal(active_index);
+  }, [rows, held]);
+  useLayoutEffect(() => {
+    const top = active_index * scroller.row_height;
+    in_sight.current = active_index >= 0 && top >= scroller.top && top < scroller.top + scroller.height - 2 * scroller.row_height;
+  });
+
+  // After the effects above, which have their say about the same rows.
   const last_subject = useRef(subject);
   useEffect(() => {
     if (subject === last_subject.current) return;
@@ -171,7 +189,8 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     event.preventDefault();
   }
 
-  const all_ticked = order.length > 0 && order.every((key) => selection.keys.has(key));
+  const can_be_ticked = useMemo(() => order.filter((_, i) => canSelect(shown[i]!)), [order, selectable]);
+  const all_ticked = can_be_ticked.length > 0 && can_be_ticked.every((key) => selection.keys.has(key));
   const column_count = columns.length + Number(many);
 
   return (
@@ -199,7 +218,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
           {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
           {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
         </span>
-        <div class="table-tools">{tools}</div>
+        <div class="table-tools">{typeof tools === 'function' ? tools(sorted.filter((row) => selection.keys.has(rowKey(row)))) : tools}</div>
       </div>
       <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
         <table
@@ -221,6 +240,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                     type="checkbox"
                     aria-label={t('table.selectAll')}
                     checked={all_ticked}
+                    disabled={can_be_ticked.length === 0}
                     indeterminate={!all_ticked && selection.keys.size > hidden}
                     onChange={() => {
                       const keys = new Set(selection.keys);
@@ -252,7 +272,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                   id={row_id(index)}
                   class={index === active_index ? 'active' : gone.has(key) ? 'gone' : undefined}
                   aria-rowindex={index + 2}
-                  aria-selected={selected}
+                  aria-selected={canSelect(row) ? selected : undefined}
                   onClick={(event) => {
                     if (event.target instanceof Element && event.target.closest('button, a, input')) return;
                     setSelection(select(selection, order, key, { shift: many && event.shiftKey, ctrl: many && event.ctrlKey }));
@@ -271,6 +291,7 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                         tabIndex={-1}
                         aria-label={t('table.selectRow', { name: textOf(columns[0]!, row) })}
                         checked={selected}
+                        disabled={!canSelect(row)}
                         onChange={() => setSelection(toggle(selection, key))}
                       />
                     </td>

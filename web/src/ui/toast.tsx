@@ -15,6 +15,7 @@ interface Toast {
   text: string;
   error: boolean;
   action: ToastAction | undefined;
+  about: string;
 }
 
 const kShownMs = 5000;
@@ -24,10 +25,10 @@ const kMaxToasts = 4;
 const toasts = createStore<readonly Toast[]>([]);
 let last_id = 0;
 
-/** A short notice in the corner. A text that is already shown is not stacked a second time. */
-export function toast(text: string, options: { error?: boolean; action?: ToastAction | undefined } = {}) {
-  const next: Toast = { id: ++last_id, text, error: options.error ?? false, action: options.action };
-  toasts.set([...toasts.get().filter((other) => other.text !== text), next].slice(-kMaxToasts));
+/** A short notice in the corner. It replaces the one before it that was `about` the same thing, or had the same text. */
+export function toast(text: string, { error = false, action, about = text }: { error?: boolean; action?: ToastAction | undefined; about?: string } = {}) {
+  const next: Toast = { id: ++last_id, text, error, action, about };
+  toasts.set([...toasts.get().filter((other) => other.about !== about), next].slice(-kMaxToasts));
 }
 
 function dismiss(id: number) {

@@ -201,8 +201,8 @@ function DownloadsTable({ items, reload }: { items: Download[]; reload(): void }
   const language = locale();
   const columns = useMemo<Column<Download>[]>(
     () => [
-      { id: 'name', title: t('downloads.name'), value: ({ name }) => name },
-      { id: 'size', title: t('downloads.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
+      { id: 'name', title: t('app.name'), value: ({ name }) => name },
+      { id: 'size', title: t('app.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
       { id: 'age', title: t('downloads.age'), value: ({ daysOld }) => daysOld, text: ({ daysOld }) => t('downloads.days', { n: daysOld }), numeric: true, width: '7rem' },
     ],
     [language],

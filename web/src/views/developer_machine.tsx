@@ -2,6 +2,7 @@ import { useMemo, useState } from 'preact/hooks';
 import { host } from '../bridge/host.ts';
 import { readService, type DevService } from '../lib/services.ts';
 import { createSource } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
 import { locale, t } from '../text/text.ts';
 import { DataView, Notice } from '../ui/data_view.tsx';
 import { confirm } from '../ui/dialog.tsx';
@@ -19,28 +20,47 @@ export const services = createSource(async () => {
   return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
 });
 
+/** The service that a command is under way for: one at a time. */
+const commanded = createStore<ServiceRow | undefined>(undefined);
+
 const known_commands = ['start', 'stop', 'restart'] as const;
 const commandText = (command: string) => (known_commands.includes(command as never) ? t(`services.${command as 'start'}`) : command);
 
-async function control({ title, type = '' }: DevService, command: string) {
+async function control(service: ServiceRow, command: string) {
+  const { title, type = '' } = service;
   const verb = commandText(command);
   const question = { title: t('services.title', { verb, title }), body: t('services.body'), verb };
-  if (command !== 'start' && !(await confirm(question))) return;
+  if (commanded.get() || (command !== 'start' && !(await confirm(question)))) return;
+  commanded.set(service);
   try {
     await host.request('controlDevService', { service_type: type, command }, kTimeoutMs);
     toast(t('services.done', { verb, title }));
   } catch (error) {
     toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), { error: true });
   }
-  void services.reload();
+  await services.reload();
+  commanded.set(undefined);
 }
 
 export function Services() {
   const list = useStore(services);
+  const busy = useStore(commanded);
   const language = locale();
   const columns = useMemo<Column<ServiceRow>[]>(
     () => [
       { id: 'title', title: t('services.name'), value: ({ title }) => title, width: '28%' },
+      {
+        id: 'status',
+        title: t('devices.status'),
+        value: ({ status }) => status,
+        cell: ({ key, status }) =>
+          key === busy?.key ? (
+            <span class="spinner" role="img" aria-label={t('diagnostics.running')} />
+          ) : (
+            status && <span class={status === 'running' ? 'tag tag-good' : 'tag'}>{status}</span>
+          ),
+        width: '10rem',
+      },
       { id: 'facts', title: t('services.facts'), value: ({ facts }) => facts },
       {
         id: 'commands',
@@ -49,12 +69,14 @@ export function Services() {
         cell: (service) =>
           service.type !== undefined &&
           service.commands.map((command) => (
-            <button key={command} type="button" class="link" onClick={() => void control(service, command)}>{commandText(command)}</button>
+            <button key={command} type="button" class="link" aria-disabled={busy !== undefined} onClick={() => void control(service, command)}>
+              {commandText(command)}
+            </button>
           )),
         width: '16rem',
       },
     ],
-    [language],
+    [language, busy],
   );
   return (
     <DataView
@@ -78,7 +100,8 @@ interface Device {
 
 export const devices = createSource(async () => {
   const reply = await explained(host.request('getPnpDevices', undefined, kTimeoutMs), () => t('devices.refused'));
-  return reply.devices.map((one, key): Device => ({ key, name: String(one.FriendlyName), group: String(one.Class), status: String(one.Status) }));
+  // Windows writes the classes in capitals, the host names what has none "System".
+  return reply.devices.map((one, key): Device => ({ key, name: String(one.FriendlyName), group: String(one.Class).toUpperCase(), status: String(one.Status) }));
 });
 
 const isWell = ({ status }: Device) => status === 'OK';
@@ -123,12 +146,15 @@ export function Devices() {
           columns={columns}
           sort={{ column: 'status', descending: false }}
           tools={
-            <select aria-label={t('devices.class')} value={group} onChange={(event) => setGroup(event.currentTarget.value)}>
+            <>
+              <span class="muted small">{t('devices.hint')}</span>
+              <select aria-label={t('devices.class')} value={group} onChange={(event) => setGroup(event.currentTarget.value)}>
               <option value="">{t('devices.all')}</option>
               {[...new Set(rows.map((device) => device.group))].sort().map((one) => (
                 <option key={one} value={one}>{one}</option>
               ))}
             </select>
+            </>
           }
         />
       )}

@@ -1,6 +1,6 @@
-import { useId, useMemo, useState } from 'preact/hooks';
-import { isList, isRepeated, joinList, nameFault, splitList } from '../lib/variables.ts';
-import { saveVariable, scopes, variables, type Variable } from '../state/variables.ts';
+import { useEffect, useId, useMemo, useRef, useState } from 'preact/hooks';
+import { isList, isRepeated, joinList, nameFault, pathOf, splitList } from '../lib/variables.ts';
+import { createLookup, saveVariable, scopes, variables, type Variable } from '../state/variables.ts';
 import { locale, t } from '../text/text.ts';
 import { Button, IconButton } from '../ui/button.tsx';
 import { DataView } from '../ui/data_view.tsx';
@@ -28,9 +28,10 @@ export function Variables() {
   const selection = useSelection();
   const [opened, setOpened] = useState<Variable | 'new'>();
   const language = locale();
+  useEffect(() => void variables.reload(), []);
   const columns = useMemo<Column<Variable>[]>(
     () => [
-      { id: 'name', title: t('variables.name'), value: ({ name }) => name, width: '26%' },
+      { id: 'name', title: t('app.name'), value: ({ name }) => name, width: '26%' },
       { id: 'scope', title: t('variables.scope'), value: scopeText, width: '9rem' },
       { id: 'value', title: t('variables.value'), value: ({ value }) => value },
     ],
@@ -75,6 +76,9 @@ export function Variables() {
   );
 }
 
+const overwrite = (name: string, stored = '') =>
+  confirm({ title: t('variables.changed', { name }), body: t('variables.changedBody'), items: [stored], verb: t('hosts.overwrite'), danger: true });
+
 function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Variable; onClose(): void }) {
   const [now, setNow] = useState<Variable>(before ?? { scope: 'user', name: '', value: '' });
   const [raw, setRaw] = useState(!before || !isList(before.name, before.value));
@@ -84,7 +88,10 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
   const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
   async function save() {
     setSaving(true);
-    if (await saveVariable(now)) onClose();
+    // An installer may have added to it since it was read.
+    await variables.reload();
+    const stored = variables.get().data?.find((one) => keyOf(one) === keyOf(now))?.value;
+    if ((stored === before?.value || (await overwrite(now.name, stored))) && (await saveVariable(now))) onClose();
     else setSaving(false);
   }
   return (
@@ -109,7 +116,7 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
                 <option value={scope}>{scopeText({ scope })}</option>
               ))}
             </select>
-            <label for={`${id}-name`}>{t('variables.name')}</label>
+            <label for={`${id}-name`}>{t('app.name')}</label>
             <input id={`${id}-name`} data-first type="text" spellcheck={false} value={now.name} onInput={(event) => change({ name: event.currentTarget.value })} />
             {fault && fault !== 'empty' && <p class="small" role="alert">{t(`variables.${fault}`)}</p>}
           </>
@@ -128,7 +135,7 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
             onInput={(event) => change({ value: event.currentTarget.value.replace(/\n/g, '') })}
           />
         ) : (
-          <Entries value={now.value} onChange={(value) => change({ value })} />
+          <Entries all={all} value={now.value} onChange={(value) => change({ value })} />
         )}
       </div>
     </Dialog>
@@ -136,13 +143,23 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
 }
 
 /** The value as an ordered list. */
-function Entries({ value, onChange }: { value: string; onChange(value: string): void }) {
+function Entries({ all, value, onChange }: { all: Variable[]; value: string; onChange(value: string): void }) {
+  const list = useRef<HTMLOListElement>(null);
   const entries = splitList(value);
-  const set = (next: string[]) => onChange(joinList(next));
-  const swap = (i: number, j: number) => set(entries.with(i, entries[j]!).with(j, entries[i]!));
+  const missing = useMissing(entries, all);
+  // The focus goes along with the entry: the list's row `at`, and its control `nth` or, where that cannot be used, its field.
+  function set(next: string[], at: number, nth: number) {
+    onChange(joinList(next));
+    requestAnimationFrame(() => {
+      const controls = list.current?.children[at]?.querySelectorAll<HTMLElement>('input, button');
+      const [field] = controls ?? [];
+      (controls?.[nth]?.matches(':disabled') ? field : controls?.[nth])?.focus();
+    });
+  }
+  const swap = (i: number, j: number, nth: number) => set(entries.with(i, entries[j]!).with(j, entries[i]!), j, nth);
   return (
     <>
-      <ol class="entries">
+      <ol class="entries" ref={list}>
         {entries.map((entry, i) => {
           const n = i + 1;
           return (
@@ -153,17 +170,38 @@ function Entries({ value, onChange }: { value: string; onChange(value: string): 
                 aria-label={t('variables.entry', { n })}
                 placeholder={t('variables.emptyEntry')}
                 value={entry}
-                onInput={(event) => set(entries.with(i, event.currentTarget.value))}
+                onInput={(event) => onChange(joinList(entries.with(i, event.currentTarget.value)))}
               />
               {isRepeated(entries, i) && <span class="tag tag-warn">{t('variables.repeated')}</span>}
-              <IconButton icon="arrowUp" label={t('variables.up', { n })} disabled={i === 0} onClick={() => swap(i, i - 1)} />
-              <IconButton icon="arrowDown" label={t('variables.down', { n })} disabled={i === entries.length - 1} onClick={() => swap(i, i + 1)} />
-              <IconButton icon="remove" label={t('variables.removeEntry', { n })} onClick={() => set(entries.toSpliced(i, 1))} />
+              {missing.has(entry) && <span class="tag tag-danger">{t('variables.missing')}</span>}
+              <IconButton icon="arrowUp" label={t('variables.up', { n })} disabled={i === 0} onClick={() => swap(i, i - 1, 1)} />
+              <IconButton icon="arrowDown" label={t('variables.down', { n })} disabled={i === entries.length - 1} onClick={() => swap(i, i + 1, 2)} />
+              <IconButton icon="remove" label={t('variables.removeEntry', { n })} onClick={() => set(entries.toSpliced(i, 1), Math.min(i, entries.length - 2), 3)} />
             </li>
           );
         })}
       </ol>
-      <Button onClick={() => set([...entries, ''])}>{t('variables.addEntry')}</Button>
+      <Button onClick={() => set([...entries, ''], entries.length, 0)}>{t('variables.addEntry')}</Button>
     </>
   );
+}
+
+/** Those of the entries that name what is not on the disk. */
+function useMissing(entries: string[], all: Variable[]): ReadonlySet<string> {
+  const [missing, setMissing] = useState<ReadonlySet<string>>(new Set());
+  const isMissing = useMemo(createLookup, []);
+  const values = useMemo(() => new Map([...all].reverse().map(({ name, value }) => [name.toLowerCase(), value])), [all]);
+  useEffect(() => {
+    let latest = true;
+    void Promise.all(
+      entries.map(async (entry) => {
+        const path = pathOf(entry, values);
+        return path !== undefined && (await isMissing(path)) ? [entry] : [];
+      }),
+    ).then((found) => latest && setMissing(new Set(found.flat())));
+    return () => {
+      latest = false;
+    };
+  }, [joinList(entries), values]);
+  return missing;
 }

@@ -174,7 +174,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
     return [
       {
         id: 'name',
-        title: t('downloads.name'),
+        title: t('app.name'),
         value: ({ name }) => name,
         cell: ({ name, isDirectory }) => (
           <span class="entry" title={name}>
@@ -185,7 +185,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
       },
       {
         id: 'size',
-        title: t('downloads.size'),
+        title: t('app.size'),
         value: ({ size }) => size,
         text: (entry) => (isUnknown(entry) ? kNothing : formatBytes(entry.size)),
         numeric: true,
@@ -239,9 +239,9 @@ function LargestFiles({ files }: { files: BigFile[] }) {
   const language = locale();
   const columns = useMemo<Column<BigFile>[]>(
     () => [
-      { id: 'name', title: t('downloads.name'), value: ({ path }) => nameOf(path) },
+      { id: 'name', title: t('app.name'), value: ({ path }) => nameOf(path) },
       { id: 'folder', title: t('kind.folder'), value: ({ path }) => parentOf(path) },
-      { id: 'size', title: t('downloads.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
+      { id: 'size', title: t('app.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
     ],
     [language],
   );

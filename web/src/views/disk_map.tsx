@@ -54,7 +54,7 @@ export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
       <figcaption class="legend small muted" aria-hidden="true">
         {kinds.map((kind) => (
           <span key={kind}>
-            <i class={`kind-${kind}`} />
+            <i style={{ background: `var(--kind-${kind})` }} />
             {t(`kind.${kind}`)}
           </span>
         ))}

@@ -2,7 +2,7 @@ import { useMemo, useState } from 'preact/hooks';
 import { clockText, isMeasured, type ProcessRow } from '../lib/processes.ts';
 import { kNoSelection } from '../lib/table.ts';
 import { place } from '../state/navigation.ts';
-import { endProcesses, kProcessesPeriodMs, paused, pollProcesses, processes } from '../state/processes.ts';
+import { endProcesses, kProcessesPeriodMs, paused, pollProcesses, processes, togglePaused } from '../state/processes.ts';
 import { kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
@@ -77,7 +77,7 @@ export function Processes() {
       at={list.at}
       actions={
         <>
-          <Button icon={stopped ? 'play' : 'pause'} onClick={() => paused.set(!stopped)}>
+          <Button icon={stopped ? 'play' : 'pause'} onClick={togglePaused}>
             {t(stopped ? 'processes.resume' : 'processes.pause')}
           </Button>
           <Button icon="close" disabled={chosen.length === 0} onClick={() => void endProcesses(chosen)}>

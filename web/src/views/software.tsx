@@ -1,21 +1,24 @@
 import { useEffect, useMemo, useState } from 'preact/hooks';
 import type { ComponentChildren } from 'preact';
+import { host } from '../bridge/host.ts';
 import { isSafeArgument, obstacleOf, type Obstacle, type Package } from '../lib/realign.ts';
-import type { JobKind } from '../lib/jobs.ts';
+import { isPending, type JobKind } from '../lib/jobs.ts';
 import type { Source, SourceState } from '../lib/source.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
-import { apps, drivers, enqueue, packageKey, scan, startScan, updates, type Drivers } from '../state/software.ts';
+import { apps, drivers, enqueue, jobs, packageKey, scan, startScan, updates, type Drivers } from '../state/software.ts';
 import { openTerminal } from '../state/terminal.ts';
 import { formatDate, kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
 import { DataView, Notice } from '../ui/data_view.tsx';
 import { confirm } from '../ui/dialog.tsx';
+import { errorText } from '../ui/error_text.ts';
 import { useElapsed, useStore } from '../ui/hooks.ts';
 import { Icon } from '../ui/icon.tsx';
 import type { MenuItem } from '../ui/menu.tsx';
 import { Table, useSelection, type Column } from '../ui/table.tsx';
 import { panelOf, Tabs } from '../ui/tabs.tsx';
+import { toast } from '../ui/toast.tsx';
 import { View } from '../ui/view.tsx';
 import { JobsPanel, JobState } from './software_jobs.tsx';
 import { LeftoversDialog } from './software_leftovers.tsx';
@@ -37,7 +40,7 @@ export function Software() {
   const shown = { updates: found, installed, drivers: offered }[list];
   const ignored = ignoredIds();
   const counts = {
-    updates: found.data?.filter(({ id }) => !ignored.has(id)).length,
+    updates: found.data?.filter(({ id }) => !ignored.has(id)).length ?? running?.found,
     installed: installed.data?.length,
     drivers: offered.data?.updates.length,
   };
@@ -131,8 +134,10 @@ interface ListedProps<T> {
 /** A list that the scan fills: before the first one, an invitation. */
 function Listed<T>({ source, state, count, nothing: [title, why], children }: ListedProps<T>) {
   const { running } = useStore(scan);
-  if (state.phase === 'idle' && !running) {
-    return (
+  if (state.phase === 'idle') {
+    return running ? (
+      <Notice icon="search" title={t('software.scanning')} />
+    ) : (
       <Notice icon="software" title={t('software.start')}>
         <p>{t('software.startHint')}</p>
         <Button kind="primary" icon="search" onClick={startScan}>{t('software.scan')}</Button>
@@ -144,9 +149,8 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
       <p>{why}</p>
     </Notice>
   );
-  const shown = state.phase === 'idle' ? { ...state, since: running?.since ?? 0 } : state;
   return (
-    <DataView source={shown} reload={() => void source.reload()} empty={{ when: (data) => count(data) === 0, notice }}>
+    <DataView source={state} reload={() => void source.reload()} empty={{ when: (data) => count(data) === 0, notice }}>
       {children}
     </DataView>
   );
@@ -191,7 +195,11 @@ interface TasksProps {
   tools?: ComponentChildren;
 }
 
-const isUsable = ({ block, ignored }: Row) => !block && !ignored;
+/** Where Windows itself does what a row cannot. */
+const settings_pages: Partial<Record<JobKind, string>> = {
+  uninstall: 'ms-settings:appsfeatures',
+  driver: 'ms-settings:windowsupdate-optionalupdates',
+};
 
 /** An update can be repeated by hand; what changes more is asked about first. */
 async function start(kind: JobKind, rows: Row[]) {
@@ -211,6 +219,12 @@ async function start(kind: JobKind, rows: Row[]) {
 function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProps) {
   const selection = useSelection();
   const language = locale();
+  // One text, so that it changes only when a job comes or ends, and not with every line that a tool prints.
+  const pending = useStore(jobs).filter((job) => job.kind === kind && isPending(job)).map(({ id }) => id).join('\n');
+  const isUsable = useMemo(() => {
+    const ids = new Set(pending.split('\n'));
+    return ({ block, ignored, id }: Row) => !block && !ignored && !ids.has(id);
+  }, [pending]);
   const columns = useMemo<Column<Row>[]>(
     () => [
       ...described.map(([id, width]): Column<Row> => {
@@ -228,7 +242,6 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
     ],
     [language],
   );
-  const chosen = rows.filter((row) => selection[0].keys.has(row.key) && isUsable(row));
   const verb = (n: number) => (n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n }));
   const removes = kind === 'uninstall';
   return (
@@ -240,21 +253,23 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
         columns={columns}
         sort={{ column: 'name', descending: false }}
         selection={selection}
+        selectable={isUsable}
         menu={(marked) => {
           const ready = marked.filter(isUsable);
           const act: MenuItem = { label: verb(ready.length), icon: removes ? 'remove' : 'software', danger: removes, run: () => void start(kind, ready) };
-          return [...(ready.length > 0 ? [act] : []), ...(menu?.(marked) ?? [])];
+          const help: MenuItem = { label: t('obstacle.settings'), icon: 'settings', run: () => openSettings(kind) };
+          return [...(ready.length > 0 ? [act] : []), ...(settings_pages[kind] && marked.some(({ block }) => block) ? [help] : []), ...(menu?.(marked) ?? [])];
         }}
-        tools={
+        tools={(chosen) => (
           <>
             {tools}
             <Button kind={removes ? undefined : 'primary'} icon={removes ? 'remove' : undefined} disabled={chosen.length === 0} onClick={() => void start(kind, chosen)}>
               {verb(chosen.length)}
             </Button>
           </>
-        }
+        )}
       />
-      <Obstacles rows={rows} />
+      <Obstacles kind={kind} rows={rows} />
     </>
   );
 }
@@ -265,10 +280,14 @@ function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
   return <JobState kind={kind} id={id} />;
 }
 
-const obstacles = ['shifted', 'cut', 'characters', 'skipped'] as const;
+const obstacles = ['windows', 'shifted', 'cut', 'characters', 'skipped'] as const;
+
+function openSettings(kind: JobKind) {
+  void host.openUrl(settings_pages[kind] ?? '').catch((error: unknown) => toast(errorText(error), { error: true }));
+}
 
 /** Why some rows cannot be acted on, in words: their marks only name it. */
-function Obstacles({ rows }: { rows: Row[] }) {
+function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
   const count = (wanted: Block) => rows.filter(({ block }) => block === wanted).length;
   const n = rows.filter(({ block }) => block).length;
   if (n === 0) return null;
@@ -280,6 +299,7 @@ function Obstacles({ rows }: { rows: Row[] }) {
           <strong>{`${t(`obstacle.${block}`)} (${formatNumber(count(block))})`}</strong>: {t(`obstacle.${block}.why`)}
         </p>
       ))}
+      {settings_pages[kind] && <Button icon="settings" onClick={() => openSettings(kind)}>{t('obstacle.settings')}</Button>}
     </details>
   );
 }

@@ -1,9 +1,10 @@
+import { useState } from 'preact/hooks';
 import { codeText, isPending, pendingOnly, sameJob, withoutWaiting, wordOf, type Job, type JobKind } from '../lib/jobs.ts';
 import { abandonRunning, jobs } from '../state/software.ts';
 import { formatPercent } from '../text/format.ts';
 import { t } from '../text/text.ts';
 import { Bar } from '../ui/bar.tsx';
-import { Button } from '../ui/button.tsx';
+import { Button, IconButton } from '../ui/button.tsx';
 import { Card } from '../ui/card.tsx';
 import { useElapsed, useStore } from '../ui/hooks.ts';
 import { Icon } from '../ui/icon.tsx';
@@ -14,7 +15,7 @@ const kSilentSeconds = 60;
 
 /** How far a job is, in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
-  const job = useStore(jobs).find((one) => sameJob(one, { kind, id, name: '' }));
+  const job = useStore(jobs).findLast((one) => sameJob(one, { kind, id, name: '' }));
   return job ? <Progress {...job} /> : null;
 }
 
@@ -42,19 +43,24 @@ const order: Job['state'][] = ['running', 'waiting', 'failed', 'restart', 'done'
 /** Everything that is installed and removed, with what the tools print. */
 export function JobsPanel() {
   const all = useStore(jobs);
+  const [folded, setFolded] = useState(false);
   if (all.length === 0) return null;
-  const sorted = [...all].sort((a, b) => order.indexOf(a.state) - order.indexOf(b.state));
+  const sorted = [...all.entries()].sort(([, a], [, b]) => order.indexOf(a.state) - order.indexOf(b.state));
   return (
     <Card
       title={t('jobs.title')}
       class="jobs"
       aside={
-        <span class="buttons">
-          {all.some(({ state }) => state === 'waiting') && (
-            <Button onClick={() => jobs.set(withoutWaiting(jobs.get()))}>{t('jobs.cancelWaiting')}</Button>
-          )}
-          {!all.every(isPending) && <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>}
-        </span>
+        <>
+          <span class="muted">{t('jobs.ended', { n: all.filter((job) => !isPending(job)).length, total: all.length })}</span>
+          <span class="buttons">
+            {all.some(({ state }) => state === 'waiting') && (
+              <Button onClick={() => jobs.set(withoutWaiting(jobs.get()))}>{t('jobs.cancelWaiting')}</Button>
+            )}
+            {!all.every(isPending) && <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>}
+            <IconButton icon={folded ? 'chevronUp' : 'chevronDown'} label={t(folded ? 'jobs.unfold' : 'jobs.fold')} onClick={() => setFolded(!folded)} />
+          </span>
+        </>
       }
     >
       {all.some(({ restart }) => restart) && (
@@ -63,43 +69,43 @@ export function JobsPanel() {
           {t('jobs.restartNote')}
         </p>
       )}
-      <ul>
-        {sorted.map((job) => (
-          <JobRow key={`${job.kind} ${job.id}`} {...job} />
-        ))}
-      </ul>
+      {!folded && (
+        <ul>
+          {sorted.map(([at, job]) => (
+            <JobRow key={`${job.kind} ${job.id} ${job.lost ? at : ''}`} {...job} />
+          ))}
+        </ul>
+      )}
     </Card>
   );
 }
 
 function JobRow(job: Job) {
-  const { kind, id, name, state, code, lines, heard } = job;
+  const { kind, id, name, state, code, lines, heard, alone } = job;
   const running = state === 'running';
   const silent = useElapsed(running ? heard : undefined);
   const word = code === undefined ? undefined : wordOf(kind, code);
   return (
     <li data-job={id} data-state={state}>
-      <div class="job-head">
-        <strong>{name}</strong>
-        <span class="muted small">{t(`jobs.${kind}`)}</span>
-        <Progress {...job} />
-      </div>
+      <details open={running}>
+        <summary>
+          <strong title={name}>{name}</strong>
+          <span class="muted small">{t(`jobs.${kind}`)}</span>
+          <Progress {...job} />
+        </summary>
+        {lines.length > 0 && <ToolLog label={`${t('jobs.log')}: ${name}`} lines={lines} />}
+      </details>
       {state === 'failed' && (
         <p class="small">
           {code === undefined ? t('jobs.noEnd') : `${word ? t(`code.${word}`) : ''} (${t('jobs.code', { code: codeText(code) })})`}
         </p>
       )}
+      {alone && <p class="small muted">{t('jobs.alone')}</p>}
       {silent >= kSilentSeconds && (
         <p class="outcome small">
           {t('jobs.silent', { n: silent })}
           <Button onClick={abandonRunning}>{t('jobs.abandon')}</Button>
         </p>
-      )}
-      {lines.length > 0 && (
-        <details open={running}>
-          <summary>{t('jobs.log')}</summary>
-          <ToolLog label={`${t('jobs.log')}: ${name}`} lines={lines} />
-        </details>
       )}
     </li>
   );
