@@ -100,7 +100,10 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     const all = rows.map(rowKey);
     return keepExisting(stored, all, selectable ? all.filter((_, i) => selectable(rows[i]!)) : all);
   }, [stored, rows, selectable]);
-  useEffect(() => setSelection(selection), [selection]);
+  // Only what was dropped: two clicks in one moment would undo each other for ever.
+  useEffect(() => {
+    if (selection !== stored) setSelection(selection);
+  }, [selection]);
   const hidden = selection.keys.size - order.filter((key) => selection.keys.has(key)).length;
 
   const windowed = shown.length > kWindowedAbove;
