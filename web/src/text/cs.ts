@@ -511,7 +511,7 @@ export const cs = {
   'hosts.discardTitle': 'Zahodit neuložené změny?',
   'hosts.discardBody': 'Soubor hosts se načte znovu tak, jak je na disku.',
   'hosts.clean': 'Beze změn',
-  'hosts.dirty': 'Změny ještě nejsou uložené',
+  'hosts.dirty': 'Změny nejsou uložené (Ctrl+S)',
   'hosts.unsaved': 'neuloženo',
   'hosts.changedTitle': 'Soubor hosts mezitím někdo změnil',
   'hosts.changedBody': 'Na disku je jiný, než jak se načetl. Uložením se ta změna přepíše.',

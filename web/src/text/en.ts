@@ -512,7 +512,7 @@ export const en: Texts = {
   'hosts.discardTitle': 'Discard unsaved changes?',
   'hosts.discardBody': 'The hosts file is loaded again as it is on the disk.',
   'hosts.clean': 'No changes',
-  'hosts.dirty': 'Changes are not saved yet',
+  'hosts.dirty': 'Changes are not saved (Ctrl+S)',
   'hosts.unsaved': 'unsaved',
   'hosts.changedTitle': 'Somebody has changed the hosts file meanwhile',
   'hosts.changedBody': 'On the disk it is not what was loaded. Saving overwrites that change.',

@@ -52,6 +52,17 @@ function Editor({ text }: { text: string }) {
     return () => observer.disconnect();
   }, []);
 
+  // Wherever the focus is: a toast or a dialog may have taken it.
+  useEffect(() => {
+    const onKeyDown = (event: KeyboardEvent) => {
+      if (!event.ctrlKey || event.key.toLowerCase() !== 's') return;
+      event.preventDefault();
+      if (!document.querySelector('dialog[open]')) void saveHosts();
+    };
+    document.addEventListener('keydown', onKeyDown);
+    return () => document.removeEventListener('keydown', onKeyDown);
+  }, []);
+
   function goTo(line: number) {
     const lines = shown.split('\n');
     const start = lines.slice(0, line - 1).reduce((sum, { length }) => sum + length + 1, 0);
@@ -79,11 +90,6 @@ function Editor({ text }: { text: string }) {
             aria-label={t('hosts.text')}
             onInput={(event) => editHosts((held.current = event.currentTarget.value))}
             onScroll={measure}
-            onKeyDown={(event) => {
-              if (!event.ctrlKey || event.key.toLowerCase() !== 's') return;
-              event.preventDefault();
-              void saveHosts();
-            }}
           />
         </div>
         <section class="hosts-problems" aria-label={t('hosts.problems')}>

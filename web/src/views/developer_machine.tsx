@@ -24,12 +24,13 @@ export const services = createSource(async () => {
 const commanded = createStore<ServiceRow | undefined>(undefined);
 
 const known_commands = ['start', 'stop', 'restart'] as const;
-const commandText = (command: string) => (known_commands.includes(command as never) ? t(`services.${command as 'start'}`) : command);
+const isKnown = (command: string): command is (typeof known_commands)[number] => known_commands.includes(command as never);
+const commandText = (command: string) => (isKnown(command) ? t(`services.${command}`) : command);
 
 async function control(service: ServiceRow, command: string) {
   const { title, type = '' } = service;
   const verb = commandText(command);
-  const question = { title: t('services.title', { verb, title }), body: t('services.body'), verb };
+  const question = { title: t('services.title', { verb, title }), body: isKnown(command) ? t('services.body') : '', verb };
   if (commanded.get() || (command !== 'start' && !(await confirm(question)))) return;
   commanded.set(service);
   try {
@@ -38,7 +39,8 @@ async function control(service: ServiceRow, command: string) {
   } catch (error) {
     toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), { error: true });
   }
-  await services.reload();
+  // Asking a service that is not there would only open its dialog a second time.
+  if (!document.querySelector('dialog[open]')) await services.reload();
   commanded.set(undefined);
 }
 
@@ -108,7 +110,9 @@ const isWell = ({ status }: Device) => status === 'OK';
 
 export function Devices() {
   const list = useStore(devices);
-  const [group, setGroup] = useState('');
+  const [chosen, setGroup] = useState('');
+  const groups = [...new Set(list.data?.map((device) => device.group))].sort();
+  const group = groups.includes(chosen) ? chosen : '';
   const language = locale();
   const columns = useMemo<Column<Device>[]>(
     () => [
@@ -149,11 +153,11 @@ export function Devices() {
             <>
               <span class="muted small">{t('devices.hint')}</span>
               <select aria-label={t('devices.class')} value={group} onChange={(event) => setGroup(event.currentTarget.value)}>
-              <option value="">{t('devices.all')}</option>
-              {[...new Set(rows.map((device) => device.group))].sort().map((one) => (
-                <option key={one} value={one}>{one}</option>
-              ))}
-            </select>
+                <option value="">{t('devices.all')}</option>
+                {groups.map((one) => (
+                  <option key={one} value={one}>{one}</option>
+                ))}
+              </select>
             </>
           }
         />
