@@ -14,9 +14,9 @@
 #include "app/app_fixture_win.h"
 #include "app/webview2_loader_win.h"
 #include "base/exe_directory_win.h"
-#include "base/handle_win.h"
 #include "base/text.h"
 #include "testing/recorded_message.h"
+#include "testing/registry_sandbox_win.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -51,28 +51,12 @@ class BrowserHost : public WindowTest {
 };
 
 // Lets this process see `folder` as the registered runtime, and nothing else of either registry root.
-class RegisteredRuntime {
- public:
+struct RegisteredRuntime : RegistrySandbox {
   explicit RegisteredRuntime(const std::wstring& folder) {
-    RegCreateKeyExW(HKEY_CURRENT_USER, kMachine, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, machine_.put(),
-                    nullptr);
-    RegCreateKeyExW(HKEY_CURRENT_USER, kUser, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, user_.put(), nullptr);
-    RegSetKeyValueW(
-        user_.get(), L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}",
-        L"EBWebView", REG_SZ, folder.c_str(), static_cast<DWORD>((folder.size() + 1) * sizeof(wchar_t)));
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine_.get());
-    RegOverridePredefKey(HKEY_CURRENT_USER, user_.get());
+    SetRegistryData(HKEY_CURRENT_USER,
+                    L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}",
+                    L"EBWebView", RegistryText(folder));
   }
-  ~RegisteredRuntime() {
-    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\VarnelTest");
-  }
-
- private:
-  static constexpr const wchar_t* kMachine = L"Software\\VarnelTest\\Machine";
-  static constexpr const wchar_t* kUser = L"Software\\VarnelTest\\User";
-  RegistryKey machine_, user_;
 };
 
 // What the handler of an environment that was asked for got; S_FALSE when it was not called.

@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "base/utf8.h"
 #include "base/worker_win.h"
+#include "testing/registry_sandbox_win.h"
 
 TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {
   EXPECT_EQ(Utf8ToWide("Žluť 😀"), L"Žluť 😀");
@@ -32,24 +33,19 @@ TEST(Text, ConsoleTextIsAlwaysValidUtf8) {
 }
 
 TEST(ReadRegistryString, ReadsUpToTheBufferAndFallsBack) {
-  const wchar_t* path = L"Software\\VarnelTest";
-  RegistryKey key;
-  ASSERT_EQ(
-      RegCreateKeyExW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
-      0);
-  auto set = [&](const wchar_t* name, const std::wstring& data) {
-    RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(data.c_str()),
-                   static_cast<DWORD>(data.size() * sizeof(wchar_t)));
+  const RegistrySandbox registry;
+  const wchar_t* path = L"Software\\Some key";
+  auto read = [&](const wchar_t* name, const RegistryData& data) {
+    SetRegistryData(HKEY_LOCAL_MACHINE, path, name, data);
+    return ReadRegistryString(HKEY_LOCAL_MACHINE, path, name);
   };
-  set(L"text", std::wstring(L"  Žluť\0tail", 11));
-  set(L"full", std::wstring(511, L'x'));
-  set(L"long", std::wstring(512, L'x'));
-  EXPECT_EQ(ReadRegistryString(HKEY_CURRENT_USER, path, L"text"), L"  Žluť");
-  EXPECT_EQ(ReadRegistryString(HKEY_CURRENT_USER, path, L"full"), std::wstring(511, L'x'));
-  EXPECT_EQ(ReadRegistryString(HKEY_CURRENT_USER, path, L"long"), L"Unknown");
-  EXPECT_EQ(ReadRegistryString(HKEY_CURRENT_USER, path, L"absent"), L"Unknown");
-  EXPECT_EQ(ReadRegistryString(HKEY_CURRENT_USER, L"Software\\VarnelNoSuchKey", L"text"), L"Unknown");
-  RegDeleteTreeW(HKEY_CURRENT_USER, path);
+  EXPECT_EQ(read(L"text", RegistryText(std::wstring(L"  Žluť\0tail", 11))), L"  Žluť");
+  const std::wstring full(511, L'x');
+  EXPECT_EQ(read(L"full", RegistryText(full)), full);
+  EXPECT_EQ(read(L"no final NUL", {REG_SZ, RegistryText(full + L"y").bytes.substr(0, 1024)}), full + L"y");
+  EXPECT_EQ(read(L"long", RegistryText(full + L"y")), L"Unknown");
+  EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, path, L"absent"), L"Unknown");
+  EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, L"Software\\No such key", L"text"), L"Unknown");
 }
 
 TEST(GetExeDirectory, IsTheFolderOfTheRunningExecutable) {

@@ -3,20 +3,20 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
+#include "testing/handle_count_win.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
-#include "testing/temp_folder_win.h"
+#include "testing/stand_ins/tool_copy_win.h"
 
 namespace {
 
 using nlohmann::json;
+using Lines = std::vector<std::string>;
 
 struct Stream {
-  std::vector<std::string> lines;
+  Lines lines;
   json exit;
 };
 
@@ -44,67 +44,86 @@ Stream StreamOf(const std::wstring& command) {
   return Take();
 }
 
-using Lines = std::vector<std::string>;
-
 }  // namespace
 
 TEST(RunStreamingCommand, PostsLinesOfBothStreamsThenTheExitCode) {
+  StreamOf(L"echo x");
+  const int handles = HandleCount();
   const Stream stream = StreamOf(L"echo a&echo.&echo e>&2&echo b&exit 3");
+  EXPECT_EQ(HandleCount(), handles);
   EXPECT_EQ(stream.lines, (Lines{"a", "e", "b"}));
   EXPECT_EQ(stream.exit, (json{{"type", "ping_diagnostic_stream"}, {"streamType", "exit"}, {"code", 3}}));
 }
 
-TEST(RunStreamingCommand, LosesNoLineOverManyReads) {
-  const Stream stream = StreamOf(L"for /L %i in (1,1,600) do @echo line %i of many");
-  ASSERT_EQ(stream.lines.size(), 600u);
-  for (size_t i = 0; i < 600; ++i) EXPECT_EQ(stream.lines[i], "line " + std::to_string(i + 1) + " of many");
-}
-
-TEST(RunStreamingCommand, TakesWhateverBytesAToolPrints) {
-  const TempFolder folder;
-  std::ofstream(std::filesystem::path(folder.path) / "out.txt", std::ios::binary)
-      << "Odpov\xD8\xD4 od\n"
-      << "P\xC5\x99\xC3\xADkaz\r\n"
-      << std::string("x\0lost\n", 7);
-  const Stream stream = StreamOf(L"type \"" + folder.path + L"\\out.txt\"");
-  ASSERT_EQ(stream.lines.size(), 2u) << "what follows a zero byte in a read is dropped";
-  EXPECT_TRUE(stream.lines[0].starts_with("Odpov") && stream.lines[0].ends_with(" od"));
-  EXPECT_EQ(stream.lines[1], "Příkaz");
+// The tools stand in for the command interpreter, so that their writes are the reads.
+TEST(RunStreamingCommand, CutsLinesOutOfWhateverAToolPrints) {
+  std::string zero_in_long(3000, 'x');
+  zero_in_long[100] = '\0';
+  std::string many;
+  for (int i = 0; i < 600; ++i) many += "line of many\r\n";
+  const struct {
+    const char* name;
+    std::vector<json> writes;
+    Lines want;
+  } cases[] = {
+      {"a character and a line end over several reads",
+       {WriteStep("P\xC5"), WriteStep("\x99\xC3\xADkaz\r", 60), WriteStep("\nb\n", 60)},
+       {"Příkaz", "b"}},
+      {"many reads", {WriteStep(many)}, Lines(600, "line of many")},
+      {"what follows a zero byte in a read of 1023 bytes is lost",
+       {WriteStep(zero_in_long + "\n")},
+       {std::string(100 + 3000 - 1023, 'x')}},
+      {"an unfinished line", {WriteStep("a\r\nb\r")}, {"a"}},
+  };
+  for (const auto& c : cases) {
+    const ToolCopy interpreter(L"cmd", {{"steps", c.writes}});
+    EXPECT_EQ(StreamOf(L"x").lines, c.want) << c.name;
+  }
+  const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep("Odpov\xD8\xD4 od\n")}}});
+  const Lines lines = StreamOf(L"x").lines;
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_TRUE(lines[0].starts_with("Odpov") && lines[0].ends_with(" od")) << "another code page";
 }
 
 TEST(RunStreamingCommand, PostsALineAtOnce) {
+  const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep("first\n"), WriteStep("second\n", 2000)}}});
   TakePostedTexts();
-  const ULONGLONG start = GetTickCount64();
-  std::thread run([] { RunStreamingCommand(L"echo first&ping -n 4 127.0.0.1 >nul&echo second", 7); });
+  std::thread run([] { RunStreamingCommand(L"x", 7); });
   const std::vector<json> first = WaitForMessages(1, 30'000);
-  const ULONGLONG first_ms = GetTickCount64() - start;
+  const ULONGLONG first_ms = GetTickCount64();
   run.join();
   ASSERT_EQ(first.size(), 1u);
   EXPECT_EQ(first[0]["message"], "first");
-  EXPECT_GT(GetTickCount64() - start, first_ms + 500) << "the command was still running";
+  EXPECT_GT(GetTickCount64() - first_ms, 500u) << "the command was still running";
   EXPECT_EQ(Take().lines, Lines{"second"});
 }
 
-// The current folder comes before the system's, so a file there that is no program stands in for a broken
-// interpreter.
-TEST(RunStreamingCommand, ReportsAFailedStart) {
-  const TempFolder folder;
-  const auto start_folder = std::filesystem::current_path();
-  PutFile(std::filesystem::path(folder.path) / "cmd.exe", 100);
-  std::filesystem::current_path(folder.path);
-  TakePostedTexts();
-  RunStreamingCommand(L"echo x", 7);
-  std::filesystem::current_path(start_folder);
-  EXPECT_EQ(TakePostedTexts(), std::vector{RecordedMessage("ping_diagnostic_stream.failed")});
+TEST(RunStreamingCommand, DoesNotWaitForWhatHasClosedItsOutput) {
+  const ToolCopy interpreter(L"cmd",
+                             {{"steps", {{{"text", "a\n"}, {"close_output", true}}, {{"delay_ms", 1000}}}}});
+  interpreter.BecomeWindowed();
+  const Stream stream = StreamOf(L"x");
+  EXPECT_EQ(stream.lines, Lines{"a"});
+  EXPECT_EQ(stream.exit["code"], STILL_ACTIVE);
 }
 
-TEST(RunPingDiagnostic, PingsThisMachine) {
+TEST(RunStreamingCommand, ReportsAFailedStart) {
+  const ToolCopy broken(L"cmd", nullptr);
+  const std::string failed = RecordedMessage("ping_diagnostic_stream.failed");
   TakePostedTexts();
-  runPingDiagnostic(7, "ping", "127.0.0.1");
-  const Stream stream = Take();
-  EXPECT_GE(stream.lines.size(), 5u) << "a heading and four replies";
-  int replies = 0;
-  for (const std::string& line : stream.lines) replies += line.find("127.0.0.1") != std::string::npos;
-  EXPECT_GE(replies, 4);
-  EXPECT_EQ(stream.exit["code"], 0);
+  RunStreamingCommand(L"x", 7);
+  EXPECT_EQ(TakePostedTexts(), std::vector{failed});
+  const int handles = HandleCount();
+  RunStreamingCommand(L"x", 7);
+  EXPECT_EQ(HandleCount(), handles);
+}
+
+TEST(RunPingDiagnostic, HandsTheTargetToTheInterpreterAsItStands) {
+  const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep("a\n")}}});
+  TakePostedTexts();
+  runPingDiagnostic(7, "ping", "127.0.0.1 & \"žluť\"");
+  EXPECT_EQ(Take().lines, Lines{"a"});
+  runPingDiagnostic(7, "dns", "brod.example");
+  EXPECT_EQ(interpreter.CommandLines(),
+            (Lines{"cmd.exe /c ping -n 4 127.0.0.1 & \"žluť\"", "cmd.exe /c nslookup brod.example"}));
 }

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 
 #include "base/handle_win.h"
 #include "net/dev_services_win.h"
@@ -11,16 +13,20 @@
 #include "net/hosts_file_win.h"
 #include "net/pnp_devices_win.h"
 #include "net/ports_win.h"
+#include "testing/handle_count_win.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
+#include "testing/registry_sandbox_win.h"
 #include "testing/stand_ins/pipe_server_win.h"
+#include "testing/stand_ins/tool_copy_win.h"
 #include "testing/temp_folder_win.h"
 
 namespace {
 
 using nlohmann::json;
 
-constexpr wchar_t kSandbox[] = L"Software\\VarnelTestEnvironment";
+constexpr wchar_t kUser[] = L"Environment";
+constexpr wchar_t kMachine[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr wchar_t kHosts[] = L"C:\\Windows\\System32\\drivers\\etc\\hosts";
 const std::string kNotice = R"({"type":"show_service_error_modal"})";
 
@@ -63,16 +69,6 @@ class BroadcastListener {
   HWND window_;
 };
 
-// Text and type of a value; type REG_NONE when there is none.
-std::pair<std::wstring, DWORD> ReadValue(const wchar_t* path, const wchar_t* name) {
-  wchar_t data[1024] = {};
-  DWORD size_bytes = sizeof(data), type = REG_NONE;
-  const LSTATUS status =
-      RegGetValueW(HKEY_CURRENT_USER, path, name, RRF_RT_ANY | RRF_NOEXPAND, &type, data, &size_bytes);
-  return status == ERROR_SUCCESS ? std::pair(std::wstring(data), type)
-                                 : std::pair(std::wstring(), DWORD{REG_NONE});
-}
-
 std::string ReadFileBytes(const wchar_t* path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -90,91 +86,91 @@ struct HostsBackup {
 }  // namespace
 
 TEST(ReadEnvVariables, ListsEveryValueThatFits) {
-  ASSERT_TRUE(IsWine());
-  RegistryKey key;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kSandbox, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(),
-                            nullptr),
-            0);
-  auto set = [&](const std::wstring& name, DWORD type, const std::wstring& text, size_t more_bytes) {
-    EXPECT_EQ(RegSetValueExW(key.get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
-                             static_cast<DWORD>(text.size() * sizeof(wchar_t) + more_bytes)),
-              0);
-  };
-  set(L"Čeština", REG_SZ, L"žluť", 2);
-  set(L"EXPAND", REG_EXPAND_SZ, L"%Path%;x", 2);
-  set(L"NO_NUL", REG_SZ, L"text", 0);
-  set(L"EMPTY", REG_SZ, L"", 2);
-  set(L"NO_DATA", REG_SZ, L"", 0);
-  set(L"NUMBER", REG_DWORD, L"ab", 0);
-  set(L"LIST", REG_MULTI_SZ, L"a", 2);
-  set(std::wstring(300, L'N'), REG_SZ, L"long name", 2);
+  const RegistrySandbox registry;
   const std::wstring longest(16382, L'x');  // with its NUL 32766 bytes
-  set(L"FITS", REG_SZ, longest, 2);
-  set(L"LONG", REG_SZ, longest + L"x", 2);
-  EnvVariables variables = ReadEnvVariables(HKEY_CURRENT_USER, kSandbox);
-  RegDeleteTreeW(HKEY_CURRENT_USER, kSandbox);
-  std::sort(variables.begin(), variables.end());
-  EXPECT_EQ(variables, (EnvVariables{{L"EMPTY", L""},
-                                     {L"EXPAND", L"%Path%;x"},
-                                     {L"FITS", longest},
-                                     {L"LIST", L""},
-                                     {std::wstring(300, L'N'), L"long name"},
-                                     {L"NO_DATA", L""},
-                                     {L"NO_NUL", L"text"},
-                                     {L"NUMBER", L""},
-                                     {L"Čeština", L"žluť"}}));
-  EXPECT_TRUE(ReadEnvVariables(HKEY_CURRENT_USER, L"Software\\VarnelNoSuchKey").empty());
+  const struct {
+    std::wstring name;
+    RegistryData data;
+    std::optional<std::wstring> value;  // nothing: left out
+  } cases[] = {
+      {L"Čeština", RegistryText(L"žluť"), L"žluť"},
+      {L"EXPAND", RegistryText(L"%Path%;x", REG_EXPAND_SZ), L"%Path%;x"},
+      {L"NO_NUL", {REG_SZ, std::string("x\0", 2)}, L"x"},
+      {L"EMPTY", RegistryText(L""), L""},
+      {L"NO_DATA", {REG_SZ, ""}, L""},
+      {L"NUMBER", {REG_DWORD, "abcd"}, L""},
+      {L"LIST", RegistryText(L"a", REG_MULTI_SZ), L""},
+      {std::wstring(300, L'N'), RegistryText(L"long name"), L"long name"},
+      {L"FITS", RegistryText(longest), longest},
+      {L"LONG", RegistryText(longest + L"x"), {}},
+      {L"ZZZ after these", RegistryText(L"z"), L"z"},
+  };
+  size_t listed = 0;
+  for (const auto& c : cases) SetRegistryData(HKEY_LOCAL_MACHINE, kMachine, c.name, c.data);
+  const EnvVariables variables = ReadEnvVariables(HKEY_LOCAL_MACHINE, kMachine);
+  for (const auto& c : cases) {
+    const auto found = std::ranges::find(variables, c.name, &EnvVariables::value_type::first);
+    ASSERT_EQ(found != variables.end(), c.value.has_value()) << c.name;
+    if (!c.value) continue;
+    ++listed;
+    EXPECT_EQ(found->second, *c.value) << c.name;
+  }
+  EXPECT_EQ(variables.size(), listed);
+  EXPECT_TRUE(ReadEnvVariables(HKEY_LOCAL_MACHINE, L"Software\\No such key").empty());
 }
 
 TEST(WriteEnvVariable, StoresExpandableTextAndTellsEveryWindow) {
-  ASSERT_TRUE(IsWine());
+  const RegistrySandbox registry;
   const BroadcastListener listener;
-  RegDeleteTreeW(HKEY_CURRENT_USER, kSandbox);
-  const std::pair text(std::wstring(L"C:\\Tools\\žluť"), DWORD{REG_EXPAND_SZ});
-  EXPECT_TRUE(WriteEnvVariable(HKEY_CURRENT_USER, kSandbox, L"VARNEL_Ž", text.first, false))
-      << "creates the key";
-  EXPECT_EQ(ReadValue(kSandbox, L"VARNEL_Ž"), text);
+  auto write = [](const std::wstring& path, const std::wstring& name, const wchar_t* value, bool is_delete) {
+    return WriteEnvVariable(HKEY_CURRENT_USER, path, name, value, is_delete);
+  };
+  const int handles = HandleCount();
+  EXPECT_TRUE(write(kUser, L"VARNEL_Ž", L"C:\\Tools\\žluť", false)) << "creates the key";
+  EXPECT_EQ(GetRegistryData(HKEY_CURRENT_USER, kUser, L"VARNEL_Ž"),
+            RegistryText(L"C:\\Tools\\žluť", REG_EXPAND_SZ));
   EXPECT_EQ(listener.count, 1);
-  EXPECT_TRUE(WriteEnvVariable(HKEY_CURRENT_USER, kSandbox, L"VARNEL_Ž", L"", true));
-  EXPECT_EQ(ReadValue(kSandbox, L"VARNEL_Ž").second, DWORD{REG_NONE});
-  EXPECT_EQ(listener.count, 2);
-  EXPECT_TRUE(WriteEnvVariable(HKEY_CURRENT_USER, kSandbox, L"VARNEL_Ž", L"", true)) << "there was none";
+  EXPECT_TRUE(write(kUser, L"VARNEL_Ž", L"", false));
+  EXPECT_EQ(GetRegistryData(HKEY_CURRENT_USER, kUser, L"VARNEL_Ž"), RegistryText(L"", REG_EXPAND_SZ));
+  EXPECT_TRUE(write(kUser, L"VARNEL_Ž", L"", true));
+  EXPECT_EQ(GetRegistryData(HKEY_CURRENT_USER, kUser, L"VARNEL_Ž"), RegistryData{});
   EXPECT_EQ(listener.count, 3);
-  RegDeleteTreeW(HKEY_CURRENT_USER, kSandbox);
+  EXPECT_TRUE(write(kUser, L"VARNEL_Ž", L"", true)) << "there was none";
+  EXPECT_EQ(listener.count, 4);
 
-  EXPECT_FALSE(WriteEnvVariable(HKEY_CURRENT_USER, std::wstring(300, L'x'), L"a", L"b", false));
-  EXPECT_FALSE(WriteEnvVariable(HKEY_CURRENT_USER, kSandbox, std::wstring(17000, L'n'), L"b", false));
-  RegDeleteTreeW(HKEY_CURRENT_USER, kSandbox);
-  EXPECT_EQ(listener.count, 3) << "nothing was changed";
+  EXPECT_FALSE(write(std::wstring(300, L'x'), L"a", L"b", false));
+  EXPECT_FALSE(write(kUser, std::wstring(17000, L'n'), L"b", false));
+  EXPECT_EQ(listener.count, 4) << "nothing was changed";
+  EXPECT_EQ(HandleCount(), handles);
 }
 
-TEST(SaveEnvVariable, UserIsWrittenHereAndListed) {
-  ASSERT_TRUE(IsWine());
-  StandInService service(StandInService::Answers{});
-  auto listed = [] {
-    const json message = json::parse(Posted([] { getEnvVariables(7); }).at(0));
-    EXPECT_TRUE(message["system"].contains("OS")) << "every system has it";
-    return message["user"].value("VarnelTest ď", "absent");
-  };
+TEST(GetEnvVariables, ListsBothWhateverTheirNames) {
+  const RegistrySandbox registry;
+  SetRegistryData(HKEY_CURRENT_USER, kUser, L"prázdná", {REG_DWORD, "abcd"});
+  SetRegistryData(HKEY_CURRENT_USER, kUser, L"TEMP",
+                  RegistryText(L"%USERPROFILE%\\AppData\\Local\\Temp", REG_EXPAND_SZ));
+  SetRegistryData(HKEY_CURRENT_USER, kUser, L"Čeština", RegistryText(L"žluťoučký"));
+  SetRegistryData(HKEY_LOCAL_MACHINE, kMachine, L"OS", RegistryText(L"Windows_NT"));
+  SetRegistryData(HKEY_LOCAL_MACHINE, kMachine, L"Path",
+                  RegistryText(L"%SystemRoot%\\system32;%SystemRoot%", REG_EXPAND_SZ));
+  EXPECT_EQ(Posted([] { getEnvVariables(7); }), std::vector{RecordedMessage("getEnvVariables")});
+
+  const std::wstring half_surrogate = {L'V', wchar_t{0xDC00}};  // legal in the registry
+  SetRegistryData(HKEY_CURRENT_USER, kUser, half_surrogate, RegistryText(half_surrogate));
+  EXPECT_EQ(json::parse(Posted([] { getEnvVariables(7); }).at(0))["user"]["V\xEF\xBF\xBD"], "V\xEF\xBF\xBD");
+}
+
+TEST(SaveEnvVariable, WritesTheUsersHere) {
+  const RegistrySandbox registry;
+  const StandInService service(StandInService::Answers{});
+  const auto stored = [] { return GetRegistryData(HKEY_CURRENT_USER, kUser, L"VarnelTest ď"); };
   EXPECT_EQ(Posted([] { saveEnvVariable(7, "user", "VarnelTest ď", "%TEMP%;ž", false); }),
             std::vector{RecordedMessage("saveEnvVariable")});
-  EXPECT_EQ(ReadValue(L"Environment", L"VarnelTest ď"),
-            std::pair(std::wstring(L"%TEMP%;ž"), DWORD{REG_EXPAND_SZ}));
-  EXPECT_EQ(listed(), "%TEMP%;ž");
+  EXPECT_EQ(stored(), RegistryText(L"%TEMP%;ž", REG_EXPAND_SZ));
   EXPECT_EQ(Posted([] { saveEnvVariable(7, "user", "VarnelTest ď", "", true); }),
             std::vector{RecordedMessage("saveEnvVariable")});
-  EXPECT_EQ(listed(), "absent");
+  EXPECT_EQ(stored(), RegistryData{});
   EXPECT_EQ(service.connections(), 0);
-}
-
-TEST(GetEnvVariables, SurvivesNamesThatAreNoText) {
-  ASSERT_TRUE(IsWine());
-  const std::wstring odd = {L'V', wchar_t{0xDC00}};
-  ASSERT_TRUE(WriteEnvVariable(HKEY_CURRENT_USER, L"Environment", odd, odd, false));
-  const std::vector<std::string> posted = Posted([] { getEnvVariables(7); });
-  EXPECT_TRUE(WriteEnvVariable(HKEY_CURRENT_USER, L"Environment", odd, L"", true));
-  ASSERT_EQ(posted.size(), 1u);
-  EXPECT_EQ(json::parse(posted[0])["user"]["V\xEF\xBF\xBD"], "V\xEF\xBF\xBD");
 }
 
 TEST(GetHostsFile, ReadsTheFileByteForByte) {
@@ -246,26 +242,49 @@ TEST(GetDevServices, HandsOnWhatTheServiceLists) {
   EXPECT_EQ(service.requests(), std::vector<std::string>{"{\"action\":\"get_dev_services\",\"data\":{}}\n"});
 }
 
-// The command interpreter looks into the current folder first, so a script there stands in for netstat.
+// Stands in for the command interpreter, which is what the program starts.
 TEST(GetOpenPorts, ReadsWhatNetstatPrints) {
-  const auto start_folder = std::filesystem::current_path();
-  const TempFolder folder;
-  std::filesystem::current_path(folder.path);
-  std::ofstream("netstat.bat") << "@if \"%*\"==\"-ano\" type table.txt\n";
-  std::ofstream("table.txt", std::ios::binary)
-      << "\r\nAktivn\xA1 p\xFDipojen\xA1\r\n\r\n"
-         "  TCP    0.0.0.0:135            0.0.0.0:0              LISTENING       1016\r\n"
-         "  TCP    127.0.0.1:5354         0.0.0.0:0              LISTENING       3644\r\n"
-         "  TCP    [::]:445               [::]:0                 LISTENING       4\r\n"
-         "  TCP    [::1]:8080             [::]:0                 LISTENING       5120\r\n";
-  const std::vector<std::string> posted = Posted([] { getOpenPorts(7); });
-  std::filesystem::current_path(start_folder);
-  EXPECT_EQ(posted, std::vector{RecordedMessage("getOpenPorts")});
+  const char* table =
+      "\r\nAktivn\xA1 p\xFDipojen\xA1\r\n\r\n"
+      "  TCP    0.0.0.0:135            0.0.0.0:0              LISTENING       1016\r\n"
+      "  TCP    127.0.0.1:5354         0.0.0.0:0              LISTENING       3644\r\n"
+      "  TCP    [::]:445               [::]:0                 LISTENING       4\r\n"
+      "  TCP    [::1]:8080             [::]:0                 LISTENING       5120\r\n";
+  {
+    const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep(table)}}, {"exit", 1}});
+    EXPECT_EQ(Posted([] { getOpenPorts(7); }), std::vector{RecordedMessage("getOpenPorts")});
+    EXPECT_EQ(interpreter.CommandLines(), std::vector<std::string>{"cmd.exe /c netstat -ano"});
+  }
+  const ToolCopy broken(L"cmd", nullptr);
+  EXPECT_EQ(Posted([] { getOpenPorts(7); }),
+            std::vector<std::string>{R"({"ports":[],"requestId":7,"success":true,"type":"getOpenPorts"})"});
 }
 
-TEST(GetPnpDevices, HasNoDevicesWhenPowerShellPrintsNothing) {
-  ASSERT_TRUE(IsWine());  // whose PowerShell is an empty shell
-  EXPECT_EQ(
-      Posted([] { getPnpDevices(7); }),
-      std::vector<std::string>{R"({"devices":[],"requestId":7,"success":true,"type":"getPnpDevices"})"});
+TEST(GetPnpDevices, AsksPowerShell) {
+  const char* none = R"({"devices":[],"requestId":7,"success":true,"type":"getPnpDevices"})";
+  {
+    const ToolCopy powershell(
+        L"powershell",
+        {{"steps",
+          {{{"text",
+             R"([{"FriendlyName":"Peat PCIe Root Port #1 \u0026 Bridge","Class":"SYSTEM","Status":"OK"},)"
+             R"({"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},)"
+             R"({"FriendlyName":"Peat Filter","Class":null}])"
+             "\r\n"}}}}});
+    EXPECT_EQ(Posted([] { getPnpDevices(7); }), std::vector{RecordedMessage("getPnpDevices")});
+    EXPECT_EQ(
+        powershell.CommandLines(),
+        std::vector<std::string>{
+            "powershell -NoProfile -ExecutionPolicy Bypass -Command \"[Console]::OutputEncoding = "
+            "[System.Text.Encoding]::UTF8; $OutputEncoding = [System.Text.Encoding]::UTF8; Get-CimInstance "
+            "Win32_PnPSignedDriver | Where-Object { $_.DeviceName } | Select-Object "
+            "@{N='FriendlyName';E={$_.DeviceName}}, @{N='Class';E={$_.DeviceClass}}, "
+            "@{N='Status';E={'OK'}} | ConvertTo-Json -Compress\""});
+  }
+  {
+    const ToolCopy silent(L"powershell", {{"exit", 1}});
+    EXPECT_EQ(Posted([] { getPnpDevices(7); }), std::vector<std::string>{none});
+  }
+  const ToolCopy broken(L"powershell", nullptr);
+  EXPECT_EQ(Posted([] { getPnpDevices(7); }), std::vector<std::string>{none});
 }

@@ -114,13 +114,9 @@ TEST(Streams, AnEmptyIdentifierIsAccepted) {
 }
 
 TEST(Streams, SurviveEveryByte) {
-  std::string hex;
-  for (int value = 0; value < 256; ++value) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    hex += {kDigits[value / 16], kDigits[value % 16], '0', 'A'};
-  }
-  const ToolCopy winget(L"winget",
-                        {{"steps", {{{"hex", hex}}, {{"text", "x"}, {"repeat", 5000}}, {{"text", "\n"}}}}});
+  std::string lines;
+  for (int value = 0; value < 256; ++value) lines += {static_cast<char>(value), '\n'};
+  const ToolCopy winget(L"winget", {{"steps", {WriteStep(lines + std::string(5000, 'x') + "\n")}}});
   for (const auto& run : {installSoftware, uninstallApp}) {
     run(0, "Brook.TarnSync");
     const auto messages = TakePostedMessages();  // parses each, so each is UTF-8

@@ -10,44 +10,17 @@
 #include <string>
 #include <vector>
 
-#include "base/handle_win.h"
 #include "system/hardware_win.h"
 #include "system/status_win.h"
 #include "system/telemetry_win.h"
 #include "testing/handle_count_win.h"
 #include "testing/recording_page.h"
+#include "testing/registry_sandbox_win.h"
 #include "testing/stand_ins/pipe_server_win.h"
 
 namespace {
 
 using nlohmann::json;
-
-// While it lives, HKEY_LOCAL_MACHINE of this process is an empty key of the current user.
-class OwnMachineKey {
- public:
-  OwnMachineKey() {
-    RegDeleteTreeW(HKEY_CURRENT_USER, kPath);
-    RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key_.put(), nullptr);
-    active_ = RegOverridePredefKey(HKEY_LOCAL_MACHINE, key_.get()) == ERROR_SUCCESS;
-  }
-  ~OwnMachineKey() {
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-    RegDeleteTreeW(HKEY_CURRENT_USER, kPath);
-  }
-  OwnMachineKey(const OwnMachineKey&) = delete;
-  OwnMachineKey& operator=(const OwnMachineKey&) = delete;
-
-  bool active() const { return active_; }
-  void Set(const wchar_t* path, const wchar_t* name, const std::wstring& text) {
-    RegSetKeyValueW(key_.get(), path, name, REG_SZ, text.c_str(),
-                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-  }
-
- private:
-  static constexpr const wchar_t* kPath = L"Software\\VarnelTest\\Machine";
-  RegistryKey key_;
-  bool active_ = false;
-};
 
 // Octets of all interfaces but the loopback.
 std::pair<uint64_t, uint64_t> CountOctets() {
@@ -104,22 +77,22 @@ void BurnProcessorTime(DWORD milliseconds) {
 
 TEST(CollectHardwareSpecs, ReadsTheRegistry) {
   CollectHardwareSpecs();  // graphics drivers are loaded with the real registry
-  OwnMachineKey machine;
-  ASSERT_TRUE(machine.active());
+  const RegistrySandbox registry;
   const HardwareSpecs missing = CollectHardwareSpecs();
   EXPECT_EQ(missing.cpu, L"Unknown");
   EXPECT_EQ(missing.motherboard, L"Unknown");
   EXPECT_EQ(missing.os, L"Unknown");
 
-  machine.Set(L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", L"ProcessorNameString",
-              L"   Peat(R) Core  i7-0000  ");
-  machine.Set(L"HARDWARE\\DESCRIPTION\\System\\BIOS", L"BaseBoardManufacturer",
-              L"Gigabyte Technology Co., Ltd.");
-  machine.Set(L"HARDWARE\\DESCRIPTION\\System\\BIOS", L"BaseBoardProduct", L"B650 PEAT");
+  SetRegistryData(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0",
+                  L"ProcessorNameString", RegistryText(L"   Peat(R) Core  i7-0000  "));
+  SetRegistryData(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\BIOS", L"BaseBoardManufacturer",
+                  RegistryText(L"Gigabyte Technology Co., Ltd."));
+  SetRegistryData(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\BIOS", L"BaseBoardProduct",
+                  RegistryText(L"B650 PEAT"));
   const wchar_t* windows = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
-  machine.Set(windows, L"ProductName", L"Windows 10 Pro");
-  machine.Set(windows, L"CurrentBuild", L"22631");
-  machine.Set(windows, L"DisplayVersion", L"23H2");
+  SetRegistryData(HKEY_LOCAL_MACHINE, windows, L"ProductName", RegistryText(L"Windows 10 Pro"));
+  SetRegistryData(HKEY_LOCAL_MACHINE, windows, L"CurrentBuild", RegistryText(L"22631"));
+  SetRegistryData(HKEY_LOCAL_MACHINE, windows, L"DisplayVersion", RegistryText(L"23H2"));
   const HardwareSpecs specs = CollectHardwareSpecs();
   EXPECT_EQ(specs.cpu, L"   Peat(R) Core  i7-0000  ") << "as stored, not trimmed";
   EXPECT_EQ(specs.motherboard, L"Gigabyte B650 PEAT");

@@ -2,14 +2,25 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "base/exe_directory_win.h"
+
+// A step of a tool's script that writes any bytes.
+inline nlohmann::json WriteStep(std::string_view bytes, int delay_ms = 0) {
+  std::string hex;
+  for (const char c : bytes)
+    for (const int digit : {c >> 4 & 15, c & 15}) hex += "0123456789abcdef"[digit];
+  return {{"hex", hex}, {"delay_ms", delay_ms}};
+}
 
 // The console tool as `name` ("winget") beside the test binary, where the system looks for a bare program
 // name first, doing what `script` says (console_tool_win.cpp), until destroyed. A script of null makes a file
@@ -38,6 +49,17 @@ class ToolCopy {
   }
   ToolCopy(const ToolCopy&) = delete;
   ToolCopy& operator=(const ToolCopy&) = delete;
+
+  // Makes it one that the system takes for a windowed program, so that it gets no console. Wine's console
+  // host inherits a tool's output and holds it until the tool has ended.
+  void BecomeWindowed() const {
+    std::fstream file(tool_, std::ios::in | std::ios::out | std::ios::binary);
+    uint32_t header = 0;
+    file.seekg(offsetof(IMAGE_DOS_HEADER, e_lfanew));
+    file.read(reinterpret_cast<char*>(&header), sizeof(header));
+    file.seekp(header + offsetof(IMAGE_NT_HEADERS64, OptionalHeader.Subsystem));
+    file.put(IMAGE_SUBSYSTEM_WINDOWS_GUI);
+  }
 
   // The exact command line of each run so far.
   std::vector<std::string> CommandLines() const {

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <windows.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "base/handle_win.h"
+
+// While one lives, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE are two empty keys to this process
+// (RegOverridePredefKey): what a test reads and writes there is nobody's. One object at a time.
+class RegistrySandbox {
+ public:
+  RegistrySandbox() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, kPath);
+    Make(L"User", user_);
+    Make(L"Machine", machine_);
+    if (RegOverridePredefKey(HKEY_CURRENT_USER, user_.get()) != ERROR_SUCCESS ||
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine_.get()) != ERROR_SUCCESS)
+      throw std::runtime_error("no registry of the test's own");
+  }
+  ~RegistrySandbox() {
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    RegDeleteTreeW(HKEY_CURRENT_USER, kPath);
+  }
+  RegistrySandbox(const RegistrySandbox&) = delete;
+  RegistrySandbox& operator=(const RegistrySandbox&) = delete;
+
+ private:
+  static constexpr const wchar_t* kPath = L"Software\\VarnelTest";
+
+  static void Make(const wchar_t* name, RegistryKey& key) {
+    RegCreateKeyExW(HKEY_CURRENT_USER, (std::wstring(kPath) + L"\\" + name).c_str(), 0, nullptr, 0,
+                    KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
+  }
+
+  RegistryKey user_, machine_;
+};
+
+// A value as the registry stores it.
+struct RegistryData {
+  DWORD type = REG_NONE;
+  std::string bytes;
+
+  bool operator==(const RegistryData&) const = default;
+};
+
+// Text with its NUL.
+inline RegistryData RegistryText(const std::wstring& text, DWORD type = REG_SZ) {
+  return {type, {reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)}};
+}
+
+// Makes the key when it is missing.
+inline void SetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name,
+                            const RegistryData& data) {
+  if (RegSetKeyValueW(hive, path, name.c_str(), data.type, data.bytes.data(),
+                      static_cast<DWORD>(data.bytes.size())) != ERROR_SUCCESS)
+    throw std::runtime_error("the registry refuses a value");
+}
+
+// Of type REG_NONE when there is no such value.
+inline RegistryData GetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name) {
+  RegistryKey key;
+  RegistryData data = {REG_NONE, std::string(65536, '\0')};
+  auto size_bytes = static_cast<DWORD>(data.bytes.size());
+  if (RegOpenKeyExW(hive, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS ||
+      RegQueryValueExW(key.get(), name.c_str(), nullptr, &data.type,
+                       reinterpret_cast<BYTE*>(data.bytes.data()), &size_bytes) != ERROR_SUCCESS)
+    return {};
+  data.bytes.resize(size_bytes);
+  return data;
+}
+
+inline bool KeyExists(HKEY hive, const wchar_t* path) {
+  RegistryKey key;
+  return RegOpenKeyExW(hive, path, 0, KEY_READ, key.put()) == ERROR_SUCCESS;
+}
