@@ -64,6 +64,13 @@ test('the service badge follows the service', () => withVarnel({ language: 'en' 
   assert.deepEqual(await app.serviceRequests(), [], 'the probe writes nothing');
 }));
 
+test('a service that comes later is seen on the way to another view', () => withVarnel({}, async (app) => {
+  await badge(app.page, 'Služba neběží');
+  await app.startService({});
+  await openView(app.page, 'settings');
+  await badge(app.page, 'Služba běží');
+}));
+
 test('a running service is seen at the start', () => withVarnel({ service: {} }, async (app) => {
   await badge(app.page, 'Služba běží');
   assert.equal(last(app, 'status').serviceActive, true);

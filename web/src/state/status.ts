@@ -1,17 +1,25 @@
 import { host } from '../bridge/host.ts';
 import { createSource } from '../lib/source.ts';
+import { place } from './navigation.ts';
 
 /**
  * Elevation, helper service and hardware facts. The host pushes them after every load of the page, and once more when
- * the service has come up; they are asked for only when the push does not come, or when the user wants them fresh.
+ * the service comes up in the next 30 s; they are asked for only when the push does not come, when the user wants them
+ * fresh, and, as long as the service is missing, when the user comes to another view or back to the window.
  */
 export const status = createSource(() => host.request('getStatus'));
 
 const kPushGraceMs = 2000;
+
+function lookForService() {
+  if (status.get().data?.serviceActive === false) void status.reload();
+}
 
 export function startStatus() {
   host.on('status', status.put);
   setTimeout(() => {
     if (status.get().phase === 'idle') void status.reload();
   }, kPushGraceMs);
+  place.subscribe(lookForService);
+  addEventListener('focus', lookForService);
 }
