@@ -12,11 +12,19 @@ after(async () => {
   await endWine();
 });
 
+const kLimitMs = 150_000; // a page that draws without end answers nothing any more
+
+async function inTime(work) {
+  let timer;
+  const limit = new Promise((_, reject) => { timer = setTimeout(reject, kLimitMs, new Error(`no end within ${kLimitMs / 1000} s`)); });
+  await Promise.race([work, limit]).finally(() => clearTimeout(timer));
+}
+
 // Runs `body` with the program and ends it; see startVarnel for the options. Problems in the page fail the test.
 export async function withVarnel(options, body) {
   const app = await startVarnel(options);
   try {
-    await body(app);
+    await inTime(body(app));
   } catch (error) {
     await app.kill();
     if (app.problems.length > 0) error.message += `\nproblems in the page:\n${app.problems.join('\n')}`;
