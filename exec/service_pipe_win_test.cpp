@@ -17,27 +17,43 @@ namespace {
 
 using nlohmann::json;
 
-class Stopwatch {
- public:
-  ULONGLONG ElapsedMs() const { return GetTickCount64() - start_; }
-
- private:
-  ULONGLONG start_ = GetTickCount64();
-};
+// Runs `body` and gives the milliseconds that it took.
+template <typename Body>
+ULONGLONG Took(Body body) {
+  const ULONGLONG start = GetTickCount64();
+  body();
+  return GetTickCount64() - start;
+}
 
 const json kNotRunning = {{"error", "Service not running"}, {"success", false}};
 
 }  // namespace
 
-TEST(ServiceProbe, TellsAnAbsentServiceAfterAQuarterSecond) {
+TEST(Service, IsGivenUpInTimeWhenAbsentOrBusy) {
+  const auto probe = [] { EXPECT_FALSE(IsServiceRunning()); };
+  const auto request = [] { EXPECT_EQ(SendServiceRequest("getJunkSizes", {}), kNotRunning); };
+  const auto session = [] {
+    auto fail = [](const std::string&) { ADD_FAILURE() << "there is no output"; };
+    EXPECT_FALSE(RunServiceSession("sfcVerify", {}, fail).connected);
+  };
+  // A little less than the sleeps and waits: they may end a tick early. A little more for a busy machine.
+  const auto expect_took = [](ULONGLONG took_ms, ULONGLONG waits_ms) {
+    EXPECT_GE(took_ms + took_ms / 20 + 20, waits_ms);
+    EXPECT_LT(took_ms, waits_ms + waits_ms / 2 + 1000);
+  };
   TakePostedTexts();
-  const Stopwatch probe;
-  EXPECT_FALSE(IsServiceRunning());
-  EXPECT_GE(probe.ElapsedMs(), 230u);
-  EXPECT_LT(probe.ElapsedMs(), 1500u);
+  expect_took(Took(probe), 5 * 50);
+  expect_took(Took(request), 5 * 100);
+  EXPECT_LT(Took(session), 300u) << "once, without waiting";
   EXPECT_TRUE(TakePostedTexts().empty());
   EXPECT_FALSE(EnsureServiceOrNotify());
   EXPECT_EQ(TakePostedTexts(), std::vector<std::string>{R"({"type":"show_service_error_modal"})"});
+
+  const BusyStandInService busy;
+  auto busy_probe = std::async(std::launch::async, [&] { return Took(probe); });
+  EXPECT_LT(Took(session), 300u) << "once, without waiting";
+  expect_took(Took(request), 5 * (1000 + 100));
+  expect_took(busy_probe.get(), 5 * 500);
 }
 
 TEST(ServiceProbe, FindsAServiceWithoutAskingIt) {
@@ -47,29 +63,6 @@ TEST(ServiceProbe, FindsAServiceWithoutAskingIt) {
   EXPECT_TRUE(EnsureServiceOrNotify());
   EXPECT_TRUE(TakePostedTexts().empty());
   EXPECT_TRUE(service.requests().empty());
-}
-
-TEST(SendServiceRequest, GivesUpOnAnAbsentServiceAfterHalfASecond) {
-  const Stopwatch request;
-  EXPECT_EQ(SendServiceRequest("getJunkSizes", {}), kNotRunning);
-  EXPECT_GE(request.ElapsedMs(), 470u);
-  EXPECT_LT(request.ElapsedMs(), 2500u);
-}
-
-TEST(SendServiceRequest, WaitsForABusyServiceAndGivesUp) {
-  const BusyStandInService busy;
-  auto probe = std::async(std::launch::async, [] {
-    const Stopwatch time;
-    EXPECT_FALSE(IsServiceRunning());
-    return time.ElapsedMs();
-  });
-  const Stopwatch request;
-  EXPECT_EQ(SendServiceRequest("getJunkSizes", {}), kNotRunning);
-  EXPECT_GE(request.ElapsedMs(), 5u * (1000 + 100) - 200);
-  EXPECT_LT(request.ElapsedMs(), 9000u);
-  const ULONGLONG probe_ms = probe.get();
-  EXPECT_GE(probe_ms, 5u * 500 - 200);
-  EXPECT_LT(probe_ms, 5000u);
 }
 
 TEST(SendServiceRequest, GetsThroughWhenABusyServiceBecomesFree) {
@@ -92,7 +85,6 @@ TEST(SendServiceRequest, ReturnsWhatTheServiceAnswers) {
       {"object",
        RawReply("{\"success\":true,\"content\":\"Žluť\"}\n"),
        {{"success", true}, {"content", "Žluť"}}},
-      {"without success", RawReply("{\"content\":1}\n"), {{"content", 1}}},
       {"no object", RawReply("[]\n"), json::array()},
       {"several lines, kept open",
        {{{"{\"success\":true}\n{\"success\":false}\n"}}, true},
@@ -100,9 +92,6 @@ TEST(SendServiceRequest, ReturnsWhatTheServiceAnswers) {
       {"in pieces", {{{"{\"succ", 0}, {"ess\":tr", 50}, {"ue}\n", 50}}}, {{"success", true}}},
       {"no line feed before the end", RawReply("{\"success\":true}"), {{"success", true}}},
       {"cut", RawReply("{\"success\":tr"), failed},
-      {"garbage", RawReply("Internal error\n"), failed},
-      {"invalid UTF-8", RawReply("{\"error\":\"P\xF8\"}\n"), failed},
-      {"whitespace", RawReply(" \t \n"), failed},
       {"bare line feed", RawReply("\n"), empty},
       {"closed without an answer", {}, empty},
       {"long", Reply({{"content", long_text}}), {{"content", long_text}}},
@@ -113,17 +102,11 @@ TEST(SendServiceRequest, ReturnsWhatTheServiceAnswers) {
   for (const auto& c : cases) EXPECT_TRUE(SendServiceRequest(c.name, json::object()) == c.want) << c.name;
 }
 
-TEST(SendServiceRequest, SendsOneCompactLine) {
+TEST(SendServiceRequest, SendsALongRequestWhole) {
   const StandInService service({});
-  SendServiceRequest("safemodeReboot", {});
-  SendServiceRequest("save_hosts_file", {{"content", "127.0.0.1 žluť\r\n"}});
   SendServiceRequest("big", {{"content", std::string(10'000, 'x')}});
-  EXPECT_EQ(service.requests(),
-            (std::vector<std::string>{
-                "{\"action\":\"safemodeReboot\",\"data\":{}}\n",
-                "{\"action\":\"save_hosts_file\",\"data\":{\"content\":\"127.0.0.1 žluť\\r\\n\"}}\n",
-                "{\"action\":\"big\",\"data\":{\"content\":\"" + std::string(10'000, 'x') + "\"}}\n",
-            }));
+  EXPECT_EQ(service.requests(), std::vector<std::string>{"{\"action\":\"big\",\"data\":{\"content\":\"" +
+                                                         std::string(10'000, 'x') + "\"}}\n"});
 }
 
 TEST(SendServiceRequest, FailsToWriteWhatIsNotUtf8OrToAServiceThatHangsUp) {
@@ -209,15 +192,6 @@ TEST(RunServiceSession, HandsOnOutputUntilTheExitRecord) {
     EXPECT_EQ(exit.reboot_required, c.reboot) << c.name;
   }
   EXPECT_EQ(service.requests()[0], "{\"action\":\"whole\",\"data\":{}}\n");
-}
-
-TEST(RunServiceSession, OpensThePipeOnceWithoutWaiting) {
-  auto fail = [](const std::string&) { ADD_FAILURE() << "there is no output"; };
-  const Stopwatch absent;
-  EXPECT_FALSE(RunServiceSession("sfcVerify", {}, fail).connected);
-  const BusyStandInService busy;
-  EXPECT_FALSE(RunServiceSession("sfcVerify", {}, fail).connected);
-  EXPECT_LT(absent.ElapsedMs(), 400u);
 }
 
 TEST(RunServiceSession, ClosesThePipeWhenTheCallbackThrows) {
