@@ -1,6 +1,7 @@
 #include "testing/stand_ins/pipe_server_win.h"
 
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -117,10 +118,12 @@ void StandInService::Serve(HANDLE pipe) {
 
 void StandInService::Answer(HANDLE pipe) {
   const Owned<KernelHandleKind> event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  const auto read = [&](char& unit) {
+  std::vector<char> chunk(64 * 1024);
+  const auto read = [&] {
     OVERLAPPED operation{};
     operation.hEvent = event.get();
-    return Transfer(pipe, ReadFile(pipe, &unit, 1, nullptr, &operation), operation) == 1;
+    const BOOL started = ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), nullptr, &operation);
+    return std::string_view(chunk.data(), Transfer(pipe, started, operation));
   };
   const auto write = [&](const std::string& bytes) {
     OVERLAPPED operation{};
@@ -130,10 +133,10 @@ void StandInService::Answer(HANDLE pipe) {
   };
 
   std::string request;
-  char unit = 0;
   while (request.empty() || request.back() != '\n') {
-    if (!read(unit)) return;
-    request += unit;
+    const std::string_view part = read();
+    if (part.empty()) return;
+    request += part;
   }
   {
     const std::lock_guard lock(mutex_);
@@ -151,7 +154,7 @@ void StandInService::Answer(HANDLE pipe) {
     }
     if (!write(chunk.bytes)) return;
   }
-  while (answer.hold_open && read(unit)) continue;
+  while (answer.hold_open && !read().empty()) continue;
   // Disconnecting throws away what the client has not read yet.
   FlushFileBuffers(pipe);
 }
