@@ -66,7 +66,7 @@ function Install-Driver($Session, [string]$Title) {
         foreach ($update in $chosen) {
             if (-not $update.EulaAccepted) {
                 Write-Line 'Accepting the licence.'
-                $update.AcceptEula()
+                [void]$update.AcceptEula() # whatever it gives must not become a part of the exit code
             }
         }
         Write-Line "Downloading ($($chosen.Count))..."

@@ -179,7 +179,8 @@ test('a queue of three runs one by one, and a failure does not stop it', () => w
   await page.getByRole('grid', { name: 'Updates' }).waitFor();
   // What cannot be acted on cannot be ticked either, one by one or together.
   const boxes = page.getByRole('grid', { name: 'Updates' }).getByRole('checkbox');
-  assert.deepEqual(await boxes.evaluateAll((all) => all.map((one) => one.disabled)), [false, false, true, false, true, false, false]);
+  assert.deepEqual(await boxes.evaluateAll((all) => all.map((one) => one.getAttribute('aria-label'))),
+    ['all rows', 'row Copse', 'row Heron Media Suite 2024 (x64)', 'row Rill SDK', 'row Tarn Sync'].map((name) => `Select ${name}`));
   const counted = page.locator('.table-bar [role=status]');
   await boxes.first().click();
   await counted.filter({ hasText: '6 rows, 4 selected' }).waitFor();
@@ -386,4 +387,146 @@ test('without the tools the scan comes to its end, and the page says what is mis
   } finally {
     for (const path of own) await rename(`${path}.away`, path);
   }
+});
+
+// The page's clock runs ahead, so that minutes without a word pass in a moment.
+async function pass(page, seconds) {
+  await page.clock.fastForward(seconds * 1000);
+}
+
+test('tools of which nothing is heard: the page gives up, says so, and credits a late end to nobody else', () => withVarnel({
+  language: 'cs',
+  service: { installDriver: { stream: [{ type: 'stdout', message: 'Stahuji' }] } },
+  tools: {
+    ...winget(
+      { when: '--id "Brook.TarnSync"', steps: [{ text: 'Found Tarn Sync\r\n' }, { delay_ms: 3000 }] },
+      { when: '--accept', steps: [{ text: kUpdates }] },
+    ),
+    'powershell.exe': offers(offer(kDriver)),
+  },
+}, async (app) => {
+  const { page } = app;
+  const give_up = page.getByRole('button', { name: 'Nečekat dál' });
+  await openView(page, 'software');
+  await page.keyboard.press('F5');
+  await page.getByRole('grid', { name: 'Aktualizace' }).waitFor();
+  await page.clock.install();
+
+  // The program's end comes late, but no other tool runs that it could belong to.
+  await tick(page, 'Aktualizace', 'Tarn Sync');
+  await press(page, 'Aktualizovat vybrané (1)');
+  await page.locator('[data-job="Brook.TarnSync"]', { hasText: 'Found Tarn Sync' }).waitFor();
+  await pass(page, 58);
+  assert.equal(await give_up.count(), 0);
+  await pass(page, 3);
+  await give_up.click();
+  await job(page, 'Brook.TarnSync', 'failed');
+  assert.match(await page.innerText('[data-job="Brook.TarnSync"]'), /výsledek neznámý/);
+  await job(page, 'Brook.TarnSync', 'done');
+
+  // The service closes the pipe before its exit record: nothing is said of an end.
+  await page.click('[data-tab=drivers]');
+  await page.keyboard.press('F5');
+  await page.getByRole('grid', { name: 'Ovladače' }).waitFor();
+  await tick(page, 'Ovladače', kDriver);
+  await press(page, 'Nainstalovat vybrané (1)');
+  await press(await dialogOf(page, 'Nainstalovat 1 ovladač?'), 'Nainstalovat');
+  await page.locator(`[data-job="${kDriver}"]`, { hasText: 'Stahuji' }).waitFor();
+  await pass(page, 61);
+  await give_up.click();
+  await job(page, kDriver, 'failed');
+  assert.match(await page.innerText(`[data-job="${kDriver}"]`), /Konec nástroje nebyl ohlášen/);
+  await checkAccessibility(page);
+}));
+
+test('a scan is given up after four minutes of silence, and any line of the host counts as a word', () => withVarnel({
+  language: 'en',
+  service: {},
+  tools: { 'winget.exe': { steps: [{ delay_ms: 6000, text: kUpdates }] }, 'powershell.exe': offers() },
+}, async (app) => {
+  const { page } = app;
+  await openView(page, 'software');
+  await page.clock.install();
+  await page.getByRole('button', { name: 'Scan the system' }).first().click();
+  const banner = page.locator('[data-testid=scan]');
+  await banner.getByRole('status').waitFor();
+  await app.waitForMessage(({ message }) => message === 'Scanning software updates via winget...');
+  await pass(page, 238);
+  await app.request('debugSystem');
+  const lines = app.messages.filter(({ type }) => type === 'console_log').length;
+  await page.locator('.terminal-toggle', { hasText: `${lines} new lines` }).waitFor();  // the page has taken them all
+  await pass(page, 238);
+  assert.equal(await banner.getByRole('status').isVisible(), true, 'a line of the host is a sign of life');
+  await pass(page, 3);
+  await page.getByRole('alert').filter({ hasText: 'Nothing has been heard of the scan for four minutes' }).waitFor();
+  assert.equal(await page.getByRole('button', { name: 'Scan the system' }).first().isDisabled(), false);
+  await screenshot(page, 'software-given-up-amethyst-en');
+  await checkAccessibility(page);
+  // What the host still sends is no longer the page's scan.
+  await app.waitForMessage(({ status }) => status === 'done');
+  assert.equal(await page.getByRole('grid').count(), 0);
+  assert.equal(await banner.isVisible(), true);
+}));
+
+test('a script for drivers that Windows blocks costs only the drivers', () => withVarnel({
+  language: 'en',
+  service: {},
+  tools: { ...winget(), 'powershell.exe': prints('File C:\\check_updates.ps1 cannot be loaded because running scripts is disabled on this system.\n', { exit: 1 }) },
+}, async (app) => {
+  const { page } = app;
+  await openView(page, 'software');
+  await page.getByRole('button', { name: 'Scan the system' }).first().click();
+  const banner = page.locator('[data-testid=scan][role=alert]', { hasText: 'Drivers could not be looked for, program updates could.' });
+  await banner.waitFor();
+  await page.getByRole('grid', { name: 'Updates' }).waitFor();
+  assert.equal((await rowsOf(page, 'Updates')).length, kUpdateRows.length);
+  await page.locator('[data-tab=installed] .tag', { hasText: /^4$/ }).waitFor();
+  assert.equal((await app.settingsFile()).lastScan, undefined, 'it has not been a whole scan');
+  await press(banner, 'Close');
+  await banner.waitFor({ state: 'detached' });
+  // The list of drivers alone says the same in its place.
+  await page.click('[data-tab=drivers]');
+  await page.keyboard.press('F5');
+  await page.getByRole('button', { name: 'Try again' }).waitFor();
+}));
+
+test('thousands of programs, one of which the tool is no longer there to uninstall', () => {
+  const kCount = 4000;
+  const names = ['Žluťoučký kůň', 'Heron Media Suite Professional Edition 2024 with everything that a long name can hold (x64)', 'Tarn'];
+  const ids = [(n) => `Brook.Tarn${n}`, (n) => `ARP\\Machine\\X64\\{0F3C11AA-9B1D-22AA-0000-${String(n).padStart(12, '0')}}`, (n) => `Heron.MediaSuite.Professional${n}…`];
+  const row = (n) => `${`${names[n % 3]} ${n}`.padEnd(120)}  ${ids[n % 4 % 3](n).padEnd(70)}  1.${n}  ${n % 4 % 3 === 1 ? '' : '                winget'}\r\n`;
+  return withVarnel({
+    settings: { theme: 'light', language: 'cs' },
+    viewport: { width: 1250, height: 700 },
+    service: {},
+    tools: { 'winget.exe': { steps: [{ text: `Name\r\n${'-'.repeat(60)}\r\n${Array.from({ length: kCount }, (_, n) => row(n)).join('')}` }] } },
+  }, async (app) => {
+    const { page } = app;
+    await openView(page, 'software');
+    await page.click('[data-tab=installed]');
+    const grid = page.getByRole('grid', { name: 'Nainstalované' });
+    await grid.waitFor();
+    await page.locator('[data-tab=installed] .tag', { hasText: '4 000' }).waitFor();
+    assert.ok(await grid.locator('tbody tr').count() < 60, 'only what is seen is drawn');
+    await screenshot(page, 'software-thousands-light-cs');
+    // All that can be acted on: every fourth has an identifier of Windows, and every fourth a cut one.
+    await grid.getByRole('checkbox').first().click();
+    await page.locator('.table-bar [role=status]', { hasText: '2 000' }).waitFor();
+    await grid.getByRole('checkbox').first().click();
+    await page.locator('.obstacles summary', { hasText: '2 000' }).click();
+    await page.getByRole('button', { name: 'Otevřít Nastavení Windows' }).waitFor();
+    await checkAccessibility(page);
+
+    await page.locator('[data-filter]').fill('zlutoucky 3996');
+    await grid.getByRole('row', { name: 'Žluťoučký kůň 3996' }).waitFor();
+    assert.deepEqual(await rowsOf(page, 'Nainstalované'), [['Žluťoučký kůň 3996', 'Brook.Tarn3996', '1.3996', '']]);
+    await rm(join(app.binFolder, 'winget.exe'));
+    await tick(page, 'Nainstalované', 'Žluťoučký kůň 3996');
+    await press(page, 'Odinstalovat vybrané (1)');
+    await press(await dialogOf(page, 'Odinstalovat 1 program?'), 'Odinstalovat');
+    await job(page, 'Brook.Tarn3996', 'failed');
+    assert.match(await page.innerText('[data-job="Brook.Tarn3996"]'), /Nástroj se nepodařilo spustit, nebo hned skončil chybou\. \(kód 1\)/);
+    await screenshot(page, 'software-uninstall-failed-light-cs');
+    assert.equal(app.messages.some(({ type }) => type === 'findLeftovers'), false, 'nothing is looked for after a program that is still there');
+  });
 });

@@ -44,7 +44,7 @@ interface Scan {
     /** Updates found, once the tool for drivers has its turn. */
     found?: number;
   };
-  failed?: 'silent' | 'error' | 'absent';
+  failed?: 'silent' | 'error' | 'drivers' | 'absent';
 }
 
 export const scan = createStore<Scan>({});
@@ -79,9 +79,10 @@ export function startScan() {
       void apps.reload(); // the tool for packages has time now
     }
     if (message.status !== 'done') return;
-    end(message.success ? undefined : 'error');
+    const only_drivers = running?.found !== undefined;
+    end(message.success ? undefined : only_drivers ? 'drivers' : 'error');
     if (!message.success) {
-      if (running?.found) void updates.reload(); // a failure of the drivers' tool has lost them
+      if (only_drivers) void updates.reload(); // they are lost with the drivers
       return;
     }
     updates.put(asUpdates(message.software ?? []));

@@ -294,6 +294,7 @@ export const en: Texts = {
   'scan.failed': 'The system scan did not finish',
   'scan.failed.silent': 'Nothing has been heard of the scan for four minutes, so it is not waited for any longer.',
   'scan.failed.error': 'The scan ended with an error. The terminal shows what happened.',
+  'scan.failed.drivers': 'Drivers could not be looked for, program updates could. The terminal shows what happened.',
   'scan.failed.absent': 'The scan did not start: this page is not open in Varnel.',
 
   'jobs.title': 'Queue',
@@ -313,7 +314,7 @@ export const en: Texts = {
   'jobs.ended': '{n} of {total} ended',
   'jobs.fold': 'Fold the queue',
   'jobs.unfold': 'Unfold the queue',
-  'jobs.silent': { one: '{n} second without output', other: '{n} seconds without output' },
+  'jobs.silent': 'No output for {n} s',
   'jobs.abandon': 'Stop waiting',
   'jobs.cancelWaiting': 'Cancel waiting',
   'jobs.clear': 'Hide finished',
@@ -359,7 +360,7 @@ export const en: Texts = {
   'leftovers.none': 'Nothing that can be found by name is left of {name}',
   'leftovers.searchFailed': 'Leftovers could not be looked for. {reason}',
   'leftovers.removed': { one: '{n} item removed', other: '{n} items removed' },
-  'leftovers.stayed': { one: '{n} item has stayed: it is in use, rights are missing, or the helper service is not running', other: '{n} items have stayed: they are in use, rights are missing, or the helper service is not running' },
+  'leftovers.stayed': 'Items not removed: {n}. They are in use, rights are missing, or the helper service is not running.',
 
   'repair.needs': 'Needs',
   'repair.next': 'What happens next',

@@ -9,7 +9,7 @@ import { apps, drivers, enqueue, jobs, packageKey, scan, startScan, updates, typ
 import { openTerminal } from '../state/terminal.ts';
 import { formatDate, kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
-import { Button } from '../ui/button.tsx';
+import { Button, IconButton } from '../ui/button.tsx';
 import { DataView, Notice } from '../ui/data_view.tsx';
 import { confirm } from '../ui/dialog.tsx';
 import { errorText } from '../ui/error_text.ts';
@@ -118,6 +118,7 @@ function ScanState() {
         )}
       </p>
       <Button kind="quiet" icon="terminal" onClick={() => openTerminal(true)}>{t('scan.log')}</Button>
+      {failed && <IconButton icon="close" label={t('app.close')} onClick={() => scan.set({})} />}
     </div>
   );
 }
@@ -322,9 +323,9 @@ function Updates({ packages }: { packages: Package[] }) {
       rows={rows}
       columns={[
         ['name'],
-        ['id'],
-        ['version', '8.5rem'],
-        ['available', '8.5rem'],
+        ['id', '18%'],
+        ['version', '7.5rem'],
+        ['available', '7.5rem'],
         ['source', '5.5rem'],
       ]}
       menu={(marked) => {
@@ -353,8 +354,8 @@ function Installed({ packages }: { packages: Package[] }) {
       rows={rows}
       columns={[
         ['name'],
-        ['id'],
-        ['version', '10rem'],
+        ['id', '26%'],
+        ['version', '9rem'],
       ]}
     />
   );
@@ -391,8 +392,8 @@ function DriverList({ updates: offered, scannedDriversCount }: Drivers) {
       rows={rows}
       columns={[
         ['name'],
-        ['version', '9rem'],
-        ['available', '9rem'],
+        ['version', '7.5rem'],
+        ['available', '7.5rem'],
         ['date', '7rem'],
         ['severity', '7rem'],
       ]}
