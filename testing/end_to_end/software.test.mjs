@@ -136,6 +136,13 @@ test('the scan fills three lists and tells what it does', () => withVarnel({
   assert.deepEqual((await rowsOf(page, 'Aktualizace')).map(([name]) => name), ['Fen Poznámky', 'Heron Media Suite 2024 (x64)', 'Peat Notes', 'Rill SDK', 'Tarn Sync']);
   await app.waitUntilShown(async () => (await app.settingsFile()).ignoreList?.length === 1, 'the ignored row to be stored');
   assert.deepEqual((await app.settingsFile()).ignoreList, [{ id: '9QX2B4LMN0PR', type: 'software' }]);
+  await page.getByRole('checkbox', { name: 'Zobrazit ignorované (1)' }).check();
+  const ignored = page.getByRole('row', { name: /Copse/ });
+  assert.deepEqual([await ignored.getByRole('checkbox').count(), (await rowsOf(page, 'Aktualizace'))[0].at(-1)], [0, 'ignorováno']);
+  await ignored.click({ button: 'right' });
+  await page.getByRole('menuitem', { name: 'Přestat ignorovat' }).click();
+  await page.locator('[data-tab=updates] .tag', { hasText: /^6$/ }).waitFor();
+  await app.waitUntilShown(async () => (await app.settingsFile()).ignoreList.length === 0, 'the row to be forgotten');
 
   await page.click('[data-tab=installed]');
   assert.deepEqual(await rowsOf(page, 'Nainstalované'), kInstalledRows);
@@ -499,7 +506,7 @@ test('thousands of programs, one of which the tool is no longer there to uninsta
     settings: { theme: 'light', language: 'cs' },
     viewport: { width: 1250, height: 700 },
     service: {},
-    tools: { 'winget.exe': { steps: [{ text: `Name\r\n${'-'.repeat(60)}\r\n${Array.from({ length: kCount }, (_, n) => row(n)).join('')}` }] } },
+    tools: { 'opener.exe': {}, 'winget.exe': { steps: [{ text: `Name\r\n${'-'.repeat(60)}\r\n${Array.from({ length: kCount }, (_, n) => row(n)).join('')}` }] } },
   }, async (app) => {
     const { page } = app;
     await openView(page, 'software');
@@ -514,8 +521,16 @@ test('thousands of programs, one of which the tool is no longer there to uninsta
     await page.locator('.table-bar [role=status]', { hasText: '2 000' }).waitFor();
     await grid.getByRole('checkbox').first().click();
     await page.locator('.obstacles summary', { hasText: '2 000' }).click();
-    await page.getByRole('button', { name: 'Otevřít Nastavení Windows' }).waitFor();
     await checkAccessibility(page);
+    const kScheme = 'HKLM\\Software\\Classes\\ms-settings';
+    try {
+      await runInPrefix('reg', ['add', kScheme, '/v', 'URL Protocol', '/d', '', '/f']);
+      await runInPrefix('reg', ['add', `${kScheme}\\shell\\open\\command`, '/ve', '/d', `${app.folder.windows}\\bin\\opener.exe "%1"`, '/f']);
+      await press(page, 'Otevřít Nastavení Windows');
+      await app.waitUntilShown(async () => (await app.toolCalls('opener'))[0]?.includes('ms-settings:appsfeatures'), 'the settings to be opened');
+    } finally {
+      await runInPrefix('reg', ['delete', kScheme, '/f']);
+    }
 
     await page.locator('[data-filter]').fill('zlutoucky 3996');
     await grid.getByRole('row', { name: 'Žluťoučký kůň 3996' }).waitFor();
