@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"
+#include "exec/hidden_process_win.h"
 #include "testing/debug_output_win.h"
 #include "testing/handle_count_win.h"
 #include "testing/stand_ins/tool_copy_win.h"
@@ -133,6 +134,16 @@ TEST(ExecuteCmd, EndsAChildThatRunsOnTenSecondsAfterItsOutput) {
   ASSERT_EQ(lines.size(), 7u);
   EXPECT_EQ(lines[5], L"[Varnel Debug] Process hung! Terminating process...\n");
   EXPECT_EQ(lines[6], L"[Varnel Debug] ExecuteCmd finished. Exit code: 1\n");
+}
+
+TEST(OutputPipe, OnlyItsWriteEndIsInherited) {
+  const std::optional<OutputPipe> pipe = CreateOutputPipe();
+  ASSERT_TRUE(pipe);
+  DWORD read = 0, write = 0;
+  GetHandleInformation(pipe->read.get(), &read);
+  GetHandleInformation(pipe->write.get(), &write);
+  EXPECT_EQ(read & HANDLE_FLAG_INHERIT, 0u);
+  EXPECT_EQ(write & HANDLE_FLAG_INHERIT, DWORD{HANDLE_FLAG_INHERIT});
 }
 
 // 100 rounds, not the 1,000 of others: starting a process takes tens of milliseconds under Wine.

@@ -18,9 +18,8 @@ std::wstring WindowsDirectory() {
   return length < kPathUnits ? std::wstring(buffer, length) : std::wstring();
 }
 
-double Seconds(const FILETIME& time) {
-  return static_cast<double>((static_cast<uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime) /
-         10'000'000.0;
+uint64_t Ticks(const FILETIME& time) {
+  return (uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
 }
 
 // Fills in what only the opened process tells.
@@ -42,7 +41,7 @@ void InspectProcess(ProcessInfo& process, const std::wstring& windows_directory)
     process.mem_usage_mb = static_cast<double>(memory.WorkingSetSize) / (1024.0 * 1024.0);
   FILETIME creation = {}, exit = {}, kernel = {}, user = {};
   if (GetProcessTimes(handle.get(), &creation, &exit, &kernel, &user))
-    process.cpu_time_sec = Seconds(kernel) + Seconds(user);
+    process.cpu_time_sec = static_cast<double>(Ticks(kernel) + Ticks(user)) / 10'000'000.0;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include "base/handle_win.h"
@@ -56,13 +57,17 @@ TEST(ListProcesses, MeasuresWhatItOpensAndNothingElse) {
 }
 
 TEST(ListProcesses, CountsProcessorTimeInSeconds) {
-  const DWORD pid = GetCurrentProcessId();
-  const double before = Find(ListProcesses(), pid)->cpu_time_sec;
+  const auto read = [] {
+    const double seconds = Find(ListProcesses(), GetCurrentProcessId())->cpu_time_sec;
+    EXPECT_EQ(seconds, std::round(seconds * 1e7) / 1e7) << "one division of whole ticks";
+    return seconds;
+  };
+  const double before = read();
   const ULONGLONG start_ms = GetTickCount64();
   double spent = 0, elapsed = 0;
   while (spent < 0.1 && elapsed < 30) {
     for (const ULONGLONG now = GetTickCount64(); GetTickCount64() - now < 50;) GetCurrentProcessId();
-    spent = Find(ListProcesses(), pid)->cpu_time_sec - before;
+    spent = read() - before;
     elapsed = static_cast<double>(GetTickCount64() - start_ms) / 1000;
   }
   EXPECT_GE(spent, 0.1);
