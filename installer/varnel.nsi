@@ -1,8 +1,8 @@
 ; VarnelSetup.exe: installs, updates and removes Varnel. Built by ./dev package with
 ;   makensis -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
-; Switches: /S silent, /D=<folder> (last), --update-restart (silent; waits for the running program, replaces it, starts it
-; again for the user), --uninstall (asks, then removes what was installed).
-; Exit codes: 0 done, 1 cancelled, 2 the running program did not end in time.
+; Switches: /S silent, /D=<folder> (last; only where Varnel is not installed yet), --update-restart (silent; waits for the running
+; program, replaces it, starts it again for the user), --uninstall (asks, then removes what was installed).
+; Exit codes: 0 done, 1 cancelled or not installed, 2 the running program did not end in time, 3 a file could not be replaced.
 
 Unicode true
 Target amd64-unicode
@@ -24,7 +24,6 @@ SetCompressor /SOLID lzma
 Name "${PRODUCT}"
 OutFile "${OUTPUT}"
 InstallDir "$PROGRAMFILES64\${PRODUCT}"
-InstallDirRegKey HKLM "${UNINSTALL_KEY}" "InstallLocation"
 ShowInstDetails nevershow
 BrandingText "${PRODUCT} ${VERSION}"
 
@@ -40,6 +39,7 @@ VIAddVersionKey "LegalCopyright" ""
 !define MUI_FINISHPAGE_RUN
 !define MUI_FINISHPAGE_RUN_FUNCTION StartForUser
 !insertmacro MUI_PAGE_WELCOME
+!define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenInstalled
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
@@ -60,7 +60,7 @@ Var update_restart
 Function .onInit
   SetRegView 64
   SetShellVarContext all
-  ; InstallDirRegKey reads the 32-bit registry view on its own.
+  ; What is installed is replaced where it is. (InstallDirRegKey would read the 32-bit registry view.)
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
   ${If} $0 != ""
     StrCpy $INSTDIR $0
@@ -81,8 +81,15 @@ Function .onInit
   ${EndIf}
 FunctionEnd
 
+Function SkipWhenInstalled
+  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+    Abort
+  ${EndIf}
+FunctionEnd
+
 ; The copy in bin is itself among the files to remove, so the work is left to the uninstaller, which runs from a temporary copy.
 Function StartUninstaller
+  SetErrorLevel 0 ; otherwise leaving .onInit counts as a failure
   ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
     MessageBox MB_OK|MB_ICONEXCLAMATION "$(NOT_INSTALLED)" /SD IDOK
     SetErrorLevel 1
@@ -144,12 +151,16 @@ FunctionEnd
 Section
   Call WaitUntilClosed
   SetOutPath "$INSTDIR\bin"
+  ClearErrors
   File "${SOURCE}/Varnel.exe"
   File "${SOURCE}/check_updates.ps1"
   File "${SOURCE}/update_driver.ps1"
   ; The program starts this copy to uninstall itself. An update replaces it with the newer setup.
   ${If} $EXEPATH != "$INSTDIR\bin\VarnelSetup.exe"
     CopyFiles /SILENT "$EXEPATH" "$INSTDIR\bin\VarnelSetup.exe"
+  ${EndIf}
+  ${If} ${Errors}
+    SetErrorLevel 3
   ${EndIf}
 
   ; The settings lie beside bin; the program runs without elevation, so ordinary users (S-1-5-32-545) may write this one file.
@@ -188,16 +199,32 @@ Function un.onInit
   SetShellVarContext all
 FunctionEnd
 
+; The setup and the first stage of the uninstaller, which have started this one, may still be ending.
+Function un.DeleteEnding
+  Pop $R1
+  ${For} $R0 1 100
+    ClearErrors
+    Delete $R1
+    ${IfNot} ${Errors}
+      ${Break}
+    ${EndIf}
+    Sleep 50
+  ${Next}
+FunctionEnd
+
 ; Removes by name what was installed; folders go only when nothing else is in them.
 Section "Uninstall"
   Call un.WaitUntilClosed
+  SetOutPath "$TEMP" ; the current folder of a process cannot be removed
   Delete "$INSTDIR\bin\Varnel.exe"
   Delete "$INSTDIR\bin\check_updates.ps1"
   Delete "$INSTDIR\bin\update_driver.ps1"
-  Delete "$INSTDIR\bin\VarnelSetup.exe"
+  Push "$INSTDIR\bin\VarnelSetup.exe"
+  Call un.DeleteEnding
   RMDir "$INSTDIR\bin"
   Delete "$INSTDIR\settings.json"
-  Delete "$INSTDIR\uninstall.exe"
+  Push "$INSTDIR\uninstall.exe"
+  Call un.DeleteEnding
   RMDir "$INSTDIR"
   Delete "$SMPROGRAMS\${PRODUCT}.lnk"
   DeleteRegKey HKLM "${UNINSTALL_KEY}"

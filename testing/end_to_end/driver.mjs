@@ -371,7 +371,10 @@ class Varnel {
     page.on('pageerror', (error) => this.problems.push(`page error: ${error.stack ?? error.message}`));
     page.on('requestfailed', (request) => this.problems.push(`request failed: ${request.url()}: ${request.failure()?.errorText}`));
     page.on('load', () => { this.completeNavigation().catch(() => {}); });
-    await page.exposeFunction('varnelPost', ({ text, value }) => (text === undefined ? this.sendNonString(value) : this.send(text)).then(() => {}));
+    await page.exposeFunction('varnelPost', ({ text, value }) => (text === undefined ? this.sendNonString(value) : this.send(text)).then(() => {}, (error) => {
+      // Some actions end the program at once; its exit code tells whether that was in order.
+      if (!/the program ended/.test(error.message)) throw error;
+    }));
     await page.exposeFunction('varnelProblem', (problem) => { this.problems.push(problem); });
     await page.addInitScript(installWebview);
     await page.route('**', (route) => this.#serve(route));

@@ -3,12 +3,12 @@ import assert from 'node:assert/strict';
 import { once } from 'node:events';
 import { existsSync } from 'node:fs';
 import { cp, mkdir, readFile, readdir, rename, rm, writeFile } from 'node:fs/promises';
-import { createServer } from 'node:http';
 import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { checkAccessibility, closeServiceDialog, openView, screenshot, withVarnel } from './harness.mjs';
+import { cut, kErrorPage, kReleasePort, serve, startReleaseServer } from './release_server.mjs';
 import { buildFolder, prepareWine, runInPrefix, standIn, unixPath } from './wine.mjs';
 
 const repair = (page, type) => page.click(`[data-repair=${type}] button`);
@@ -108,29 +108,7 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
 
 // --- the update -------------------------------------------------------------------------------------------------------
 
-// The address that is compiled into Varnel_loopback.exe.
-const kReleasePort = 23719;
 const loopback = standIn('Varnel_loopback.exe');
-const kPage = '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
-
-// Stand-in for the release server. `answers` by path: what a function of (request, response) does with them; others are 404.
-async function startReleaseServer(answers) {
-  const requests = [];
-  const server = createServer((request, response) => {
-    requests.push(request.url);
-    const answer = answers[request.url];
-    if (answer) answer(response);
-    else response.writeHead(404, { 'content-type': 'text/html' }).end(kPage);
-  });
-  server.listen(kReleasePort, '127.0.0.1');
-  await once(server, 'listening');
-  return { requests, close: () => new Promise((resolve) => { server.close(resolve).closeAllConnections(); }) };
-}
-
-const serve = (body, status = 200, type = 'application/json') => (response) => response.writeHead(status, { 'content-type': type }).end(body);
-const cut = (body) => (response) => {
-  response.writeHead(200, { 'content-length': 5000 }).write(body, () => setTimeout(() => response.destroy(), 50));
-};
 
 test('the shipped program asks an https address for its updates', async () => {
   const [, address] = /^VARNEL_RELEASE_URL:STRING=(.*)$/m.exec(await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8'));
@@ -171,9 +149,9 @@ test('what the check for an update finds and shows', () => withVarnel({
     ['the same version', serve('{"version":"1.4.0","changelog":"x"}'), '1.4.0', kNone, false],
     ['an older one', serve('{"version":"1.3.99"}'), '1.3.99', kNone, false],
     ['a newer one', serve(JSON.stringify({ version: '1.10.0', changelog: changes })), '1.10.0', '', true],
-    ['an error page', serve(kPage, 404, 'text/html'), '1.10.0', kUnreadable, true],  // what was known before stays
+    ['an error page', serve(kErrorPage, 404, 'text/html'), '1.10.0', kUnreadable, true],  // what was known before stays
     ['no keys', serve('{}'), '1.4.0', kNone, false],
-    ['a server error', serve(kPage, 500, 'text/html'), '1.4.0', kUnreadable, false],
+    ['a server error', serve(kErrorPage, 500, 'text/html'), '1.4.0', kUnreadable, false],
     ['broken JSON', serve('{"version":"1.5.0",'), '1.4.0', kUnreadable, false],
     ['nothing', serve(''), '1.4.0', kUnreadable, false],
     ['a number for a version', serve('{"version":2}'), '1.4.0', kUnreadable, false],
