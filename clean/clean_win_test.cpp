@@ -14,6 +14,7 @@
 #include "clean/junk_win.h"
 #include "clean/system_files_win.h"
 #include "testing/recording_page.h"
+#include "testing/registry_sandbox_win.h"
 #include "testing/stand_ins/pipe_server_win.h"
 #include "testing/temp_folder_win.h"
 
@@ -321,11 +322,11 @@ TEST_F(Downloads, MovesFilesToTheRecycleBin) {
 }
 
 TEST(SystemFilesAdvisor, ReadsSizesOfLockedFilesAndTheRegistry) {
-  ASSERT_TRUE(IsWine()) << "this test writes C:\\hiberfil.sys and the power settings";
+  ASSERT_TRUE(IsWine()) << "this test writes C:\\hiberfil.sys";
+  const RegistrySandbox registry;
   constexpr wchar_t kPower[] = LR"(SYSTEM\CurrentControlSet\Control\Power)";
   for (const wchar_t* path : {LR"(C:\hiberfil.sys)", LR"(C:\pagefile.sys)", LR"(C:\swapfile.sys)"})
     DeleteFileW(path);
-  RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled");
   TakePostedTexts();
   getSystemFilesAdvisor(11);
   EXPECT_EQ(TakePostedMessages().at(0), json::parse(R"({"hiberfil":{"enabled":false,"exists":false,"size":0},
@@ -342,18 +343,15 @@ TEST(SystemFilesAdvisor, ReadsSizesOfLockedFilesAndTheRegistry) {
     SetFilePointerEx(page_file.get(), size, nullptr, FILE_BEGIN);
     SetEndOfFile(page_file.get());
   }
-  DWORD on = 1;
-  RegSetKeyValueW(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled", REG_DWORD, &on, sizeof(on));
+  SetRegistryData(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled", {REG_DWORD, {"\1\0\0\0", 4}});
   getSystemFilesAdvisor(11);
   EXPECT_EQ(TakePostedMessages().at(0), json::parse(R"({"hiberfil":{"enabled":true,"exists":true,"size":10},
       "pagefile":{"exists":true,"size":5000000000},"requestId":11,"success":true,"swapfile":{"exists":false,"size":0},
       "type":"getSystemFilesAdvisor"})"));
-  on = 0;
-  RegSetKeyValueW(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled", REG_DWORD, &on, sizeof(on));
+  SetRegistryData(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled", {REG_DWORD, {"\0\0\0\0", 4}});
   getSystemFilesAdvisor(11);
   EXPECT_EQ(TakePostedMessages().at(0)["hiberfil"]["enabled"], false);
   DeleteFileW(LR"(C:\pagefile.sys)");
-  RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kPower, L"HibernateEnabled");
 }
 
 TEST(SetHibernation, AsksTheServiceAndBelievesOnlyAPlainYes) {

@@ -9,6 +9,7 @@
 #include "software/leftovers_win.h"
 #include "testing/directory_link_win.h"
 #include "testing/recording_page.h"
+#include "testing/registry_sandbox_win.h"
 #include "testing/stand_ins/ntfs_win.h"
 #include "testing/stand_ins/pipe_server_win.h"
 #include "testing/temp_folder_win.h"
@@ -21,18 +22,13 @@ namespace {
 
 constexpr const char* kNoService = R"({"type":"show_service_error_modal"})";
 
-bool KeyExists(HKEY hive, const wchar_t* path) {
-  RegistryKey key;
-  return RegOpenKeyExW(hive, path, 0, KEY_READ, key.put()) == ERROR_SUCCESS;
-}
-
 void MakeKey(HKEY hive, const wchar_t* path) {
   RegistryKey key;
   ASSERT_EQ(RegCreateKeyExW(hive, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
             ERROR_SUCCESS);
 }
 
-// With five root folders of its own.
+// With five root folders and a registry of its own.
 class Leftovers : public testing::Test {
  protected:
   void SetUp() override {
@@ -48,10 +44,6 @@ class Leftovers : public testing::Test {
   void TearDown() override {
     for (const auto& [name, value] : saved_)
       SetEnvironmentVariableW(name.c_str(), value.empty() ? nullptr : value.c_str());
-    for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-      RegDeleteTreeW(hive, L"Software\\VarnelTestMaker");
-      RegDeleteTreeW(hive, L"Software\\Varnel Test Tool");
-    }
     TakePostedTexts();
   }
   std::string Path(const fs::path& below) const { return WideToUtf8((root_ / below).wstring()); }
@@ -70,6 +62,7 @@ class Leftovers : public testing::Test {
     return false;
   }
 
+  const RegistrySandbox registry_;
   const TempFolder folder_;  // below C:\users in a Wine prefix
   const fs::path root_{folder_.path};
 
