@@ -153,6 +153,7 @@ test('a hosts file in another encoding, one that only the service can read, and 
     await app.scriptService({ get_hosts_file: { reply: { success: true, content: '192.0.2.7 sluzba.example' } } });
     await page.keyboard.press('F5');
     await app.waitUntilShown(async () => (await textOf(page)) === '192.0.2.7 sluzba.example', 'the text from the service');
+    assert.deepEqual(await requests(app, 'get_hosts_file'), [{}]);
     await app.scriptService({ get_hosts_file: { reply: { success: false } } });
     await page.keyboard.press('F5');
     await page.getByText('Varnel has no access to the file, and the helper service did not read it.').waitFor();
@@ -199,15 +200,18 @@ test('development services: what the service reports, its commands, and their fa
   const row = (name) => page.getByRole('row', { name: new RegExp(name) });
   await press(row('Nginx'), 'Spustit');
   await row('Nginx').getByRole('img', { name: 'Běží…' }).waitFor();
-  listed[1] = service('Nginx', 'nginx', 'running', 'stop', 'restart');
-  await app.scriptService({ get_dev_services: list, control_dev_service: { reply: { success: false } } });
   await row('Redis').getByRole('button', { name: 'flush cache' }).click({ force: true });
   assert.equal(await page.getByRole('dialog').count(), 0);
   await checkAccessibility(page);
   await screenshot(page, 'developer-services-amethyst-cs');
   await page.getByRole('status').getByText('Spustit: Nginx, hotovo').waitFor();
+  await row('Nginx').getByText('stopped').waitFor();  // listed anew
+  listed[1] = service('Nginx', 'nginx', 'running', 'stop', 'restart');
+  await app.scriptService({ get_dev_services: list, control_dev_service: { reply: { success: false } } });
+  await page.keyboard.press('F5');
   await row('Nginx').getByRole('button', { name: 'Restartovat' }).waitFor();
   assert.deepEqual(await requests(app, 'control_dev_service'), [{ service_type: 'nginx', command: 'start' }]);
+  assert.deepEqual(await requests(app, 'get_dev_services'), [{}, {}, {}]);
 
   // Whatever else is asked about first.
   await press(row('MariaDB'), 'Zastavit');

@@ -28,6 +28,8 @@ const kSockets = `
 `;
 const netstat = (pid) => ({ steps: [{ hex: hex(crlf(`\nAktivn\xa1 p\xfdipojen\xa1\n${kSockets.replaceAll('LISTENING       %', `LISTENING       ${pid}`)}`)) }] });
 
+const manySockets = Array.from({ length: 600 }, (_, i) => ({ text: `  TCP    0.0.0.0:${1000 + i}           0.0.0.0:0              LISTENING       ${i}\r\n` }));
+
 const rows = (page, label) => page.getByRole('grid', { name: label }).locator('tbody tr')
   .evaluateAll((all) => all.map((row) => [...row.cells].map((cell) => cell.innerText.trim())));
 const printed = (page) => page.locator('.diagnostics [role=log] > div').allInnerTexts();
@@ -74,10 +76,13 @@ test('listening ports, from where they can be reached, and the process behind on
 test('a real ping, and a run that is put aside', () => withVarnel({
   settings: { theme: 'light', language: 'en' },
   viewport: { width: 1250, height: 700 },
-  tools: { 'netstat.exe': netstat(77), 'nslookup.exe': { steps: [{ text: 'Server:  UnKnown\r\n' }] } },
+  tools: { 'netstat.exe': { steps: [{ text: '  TCP    127.0.0.1:80           0.0.0.0:0              LISTENING       77\r\n' }, ...manySockets] }, 'nslookup.exe': { steps: [{ text: 'Server:  UnKnown\r\n' }] } },
 }, async (app) => {
   const { page } = app;
   await openView(page, 'network');
+  await page.getByText('601 rows').waitFor();
+  assert.ok((await rows(page, 'Open ports')).length < 100, 'only what is in sight is drawn');
+  assert.equal(await page.locator('main').evaluate((main) => main.scrollHeight - main.clientHeight), 0, 'the table scrolls, not the view');
   await aim(page, '   ');
   await page.keyboard.press('Enter');
   for (const name of ['Ping', 'DNS query']) assert.equal(await page.getByRole('button', { name, exact: true }).isDisabled(), true);

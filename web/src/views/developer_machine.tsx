@@ -33,14 +33,16 @@ async function control(service: ServiceRow, command: string) {
   const question = { title: t('services.title', { verb, title }), body: isKnown(command) ? t('services.body') : '', verb };
   if (commanded.get() || (command !== 'start' && !(await confirm(question)))) return;
   commanded.set(service);
+  let missing = false;
+  const stop = host.on('show_service_error_modal', () => (missing = true));
   try {
     await host.request('controlDevService', { service_type: type, command }, kTimeoutMs);
     toast(t('services.done', { verb, title }));
   } catch (error) {
     toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), { error: true });
   }
-  // Asking a service that is not there would only open its dialog a second time.
-  if (!document.querySelector('dialog[open]')) await services.reload();
+  stop();
+  if (!missing) await services.reload(); // else its dialog would only open a second time
   commanded.set(undefined);
 }
 
