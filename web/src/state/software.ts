@@ -6,6 +6,7 @@ import {
 import type { Leftover } from '../lib/leftovers.ts';
 import { realignApp, realignUpdate, type Package } from '../lib/realign.ts';
 import { scanIsDue } from '../lib/settings.ts';
+import type { Incoming } from '../lib/terminal.ts';
 import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
@@ -131,12 +132,21 @@ export function abandonRunning() {
   settle(endUnknown(jobs.get(), true));
 }
 
-/** Hears of the tools that install and remove. */
+/** Hears of the tools that install and remove. They print in bursts: what comes within one frame is taken together. */
 export function startQueue() {
+  let heard: [Stream, Incoming][] = [];
+  const take = () => {
+    jobs.set(heard.reduce((all, [stream, line]) => hearLine(all, stream, line, Date.now()), jobs.get()));
+    heard = [];
+  };
   for (const stream of ['update_stream', 'uninstall_stream'] satisfies Stream[]) {
     host.on(stream, ({ streamType, message: text = '', isProgress: is_progress = false, code, rebootRequired = false }) => {
-      if (streamType === 'exit') settle(toolEnded(jobs.get(), stream, code, rebootRequired));
-      else jobs.set(hearLine(jobs.get(), stream, { text, is_progress }, Date.now()));
+      if (streamType === 'exit') {
+        take();
+        settle(toolEnded(jobs.get(), stream, code, rebootRequired));
+      } else if (heard.push([stream, { text, is_progress }]) === 1) {
+        setTimeout(take, 16);
+      }
     });
   }
 }

@@ -5,14 +5,18 @@ import type { Action, Message, MessageType, Reply } from '../bridge/protocol.ts'
 import { createSource, type Source, type SourceState } from '../lib/source.ts';
 import type { Store } from '../lib/store.ts';
 
-/** The store's value; the component is drawn again when it changes. */
-export function useStore<T>(store: Pick<Store<T>, 'get' | 'subscribe'>): T {
+/** The store's value, or what is chosen of it; the component is drawn again when that changes. */
+export function useStore<T, V = T>(store: Pick<Store<T>, 'get' | 'subscribe'>, choose: (value: T) => V = (value) => value as unknown as V): V {
   const [, redraw] = useReducer((count: number, _: void) => count + 1, 0);
-  const value = store.get();
+  const value = choose(store.get());
+  const drawn = useRef({ value, choose });
+  drawn.current = { value, choose };
   useEffect(() => {
-    const unsubscribe = store.subscribe(() => redraw());
-    if (!Object.is(store.get(), value)) redraw(); // changed between drawing and subscribing
-    return unsubscribe;
+    const check = () => {
+      if (!Object.is(drawn.current.choose(store.get()), drawn.current.value)) redraw();
+    };
+    check(); // it may have changed between drawing and subscribing
+    return store.subscribe(check);
   }, [store]);
   return value;
 }

@@ -221,7 +221,7 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
   const selection = useSelection();
   const language = locale();
   // One text, so that it changes only when a job comes or ends, and not with every line that a tool prints.
-  const pending = useStore(jobs).filter((job) => job.kind === kind && isPending(job)).map(({ id }) => id).join('\n');
+  const pending = useStore(jobs, (all) => all.filter((job) => job.kind === kind && isPending(job)).map(({ id }) => id).join('\n'));
   const isUsable = useMemo(() => {
     const ids = new Set(pending.split('\n'));
     return ({ block, ignored, id }: Row) => !block && !ignored && !ids.has(id);

@@ -15,7 +15,7 @@ const kSilentSeconds = 60;
 
 /** How far a job is, in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
-  const job = useStore(jobs).findLast((one) => sameJob(one, { kind, id, name: '' }));
+  const job = useStore(jobs, (all) => all.findLast((one) => sameJob(one, { kind, id, name: '' })));
   return job ? <Progress {...job} /> : null;
 }
 
