@@ -54,7 +54,7 @@ async function runRepair(type: Exclude<Repair, 'sfc'>) {
     const text = message.trim().replace(/\s*\n\s*/g, '\n');
     end(type, text !== '', text || t('repair.silent'));
   } catch (error) {
-    end(type, false, errorText(error));
+    end(type, false, errorText(error) + (type === 'rebuild-icons' ? `\n${t('repair.noShell')}` : ''));
   }
 }
 
@@ -62,7 +62,7 @@ let end_file_check: (good: boolean, text: string) => void = () => {};
 
 /** The service can go away without an end. */
 export function abandonFileCheck() {
-  end_file_check(false, t('jobs.noEnd'));
+  end_file_check(false, t('repair.noEnd'));
 }
 
 function startFileCheck() {

@@ -364,6 +364,8 @@ export const cs = {
   'repair.needs': 'Potřebuje',
   'repair.next': 'Co bude dál',
   'repair.silent': 'Nástroj nic nevypsal, nejspíš se nespustil.',
+  'repair.noEnd': 'Služba neoznámila konec kontroly, její výsledek není známý.',
+  'repair.noShell': 'Chybí-li hlavní panel, stiskněte Ctrl+Shift+Esc a spusťte novou úlohu explorer.exe.',
   'repair.comeBack': 'Zpět do běžného režimu se vrátíte tímto příkazem v Příkazovém řádku spuštěném jako správce (ne v PowerShellu), a potom restartem:',
   'repair.copyComeBack': 'Kopírovat příkaz pro návrat',
   'repair.flush-dns': 'Vyprázdnit mezipaměť DNS',

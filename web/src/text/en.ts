@@ -365,6 +365,8 @@ export const en: Texts = {
   'repair.needs': 'Needs',
   'repair.next': 'What happens next',
   'repair.silent': 'The tool printed nothing; it probably did not start.',
+  'repair.noEnd': 'The service did not report the end of the check; its result is not known.',
+  'repair.noShell': 'If the taskbar is missing, press Ctrl+Shift+Esc and run the new task explorer.exe.',
   'repair.comeBack': 'This command brings the normal mode back, in a Command Prompt run as administrator (not PowerShell), followed by a restart:',
   'repair.copyComeBack': 'Copy the command for coming back',
   'repair.flush-dns': 'Flush the DNS cache',
