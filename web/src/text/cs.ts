@@ -480,7 +480,7 @@ export const cs = {
   'reach.address.hint': 'Čeká jen na této adrese.',
 
   'diagnostics.title': 'Diagnostika spojení',
-  'diagnostics.target': 'Název počítače nebo adresa',
+  'diagnostics.target': 'Počítač nebo adresa',
   'diagnostics.ping': 'Ping',
   'diagnostics.dns': 'Dotaz DNS',
   'diagnostics.recent': 'Naposledy:',

@@ -481,7 +481,7 @@ export const en: Texts = {
   'reach.address.hint': 'Waits on this address only.',
 
   'diagnostics.title': 'Connection check',
-  'diagnostics.target': 'Computer name or address',
+  'diagnostics.target': 'Computer or address',
   'diagnostics.ping': 'Ping',
   'diagnostics.dns': 'DNS query',
   'diagnostics.recent': 'Recent:',
