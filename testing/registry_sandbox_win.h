@@ -54,7 +54,9 @@ inline RegistryData RegistryText(const std::wstring& text, DWORD type = REG_SZ) 
 // Makes the key when it is missing.
 inline void SetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name,
                             const RegistryData& data) {
-  if (RegSetKeyValueW(hive, path, name.c_str(), data.type, data.bytes.data(),
+  // The system takes a NUL that happens to follow text along.
+  const std::string followed = data.bytes + "xx";
+  if (RegSetKeyValueW(hive, path, name.c_str(), data.type, followed.data(),
                       static_cast<DWORD>(data.bytes.size())) != ERROR_SUCCESS)
     throw std::runtime_error("the registry refuses a value");
 }
