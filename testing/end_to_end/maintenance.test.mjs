@@ -216,7 +216,7 @@ test('what the check for an update finds and shows', () => withVarnel({
     }
     assert.deepEqual(server.requests, Array(cases.length).fill('/version.json'));
 
-    answers['/version.json'] = serve(JSON.stringify({ version: '2.0.0', mandatory: true, changelog: changes }));
+    answers['/version.json'] = serve(JSON.stringify({ version: '2.0.0', mandatory: true, changelog: `${changes}\n`.repeat(12) }));
     await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
     const dialog = page.getByRole('dialog', { name: 'Tuto aktualizaci je potřeba nainstalovat' });
     await dialog.waitFor();
@@ -224,6 +224,7 @@ test('what the check for an update finds and shows', () => withVarnel({
     await page.keyboard.press('Escape');
     await dialog.waitFor({ state: 'detached' });
     assert.match(await card.innerText(), /Tuto aktualizaci je potřeba nainstalovat/);
+    await checkAccessibility(page);  // a log that scrolls can be reached
     await screenshot(page, 'maintenance-mandatory-amethyst-cs');
     await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
     await dialog.waitFor();  // it insists
@@ -239,7 +240,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
   const installer = await readFile(standIn('console_tool.exe'));
   let finishDownload;
   const answers = {
-    '/version.json': serve('{"version":"1.5.0","download_url":"http://127.0.0.1:1/VarnelSetup.exe","changelog":"Faster"}'),
+    '/version.json': serve('{"version":"1.5.0","download_url":"http://127.0.0.1:1/VarnelSetup.exe","changelog":"The disk view is twice as fast.\\nCzech names sort as they should."}'),
     '/VarnelSetup.exe': (response) => {
       response.write(installer.subarray(0, 100_000));
       finishDownload = () => response.end(installer.subarray(100_000));
@@ -257,6 +258,9 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       };
       await app.scriptTool('VarnelUpdate.exe', { exit: 0 });
       await openView(page, 'maintenance');
+      await install.waitFor();
+      await page.waitForSelector('[data-testid=badge-service]');
+      await screenshot(page, 'maintenance-ready-light-en');
       await agree();
       await card.getByText('The installer could not be downloaded').waitFor();
       assert.match(await card.getByRole('alert').innerText(), /Failed to download update executable$/);

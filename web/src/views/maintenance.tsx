@@ -106,7 +106,7 @@ function Update() {
           {changelog && (
             <>
               <h3>{t('update.changes')}</h3>
-              <p class="changelog">{changelog}</p>
+              <p class="changelog" tabIndex={0}>{changelog}</p>
             </>
           )}
           {failed !== undefined && (
