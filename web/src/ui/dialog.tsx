@@ -19,8 +19,9 @@ export function Dialog({ title, children, actions, onClose }: DialogProps) {
   const title_id = useId();
   useEffect(() => {
     const before = document.activeElement;
-    dialog.current?.showModal();
-    dialog.current?.querySelector<HTMLElement>('[data-first], .dialog-actions button')?.focus();
+    dialog.current!.showModal();
+    dialog.current!.querySelector<HTMLElement>('[data-first], .dialog-actions button')?.focus();
+    dialog.current!.scrollTop = 0; // the focus has gone to the buttons; a long list is read from its beginning
     return () => {
       if (before instanceof HTMLElement && before.isConnected) before.focus();
     };
