@@ -15,7 +15,7 @@
 #include "clean/system_files_win.h"
 #include "testing/recording_page.h"
 #include "testing/registry_sandbox_win.h"
-#include "testing/stand_ins/pipe_server_win.h"
+#include "testing/service_action_win.h"
 #include "testing/temp_folder_win.h"
 
 using nlohmann::json;
@@ -354,24 +354,15 @@ TEST(SystemFilesAdvisor, ReadsSizesOfLockedFilesAndTheRegistry) {
   DeleteFileW(LR"(C:\pagefile.sys)");
 }
 
-TEST(SetHibernation, AsksTheServiceAndBelievesOnlyAPlainYes) {
-  struct {
-    ServiceAnswer answer;
-    const char* want_success;
-  } cases[] = {{Reply({{"success", true}}), "true"},  {Reply({{"success", false}, {"error", "x"}}), "false"},
-               {Reply({{"done", true}}), "false"},    {Reply({{"success", 1}}), "false"},
-               {Reply(json::array({true})), "false"}, {RawReply("\n"), "false"}};
-  TakePostedTexts();
-  for (const auto& c : cases) {
-    const StandInService service({{"set_hibernation", c.answer}});
-    setHibernation(12, true);
-    EXPECT_THAT(service.requests(),
-                ElementsAre("{\"action\":\"set_hibernation\",\"data\":{\"enabled\":true}}\n"));
-    EXPECT_THAT(TakePostedTexts(), ElementsAre(std::string(R"({"enabled":true,"requestId":12,"success":)") +
-                                               c.want_success + R"(,"type":"setHibernation"})"));
-  }
-  setHibernation(13, false);
-  EXPECT_THAT(TakePostedTexts(),
-              ElementsAre(kServiceNotice,
-                          R"({"enabled":false,"requestId":13,"success":false,"type":"setHibernation"})"));
+TEST(SetHibernation, AsksTheService) {
+  const auto reply = [](const char* success) {
+    return R"({"enabled":true,"requestId":12,"success":)" + std::string(success) +
+           R"(,"type":"setHibernation"})";
+  };
+  ExpectServiceAction({[] { setHibernation(12, true); },
+                       "set_hibernation",
+                       R"({"enabled":true})",
+                       {{"success", true}},
+                       reply("true"),
+                       reply("false")});
 }

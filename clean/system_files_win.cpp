@@ -7,7 +7,6 @@
 #include "base/page.h"
 #include "clean/system_files.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 
 namespace {
 
@@ -45,7 +44,6 @@ void getSystemFilesAdvisor(int request_id) {
 }
 
 void setHibernation(int request_id, bool enabled) {
-  const bool success =
-      EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest("set_hibernation", {{"enabled", enabled}}));
+  const bool success = SendServiceCommand("set_hibernation", {{"enabled", enabled}});
   PostJsonToJs(BuildHibernationReply(request_id, success, enabled));
 }

@@ -84,6 +84,10 @@ nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json&
   return ParseServiceReply(line);
 }
 
+bool SendServiceCommand(std::string_view action, const nlohmann::json& data) {
+  return EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest(action, data));
+}
+
 ServiceSession RunServiceSession(std::string_view action, const nlohmann::json& data,
                                  const std::function<void(const std::string& message)>& on_output) {
   ServiceSession session;

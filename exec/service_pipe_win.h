@@ -26,6 +26,10 @@ bool EnsureServiceOrNotify();
 // throws.
 nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json& data);
 
+// EnsureServiceOrNotify and SendServiceRequest for work of which only the outcome matters: true when the
+// service is there and answers with `success` true.
+bool SendServiceCommand(std::string_view action, const nlohmann::json& data);
+
 struct ServiceExit {
   int64_t code = 0;  // 0: success
   bool reboot_required = false;

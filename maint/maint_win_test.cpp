@@ -9,10 +9,11 @@
 #include <thread>
 
 #include "base/text.h"
+#include "maint/quick_actions.h"
 #include "maint/quick_actions_win.h"
 #include "maint/update_win.h"
 #include "testing/recording_page.h"
-#include "testing/stand_ins/pipe_server_win.h"
+#include "testing/service_action_win.h"
 
 namespace {
 
@@ -156,23 +157,13 @@ TEST(FileCheck, WithoutTheServiceSaysSo) {
                                                          "exit|1|Pomocná služba neběží."}));
 }
 
-TEST(SafeMode, SucceedsOnlyWhenTheServiceSaysSo) {
-  struct {
-    nlohmann::json reply;
-    bool want;
-  } cases[] = {{{{"success", true}}, true},
-               {{{"success", false}, {"error", "x"}}, false},
-               {nlohmann::json::object(), false},
-               {nlohmann::json::array({1}), false}};
-  for (const auto& c : cases) {
-    StandInService service({{"safemodeReboot", Reply(c.reply)}});
-    TakePostedTexts();
-    safemodeReboot(9);
-    const auto messages = TakePostedMessages();
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(messages[0].at("success"), c.want) << c.reply;
-    EXPECT_EQ(service.requests(), std::vector<std::string>{"{\"action\":\"safemodeReboot\",\"data\":{}}\n"});
-  }
+TEST(SafeMode, IsPreparedByTheService) {
+  ExpectServiceAction({[] { safemodeReboot(9); },
+                       "safemodeReboot",
+                       "{}",
+                       {{"success", true}},
+                       BuildSafeModeReply(9, true),
+                       BuildSafeModeReply(9, false)});
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 #include "exec/command_runner_win.h"
 #include "exec/hidden_process_win.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 #include "maint/quick_actions.h"
 
 namespace {
@@ -93,7 +92,6 @@ void sfcVerify(int request_id) {
 }
 
 void safemodeReboot(int request_id) {
-  const bool success =
-      EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest("safemodeReboot", nlohmann::json::object()));
+  const bool success = SendServiceCommand("safemodeReboot", {});
   PostJsonToJs(BuildSafeModeReply(request_id, success));
 }

@@ -3,7 +3,6 @@
 #include "base/page.h"
 #include "base/reply.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 #include "net/dev_services.h"
 
 void getDevServices(int request_id) {
@@ -13,8 +12,7 @@ void getDevServices(int request_id) {
 }
 
 void controlDevService(int request_id, const std::string& service_type, const std::string& command) {
-  const bool success = EnsureServiceOrNotify() &&
-                       ReplySuccess(SendServiceRequest(
-                           "control_dev_service", {{"service_type", service_type}, {"command", command}}));
+  const bool success =
+      SendServiceCommand("control_dev_service", {{"service_type", service_type}, {"command", command}});
   PostJsonToJs(MakeReply("controlDevService", success, request_id).dump());
 }

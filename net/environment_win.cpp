@@ -6,7 +6,6 @@
 #include "base/reply.h"
 #include "base/text.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 
 namespace {
 
@@ -25,12 +24,6 @@ LSTATUS SetValue(HKEY key, const std::wstring& name, const std::wstring& value) 
 LSTATUS DeleteValue(HKEY key, const std::wstring& name) {
   const LSTATUS status = RegDeleteValueW(key, name.c_str());
   return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
-}
-
-bool SaveInService(const std::string& name, const std::string& value, bool is_delete) {
-  return EnsureServiceOrNotify() &&
-         ReplySuccess(SendServiceRequest("save_system_env",
-                                         {{"name", name}, {"value", value}, {"is_delete", is_delete}}));
 }
 
 }  // namespace
@@ -63,8 +56,10 @@ void getEnvVariables(int request_id) {
 
 void saveEnvVariable(int request_id, const std::string& type, const std::string& name,
                      const std::string& value, bool is_delete) {
-  const bool success = type == "user" ? WriteEnvVariable(HKEY_CURRENT_USER, kUserPath, Utf8ToWide(name),
-                                                         Utf8ToWide(value), is_delete)
-                                      : SaveInService(name, value, is_delete);
+  const bool success =
+      type == "user"
+          ? WriteEnvVariable(HKEY_CURRENT_USER, kUserPath, Utf8ToWide(name), Utf8ToWide(value), is_delete)
+          : SendServiceCommand("save_system_env",
+                               {{"name", name}, {"value", value}, {"is_delete", is_delete}});
   PostJsonToJs(MakeReply("saveEnvVariable", success, request_id).dump());
 }

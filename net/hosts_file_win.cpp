@@ -6,7 +6,6 @@
 #include "base/page.h"
 #include "base/reply.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 #include "net/hosts_file.h"
 
 namespace {
@@ -44,7 +43,6 @@ void getHostsFile(int request_id) {
 }
 
 void saveHostsFile(int request_id, const std::string& content) {
-  const bool success =
-      EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest("save_hosts_file", {{"content", content}}));
+  const bool success = SendServiceCommand("save_hosts_file", {{"content", content}});
   PostJsonToJs(MakeReply("saveHostsFile", success, request_id).dump());
 }

@@ -17,7 +17,7 @@
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
 #include "testing/registry_sandbox_win.h"
-#include "testing/stand_ins/pipe_server_win.h"
+#include "testing/service_action_win.h"
 #include "testing/stand_ins/tool_copy_win.h"
 #include "testing/temp_folder_win.h"
 
@@ -28,7 +28,6 @@ using nlohmann::json;
 constexpr wchar_t kUser[] = L"Environment";
 constexpr wchar_t kMachine[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr wchar_t kHosts[] = L"C:\\Windows\\System32\\drivers\\etc\\hosts";
-const std::string kNotice = R"({"type":"show_service_error_modal"})";
 
 // What `body` posts.
 template <typename Body>
@@ -188,56 +187,39 @@ TEST(GetHostsFile, ReadsTheFileByteForByte) {
   EXPECT_EQ(ReadHostsFile(), block_list);
 }
 
-TEST(GetHostsFile, AsksTheServiceForAFileThatCannotBeOpened) {
+TEST(NetActions, AreDoneByTheServiceWhereRightsAreNeeded) {
   ASSERT_TRUE(IsWine());
   const FileHandle lock(CreateFileW(kHosts, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-  ASSERT_TRUE(lock);
-  json failed = {{"type", "getHostsFile"}, {"success", false}, {"requestId", 7}, {"content", ""}};
-  EXPECT_EQ(Posted([] { getHostsFile(7); }), (std::vector{kNotice, failed.dump()}));
-  StandInService service({{"get_hosts_file", Reply({{"success", true}, {"content", "a\r\nž"}})}});
-  failed["success"] = true;
-  failed["content"] = "a\r\nž";
-  EXPECT_EQ(Posted([] { getHostsFile(7); }), std::vector{failed.dump()});
-  EXPECT_EQ(service.requests(), std::vector<std::string>{"{\"action\":\"get_hosts_file\",\"data\":{}}\n"});
-}
-
-TEST(ServiceActions, SendTheirFieldsAndTakeTheOutcome) {
-  struct {
-    const char* reply_type;
-    const char* pipe_action;
-    void (*run)();
-    std::string request_data;
-  } cases[] = {
-      {"saveHostsFile", "save_hosts_file", [] { saveHostsFile(7, "a\r\nž"); }, R"({"content":"a\r\nž"})"},
-      {"saveEnvVariable", "save_system_env", [] { saveEnvVariable(7, "system", "N", "v", true); },
-       R"({"is_delete":true,"name":"N","value":"v"})"},
-      {"saveEnvVariable", "save_system_env", [] { saveEnvVariable(7, "USER", "N", "", false); },
-       R"({"is_delete":false,"name":"N","value":""})"},
-      {"controlDevService", "control_dev_service", [] { controlDevService(7, "peatdb", "start"); },
-       R"({"command":"start","service_type":"peatdb"})"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Posted(c.run), (std::vector{kNotice, FailedReply(c.reply_type)})) << c.pipe_action;
-    {
-      StandInService service({{c.pipe_action, Reply({{"success", true}})}});
-      EXPECT_EQ(Posted(c.run), std::vector{RecordedMessage(c.reply_type)}) << c.pipe_action;
-      EXPECT_EQ(service.requests(), std::vector<std::string>{std::string("{\"action\":\"") + c.pipe_action +
-                                                             "\",\"data\":" + c.request_data + "}\n"});
-    }
-    StandInService service({{c.pipe_action, Reply({{"ok", true}})}});
-    EXPECT_EQ(Posted(c.run), std::vector{FailedReply(c.reply_type)}) << "an answer without success";
-  }
-}
-
-TEST(GetDevServices, HandsOnWhatTheServiceLists) {
-  json failed = json::parse(FailedReply("getDevServices"));
-  failed["services"] = json::array();
-  EXPECT_EQ(Posted([] { getDevServices(7); }), (std::vector{kNotice, failed.dump()}));
+  ASSERT_TRUE(lock) << "so that it can only be read by the service";
+  const json yes = {{"success", true}};
   const json services = {
       {{"name", "Peat DB"}, {"service_type", "peatdb"}, {"status", "stopped"}, {"commands", {"start"}}}};
-  StandInService service({{"get_dev_services", Reply({{"success", true}, {"services", services}})}});
-  EXPECT_EQ(Posted([] { getDevServices(7); }), std::vector{RecordedMessage("getDevServices")});
-  EXPECT_EQ(service.requests(), std::vector<std::string>{"{\"action\":\"get_dev_services\",\"data\":{}}\n"});
+  const ServiceAction actions[] = {
+      {[] { getHostsFile(7); },
+       "get_hosts_file",
+       "{}",
+       {{"success", true}, {"content", "a\r\nž"}},
+       R"({"content":"a\r\nž","requestId":7,"success":true,"type":"getHostsFile"})",
+       R"({"content":"","requestId":7,"success":false,"type":"getHostsFile"})"},
+      {[] { saveHostsFile(7, "a\r\nž"); }, "save_hosts_file", R"({"content":"a\r\nž"})", yes,
+       RecordedMessage("saveHostsFile"), FailedReply("saveHostsFile")},
+      {[] { saveEnvVariable(7, "system", "N", "v", true); }, "save_system_env",
+       R"({"is_delete":true,"name":"N","value":"v"})", yes, RecordedMessage("saveEnvVariable"),
+       FailedReply("saveEnvVariable")},
+      {[] { saveEnvVariable(7, "USER", "N", "", false); }, "save_system_env",
+       R"({"is_delete":false,"name":"N","value":""})", yes, RecordedMessage("saveEnvVariable"),
+       FailedReply("saveEnvVariable")},
+      {[] { getDevServices(7); },
+       "get_dev_services",
+       "{}",
+       {{"success", true}, {"services", services}},
+       RecordedMessage("getDevServices"),
+       R"({"requestId":7,"services":[],"success":false,"type":"getDevServices"})"},
+      {[] { controlDevService(7, "peatdb", "start"); }, "control_dev_service",
+       R"({"command":"start","service_type":"peatdb"})", yes, RecordedMessage("controlDevService"),
+       FailedReply("controlDevService")},
+  };
+  for (const ServiceAction& action : actions) ExpectServiceAction(action);
 }
 
 // Stands in for the command interpreter, which is what the program starts.

@@ -7,7 +7,6 @@
 #include "base/page.h"
 #include "base/text.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 #include "software/leftover_candidates.h"
 
 namespace {
@@ -87,18 +86,14 @@ bool RemoveKeyTree(std::string_view path) {
   return false;
 }
 
-bool RemoveThroughService(std::string_view action, const nlohmann::json& data) {
-  return EnsureServiceOrNotify() && ReplySuccess(SendServiceRequest(action, data));
-}
-
 bool RemoveItem(const LeftoverItem& item) {
   switch (ChooseLeftoverRemoval(item)) {
     case LeftoverRemoval::kLocal:
       return RemoveLeftoverItem(item.type, item.path);
     case LeftoverRemoval::kServiceFolder:
-      return RemoveThroughService("cleanLeftoverPath", {{"path", item.path}});
+      return SendServiceCommand("cleanLeftoverPath", {{"path", item.path}});
     case LeftoverRemoval::kServiceKey:
-      return RemoveThroughService("cleanHKLMRegistry", {{"subKey", item.path.substr(kMachineHive.size())}});
+      return SendServiceCommand("cleanHKLMRegistry", {{"subKey", item.path.substr(kMachineHive.size())}});
     case LeftoverRemoval::kNone:
       break;
   }

@@ -5,15 +5,11 @@
 #include "base/reply.h"
 #include "base/text.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 
 void toggleScheduleClean(int request_id, bool enabled) {
-  bool success = false;
-  if (EnsureServiceOrNotify()) {
-    // The installed name, whatever the running file is called: the schedule must outlive a renamed copy.
-    const std::string exe_path = WideToUtf8(GetExeDirectory() + L"\\Varnel.exe");
-    success = ReplySuccess(
-        SendServiceRequest("toggleScheduleClean", {{"enabled", enabled}, {"exePath", exe_path}}));
-  }
+  // The installed name, whatever the running file is called: the schedule must outlive a renamed copy.
+  const std::string exe_path = WideToUtf8(GetExeDirectory() + L"\\Varnel.exe");
+  const bool success =
+      SendServiceCommand("toggleScheduleClean", {{"enabled", enabled}, {"exePath", exe_path}});
   PostJsonToJs(MakeReply("toggleScheduleClean", success, request_id).dump());
 }

@@ -6,7 +6,6 @@
 #include "base/reply.h"
 #include "base/text.h"
 #include "exec/service_pipe_win.h"
-#include "exec/service_protocol.h"
 
 namespace {
 
@@ -16,11 +15,6 @@ constexpr wchar_t kApprovalPath[] =
 constexpr DWORD kNameUnits = 256;
 constexpr DWORD kDataBytes = 1024;
 constexpr DWORD kApprovalBytes = 256;
-
-bool ToggleInService(const std::string& name, bool enable) {
-  return EnsureServiceOrNotify() &&
-         ReplySuccess(SendServiceRequest("toggleHKLMStartup", {{"name", name}, {"enable", enable}}));
-}
 
 }  // namespace
 
@@ -74,6 +68,7 @@ void getStartupItems(int request_id) {
 void toggleStartupItem(int request_id, const std::string& scope, const std::string& name, bool enabled) {
   bool success = false;
   if (scope == "HKCU") success = SetStartupApproved(L"HKCU", Utf8ToWide(name), enabled);
-  if (scope == "HKLM") success = ToggleInService(name, enabled);
+  if (scope == "HKLM")
+    success = SendServiceCommand("toggleHKLMStartup", {{"name", name}, {"enable", enabled}});
   PostJsonToJs(MakeReply("toggleStartupItem", success, request_id).dump());
 }

@@ -10,7 +10,7 @@
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
 #include "testing/registry_sandbox_win.h"
-#include "testing/stand_ins/pipe_server_win.h"
+#include "testing/service_action_win.h"
 
 namespace {
 
@@ -30,7 +30,6 @@ std::vector<std::string> Toggle(const std::string& scope, const std::string& nam
 
 const std::string kDone = RecordedMessage("toggleStartupItem");
 const std::string kFailed = R"({"requestId":7,"success":false,"type":"toggleStartupItem"})";
-const std::string kNotice = R"({"type":"show_service_error_modal"})";
 
 }  // namespace
 
@@ -139,17 +138,11 @@ TEST(ToggleStartupItem, WritesTwelveBytesForTheUser) {
 }
 
 TEST(ToggleStartupItem, LeavesTheMachineToTheService) {
-  EXPECT_EQ(Toggle("HKLM", "x", true), (std::vector{kNotice, kFailed}));
-  {
-    StandInService service({{"toggleHKLMStartup", Reply({{"success", true}})}});
-    EXPECT_EQ(Toggle("HKLM", "Žlutý \"x\"", false), std::vector{kDone});
-    EXPECT_EQ(
-        service.requests(),
-        std::vector<std::string>{
-            "{\"action\":\"toggleHKLMStartup\",\"data\":{\"enable\":false,\"name\":\"Žlutý \\\"x\\\"\"}}\n"});
-    EXPECT_EQ(Toggle("other", "x", true), std::vector{kFailed});
-    EXPECT_EQ(service.requests().size(), 1u);
-  }
-  StandInService service({{"toggleHKLMStartup", Reply({{"done", true}})}});
-  EXPECT_EQ(Toggle("HKLM", "x", true), std::vector{kFailed}) << "an answer without success";
+  ExpectServiceAction({[] { toggleStartupItem(7, "HKLM", "Žlutý \"x\"", false); },
+                       "toggleHKLMStartup",
+                       R"({"enable":false,"name":"Žlutý \"x\""})",
+                       {{"success", true}},
+                       kDone,
+                       kFailed});
+  EXPECT_EQ(Toggle("other", "x", true), std::vector{kFailed}) << "the service is not even looked for";
 }
