@@ -73,6 +73,8 @@ bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   if (!file) return false;
   if (CopyToFile(source.get(), file.get())) return true;
   file.reset();
+  source.reset();
+  session.reset();
   DeleteFileW(path.c_str());
   return false;
 }

@@ -186,6 +186,20 @@ test('a program that does not end is neither replaced nor removed', async () => 
   await closeWindow();
 });
 
+test('a setup that arrived cut off changes nothing', async () => {
+  assert.equal(await setup('/S'), 0);
+  const before = await entry();
+  await writeFile(join(installed, 'bin/check_updates.ps1'), 'older');
+  const folder = await makeFolder();
+  const whole = await readFile(kSetup);
+  await writeFile(join(folder.unix, 'VarnelUpdate.exe'), whole.subarray(0, whole.length / 2));
+  const update = start(`${folder.windows}\\VarnelUpdate.exe`, ['--update-restart']);
+  await dialog('integrity', 1);
+  assert.notEqual(await update.ended, 0);
+  assert.deepEqual([await present(), await entry(), await readFile(join(installed, 'bin/check_updates.ps1'), 'utf8')], [kFiles, before, 'older']);
+  await folder.remove();
+});
+
 test('the page updates the installed program while it runs, and removes it', async () => {
   assert.equal(await setup('/S'), 0);
   // The program that is to be replaced asks the test for its updates.
