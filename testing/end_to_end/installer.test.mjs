@@ -183,6 +183,18 @@ test('a program that does not end is neither replaced nor removed', async () => 
   assert.deepEqual(await present(), kFiles);
   assert.equal(await readFile(join(installed, 'bin/check_updates.ps1'), 'utf8'), 'older');
   assert.equal(program.exitCode, null);
+
+  const again = start(kSetup, []);
+  await dialog('Welcome to Varnel Setup', 1);
+  await dialog('Varnel is still running. Close it, then try again.');
+  await closeWindow();
+  assert.equal(await program.ended, 0);
+  await dialog('still running', 4);  // Retry
+  await dialog('WebView2', 1);
+  await dialog('Completing Varnel Setup', 1);
+  assert.equal(await again.ended, 0);
+  assert.deepEqual(await readFile(join(installed, 'bin/check_updates.ps1')), await released('check_updates.ps1'));
+  await probe('find');
   await closeWindow();
 });
 
