@@ -113,6 +113,15 @@ TEST(Streams, AnEmptyIdentifierIsAccepted) {
   EXPECT_THAT(winget.CommandLines(), ElementsAre(testing::HasSubstr("upgrade --id \"\" --silent")));
 }
 
+TEST(Streams, WaitForAToolThatHasClosedItsOutput) {
+  const ToolCopy winget(
+      L"winget",
+      {{"steps", {{{"text", "Bye\n"}, {"close_output", true}}, {{"delay_ms", 400}}}}, {"exit", 7}});
+  installSoftware(0, "Brook.TarnSync");
+  EXPECT_THAT(TakePostedTexts(), ElementsAre(kInstalling, Output("Bye", false), Exit(7, false)))
+      << "259 is the code of a process that still runs";
+}
+
 TEST(Streams, SurviveEveryByte) {
   std::string lines;
   for (int value = 0; value < 256; ++value) lines += {static_cast<char>(value), '\n'};
