@@ -34,8 +34,8 @@ unsigned __stdcall ThreadBody(void* body) {
 
 }  // namespace
 
-// Not std::thread: when a thread ends while it is being detached, MinGW's thread library can hand its record to
-// two later threads, and then the body of one of them runs twice and that of the other never.
+// Not std::thread: when a thread ends while it is being detached, MinGW's thread library can hand its record
+// to two later threads, and then the body of one of them runs twice and that of the other never.
 void StartWorker(std::function<void()> body) {
   auto carried = std::make_unique<std::function<void()>>(std::move(body));
   const KernelHandle thread(
