@@ -61,7 +61,7 @@ test('listening ports, from where they can be reached, and the process behind on
 
   // Whose process has ended meanwhile is told so; the other one is shown where it is.
   await page.locator('.link', { hasText: '1016' }).first().click();
-  await page.getByRole('alert').getByText('Proces (1016) už neběží').waitFor();
+  await page.getByRole('alert').getByText('Proces (PID 1016) už neběží').waitFor();
   await page.keyboard.press('Control+f');
   await page.keyboard.type('varnel');
   await page.keyboard.press('ArrowDown');

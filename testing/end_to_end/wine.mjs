@@ -1,7 +1,7 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
 import { spawn, execFile } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, lstat, mkdir, mkdtemp, readdir, rm, unlink } from 'node:fs/promises';
+import { cp, lstat, mkdir, mkdtemp, readFile, readdir, rm, unlink } from 'node:fs/promises';
 import { existsSync, readdirSync } from 'node:fs';
 import { join, basename, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -108,6 +108,19 @@ export async function runInPrefix(program, args = [], options = {}) {
   child.stdout.setEncoding('utf8').on('data', (text) => { stdout += text; });
   const [code] = await once(child, 'close');
   return { code, stdout: stdout.replaceAll('\r\n', '\n') };
+}
+
+// Values of a registry key as its exported text has them, {name: 'hex:02,00' or '"text"'}, with text that Windows expands as
+// 'expand:text'; undefined when there is no such key.
+export async function readRegistry(key) {
+  const file = await makeFolder('registry-');
+  const { code } = await runInPrefix('reg', ['export', key, `${file.windows}\\key.reg`, '/y']);
+  const text = code === 0 ? await readFile(join(file.unix, 'key.reg'), 'utf16le') : undefined;
+  await file.remove();
+  const expand = (hex) => `expand:${Buffer.from(hex.replaceAll(',', ''), 'hex').toString('utf16le').replace(/\0$/, '')}`;
+  const lines = text?.replace(/\\\r?\n */g, '').matchAll(/^"((?:[^"\\]|\\.)*)"=(.*?)\r?$/gm);
+  return lines && Object.fromEntries([...lines].map(([, name, data]) =>
+    [name.replace(/\\(.)/g, '$1'), data.replace(/^hex\(2\):(.*)$/, (_, hex) => expand(hex))]));
 }
 
 export const standIn = (name) => join(buildFolder, 'stand_ins', name);

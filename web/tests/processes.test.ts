@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { clockText, withShares, type Running } from '../src/lib/processes.ts';
+import { clockText, withShares, type ProcessRow, type Running } from '../src/lib/processes.ts';
 import { keepPlaces } from '../src/lib/table.ts';
 
 const one = (pid: number, cpuTimeSec: number, more: Partial<Running> = {}): Running => ({
@@ -8,7 +8,7 @@ const one = (pid: number, cpuTimeSec: number, more: Partial<Running> = {}): Runn
 });
 
 test('share of the processors between two lists', () => {
-  const cases: [name: string, before: Running[], now: Running, elapsed_s: number, want: number | undefined][] = [
+  const cases: [name: string, before: ProcessRow[], now: Running, elapsed_s: number, want: number | undefined][] = [
     ['first list', [], one(7, 1), 3, undefined],
     ['half of one of four', [one(7, 1)], one(7, 2.5), 3, 12.5],
     ['idle', [one(7, 1)], one(7, 1), 3, 0],
@@ -16,7 +16,8 @@ test('share of the processors between two lists', () => {
     ['number taken over by another program', [one(7, 1)], one(7, 2, { name: 'b.exe' }), 3, undefined],
     ['number taken over by the same program', [one(7, 9)], one(7, 2), 3, undefined],
     ['not opened by the host', [one(7, 0, { memUsageMB: 0 })], one(7, 0, { memUsageMB: 0 }), 3, undefined],
-    ['no time between', [one(7, 1)], one(7, 2), 0, undefined],
+    ['soon after the first list', [one(7, 1)], one(7, 2), 0.02, undefined],
+    ['soon after a later one', [{ ...one(7, 1), share: 40 }], one(7, 1.016), 0.02, 40],
   ];
   for (const [name, before, now, elapsed_s, want] of cases) assert.equal(withShares(before, [now], elapsed_s, 4)[0]!.share, want, name);
 });

@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { readService } from '../src/lib/services.ts';
-import { isList, isRepeated, joinList, nameFault, splitList } from '../src/lib/variables.ts';
+import { isList, isRepeated, joinList, nameFault, pathOf, splitList } from '../src/lib/variables.ts';
 
 test('lists come apart and together again', () => {
   const cases: [value: string, want: string[]][] = [
@@ -25,6 +25,27 @@ test('lists come apart and together again', () => {
 test('entries that say the same again', () => {
   const entries = ['C:\\Tools', 'c:\\tools\\', '"C:\\Tools"', 'C:\\Tools2', '', ''];
   assert.deepEqual(entries.map((_, i) => isRepeated(entries, i)), [false, true, true, false, false, false]);
+});
+
+test('what an entry names on the disk, where that is certain', () => {
+  const values = new Map([['tools', 'C:\\Tools'], ['deep', '%TOOLS%\\deep'], ['me', '%me%'], ['two', 'C:\\a;C:\\b']]);
+  const cases: [entry: string, want: string | undefined][] = [
+    ['C:\\Program Files\\x', 'C:\\Program Files\\x'],
+    [' "c:/a/b\\" ', 'c:\\a\\b'],
+    ['%Tools%\\bin', 'C:\\Tools\\bin'],
+    ['%DEEP%', 'C:\\Tools\\deep'],
+    ['%SystemRoot%\\system32', undefined],
+    ['%me%\\x', undefined],
+    ['%two%', undefined],
+    ['C:\\PROGRA~1\\x', undefined],
+    ['C:\\a\\..\\b', undefined],
+    ['C:\\a.\\b', undefined],
+    ['C:\\', undefined],
+    ['bin', undefined],
+    ['\\\\server\\share', undefined],
+    ['.EXE', undefined],
+  ];
+  for (const [entry, want] of cases) assert.equal(pathOf(entry, values), want, entry);
 });
 
 test('names of new variables', () => {

@@ -1,5 +1,5 @@
 import { host } from '../bridge/host.ts';
-import { isSameProcess, withShares, type ProcessRow } from '../lib/processes.ts';
+import { isSameProcess, kShortestSpan_s, withShares, type ProcessRow } from '../lib/processes.ts';
 import { createSource, type Source } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
@@ -12,14 +12,15 @@ import { place } from './navigation.ts';
 export const kProcessesPeriodMs = 3000;
 const kEndingMs = 500;
 
-let taken_ms: number | undefined;
+let compared: { rows: ProcessRow[]; at_ms: number } | undefined;
 
 export const processes: Source<ProcessRow[]> = createSource(async () => {
   const list = (await host.request('getProcesses')).processes;
-  const before_ms = taken_ms;
-  taken_ms = performance.now();
-  const elapsed_s = before_ms === undefined ? 0 : (taken_ms - before_ms) / 1000;
-  return withShares(processes.get().data ?? [], list, elapsed_s, navigator.hardwareConcurrency);
+  const at_ms = performance.now();
+  const elapsed_s = compared ? (at_ms - compared.at_ms) / 1000 : Infinity;
+  const rows = withShares(compared?.rows ?? [], list, elapsed_s, navigator.hardwareConcurrency);
+  if (elapsed_s >= kShortestSpan_s) compared = { rows, at_ms };
+  return rows;
 });
 
 /** The user wants the list to stand still. */

@@ -41,17 +41,15 @@ export function createLookup() {
   };
 }
 
-/** Resolves to whether it was stored; says so either way. */
-export async function saveVariable({ scope, name, value }: Variable, is_delete = false): Promise<boolean> {
+/** Says that it was stored; resolves to why it was not. */
+export async function saveVariable({ scope, name, value }: Variable, is_delete = false): Promise<string | undefined> {
   const data: RequestData['saveEnvVariable'] = { type: scope, name, value: is_delete ? '' : value, is_delete };
   try {
     await host.request('saveEnvVariable', data, kSaveTimeoutMs);
   } catch (error) {
     const unexplained = t(scope === 'user' ? 'variables.refused' : 'variables.needsService');
-    toast(t('variables.failed', { name, reason: errorText(error, unexplained) }), { error: true });
-    return false;
+    return t('variables.failed', { name, reason: errorText(error, unexplained) });
   }
   toast(t(is_delete ? 'variables.deleted' : 'variables.saved', { name }));
   void variables.reload();
-  return true;
 }

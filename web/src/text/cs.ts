@@ -432,7 +432,7 @@ export const cs = {
   'processes.endTitle': { one: 'Ukončit {n} proces?', few: 'Ukončit {n} procesy?', many: 'Ukončit {n} procesu?', other: 'Ukončit {n} procesů?' },
   'processes.endBody': 'Skončí okamžitě a na nic se nezeptá. Co v něm není uložené, se ztratí.',
   'processes.ended': '{name} (PID {pid}) ukončen',
-  'processes.gone': '{name} ({pid}) už neběží',
+  'processes.gone': '{name} (PID {pid}) už neběží',
   'processes.endFailed': '{name} (PID {pid}) se nepodařilo ukončit. {reason}',
   'processes.endRefused': 'Buď už skončil, nebo k tomu Varnel nemá právo.',
 

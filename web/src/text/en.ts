@@ -433,7 +433,7 @@ export const en: Texts = {
   'processes.endTitle': { one: 'End {n} process?', other: 'End {n} processes?' },
   'processes.endBody': 'It ends at once, without asking anything. What is not saved in it is lost.',
   'processes.ended': '{name} (PID {pid}) ended',
-  'processes.gone': '{name} ({pid}) is not running any more',
+  'processes.gone': '{name} (PID {pid}) is not running any more',
   'processes.endFailed': '{name} (PID {pid}) could not be ended. {reason}',
   'processes.endRefused': 'Either it has ended already, or Varnel has no right to end it.',
 

@@ -1,4 +1,4 @@
-import { useEffect, useId, useMemo, useRef, useState } from 'preact/hooks';
+import { useEffect, useId, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import { isList, isRepeated, joinList, nameFault, pathOf, splitList } from '../lib/variables.ts';
 import { createLookup, saveVariable, scopes, variables, type Variable } from '../state/variables.ts';
 import { locale, t } from '../text/text.ts';
@@ -6,6 +6,7 @@ import { Button, IconButton } from '../ui/button.tsx';
 import { DataView } from '../ui/data_view.tsx';
 import { confirm, Dialog } from '../ui/dialog.tsx';
 import { useStore } from '../ui/hooks.ts';
+import { toast } from '../ui/toast.tsx';
 import { Table, useSelection, type Column } from '../ui/table.tsx';
 
 const keyOf = ({ scope, name }: Variable) => `${scope}\n${name}`;
@@ -20,7 +21,11 @@ async function remove(list: Variable[]) {
     verb: t('variables.delete'),
     danger: true,
   });
-  if (agreed) for (const one of list) await saveVariable(one, true);
+  if (!agreed) return;
+  for (const one of list) {
+    const failure = await saveVariable(one, true);
+    if (failure) toast(failure, { error: true });
+  }
 }
 
 export function Variables() {
@@ -83,6 +88,7 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
   const [now, setNow] = useState<Variable>(before ?? { scope: 'user', name: '', value: '' });
   const [raw, setRaw] = useState(!before || !isList(before.name, before.value));
   const [saving, setSaving] = useState(false);
+  const [failure, setFailure] = useState<string>();
   const id = useId();
   const fault = before ? undefined : nameFault(now.name, all.filter(({ scope }) => scope === now.scope).map(({ name }) => name));
   const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
@@ -91,8 +97,12 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
     // An installer may have added to it since it was read.
     await variables.reload();
     const stored = variables.get().data?.find((one) => keyOf(one) === keyOf(now))?.value;
-    if ((stored === before?.value || (await overwrite(now.name, stored))) && (await saveVariable(now))) onClose();
-    else setSaving(false);
+    if (stored === before?.value || (await overwrite(now.name, stored))) {
+      const failed = await saveVariable(now);
+      if (!failed) return onClose();
+      setFailure(failed);
+    }
+    setSaving(false);
   }
   return (
     <Dialog
@@ -137,6 +147,7 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
         ) : (
           <Entries all={all} value={now.value} onChange={(value) => change({ value })} />
         )}
+        {failure && <p role="alert">{failure}</p>}
       </div>
     </Dialog>
   );
@@ -145,16 +156,25 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
 /** The value as an ordered list. */
 function Entries({ all, value, onChange }: { all: Variable[]; value: string; onChange(value: string): void }) {
   const list = useRef<HTMLOListElement>(null);
-  const entries = splitList(value);
+  const [entries, setEntries] = useState(() => splitList(value));
   const missing = useMissing(entries, all);
-  // The focus goes along with the entry: the list's row `at`, and its control `nth` or, where that cannot be used, its field.
-  function set(next: string[], at: number, nth: number) {
+  // The focus goes along with an entry: its row, and which of the row's controls, or its field where that cannot be used.
+  const focus = useRef<[row: number, nth: number] | undefined>(undefined);
+  useLayoutEffect(() => {
+    const [row, nth] = focus.current ?? [-1, 0];
+    const controls = list.current?.children[row]?.querySelectorAll<HTMLInputElement | HTMLButtonElement>('input, button');
+    controls?.[controls[nth]!.disabled ? 0 : nth]!.focus();
+    focus.current = undefined;
+  });
+  function set(next: string[], row: number, nth = 0) {
+    setEntries(next);
     onChange(joinList(next));
-    requestAnimationFrame(() => {
-      const controls = list.current?.children[at]?.querySelectorAll<HTMLElement>('input, button');
-      const [field] = controls ?? [];
-      (controls?.[nth]?.matches(':disabled') ? field : controls?.[nth])?.focus();
-    });
+    focus.current = [row, nth];
+  }
+  // A semicolon that is typed or pasted divides.
+  function type(i: number, text: string) {
+    const parts = splitList(text);
+    set(entries.toSpliced(i, 1, ...parts), i + parts.length - 1);
   }
   const swap = (i: number, j: number, nth: number) => set(entries.with(i, entries[j]!).with(j, entries[i]!), j, nth);
   return (
@@ -170,7 +190,7 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
                 aria-label={t('variables.entry', { n })}
                 placeholder={t('variables.emptyEntry')}
                 value={entry}
-                onInput={(event) => onChange(joinList(entries.with(i, event.currentTarget.value)))}
+                onInput={(event) => type(i, event.currentTarget.value)}
               />
               {isRepeated(entries, i) && <span class="tag tag-warn">{t('variables.repeated')}</span>}
               {missing.has(entry) && <span class="tag tag-danger">{t('variables.missing')}</span>}
@@ -181,7 +201,7 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
           );
         })}
       </ol>
-      <Button onClick={() => set([...entries, ''], entries.length, 0)}>{t('variables.addEntry')}</Button>
+      <Button onClick={() => set([...entries, ''], entries.length)}>{t('variables.addEntry')}</Button>
     </>
   );
 }
@@ -202,6 +222,6 @@ function useMissing(entries: string[], all: Variable[]): ReadonlySet<string> {
     return () => {
       latest = false;
     };
-  }, [joinList(entries), values]);
+  }, [entries, values]);
   return missing;
 }

@@ -29,7 +29,7 @@ export function Processes() {
   const columns = useMemo<Column<ProcessRow>[]>(
     () => [
       { id: 'name', title: t('processes.name'), value: ({ name }) => name },
-      { id: 'pid', title: 'PID', value: ({ pid }) => pid, text: ({ pid }) => String(pid), numeric: true, width: '6rem' },
+      { id: 'pid', title: 'PID', value: ({ pid }) => pid, text: ({ pid }) => String(pid), numeric: true, width: '7.5rem' },
       {
         id: 'share',
         title: t('processes.share'),
