@@ -5,7 +5,7 @@ import { once } from 'node:events';
 import { cp, mkdir, readFile, readdir, rename, rm, stat, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { afterEach, before, beforeEach, test } from 'node:test';
 import { promisify } from 'node:util';
 
 import { openView, screenshot, withVarnel } from './harness.mjs';
@@ -64,15 +64,17 @@ async function remove() {
 // Without a window manager Wine waits two seconds for it whenever a window goes; windows that none manages go at once.
 const kManaged = ['HKCU\\Software\\Wine\\X11 Driver', '/v', 'Managed', '/f'];
 before(async () => {
-  await runInPrefix('reg', ['add', ...kManaged, '/d', 'N']);
   const [made, from] = await Promise.all([stat(kSetup).catch(() => undefined), stat(join(buildFolder, 'bin/Varnel.exe'))]);
   assert.ok(made && made.mtimeMs > from.mtimeMs, 'VarnelSetup.exe is missing or old: ./dev package makes it');
 });
-after(() => runInPrefix('reg', ['delete', ...kManaged]));
-beforeEach(remove);
+beforeEach(async () => {
+  await remove();
+  await runInPrefix('reg', ['add', ...kManaged, '/d', 'N']);
+});
 afterEach(async () => {
   for (const child of started.splice(0)) if (child.exitCode === null) child.kill('SIGKILL');
   await remove();
+  await runInPrefix('reg', ['delete', ...kManaged]);
 });
 
 test('the package: a zip, the setup, and check sums that are right', async () => {
