@@ -4,7 +4,6 @@
 #include <future>
 #include <stdexcept>
 
-#include "base/exe_directory_win.h"
 #include "base/handle_win.h"
 #include "base/registry_win.h"
 #include "base/text.h"
@@ -15,8 +14,6 @@
 TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {
   EXPECT_EQ(Utf8ToWide("Žluť 😀"), L"Žluť 😀");
   EXPECT_EQ(WideToUtf8(L"Žluť 😀"), "Žluť 😀");
-  EXPECT_EQ(Utf8ToWide(""), L"");
-  EXPECT_EQ(WideToUtf8(L""), "");
   EXPECT_EQ(WideToUtf8(std::wstring{L'a', wchar_t{0xD800}, L'b'}),
             "a\xEF\xBF\xBD"
             "b");
@@ -46,11 +43,6 @@ TEST(ReadRegistryString, ReadsUpToTheBufferAndFallsBack) {
   EXPECT_EQ(read(L"long", RegistryText(full + L"y")), L"Unknown");
   EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, path, L"absent"), L"Unknown");
   EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, L"Software\\No such key", L"text"), L"Unknown");
-}
-
-TEST(GetExeDirectory, IsTheFolderOfTheRunningExecutable) {
-  const std::wstring folder = GetExeDirectory();
-  EXPECT_NE(GetFileAttributesW((folder + L"\\windows_tests.exe").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
 TEST(StartWorker, RunsOnAnotherThreadAndContainsExceptions) {

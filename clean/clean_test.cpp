@@ -11,35 +11,6 @@
 
 using nlohmann::json;
 
-TEST(JunkCategories, FoldersMeasuredAndCleaned) {
-  struct {
-    std::string key;
-    std::vector<std::wstring> cleaned, only_measured;
-  } want[] = {
-      {"windowsTemp", {LR"(C:\Windows\Temp)"}, {LR"(C:\Windows\SystemTemp)"}},
-      {"userTemp", {L""}, {}},
-      {"prefetch", {LR"(C:\Windows\Prefetch)"}, {}},
-      {"winUpdate", {LR"(C:\Windows\SoftwareDistribution\Download)"}, {}},
-      {"browserCache",
-       {LR"(\Google\Chrome\User Data\Default\Cache)", LR"(\Google\Chrome\User Data\Default\Code Cache)",
-        LR"(\Microsoft\Edge\User Data\Default\Cache)", LR"(\Microsoft\Edge\User Data\Default\Code Cache)",
-        LR"(\BraveSoftware\Brave-Browser\User Data\Default\Cache)"},
-       {LR"(\Mozilla\Firefox\Profiles)"}},
-      {"shaderCache", {LR"(\NVIDIA\DXCache)", LR"(\NVIDIA\GLCache)", LR"(\D3DSCache)"}, {}},
-      {"systemLogs",
-       {LR"(C:\ProgramData\Microsoft\Windows\WER)", LR"(C:\Windows\Logs)"},
-       {LR"(C:\Windows\Minidump)"}},
-  };
-  for (size_t i = 0; i < kJunkCategoryCount; ++i) {
-    EXPECT_EQ(kJunkCategories[i].key, want[i].key);
-    std::vector<std::wstring> cleaned, only_measured;
-    for (const JunkFolder& folder : kJunkCategories[i].folders)
-      (folder.is_cleaned ? cleaned : only_measured).emplace_back(folder.path);
-    EXPECT_EQ(cleaned, want[i].cleaned) << want[i].key;
-    EXPECT_EQ(only_measured, want[i].only_measured) << want[i].key;
-  }
-}
-
 TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
   const KeptFolders kept = {LR"(C:\Windows)", {LR"(D:\Apps\Varnel\bin)", LR"(C:\Users\Jiří Novák\)"}};
   for (const wchar_t* folder :
@@ -69,12 +40,6 @@ TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {
     EXPECT_THROW(ParseJunkSelection(json::parse(data), 1), json::type_error) << data;
 }
 
-TEST(BuildCleanRequest, CarriesTheFlagsUnderTheSameKeys) {
-  EXPECT_EQ(BuildCleanRequest({true, false, true, false, true, false, true}).dump(),
-            R"({"browserCache":true,"prefetch":true,"shaderCache":false,"systemLogs":true,)"
-            R"("userTemp":false,"winUpdate":false,"windowsTemp":true})");
-}
-
 TEST(RaiseToServiceSizes, TakesTheLargerFigureOfASuccessfulAnswer) {
   struct {
     const char* answer;
@@ -85,11 +50,7 @@ TEST(RaiseToServiceSizes, TakesTheLargerFigureOfASuccessfulAnswer) {
       {R"({"success":true,"windowsTempBytes":18446744073709551615})", 18446744073709551615u, 200},
       {R"({"success":true,"userTempBytes":999})", 100, 200},
       {R"({"success":true,"windowsTempBytes":"500","prefetchBytes":-1})", 100, 200},
-      {R"({"success":true,"windowsTempBytes":null,"prefetchBytes":[500]})", 100, 200},
       {R"({"success":false,"windowsTempBytes":500,"prefetchBytes":500})", 100, 200},
-      {R"({"success":1,"windowsTempBytes":500})", 100, 200},
-      {R"({"windowsTempBytes":500,"prefetchBytes":500})", 100, 200},
-      {R"([true])", 100, 200},
       {R"(null)", 100, 200},
   };
   for (const auto& c : cases) {
@@ -108,10 +69,9 @@ TEST(BuildJunkReply, IsWhatThePageReads) {
 }
 
 TEST(BuildJunkReply, GivesTheIdentifierBackAsItCame) {
-  for (const char* id : {"0", "7.5", "-3", "4294967296", "true"}) {
+  for (const char* id : {"7.5", "4294967296", "true"}) {
     const JunkSelection selection = ParseJunkSelection(json::object(), json::parse(id));
-    const json reply = json::parse(BuildJunkReply("cleanJunk", selection.request_id, {}));
-    EXPECT_EQ(reply["requestId"].dump(), id);
+    EXPECT_EQ(json::parse(BuildJunkReply("cleanJunk", selection.request_id, {}))["requestId"].dump(), id);
   }
 }
 
@@ -125,7 +85,6 @@ TEST(ReviewDownload, ListsOldLargeInstallersAndArchives) {
     int want_days;  // -1: not listed
   } cases[] = {
       {L"A.ISO", 2 * kMiB, kNow - 31 * 24 * kHour, 31},
-      {L"a.iso", 2 * kMiB, kNow - 29 * 24 * kHour, -1},
       {L"a.zip", kMiB, kNow - 800 * kHour, -1},
       {L"a.zip", kMiB + 1, kNow - 800 * kHour, 33},
       {L"a.exe", 2 * kMiB, kNow - 720 * kHour, 30},
@@ -135,24 +94,15 @@ TEST(ReviewDownload, ListsOldLargeInstallersAndArchives) {
       {L"future.exe", 2 * kMiB, kNow + 1, -1},
       {L"far future.exe", 2 * kMiB, UINT64_MAX, -1},
       {L"undated.exe", 2 * kMiB, 0, -1},
-      {L"a.MsI", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.img", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.rar", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.7Z", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.tar", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.tar.gz", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.cab", 2 * kMiB, kNow - 800 * kHour, 33},
-      {L"a.tar.xz", 2 * kMiB, kNow - 800 * kHour, -1},
-      {L"a.zip.part", 2 * kMiB, kNow - 800 * kHour, -1},
-      {L"a.zip.", 2 * kMiB, kNow - 800 * kHour, -1},
-      {L"zip", 2 * kMiB, kNow - 800 * kHour, -1},
-      {L".zip", 2 * kMiB, kNow - 800 * kHour, -1},
-      {L"a.\x0130so", 2 * kMiB, kNow - 800 * kHour, -1},
   };
   for (const auto& c : cases) {
     const auto item = ReviewDownload(L"C:\\D", {c.name, c.size_bytes, c.written_at}, kNow);
     EXPECT_EQ(item ? static_cast<int>(item->days_old) : -1, c.want_days) << testing::PrintToString(c.name);
   }
+  for (const wchar_t* name : {L"a.MsI", L"a.img", L"a.rar", L"a.7Z", L"a.tar", L"a.tar.gz", L"a.cab"})
+    EXPECT_TRUE(HasDownloadJunkExtension(name)) << testing::PrintToString(name);
+  for (const wchar_t* name : {L"a.tar.xz", L"a.zip.part", L"a.zip.", L"zip", L".zip", L"a.\x0130so"})
+    EXPECT_FALSE(HasDownloadJunkExtension(name)) << testing::PrintToString(name);
   EXPECT_EQ(ReviewDownload(L"D:\\", {L"a.zip", 2 * kMiB, 1}, kNow)->path, "D:\\a.zip");
 }
 
@@ -164,9 +114,6 @@ TEST(DownloadReplies, AreWhatThePageReads) {
       ReviewDownload(folder, {L"Žluťoučký instalátor.MSI", 2'097'152, kNow - 31 * kDay}, kNow).value(),
       ReviewDownload(folder, {L"obraz.iso", 5'368'709'120, kNow - 400 * kDay}, kNow).value()};
   EXPECT_EQ(BuildDownloadsReply(9, items), RecordedMessage("getDownloadsJunk"));
-  EXPECT_EQ(
-      BuildDownloadsReply(9, {}),
-      R"({"count":0,"items":[],"requestId":9,"success":true,"totalBytes":0,"type":"getDownloadsJunk"})");
   EXPECT_EQ(BuildDeletedReply(10, 1), RecordedMessage("deleteSpecificFiles"));
   EXPECT_EQ(BuildDeletedReply(10, 0),
             R"({"deletedCount":0,"requestId":10,"success":false,"type":"deleteSpecificFiles"})");
@@ -179,14 +126,8 @@ TEST(SystemFiles, RepliesAreWhatThePageReads) {
 }
 
 TEST(SystemFiles, HibernationIsSwitchedOffUnlessEnabledSaysOtherwise) {
-  struct {
-    const char* data;
-    bool want;
-  } cases[] = {{R"({"enabled":true})", true},
-               {R"({"enabled":false})", false},
-               {R"({"enable":true})", false},
-               {"{}", false},
-               {"null", false}};
-  for (const auto& c : cases) EXPECT_EQ(ParseHibernationEnabled(json::parse(c.data)), c.want) << c.data;
+  EXPECT_TRUE(ParseHibernationEnabled(json::parse(R"({"enabled":true})")));
+  for (const char* data : {R"({"enabled":false})", R"({"enable":true})", "null"})
+    EXPECT_FALSE(ParseHibernationEnabled(json::parse(data))) << data;
   EXPECT_THROW(ParseHibernationEnabled(json::parse(R"({"enabled":1})")), json::type_error);
 }

@@ -1,6 +1,5 @@
 #include "testing/stand_ins/ntfs_win.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,9 +8,6 @@
 #include "base/lower_case.h"
 
 namespace {
-
-constexpr wchar_t kSurrogate = 0xD800;
-constexpr wchar_t kOnDisk = 0xE000;
 
 StandInNtfs* g_ntfs = nullptr;
 
@@ -170,11 +166,6 @@ void StandInNtfs::SwapForJunction(const std::wstring& path, const std::wstring& 
   swaps_[Canonical(path)] = target;
 }
 
-std::wstring StandInNtfs::NameOnDisk(std::wstring name) {
-  std::ranges::replace(name, kSurrogate, kOnDisk);
-  return name;
-}
-
 std::wstring StandInNtfs::Canonical(const std::wstring& path) {
   constexpr std::wstring_view kPrefix = LR"(\\?\)";
   std::wstring full = path;
@@ -184,7 +175,7 @@ std::wstring StandInNtfs::Canonical(const std::wstring& path) {
     wchar_t buffer[MAX_PATH] = {};
     full.assign(buffer, GetFullPathNameW(path.c_str(), MAX_PATH, buffer, nullptr));
   }
-  return LowerCase(NameOnDisk(full));
+  return LowerCase(full);
 }
 
 std::wstring StandInNtfs::Resolve(const std::wstring& path, bool follow_last) const {
@@ -203,7 +194,6 @@ std::wstring StandInNtfs::Resolve(const std::wstring& path, bool follow_last) co
 
 void StandInNtfs::Adjust(const std::wstring& folder, WIN32_FIND_DATAW& entry) const {
   const std::wstring path = LowerCase(folder + entry.cFileName);
-  std::ranges::replace(entry.cFileName, kOnDisk, kSurrogate);
   if (read_only_folders_.contains(path)) entry.dwFileAttributes |= FILE_ATTRIBUTE_READONLY;
   const auto link = links_.find(path);
   if (link == links_.end() || !link->second.is_listed) return;

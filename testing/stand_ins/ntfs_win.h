@@ -6,10 +6,10 @@
 #include <set>
 #include <string>
 
-// Stand-in for what NTFS has and Wine's file system lacks: junctions, symbolic links, folders marked
-// read-only and names with lone surrogates. While it lives, the file calls of this executable (its import
-// table is patched) behave as documented for them: a link is listed as a reparse point of size 0, a path
-// through it leads to its target, and deleting takes the link alone. One at a time, on one thread.
+// Stand-in for what NTFS has and Wine's file system lacks: junctions, symbolic links, and folders
+// marked read-only. While it lives, the file calls of this executable (its import table is patched) behave as
+// documented for them: a link is listed as a reparse point of size 0, a path through it leads to its target,
+// and deleting takes the link alone. One at a time, on one thread.
 class StandInNtfs {
  public:
   StandInNtfs();
@@ -24,9 +24,6 @@ class StandInNtfs {
 
   // The folder `path` becomes a junction to `target` after it was listed: when it is first found not empty.
   void SwapForJunction(const std::wstring& path, const std::wstring& target);
-
-  // On disk, the surrogate U+D800 of a name is U+E000.
-  static std::wstring NameOnDisk(std::wstring name);
 
  private:
   struct Link {
