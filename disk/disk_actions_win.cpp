@@ -26,9 +26,10 @@ void startDiskAnalysis(int request_id, const std::string& drive) {
   const std::wstring root = Utf8ToWide(drive);
   auto folder_sizes = std::make_shared<FolderSizes>();
   std::vector<SystemHelper::DiskFileItem> files;
-  SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files, [request_id](int scanned, const std::wstring& folder) {
-    PostJsonToJs(DiskProgressMessage(request_id, scanned, folder));
-  });
+  SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files,
+                                 [request_id](int scanned, const std::wstring& folder) {
+                                   PostJsonToJs(DiskProgressMessage(request_id, scanned, folder));
+                                 });
   FolderSizeCache() = folder_sizes;
   PostJsonToJs(DiskDoneMessage(request_id, drive, ListFolderContents(root, *folder_sizes), files));
 }
