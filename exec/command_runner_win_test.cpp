@@ -18,10 +18,6 @@ namespace {
 
 using nlohmann::json;
 
-json Case(const char* argument, const std::vector<json>& steps, int exit = 0) {
-  return {{"when", argument}, {"steps", steps}, {"exit", exit}};
-}
-
 constexpr const wchar_t* kTool = L"varnel_test_tool";
 constexpr const wchar_t* kMissing = L"varnel-no-such-tool.exe /x";
 
@@ -61,7 +57,8 @@ TEST(ExecuteCmd, CollectsOutputAndExitCode) {
       {"zero in chunks of 4095", {WriteStep(zero_in_long)}, 0, std::string(100 + 10'000 - 4095, 'A')},
   };
   std::vector<json> script;
-  for (const auto& c : cases) script.push_back(Case(c.argument, c.steps, static_cast<int>(c.exit_code)));
+  for (const auto& c : cases)
+    script.push_back({{"when", c.argument}, {"steps", c.steps}, {"exit", c.exit_code}});
   const ToolCopy tool(kTool, {{"cases", script}, {"exit", 252}});
   std::vector<std::future<CmdResult>> runs;
   for (const auto& c : cases)
