@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,25 +26,15 @@ Replies Dispatch(std::wstring_view message) {
   return TakePostedTexts();
 }
 
-// settings.json of this build, put back as it was.
-class SettingsFile {
- public:
-  SettingsFile() {
-    if (std::filesystem::exists(path_)) kept_ = Read();
-    std::filesystem::remove(path_);
-  }
-  ~SettingsFile() {
-    std::filesystem::remove(path_);
-    if (kept_) std::ofstream(path_, std::ios::binary) << *kept_;
-  }
+// The program's settings.json in this build, which is nobody's, is gone before and after.
+struct SettingsFile {
+  SettingsFile() { std::filesystem::remove(path); }
+  ~SettingsFile() { std::filesystem::remove(path); }
   std::string Read() const {
-    std::ifstream stream(path_, std::ios::binary);
+    std::ifstream stream(path, std::ios::binary);
     return std::string{std::istreambuf_iterator<char>(stream), {}};
   }
-
- private:
-  const std::filesystem::path path_ = GetExeDirectory() + L"\\..\\settings.json";
-  std::optional<std::string> kept_;
+  const std::filesystem::path path = GetExeDirectory() + L"\\..\\settings.json";
 };
 
 }  // namespace
@@ -90,37 +79,27 @@ TEST(Actions, RefuseARequestWithoutARequiredField) {
   EXPECT_EQ(WaitForMessages(1, 300).size(), 0u) << "from a worker";
 }
 
-TEST(Actions, IgnoreAnUnknownRepair) {
-  EXPECT_TRUE(Dispatch(LR"({"action":"quickAction","requestId":3,"data":{"type":"other"}})").empty());
-  EXPECT_EQ(WaitForMessages(1, 300).size(), 0u) << "from a worker";
-}
-
 TEST(Actions, AnswerSmallRequestsExactly) {
-  EXPECT_EQ(Dispatch(LR"({"action":"testBridge","requestId":7,"data":{}})"),
-            Replies{RecordedMessage("testBridge")});
-  EXPECT_EQ(Dispatch(LR"({"action":"openMailto","requestId":5,"data":{"url":"mailto:a@b.c"}})"),
-            Replies{R"({"requestId":5,"success":true,"type":"openMailto"})"});
-  EXPECT_EQ(Dispatch(LR"({"action":"openUrl","url":""})"),
-            Replies{R"({"requestId":0,"success":true,"type":"openUrl"})"});
-  EXPECT_EQ(
-      Dispatch(LR"({"action":"openUrl","requestId":6,"url":1})"),
-      Replies{
-          R"({"message":"[json.exception.type_error.302] type must be string, but is number","type":"error"})"});
-}
-
-TEST(Actions, ExitQuitsWithoutAReply) {
-  MSG message = {};
-  PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
-  EXPECT_TRUE(Dispatch(LR"({"action":"exitApp","requestId":1})").empty());
+  const std::pair<const wchar_t*, Replies> cases[] = {
+      {LR"({"action":"openMailto","requestId":5,"data":{"url":"mailto:a@b.c"}})",
+       {R"({"requestId":5,"success":true,"type":"openMailto"})"}},
+      {LR"({"action":"openUrl","url":""})", {R"({"requestId":0,"success":true,"type":"openUrl"})"}},
+      {LR"({"action":"openUrl","requestId":6,"url":1})",
+       {R"({"message":"[json.exception.type_error.302] type must be string, but is number","type":"error"})"}},
+      {LR"({"action":"quickAction","requestId":3,"data":{"type":"other"}})", {}},
+      {LR"({"action":"exitApp","requestId":1})", {}},
+  };
+  for (const auto& [request, want] : cases) EXPECT_EQ(Dispatch(request), want) << WideToUtf8(request);
+  EXPECT_EQ(WaitForMessages(1, 300).size(), 0u) << "from a worker";
   bool quit = false;
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) quit = quit || message.message == WM_QUIT;
+  for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);)
+    quit = quit || message.message == WM_QUIT;
   EXPECT_TRUE(quit);
 }
 
 TEST(Actions, KeepSettingsBesideTheExecutablesFolder) {
   const SettingsFile file;
-  const std::string get = R"({"action":"getSettings","requestId":18})";
-  EXPECT_EQ(Dispatch(std::wstring(get.begin(), get.end())), Replies{RecordedMessage("settings")});
+  EXPECT_EQ(Dispatch(LR"({"action":"getSettings","requestId":18})"), Replies{RecordedMessage("settings")});
   EXPECT_EQ(
       Dispatch(LR"({"action":"saveSettings","requestId":19,"data":{"theme":"amethyst","language":"cs"}})"),
       Replies{RecordedMessage("saveSettings")});
@@ -142,27 +121,21 @@ TEST(Actions, KeepSettingsBesideTheExecutablesFolder) {
   }
 }
 
-TEST(Actions, NameTheProcessor) {
-  const auto reply = nlohmann::json::parse(Dispatch(LR"({"action":"getCPU","requestId":3})").at(0));
-  EXPECT_EQ(reply["type"], "cpu_info");
-  EXPECT_EQ(reply["requestId"], 3);
-  EXPECT_FALSE(reply["cpu"].get<std::string>().empty());
-}
-
 TEST(Actions, DebugSystemWritesItsLinesThenReplies) {
   const Replies replies = Dispatch(LR"({"action":"debugSystem","requestId":4})");
-  std::vector<std::string> begin = {
-      "[DebugSystem] Gathering",     "[DebugSpecs] CPU: ",          "[DebugSpecs] GPU: ",
-      "[DebugSpecs] RAM: ",          "[DebugSpecs] OS: ",           "[DebugSpecs] IsAdmin: ",
-      "[DebugTelemetry] CPU Load: ", "[DebugTelemetry] RAM Total: "};
-  ASSERT_GT(replies.size(), begin.size() + 2);
+  ASSERT_GT(replies.size(), 9u);
   EXPECT_EQ(replies.front(), RecordedMessage("console_log"));
-  for (size_t i = 0; i < begin.size(); ++i)
-    EXPECT_TRUE(nlohmann::json::parse(replies[i])["message"].get<std::string>().starts_with(begin[i]))
-        << replies[i];
   for (size_t i = 0; i + 1 < replies.size(); ++i)
-    EXPECT_EQ(nlohmann::json::parse(replies[i])["style"], "system-line") << replies[i];
+    EXPECT_TRUE(replies[i].ends_with(R"("style":"system-line","type":"console_log"})")) << replies[i];
+  EXPECT_TRUE(replies[1].starts_with(R"({"message":"[DebugSpecs] CPU: )")) << replies[1];
+  EXPECT_TRUE(replies[6].starts_with(R"({"message":"[DebugTelemetry] CPU Load: )")) << replies[6];
   EXPECT_EQ(replies.back(), R"({"requestId":4,"success":true,"type":"debugSystem"})");
+
+  // The processor is the same one.
+  const auto cpu = nlohmann::json::parse(Dispatch(LR"({"action":"getCPU","requestId":3})").at(0));
+  EXPECT_EQ(cpu["type"], "cpu_info");
+  EXPECT_EQ(cpu["requestId"], 3);
+  EXPECT_NE(replies[1].find("CPU: " + cpu["cpu"].get<std::string>() + "\""), std::string::npos);
 }
 
 TEST(Actions, UninstallSaysThatTheInstallerIsMissing) {

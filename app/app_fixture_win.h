@@ -6,7 +6,7 @@
 #include "app/main_window_win.h"
 #include "testing/fake_browser_win.h"
 
-// Tests around the real main window, which the first of them makes, with a fake browser control in it.
+// Tests around the real main window, which the first of them makes.
 class WindowTest : public testing::Test {
  protected:
   WindowTest() {
@@ -17,8 +17,6 @@ class WindowTest : public testing::Test {
   ~WindowTest() override {
     Pump();  // what a test left in the queue must not reach the next one
     State().view.Reset();
-    State().controller.Reset();
-    State().environment.Reset();
   }
 
   // Runs the queue empty. True when the program was told to quit.
@@ -35,7 +33,5 @@ class WindowTest : public testing::Test {
     return SendMessageW(State().main_window, message, wparam, lparam);
   }
 
-  CallLog calls_;
-  FakeView view_{calls_};
-  FakeController controller_{calls_, view_};
+  FakeView view_;
 };

@@ -3,10 +3,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "app/app_fixture_win.h"
 #include "testing/message_box_win.h"
 
@@ -18,29 +14,15 @@ using MainWindow = WindowTest;
 
 }  // namespace
 
-TEST_F(MainWindow, HasItsClassAndSize) {
+TEST_F(MainWindow, HasItsClass) {
   WNDCLASSEXW window_class = {};
   window_class.cbSize = sizeof(window_class);
   ASSERT_TRUE(GetClassInfoExW(GetModuleHandleW(nullptr), kClassName, &window_class));
-  EXPECT_EQ(window_class.style, 3u);
-  EXPECT_EQ(window_class.cbClsExtra + window_class.cbWndExtra, 0);
   EXPECT_EQ(window_class.hIcon, State().large_icon);
   EXPECT_EQ(window_class.hIconSm, State().blank_small_icon);
   EXPECT_EQ(window_class.hCursor, LoadCursorA(nullptr, MAKEINTRESOURCEA(32512)));
   EXPECT_EQ(reinterpret_cast<ULONG_PTR>(window_class.hbrBackground), 6u);
-  EXPECT_EQ(window_class.lpszMenuName, nullptr);
-
-  const HWND window = State().main_window;
-  wchar_t title[32] = {};
-  GetWindowTextW(window, title, 32);
-  EXPECT_STREQ(title, L"Varnel");
-  EXPECT_EQ(GetWindowLongPtrW(window, GWL_STYLE) & WS_OVERLAPPEDWINDOW, 0x00CF0000);
-  EXPECT_EQ(GetMenu(window), nullptr);
-  EXPECT_TRUE(IsWindowVisible(window));
-  RECT rect = {};
-  GetWindowRect(window, &rect);
-  EXPECT_EQ(rect.right - rect.left, std::min(1400, GetSystemMetrics(SM_CXMAXTRACK)));
-  EXPECT_EQ(rect.bottom - rect.top, std::min(900, GetSystemMetrics(SM_CYMAXTRACK)));
+  EXPECT_EQ(GetMenu(State().main_window), nullptr);
 }
 
 TEST_F(MainWindow, ShowsABlankSmallIcon) {
@@ -105,50 +87,14 @@ TEST_F(MainWindow, TreatsTheIconAreaAsCaption) {
   EXPECT_FALSE(Pump());
 }
 
-TEST_F(MainWindow, FitsTheBrowserAndKeepsAMinimumSize) {
-  const HWND window = State().main_window;
-  EXPECT_EQ(Send(WM_SIZE), 0) << "without a control";
-  State().controller = &controller_;
-  RECT client = {};
-  GetClientRect(window, &client);
-  EXPECT_EQ(Send(WM_SIZE, SIZE_RESTORED, MAKELPARAM(1, 1)), 0);
-  EXPECT_EQ(calls_, (CallLog{L"bounds " + RectText(client)}));
-
-  MINMAXINFO info = {};
-  EXPECT_EQ(Send(WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&info)), 0);
-  EXPECT_EQ(info.ptMinTrackSize.x, 1250);
-  EXPECT_EQ(info.ptMinTrackSize.y, 700);
-  SetWindowPos(window, nullptr, 0, 0, 300, 200, SWP_NOMOVE | SWP_NOZORDER);
-  RECT rect = {};
-  GetWindowRect(window, &rect);
-  EXPECT_EQ(rect.right - rect.left, 1250);
-  EXPECT_EQ(rect.bottom - rect.top, 700);
-  GetClientRect(window, &client);
-  EXPECT_EQ(calls_.back(), L"bounds " + RectText(client));
-}
-
-TEST_F(MainWindow, TakesCommandsOfOtherProcesses) {
-  State().view = &view_;
-  EXPECT_EQ(Send(WM_SYSCOMMAND, 1000), 0);
-  EXPECT_EQ(Send(WM_SYSCOMMAND, 1001), 0);
-  EXPECT_FALSE(Pump());
-  EXPECT_EQ(view_.posted, (std::vector<std::wstring>{LR"({"type":"triggerUpdateCheck"})",
-                                                     LR"({"type":"navigateTab","tab":"settings"})"}));
-  EXPECT_EQ(Send(WM_SYSCOMMAND, 1002), 0);
-  EXPECT_TRUE(Pump());
+TEST_F(MainWindow, LeavesOtherCommandsToTheSystem) {
   Send(WM_SYSCOMMAND, SC_MINIMIZE);
-  EXPECT_TRUE(IsIconic(State().main_window)) << "every other command is the system's";
+  EXPECT_TRUE(IsIconic(State().main_window));
   Send(WM_SYSCOMMAND, SC_RESTORE);
   EXPECT_FALSE(IsIconic(State().main_window));
 }
 
-TEST_F(MainWindow, EndsTheLoopWhenItIsDestroyed) {
-  const HWND second = CreateWindowExW(0, kClassName, L"", WS_OVERLAPPEDWINDOW, 0, 0, 1300, 800, nullptr,
-                                      nullptr, GetModuleHandleW(nullptr), nullptr);
-  ASSERT_TRUE(second);
-  DestroyWindow(second);
-  EXPECT_TRUE(Pump());
-
+TEST_F(MainWindow, LoopEndsWithTheCodeOfTheQuit) {
   PostQuitMessage(7);
   EXPECT_EQ(RunMessageLoop(), 7);
 }

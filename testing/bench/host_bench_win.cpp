@@ -58,8 +58,7 @@ void PumpUntil(Arrived arrived) {
 }
 
 void MeasureDispatch(int rounds) {
-  CallLog calls;
-  FakeView view(calls);
+  FakeView view;
   CreateMainWindow(GetModuleHandleW(nullptr), SW_HIDE);
   State().view = &view;
   const HWND bare_window = MakeBareWindow();

@@ -10,6 +10,7 @@
 #include <wincrypt.h>
 #include <wrl/client.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -19,6 +20,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/com_callback_win.h"
 #include "app/webview2.h"
 #include "base/text.h"
 
@@ -39,15 +41,15 @@ struct State {
   ComPtr<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler> environment_created;
   ComPtr<ICoreWebView2CreateCoreWebView2ControllerCompletedHandler> controller_created;
   ComPtr<View> view;
-  std::vector<ComPtr<ICoreWebView2WebResourceRequestedEventHandler>> resource_requested;
-  std::vector<ComPtr<ICoreWebView2WebMessageReceivedEventHandler>> message_received;
-  std::vector<ComPtr<ICoreWebView2NavigationCompletedEventHandler>> navigation_completed;
+  ComPtr<ICoreWebView2WebResourceRequestedEventHandler> resource_requested;
+  ComPtr<ICoreWebView2WebMessageReceivedEventHandler> message_received;
+  ComPtr<ICoreWebView2NavigationCompletedEventHandler> navigation_completed;
   std::vector<std::pair<std::wstring, int>> filters;
+  std::string calls;  // names of what was called on the control, each with a blank
 };
 State& g_state = *new State;
 
 // --- the connection
-// -----------------------------------------------------------------------------------------------------
 
 void Send(const json& document) {
   const std::string line = document.dump() + "\n";
@@ -73,15 +75,34 @@ HRESULT OnUiThread(const char* call) {
   return RPC_E_WRONG_THREAD;
 }
 
+void SendProblem(const std::string& problem) {
+  SendEvent("problem", {{"problem", problem}});
+}
+
+// Tells the driver of a call of the control, when it comes on the right thread.
+HRESULT Report(const char* call, const char* event, json fields) {
+  const HRESULT result = OnUiThread(call);
+  if (FAILED(result)) return result;
+  g_state.calls += call + std::string(" ");
+  SendEvent(event, std::move(fields));
+  return S_OK;
+}
+
 // A handler must answer for IUnknown and for its own interface.
 template <typename Handler>
 void CheckHandler(Handler* handler, const char* name) {
   for (const IID& iid : {IID_IUnknown, Handler::kIid}) {
     ComPtr<IUnknown> found;
-    if (FAILED(handler->QueryInterface(iid, reinterpret_cast<void**>(found.GetAddressOf()))) || !found) {
-      SendEvent("problem", {{"problem", std::string(name) + " handler: QueryInterface fails"}});
-    }
+    if (FAILED(handler->QueryInterface(iid, reinterpret_cast<void**>(found.GetAddressOf()))) || !found)
+      SendProblem(std::string(name) + " handler: QueryInterface fails");
   }
+}
+
+// Once a call is over, what went through it belongs to the control alone.
+template <typename Type>
+void CheckReleased(Type* object, const char* name) {
+  object->AddRef();
+  if (object->Release() != 1) SendProblem(std::string(name) + " is held by the program");
 }
 
 std::string ToBase64(const std::string& bytes) {
@@ -116,43 +137,16 @@ LPWSTR TaskString(const std::wstring& text) {
 }
 
 // --- the objects
-// --------------------------------------------------------------------------------------------------------
 
-template <typename Interface, typename... Bases>
-class Object : public Interface {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (!object) return E_POINTER;
-    const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, Interface::kIid) ||
-                       (IsEqualIID(iid, Bases::kIid) || ...);
-    *object = known ? static_cast<Interface*>(this) : nullptr;
-    if (known) AddRef();
-    return known ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&count_)); }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG count = InterlockedDecrement(&count_);
-    if (count == 0) delete this;
-    return static_cast<ULONG>(count);
-  }
-
- protected:
-  virtual ~Object() = default;
-
- private:
-  LONG count_ = 0;
-};
-
-// A new object with the caller's one reference, as out parameters hand them out.
+// Gives out an object that stays here too.
 template <typename Type>
 HRESULT HandOut(Type* object, auto** out) {
-  if (!out) return E_POINTER;
   object->AddRef();
   *out = object;
   return S_OK;
 }
 
-class Settings final : public Object<ICoreWebView2Settings> {
+class Settings final : public ComObject<ICoreWebView2Settings> {
  public:
   HRESULT STDMETHODCALLTYPE put_IsStatusBarEnabled(BOOL on) override { return Put("isStatusBarEnabled", on); }
   HRESULT STDMETHODCALLTYPE put_AreDevToolsEnabled(BOOL on) override { return Put("areDevToolsEnabled", on); }
@@ -162,13 +156,11 @@ class Settings final : public Object<ICoreWebView2Settings> {
 
  private:
   static HRESULT Put(const char* name, BOOL on) {
-    const HRESULT result = OnUiThread(name);
-    if (SUCCEEDED(result)) SendEvent("setting", {{"name", name}, {"value", on != FALSE}});
-    return result;
+    return Report(name, "setting", {{"name", name}, {"value", on != FALSE}});
   }
 };
 
-class Request final : public Object<ICoreWebView2WebResourceRequest> {
+class Request final : public ComObject<ICoreWebView2WebResourceRequest> {
  public:
   explicit Request(std::wstring uri) : uri_(std::move(uri)) {}
   HRESULT STDMETHODCALLTYPE get_Uri(LPWSTR* uri) override {
@@ -180,7 +172,7 @@ class Request final : public Object<ICoreWebView2WebResourceRequest> {
   std::wstring uri_;
 };
 
-class Response final : public Object<ICoreWebView2WebResourceResponse> {
+class Response final : public ComObject<ICoreWebView2WebResourceResponse> {
  public:
   Response(IStream* content, int status, LPCWSTR reason, LPCWSTR headers)
       : content_(content),
@@ -192,9 +184,9 @@ class Response final : public Object<ICoreWebView2WebResourceResponse> {
     std::vector<char> buffer(64 * 1024);
     ULONG count = 0;
     while (content_ && SUCCEEDED(content_->Read(buffer.data(), static_cast<ULONG>(buffer.size()), &count)) &&
-           count > 0) {
+           count > 0)
       body.append(buffer.data(), count);
-    }
+    if (content_) CheckReleased(content_.Get(), "stream");
     return {{"status", status_},
             {"reason", WideToUtf8(reason_)},
             {"headers", WideToUtf8(headers_)},
@@ -207,9 +199,9 @@ class Response final : public Object<ICoreWebView2WebResourceResponse> {
   std::wstring reason_, headers_;
 };
 
-class RequestedArgs final : public Object<ICoreWebView2WebResourceRequestedEventArgs> {
+class RequestedArgs final : public ComObject<ICoreWebView2WebResourceRequestedEventArgs> {
  public:
-  explicit RequestedArgs(const std::wstring& uri) : request_(new Request(uri)) {}
+  explicit RequestedArgs(const std::wstring& uri) : request_(Adopt(new Request(uri))) {}
   HRESULT STDMETHODCALLTYPE get_Request(ICoreWebView2WebResourceRequest** request) override {
     return HandOut(request_.Get(), request);
   }
@@ -217,14 +209,18 @@ class RequestedArgs final : public Object<ICoreWebView2WebResourceRequestedEvent
     response_ = static_cast<Response*>(response);  // only this library makes them
     return S_OK;
   }
-  json Answer() { return response_ ? response_->Read() : json::object(); }
+  json Answer() {
+    if (!response_) return json::object();
+    CheckReleased(response_.Get(), "response");
+    return response_->Read();
+  }
 
  private:
   ComPtr<Request> request_;
   ComPtr<Response> response_;
 };
 
-class MessageArgs final : public Object<ICoreWebView2WebMessageReceivedEventArgs> {
+class MessageArgs final : public ComObject<ICoreWebView2WebMessageReceivedEventArgs> {
  public:
   MessageArgs(std::wstring text, bool is_string) : text_(std::move(text)), is_string_(is_string) {}
   HRESULT STDMETHODCALLTYPE TryGetWebMessageAsString(LPWSTR* value) override {
@@ -238,86 +234,75 @@ class MessageArgs final : public Object<ICoreWebView2WebMessageReceivedEventArgs
   bool is_string_;
 };
 
-class NavigationArgs final : public Object<ICoreWebView2NavigationCompletedEventArgs> {};
+class NavigationArgs final : public ComObject<ICoreWebView2NavigationCompletedEventArgs> {};
 
 template <typename Handler>
-HRESULT Register(const char* name, std::vector<ComPtr<Handler>>& handlers, Handler* handler,
-                 EventRegistrationToken* token) {
-  if (!handler || !token) return E_POINTER;
-  if (const HRESULT result = OnUiThread(name); FAILED(result)) return result;
+HRESULT Register(const char* name, ComPtr<Handler>& kept, Handler* handler) {
   CheckHandler(handler, name);
-  handlers.push_back(handler);
-  token->value = static_cast<__int64>(handlers.size());
-  SendEvent("handler", {{"name", name}});
-  return S_OK;
+  kept = handler;
+  return Report(name, "handler", {{"name", name}});
 }
 
-class View final : public Object<ICoreWebView2_3, ICoreWebView2_2, ICoreWebView2> {
+class View final : public ComObject<ICoreWebView2_3> {
  public:
   HRESULT STDMETHODCALLTYPE get_Settings(ICoreWebView2Settings** settings) override {
     return HandOut(settings_.Get(), settings);
   }
   HRESULT STDMETHODCALLTYPE Navigate(LPCWSTR uri) override {
-    if (const HRESULT result = OnUiThread("Navigate"); FAILED(result)) return result;
-    SendEvent("navigate", {{"uri", WideToUtf8(uri)}});
-    return S_OK;
+    // What is set up later could miss the page's first steps.
+    if (g_state.calls !=
+        "areDevToolsEnabled areDefaultContextMenusEnabled isStatusBarEnabled put_Bounds folder filter "
+        "WebResourceRequested WebMessageReceived NavigationCompleted ")
+      SendProblem("calls before Navigate: " + g_state.calls);
+    return Report("Navigate", "navigate", {{"uri", WideToUtf8(uri)}});
   }
   HRESULT STDMETHODCALLTYPE add_NavigationCompleted(ICoreWebView2NavigationCompletedEventHandler* handler,
-                                                    EventRegistrationToken* token) override {
-    return Register("NavigationCompleted", g_state.navigation_completed, handler, token);
+                                                    EventRegistrationToken*) override {
+    return Register("NavigationCompleted", g_state.navigation_completed, handler);
   }
   HRESULT STDMETHODCALLTYPE PostWebMessageAsJson(LPCWSTR text) override {
-    if (const HRESULT result = OnUiThread("PostWebMessageAsJson"); FAILED(result)) return result;
-    SendEvent("message", {{"text", WideToUtf8(text)}});
-    return S_OK;
+    return Report("PostWebMessageAsJson", "message", {{"text", WideToUtf8(text)}});
   }
   HRESULT STDMETHODCALLTYPE add_WebMessageReceived(ICoreWebView2WebMessageReceivedEventHandler* handler,
-                                                   EventRegistrationToken* token) override {
-    return Register("WebMessageReceived", g_state.message_received, handler, token);
+                                                   EventRegistrationToken*) override {
+    return Register("WebMessageReceived", g_state.message_received, handler);
   }
   HRESULT STDMETHODCALLTYPE add_WebResourceRequested(ICoreWebView2WebResourceRequestedEventHandler* handler,
-                                                     EventRegistrationToken* token) override {
-    return Register("WebResourceRequested", g_state.resource_requested, handler, token);
+                                                     EventRegistrationToken*) override {
+    return Register("WebResourceRequested", g_state.resource_requested, handler);
   }
   HRESULT STDMETHODCALLTYPE
   AddWebResourceRequestedFilter(LPCWSTR uri, COREWEBVIEW2_WEB_RESOURCE_CONTEXT context) override {
-    if (const HRESULT result = OnUiThread("AddWebResourceRequestedFilter"); FAILED(result)) return result;
     g_state.filters.emplace_back(uri, context);
-    SendEvent("filter", {{"uri", WideToUtf8(uri)}, {"context", static_cast<int>(context)}});
-    return S_OK;
+    return Report("filter", "filter", {{"uri", WideToUtf8(uri)}, {"context", static_cast<int>(context)}});
   }
   HRESULT STDMETHODCALLTYPE SetVirtualHostNameToFolderMapping(
       LPCWSTR host, LPCWSTR folder, COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND access) override {
-    if (const HRESULT result = OnUiThread("SetVirtualHostNameToFolderMapping"); FAILED(result)) return result;
-    SendEvent(
-        "folder",
+    return Report(
+        "folder", "folder",
         {{"host", WideToUtf8(host)}, {"folder", WideToUtf8(folder)}, {"access", static_cast<int>(access)}});
-    return S_OK;
   }
 
  private:
-  ComPtr<Settings> settings_{new Settings};
+  ComPtr<Settings> settings_ = Adopt(new Settings);
 };
 
-class Controller final : public Object<ICoreWebView2Controller> {
+class Controller final : public ComObject<ICoreWebView2Controller> {
  public:
   HRESULT STDMETHODCALLTYPE put_Bounds(RECT bounds) override {
-    if (const HRESULT result = OnUiThread("put_Bounds"); FAILED(result)) return result;
-    SendEvent(
-        "bounds",
+    return Report(
+        "put_Bounds", "bounds",
         {{"left", bounds.left}, {"top", bounds.top}, {"right", bounds.right}, {"bottom", bounds.bottom}});
-    return S_OK;
   }
   HRESULT STDMETHODCALLTYPE get_CoreWebView2(ICoreWebView2** view) override {
     return HandOut(g_state.view.Get(), view);
   }
 };
 
-class Environment final : public Object<ICoreWebView2Environment> {
+class Environment final : public ComObject<ICoreWebView2Environment> {
  public:
   HRESULT STDMETHODCALLTYPE CreateCoreWebView2Controller(
       HWND parent, ICoreWebView2CreateCoreWebView2ControllerCompletedHandler* handler) override {
-    if (!handler) return E_POINTER;
     if (const HRESULT result = OnUiThread("CreateCoreWebView2Controller"); FAILED(result)) return result;
     CheckHandler(handler, "controller completed");
     g_state.controller_created = handler;
@@ -329,61 +314,50 @@ class Environment final : public Object<ICoreWebView2Environment> {
   HRESULT STDMETHODCALLTYPE CreateWebResourceResponse(IStream* content, int status, LPCWSTR reason,
                                                       LPCWSTR headers,
                                                       ICoreWebView2WebResourceResponse** response) override {
-    return HandOut(new Response(content, status, reason, headers), response);
+    *response = new Response(content, status, reason, headers);
+    return S_OK;
   }
 };
 
 // --- what the driver asks
-// -----------------------------------------------------------------------------------------------
-
-// Filters know "*" (any text) and "?" (any one character).
-bool Matches(std::wstring_view pattern, std::wstring_view uri) {
-  if (pattern.empty()) return uri.empty();
-  if (pattern[0] == L'*')
-    return Matches(pattern.substr(1), uri) || (!uri.empty() && Matches(pattern, uri.substr(1)));
-  return !uri.empty() && (pattern[0] == L'?' || pattern[0] == uri[0]) &&
-         Matches(pattern.substr(1), uri.substr(1));
-}
 
 json GetResource(const json& command) {
   const std::wstring uri = Utf8ToWide(command["uri"].get<std::string>());
   const int context = command.value("context", 1);
-  bool wanted = false;
-  for (const auto& [pattern, only] : g_state.filters) {
-    wanted = wanted ||
-             ((only == COREWEBVIEW2_WEB_RESOURCE_CONTEXT_ALL || only == context) && Matches(pattern, uri));
-  }
-  const ComPtr<RequestedArgs> args(new RequestedArgs(uri));
-  if (wanted) {
-    for (const auto& handler : g_state.resource_requested) handler->Invoke(g_state.view.Get(), args.Get());
-  }
+  const bool wanted = std::ranges::any_of(g_state.filters, [&](const auto& filter) {
+    const auto& [pattern, only] = filter;  // "<beginning>*"
+    return (only == COREWEBVIEW2_WEB_RESOURCE_CONTEXT_ALL || only == context) &&
+           uri.starts_with(std::wstring_view(pattern).substr(0, pattern.size() - 1));
+  });
+  const auto args = Adopt(new RequestedArgs(uri));
+  if (wanted) g_state.resource_requested->Invoke(g_state.view.Get(), args.Get());
   return args->Answer();
 }
 
 json DeliverMessage(const json& command) {
   const std::wstring text = WideFromBase64(command["utf16"].get<std::string>());
-  const ComPtr<MessageArgs> args(new MessageArgs(text, command.value("isString", true)));
-  for (const auto& handler : g_state.message_received) handler->Invoke(g_state.view.Get(), args.Get());
+  const auto args = Adopt(new MessageArgs(text, command.value("isString", true)));
+  g_state.message_received->Invoke(g_state.view.Get(), args.Get());
   return json::object();
 }
 
 json CompleteNavigation() {
-  const ComPtr<NavigationArgs> args(new NavigationArgs);
-  for (const auto& handler : g_state.navigation_completed) handler->Invoke(g_state.view.Get(), args.Get());
+  const auto args = Adopt(new NavigationArgs);
+  g_state.navigation_completed->Invoke(g_state.view.Get(), args.Get());
   return json::object();
 }
 
 json CompleteEnvironment(const json& command) {
   const HRESULT error = command.value("error", 0);
-  const ComPtr<Environment> environment(SUCCEEDED(error) ? new Environment : nullptr);
+  const auto environment = Adopt(SUCCEEDED(error) ? new Environment : nullptr);
   g_state.environment_created->Invoke(error, environment.Get());
   return json::object();
 }
 
 json CompleteController(const json& command) {
   const HRESULT error = command.value("error", 0);
-  g_state.view = new View;
-  const ComPtr<Controller> controller(SUCCEEDED(error) ? new Controller : nullptr);
+  g_state.view = Adopt(new View);
+  const auto controller = Adopt(SUCCEEDED(error) ? new Controller : nullptr);
   g_state.controller_created->Invoke(error, controller.Get());
   return json::object();
 }
@@ -422,9 +396,8 @@ void ReceiveCommands() {
     for (size_t end; (end = pending.find('\n', searched)) != std::string::npos; searched = 0) {
       auto command = std::make_unique<json>(json::parse(std::string_view(pending).substr(0, end)));
       pending.erase(0, end + 1);
-      if (PostMessageW(g_state.window, kCommandMessage, 0, reinterpret_cast<LPARAM>(command.get()))) {
+      if (PostMessageW(g_state.window, kCommandMessage, 0, reinterpret_cast<LPARAM>(command.get())))
         static_cast<void>(command.release());
-      }
     }
   }
   // A program whose driver is gone would stay for ever.
@@ -443,9 +416,8 @@ HRESULT Connect() {
   g_state.socket = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
   const BOOL on = TRUE;
   setsockopt(g_state.socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&on), sizeof on);
-  if (connect(g_state.socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+  if (connect(g_state.socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
     return HRESULT_FROM_WIN32(ERROR_CONNECTION_REFUSED);
-  }
   return S_OK;
 }
 
@@ -462,7 +434,6 @@ HRESULT CheckApartment() {
 extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE CreateCoreWebView2EnvironmentWithOptions(
     PCWSTR browser_folder, PCWSTR user_data_folder, ICoreWebView2EnvironmentOptions* options,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler) {
-  if (!handler) return E_POINTER;
   const HRESULT apartment = CheckApartment();
   if (const HRESULT result = Connect(); FAILED(result)) return result;
   SendEvent("create_environment", {{"browserFolder", WideToUtf8(browser_folder ? browser_folder : L"")},
