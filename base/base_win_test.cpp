@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <future>
+#include <iterator>
 #include <stdexcept>
+#include <thread>
 
 #include "base/handle_win.h"
 #include "base/registry_win.h"
@@ -54,6 +59,24 @@ TEST(StartWorker, RunsOnAnotherThreadAndContainsExceptions) {
   EXPECT_NE(thread_id.get_future().get(), GetCurrentThreadId());
   StartWorker([] { throw 7; });
   Sleep(50);  // an escaped exception would have ended this process
+}
+
+// Libraries that load meanwhile make threads wait at their start and at their end.
+TEST(StartWorker, RunsEachBodyOnceHoweverThreadsBeginAndEnd) {
+  static std::array<std::atomic<int>, 2000> runs;  // outlives a worker that is late
+  const auto ran_once = [] {
+    return std::ranges::count_if(runs, [](const auto& count) { return count == 1; });
+  };
+  std::atomic<bool> done = false;
+  std::thread loader([&] {
+    while (!done)
+      if (const HMODULE library = LoadLibraryW(L"d3d9.dll")) FreeLibrary(library);
+  });
+  for (std::atomic<int>& count : runs) StartWorker([&count] { ++count; });
+  for (int i = 0; i < 200 && ran_once() < std::ssize(runs); ++i) Sleep(50);
+  done = true;
+  loader.join();
+  EXPECT_EQ(ran_once(), std::ssize(runs));
 }
 
 TEST(OwnedHandle, ClosesExactlyOnce) {
