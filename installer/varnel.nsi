@@ -13,7 +13,6 @@ SetCompressor /SOLID lzma
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
-!include x64.nsh
 
 !define PRODUCT "Varnel"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Varnel"
@@ -124,6 +123,11 @@ Function ${prefix}WaitUntilClosed
     IntOp $R0 $R0 + 1
   ${Loop}
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(RUNNING)" /SD IDCANCEL IDRETRY again
+  !if "${prefix}" == ""
+    ${If} $update_restart == 1 ; another one runs; the user's own has ended for the update
+      Call StartForUser
+    ${EndIf}
+  !endif
   SetErrorLevel 2
   Quit
 FunctionEnd
