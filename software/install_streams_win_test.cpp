@@ -117,6 +117,7 @@ TEST(Streams, WaitForAToolThatHasClosedItsOutput) {
   const ToolCopy winget(
       L"winget",
       {{"steps", {{{"text", "Bye\n"}, {"close_output", true}}, {{"delay_ms", 400}}}}, {"exit", 7}});
+  winget.BecomeWindowed();
   installSoftware(0, "Brook.TarnSync");
   EXPECT_THAT(TakePostedTexts(), ElementsAre(kInstalling, Output("Bye", false), Exit(7, false)))
       << "259 is the code of a process that still runs";
