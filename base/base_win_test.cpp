@@ -72,7 +72,10 @@ TEST(StartWorker, RunsEachBodyOnceHoweverThreadsBeginAndEnd) {
     while (!done)
       if (const HMODULE library = LoadLibraryW(L"d3d9.dll")) FreeLibrary(library);
   });
-  for (std::atomic<int>& count : runs) StartWorker([&count] { ++count; });
+  for (std::atomic<int>& count : runs) {
+    count = 0;
+    StartWorker([&count] { ++count; });
+  }
   for (int i = 0; i < 200 && ran_once() < std::ssize(runs); ++i) Sleep(50);
   done = true;
   loader.join();
