@@ -12,8 +12,7 @@ const at = (...parts) => join(web, ...parts);
 const out_flag = process.argv.indexOf('--out');
 const out = resolve(out_flag > 0 ? process.argv[out_flag + 1] : at('dist'));
 
-// Without the notices, which are law and not script.
-const kBudgets = { 'index.html': 4_000, 'css/style.css': 30_000, 'js/app.js': 180_000 };
+const kBudgets = { 'index.html': 4_000, 'css/style.css': 30_000, 'js/app.js': 186_000 };
 
 // The licences of what is compiled into the script travel with it.
 const notices = ['preact', 'lucide-static'].map(
@@ -44,6 +43,7 @@ const files = {
     jsx: 'automatic',
     jsxImportSource: 'preact',
     define: { VARNEL_VERSION: JSON.stringify(version) },
+    footer: { js: notices.join('\n') },
     plugins: [lucide, texts],
   }),
   'app.png': readFileSync(at('icons/app.png')),
@@ -59,7 +59,6 @@ for (const [name, bytes] of Object.entries(files)) {
 }
 if (too_big) process.exit(1);
 
-files['js/app.js'] = Buffer.concat([files['js/app.js'], Buffer.from(`${notices.join('\n')}\n`)]);
 for (const [name, bytes] of Object.entries(files)) {
   const path = join(out, name);
   mkdirSync(dirname(path), { recursive: true });
