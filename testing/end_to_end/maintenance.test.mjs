@@ -229,7 +229,24 @@ test('what the check for an update finds and shows', () => withVarnel({
     await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
     await dialog.waitFor();  // it insists
     await page.keyboard.press('Escape');
-    assert.deepEqual(server.requests.slice(cases.length), ['/version.json', '/version.json'], 'nothing is downloaded without consent');
+    await dialog.waitFor({ state: 'detached' });
+
+    // But it does not put itself in the place of another question.
+    let answerNow;
+    const asked = new Promise((resolve) => {
+      answers['/version.json'] = (response) => resolve(answerNow = () => serve('{"version":"2.1.0","mandatory":true}')(response));
+    });
+    await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
+    await asked;
+    await page.getByRole('button', { name: 'Odinstalovat Varnel' }).click();
+    const other = page.getByRole('dialog', { name: 'Odinstalovat Varnel?' });
+    await other.waitFor();
+    answerNow();
+    await card.getByText('2.1.0').waitFor();
+    await page.evaluate(() => new Promise((done) => { setTimeout(done); }));
+    assert.deepEqual([await other.count(), await dialog.count()], [1, 0]);
+    await page.keyboard.press('Escape');
+    assert.deepEqual(server.requests.slice(cases.length), Array(3).fill('/version.json'), 'nothing is downloaded without consent');
     assert.equal(existsSync(temporary('varnel_version_online.json')), false, 'no local copy stays');
   } finally {
     await server.close();

@@ -4,7 +4,7 @@ import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { appendLines, type Line } from '../lib/terminal.ts';
 import { t } from '../text/text.ts';
-import { confirm } from '../ui/dialog.tsx';
+import { confirm, isDialogOpen } from '../ui/dialog.tsx';
 import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
 import { jobs } from './software.ts';
@@ -90,7 +90,8 @@ function startFileCheck() {
 
 export const update = createSource(async () => {
   const found = await host.request('checkForUpdates', undefined, kCheckTimeoutMs);
-  if (found.hasUpdate && found.mandatory) setTimeout(() => void applyUpdate());
+  // Not in the place of a question that the user is about to answer.
+  if (found.hasUpdate && found.mandatory) setTimeout(() => isDialogOpen() || void applyUpdate());
   return found;
 });
 

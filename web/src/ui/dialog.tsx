@@ -14,6 +14,8 @@ interface DialogProps {
   onClose(): void;
 }
 
+export const isDialogOpen = () => document.querySelector('dialog[open]') !== null;
+
 export function Dialog({ title, children, actions, onClose }: DialogProps) {
   const dialog = useRef<HTMLDialogElement>(null);
   const title_id = useId();

@@ -4,6 +4,7 @@ import { draft, editHosts, hosts, reloadHosts, saveHosts, savingHosts } from '..
 import { t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
 import { DataView } from '../ui/data_view.tsx';
+import { isDialogOpen } from '../ui/dialog.tsx';
 import { useStore } from '../ui/hooks.ts';
 
 const kShownProblems = 200;
@@ -57,7 +58,7 @@ function Editor({ text }: { text: string }) {
     const onKeyDown = (event: KeyboardEvent) => {
       if (!event.ctrlKey || event.key.toLowerCase() !== 's') return;
       event.preventDefault();
-      if (!document.querySelector('dialog[open]')) void saveHosts();
+      if (!isDialogOpen()) void saveHosts();
     };
     document.addEventListener('keydown', onKeyDown);
     return () => document.removeEventListener('keydown', onKeyDown);
