@@ -171,3 +171,30 @@ test('the keyboard alone reaches every control in the order of the page', () => 
     assert.deepEqual(reached, Array.from({ length: count }, (_, i) => String(i)), id);
   }
 }));
+
+test('in a window of half the size, as at 200 %, rows still have their names', () => withVarnel({ viewport: { width: 700, height: 450 } }, async ({ page }) => {
+  await openView(page, 'processes');
+  const name = await page.getByRole('row', { name: /Varnel\.exe/ }).getByRole('gridcell').nth(1).boundingBox();
+  assert.ok(name.width > 100, `${name.width} px`);
+  await screenshot(page, 'processes-half-amethyst-cs');
+}));
+
+test('what would put another page into the window does not: the key for reloading, a dropped file', () => withVarnel({}, async ({ page }) => {
+  await page.waitForSelector('.facts');
+  const refused = await page.evaluate(() => {
+    const holding = (...what) => {
+      const dataTransfer = new DataTransfer();
+      dataTransfer.items.add(...what);
+      return dataTransfer;
+    };
+    const file = holding(new File(['x'], 'x.txt'));
+    const init = { bubbles: true, cancelable: true };
+    return [
+      new KeyboardEvent('keydown', { ...init, key: 'R', code: 'KeyR', ctrlKey: true, shiftKey: true }),
+      new DragEvent('dragover', { ...init, dataTransfer: file }),
+      new DragEvent('drop', { ...init, dataTransfer: file }),
+      new DragEvent('drop', { ...init, dataTransfer: holding('some text', 'text/plain') }),
+    ].map((event) => !document.body.dispatchEvent(event));
+  });
+  assert.deepEqual(refused, [true, true, true, false]);
+}));

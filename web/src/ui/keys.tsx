@@ -24,7 +24,8 @@ function onKeyDown(event: KeyboardEvent) {
     if (!document.querySelector('dialog[open]')) run();
   };
   if (altKey || metaKey) return;
-  if (key === 'F5') act(() => refreshOfView.get()?.());
+  // The control's own reload would lose the queue and everything that is not saved.
+  if (key === 'F5' || (ctrlKey && event.code === 'KeyR')) act(() => refreshOfView.get()?.());
   else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f') act(() => document.querySelector<HTMLElement>('[data-filter]')?.focus());
   // By position, so that it also works on the Czech layout, whose upper row gives letters.
   else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[1-9]$/.test(event.code))
@@ -37,10 +38,16 @@ function onKeyDown(event: KeyboardEvent) {
   else if (key === '?' && !typing && !ctrlKey) act(showKeys);
 }
 
+// A dropped file would take the place of the page.
+function refuseFiles(event: DragEvent) {
+  if (event.dataTransfer?.types.includes('Files')) event.preventDefault();
+}
+
 export function useShortcuts() {
   useEffect(() => {
     document.addEventListener('keydown', onKeyDown);
-    return () => document.removeEventListener('keydown', onKeyDown);
+    document.addEventListener('dragover', refuseFiles);
+    document.addEventListener('drop', refuseFiles);
   }, []);
 }
 
