@@ -25,9 +25,9 @@ export function Developer() {
   const unsaved = useStore(draft) !== undefined;
   const { source, reload, Panel } = parts[part];
   const { at } = useStore<{ at?: number }>(source);
-  // Asked for when it is first looked at: two of them need the helper service or many seconds.
+  // Asked for when it is looked at, until it is there: two of them need the helper service or many seconds.
   useEffect(() => {
-    if (source.get().phase === 'idle') void source.reload();
+    if (!(source.get() as { data?: unknown }).data) void source.reload();
   }, [source]);
   return (
     <View id="developer" refresh={reload as () => void} at={at}>
