@@ -75,7 +75,7 @@ test('a process is found, ended after a question, and really gone', () => withVa
     await end.click();
     const named = await dialogOf(page, 'Ukončit 1 proces?');
     await named.getByText(`Kresba žlutá.exe (PID ${first.windowsPid})`).waitFor();
-    await named.getByText('Co v něm není uložené, se ztratí.').waitFor();
+    await named.getByText('Neuložená práce se ztratí.').waitFor();
     await named.getByRole('button', { name: 'Zrušit' }).and(page.locator(':focus')).waitFor();
     await checkAccessibility(page);
     await screenshot(page, 'processes-question-amethyst-cs');

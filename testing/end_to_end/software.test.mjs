@@ -483,7 +483,7 @@ test('a script for drivers that Windows blocks costs only the drivers', () => wi
   const { page } = app;
   await openView(page, 'software');
   await page.getByRole('button', { name: 'Scan the system' }).first().click();
-  const banner = page.locator('[data-testid=scan][role=alert]', { hasText: 'Drivers could not be looked for, program updates could.' });
+  const banner = page.locator('[data-testid=scan][role=alert]', { hasText: 'Drivers could not be looked for.' });
   await banner.waitFor();
   await page.getByRole('grid', { name: 'Updates' }).waitFor();
   assert.equal((await rowsOf(page, 'Updates')).length, kUpdateRows.length);

@@ -33,6 +33,8 @@ export const sameJob = (a: Task, b: Task) => a.kind === b.kind && a.id === b.id;
 /** The messages that a job is told of. They do not say which job they belong to. */
 export const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
 export type Stream = ReturnType<typeof streamOf>;
+/** What is said of a job; an end that is not known is no failure. */
+export const stateWord = ({ state, code }: Job) => (state === 'failed' && code === undefined ? 'unknown' : state);
 export const isPending = ({ state }: Job) => state === 'waiting' || state === 'running';
 
 /** What waits or runs already is not added again; what has ended starts anew, at the end. One whose tool may still run stays as well. */

@@ -1,7 +1,7 @@
 import { host } from '../bridge/host.ts';
 import type { Message, Reply } from '../bridge/protocol.ts';
 import {
-  addTasks, endUnknown, hearLine, isPending, startNext, toolEnded, withoutService, type Job, type Jobs, type Stream, type Task,
+  addTasks, endUnknown, hearLine, isPending, startNext, stateWord, toolEnded, withoutService, type Job, type Jobs, type Stream, type Task,
 } from '../lib/jobs.ts';
 import type { Leftover } from '../lib/leftovers.ts';
 import { realignApp, realignUpdate, type Package } from '../lib/realign.ts';
@@ -185,8 +185,8 @@ function settle(after: Jobs) {
   else if (after !== before && !after.some(isPending)) reloadChanged();
 }
 
-function tellEnd({ name, state }: Job) {
-  tell(`${name}: ${t(`jobs.${state}`)}`, state === 'failed');
+function tellEnd(job: Job) {
+  tell(`${job.name}: ${t(`jobs.${stateWord(job)}`)}`, job.state === 'failed');
 }
 
 /** What has been changed is listed anew, once nothing runs any more. */

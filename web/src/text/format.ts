@@ -20,8 +20,8 @@ export function formatBytes(bytes: number): string {
 }
 
 /** 0 to 100. */
-export function formatPercent(percent: number): string {
-  return cached('percent', () => new Intl.NumberFormat(locale(), { style: 'percent' })).format(percent / 100);
+export function formatPercent(percent: number, digits = 0): string {
+  return formatNumber(percent / 100, digits, 'percent');
 }
 
 /** 2^20 bits per second. */

@@ -38,9 +38,9 @@ export function cached<T>(name: string, make: () => T): T {
   return cache.get(key) as T;
 }
 
-export function formatNumber(value: number, digits = 0): string {
-  const format = cached(`number ${digits}`, () => {
-    return new Intl.NumberFormat(locale(), { minimumFractionDigits: digits, maximumFractionDigits: digits });
+export function formatNumber(value: number, digits = 0, style: 'decimal' | 'percent' = 'decimal'): string {
+  const format = cached(style + digits, () => {
+    return new Intl.NumberFormat(locale(), { style, minimumFractionDigits: digits, maximumFractionDigits: digits });
   });
   return format.format(value);
 }

@@ -3,7 +3,7 @@ import { clockText, isMeasured, type ProcessRow } from '../lib/processes.ts';
 import { kNoSelection } from '../lib/table.ts';
 import { place } from '../state/navigation.ts';
 import { endProcesses, kProcessesPeriodMs, paused, pollProcesses, processes, togglePaused } from '../state/processes.ts';
-import { kNothing } from '../text/format.ts';
+import { formatPercent, kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
 import { DataView } from '../ui/data_view.tsx';
@@ -34,7 +34,7 @@ export function Processes() {
         id: 'share',
         title: t('processes.share'),
         value: ({ share }) => share,
-        text: ({ share }) => (share === undefined ? kNothing : `${formatNumber(share, 1)}\u00a0%`),
+        text: ({ share }) => (share === undefined ? kNothing : formatPercent(share, 1)),
         numeric: true,
         width: '8rem',
       },

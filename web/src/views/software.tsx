@@ -146,7 +146,7 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
     );
   }
   const notice = (
-    <Notice icon="success" title={title}>
+    <Notice icon="software" title={title}>
       <p>{why}</p>
     </Notice>
   );

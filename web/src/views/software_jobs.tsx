@@ -1,5 +1,5 @@
 import { useState } from 'preact/hooks';
-import { codeText, isPending, pendingOnly, sameJob, withoutWaiting, wordOf, type Job, type JobKind } from '../lib/jobs.ts';
+import { codeText, isPending, pendingOnly, sameJob, stateWord, withoutWaiting, wordOf, type Job, type JobKind } from '../lib/jobs.ts';
 import { abandonRunning, jobs } from '../state/software.ts';
 import { formatPercent } from '../text/format.ts';
 import { t } from '../text/text.ts';
@@ -19,7 +19,8 @@ export function JobState({ kind, id }: { kind: JobKind; id: string }) {
   return job ? <Progress {...job} /> : null;
 }
 
-function Progress({ state, percent, code }: Job) {
+function Progress(job: Job) {
+  const { state, percent } = job;
   return (
     <span class="job-state" data-state={state}>
       {state === 'running' && percent === undefined && <span class="spinner" aria-hidden="true" />}
@@ -27,7 +28,7 @@ function Progress({ state, percent, code }: Job) {
       {state === 'restart' && <Icon name="refresh" />}
       {state === 'failed' && <Icon name="alert" />}
       {percent === undefined ? (
-        t(state === 'failed' && code === undefined ? 'jobs.unknown' : `jobs.${state}`)
+        t(`jobs.${stateWord(job)}`)
       ) : (
         <>
           <Bar percent={percent} />
