@@ -265,7 +265,11 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
   };
   const server = await startReleaseServer(answers);
   try {
-    await withVarnel({ program: loopback, settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 } }, async (app) => {
+    const kUpdate = 'Name  Id     Version  Available  Source\r\n---------------------------------------\r\nTarn  B.Tarn  1.0      1.2        winget\r\n';
+    await withVarnel({
+      program: loopback, settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 },
+      tools: { 'winget.exe': { cases: [{ when: '--id', steps: [{ delay_ms: 3000, text: 'Done\r\n' }] }, { when: 'upgrade', steps: [{ text: kUpdate }] }] } },
+    }, async (app) => {
       const { page } = app;
       const card = page.locator('.at-update');
       const install = card.getByRole('button', { name: 'Download and install' });
@@ -285,6 +289,23 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       await checkAccessibility(page);
       await screenshot(page, 'maintenance-download-failed-light-en');
 
+      // What would end the program while something is installed says so, and nothing is installed while it is about to end.
+      const queueUpdate = async () => {
+        await openView(page, 'software');
+        await page.getByRole('row', { name: /Tarn/ }).getByRole('checkbox').click();
+        await page.getByRole('button', { name: 'Update selected (1)' }).click();
+      };
+      await openView(page, 'software');
+      await page.keyboard.press('F5');
+      await queueUpdate();
+      await openView(page, 'maintenance');
+      for (const name of ['Uninstall Varnel', 'Restart into safe mode']) {
+        await page.getByRole('button', { name }).click();
+        await page.getByRole('dialog', { name: `${name}?` }).getByText(/^Let the queue in Software finish first\. /).waitFor();
+        await page.keyboard.press('Escape');
+      }
+      await page.getByText('Tarn: done').waitFor();
+
       answers['/version.json'] = serve('{"version":"1.5.0","downloadUrl":"http://127.0.0.1:1/","changelog":"Faster"}');
       await page.keyboard.press('F5');
       await app.waitUntilShown(() => server.requests.length === 2 && install.isEnabled(), 'the second check');
@@ -293,6 +314,10 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       assert.deepEqual([await install.isEnabled(), app.process.exitCode], [false, null]);
       await screenshot(page, 'maintenance-downloading-light-en');
       await app.waitUntilShown(() => finishDownload !== undefined, 'the request of the installer');
+      await queueUpdate();
+      await page.getByRole('alert').getByText('Downloading the installer… After the download Varnel closes').waitFor();
+      assert.equal((await app.toolCalls('winget')).filter((call) => call.includes('--id')).length, 1);
+      await openView(page, 'maintenance');
       finishDownload();
       await card.getByText('Downloaded. Varnel closes now and the installation begins.').waitFor();
       await screenshot(page, 'maintenance-closing-light-en');

@@ -125,8 +125,11 @@ export async function applyUpdate() {
   }
 }
 
+/** A question about what ends Varnel or Windows begins with what it would interrupt. */
+export const withQueue = (body: string) => (jobs.get().some(isPending) ? `${t('update.busy')} ${body}` : body);
+
 export async function uninstallVarnel() {
-  const agreed = await confirm({ title: t('remove.confirm'), body: t('remove.confirmBody'), verb: t('remove.verb'), danger: true });
+  const agreed = await confirm({ title: t('remove.confirm'), body: withQueue(t('remove.confirmBody')), verb: t('remove.verb'), danger: true });
   if (!agreed) return;
   try {
     host.start('uninstallAppSuite', {});

@@ -2,7 +2,7 @@ import { useEffect } from 'preact/hooks';
 import type { BridgeError } from '../bridge/bridge.ts';
 import { isPending } from '../lib/jobs.ts';
 import {
-  abandonFileCheck, applyUpdate, download, kComeBack, repairs, repairStates, startRepair, uninstallVarnel, update, type Repair,
+  abandonFileCheck, applyUpdate, download, kComeBack, repairs, repairStates, startRepair, uninstallVarnel, update, withQueue, type Repair,
 } from '../state/maintenance.ts';
 import { jobs } from '../state/software.ts';
 import { formatPercent, formatTime } from '../text/format.ts';
@@ -136,12 +136,14 @@ function Update() {
 /** What interrupts the user's work asks first. */
 async function ask(repair: Repair) {
   if (repair === 'rebuild-icons' || repair === 'safemode-reboot') {
+    const restarts = repair === 'safemode-reboot';
+    const body = t(`repair.${repair}.confirmBody`);
     const agreed = await confirm({
       title: t(`repair.${repair}.confirm`),
-      body: t(`repair.${repair}.confirmBody`),
-      items: repair === 'safemode-reboot' ? [kComeBack] : [],
+      body: restarts ? withQueue(body) : body,
+      items: restarts ? [kComeBack] : [],
       verb: t(`repair.${repair}.verb`),
-      danger: repair === 'safemode-reboot',
+      danger: restarts,
     });
     if (!agreed) return;
   }

@@ -4,6 +4,7 @@ import { host } from '../bridge/host.ts';
 import { isSafeArgument, obstacleOf, type Obstacle, type Package } from '../lib/realign.ts';
 import { isPending, type JobKind } from '../lib/jobs.ts';
 import type { Source, SourceState } from '../lib/source.ts';
+import { download } from '../state/maintenance.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
 import { apps, drivers, enqueue, jobs, packageKey, scan, startScan, updates, type Drivers } from '../state/software.ts';
 import { openTerminal } from '../state/terminal.ts';
@@ -204,6 +205,9 @@ const settings_pages: Partial<Record<JobKind, string>> = {
 
 /** An update can be repeated by hand; what changes more is asked about first. */
 async function start(kind: JobKind, rows: Row[]) {
+  const { since, closing } = download.get();
+  // Varnel ends as soon as its own update is there.
+  if (since !== undefined || closing) return toast(`${t('update.downloading')} ${t('update.willClose')}`, { error: true });
   const tasks = [...new Map(rows.map(({ id, name }) => [id, { kind, id, name }])).values()];
   const agreed =
     kind === 'update' ||
