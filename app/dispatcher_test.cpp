@@ -68,7 +68,7 @@ TEST(Dispatch, AnswersExactly) {
        {Failure(type_error + "number, but is object")}},
       {"unknown", LR"({"action":"noSuchAction","requestId":1})", {}},
       {"array", L"[1,2]", {}},
-      {"empty object", L"{}", {}},
+      {"no action", LR"({"requestId":1})", {}},
       {"bare text", LR"("testBridge")", {}},
       {"missing data", LR"({"action":"text"})", {Failure(type_error + "string, but is null")}},
       {"null data", LR"({"action":"text","data":null})", {Failure(type_error + "string, but is null")}},

@@ -21,6 +21,6 @@ TEST(ParseJson, BoundsNesting) {
   EXPECT_NO_THROW(ParseJson(nested(kMaxJsonDepth)));
   EXPECT_THROW(ParseJson(nested(kMaxJsonDepth + 1)), std::length_error);
   EXPECT_THROW(ParseJson(std::string(2'000'000, '[')), nlohmann::json::parse_error);
-  const std::string brackets_in_text = "\"" + std::string(kMaxJsonDepth + 2, '[') + "\\\"[\"";
+  const std::string brackets_in_text = "\"\\\"" + std::string(kMaxJsonDepth + 1, '[') + "\"";
   EXPECT_NO_THROW(ParseJson(brackets_in_text));
 }

@@ -21,6 +21,7 @@ TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
                                 LR"(C:\Users\Jiří Novák\\)", LR"(C:\Windows\)", LR"(C:\Windows\System32\)",
                                 LR"(C:\Windows\Temporary)", LR"(D:\Apps)", LR"(D:\Apps\Varnel\bin\)"})
     EXPECT_FALSE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
+  EXPECT_FALSE(MayBeEmptied(LR"(W:\)", {LR"(W:\Windows)", {}})) << "above Windows alone";
 }
 
 TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {

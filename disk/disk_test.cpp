@@ -118,35 +118,6 @@ std::vector<Entry> Files(int count, uint64_t size) {
 
 }  // namespace
 
-TEST(LargestFiles, HoldsTheThirtyLargest) {
-  std::mt19937 random(1);
-  for (int round = 0; round < 200; ++round) {
-    std::vector<uint64_t> sizes(random() % 200);
-    for (uint64_t& size : sizes) size = random() % (1 + round * 5);
-    LargestFiles collector;
-    for (const uint64_t size : sizes) collector.Offer(size, [&] { return std::to_wstring(size); });
-    std::sort(sizes.rbegin(), sizes.rend());
-    sizes.resize(std::min(sizes.size(), kLargestFileCount));
-    std::vector<uint64_t> held;
-    for (const DiskFileItem& file : collector.TakeLargestFirst()) {
-      EXPECT_EQ(file.path, std::to_wstring(file.size));
-      held.push_back(file.size);
-    }
-    EXPECT_EQ(held, sizes);
-  }
-}
-
-TEST(LargestFiles, AnEqualFileDoesNotTakeTheThirtiethPlace) {
-  LargestFiles collector;
-  for (int i = 0; i < 30; ++i) collector.Offer(5, [] { return L"held"; });
-  collector.Offer(5, []() -> std::wstring { throw std::logic_error("path of a file that is not taken"); });
-  collector.Offer(6, [] { return L"larger"; });
-  const std::vector<DiskFileItem> files = collector.TakeLargestFirst();
-  ASSERT_EQ(files.size(), 30u);
-  EXPECT_EQ(files.front().path, L"larger");
-  EXPECT_EQ(files.back().path, L"held");
-}
-
 TEST(AnalyzeFolders, AgreesWithAPlainCountOnRandomTrees) {
   std::mt19937 random(2);
   for (int round = 0; round < 150; ++round) {
@@ -156,7 +127,7 @@ TEST(AnalyzeFolders, AgreesWithAPlainCountOnRandomTrees) {
     std::vector<uint64_t> sizes;
     for (const auto& [path, size] : want.files) sizes.push_back(size);
     std::sort(sizes.rbegin(), sizes.rend());
-    sizes.resize(std::min(sizes.size(), kLargestFileCount));
+    sizes.resize(std::min<size_t>(sizes.size(), 30));
 
     const Analysis got({tree}, round % 2 == 0 ? L"C:\\" : L"C:");
     EXPECT_EQ(got.folder_sizes, want.folder_sizes);
