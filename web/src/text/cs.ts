@@ -44,7 +44,7 @@ export const cs = {
   'service.what': 'Varnel sám pracuje s vašimi běžnými právy. Zásahy, které vyžadují práva správce, předává pomocné službě systému Windows, a ta teď neodpovídá.',
   'service.stops': 'Dokud služba neběží, nejde',
   'service.stops.1': 'uložit soubor hosts a systémové proměnné prostředí, spravovat vývojářské služby,',
-  'service.stops.2': 'měnit položky po spuštění společné pro všechny uživatele,',
+  'service.stops.2': 'měnit položky po spuštění společné pro všechny uživatele, čistit složky Windows, instalovat ovladače,',
   'service.stops.3': 'ověřovat systémové soubory, přepínat hibernaci, plánovat čištění a restartovat do nouzového režimu.',
   'service.works': 'Vše ostatní funguje dál',
   'service.works.text': 'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',

@@ -45,7 +45,7 @@ export const en: Texts = {
   'service.what': 'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service does not answer now.',
   'service.stops': 'Until the service runs, you cannot',
   'service.stops.1': 'save the hosts file and system environment variables, manage developer services,',
-  'service.stops.2': 'change start-up items that all users share,',
+  'service.stops.2': 'change start-up items that all users share, clean the folders of Windows, install drivers,',
   'service.stops.3': 'verify system files, switch hibernation, schedule cleaning or restart into safe mode.',
   'service.works': 'Everything else still works',
   'service.works.text': 'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
