@@ -171,6 +171,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
   const sum = useMemo(() => items.reduce((total, { size }) => total + size, 0), [items]);
   const columns = useMemo<Column<Entry>[]>(() => {
     const share = ({ size }: Entry) => (sum > 0 ? (size / sum) * 100 : 0);
+    const shareText = (entry: Entry) => (isUnknown(entry) ? kNothing : formatPercent(share(entry)));
     return [
       {
         id: 'name',
@@ -195,11 +196,11 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
         id: 'share',
         title: t('disk.share'),
         value: share,
-        text: (entry) => formatPercent(share(entry)),
+        text: shareText,
         cell: (entry) => (
           <span class="share">
             <Bar percent={share(entry)} />
-            <span>{formatPercent(share(entry))}</span>
+            <span>{shareText(entry)}</span>
           </span>
         ),
         width: '8rem',
