@@ -331,7 +331,7 @@ test('system files and the hibernation switch', async () => {
       // Without the service: the dialog, and the switch goes back.
       await toggle.click();
       await closeServiceDialog(page);
-      await page.getByRole('alert').filter({ hasText: 'Hibernation could not be switched' }).waitFor();
+      await page.getByRole('alert').filter({ hasText: 'Hibernation could not be switched. The helper service did not fulfil the request.' }).waitFor();
       await isOn(true);
 
       await app.startService({ set_hibernation: { reply: { success: true } } });

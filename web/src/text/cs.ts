@@ -48,6 +48,7 @@ export const cs = {
   'service.stops.3': 'ověřovat systémové soubory, přepínat hibernaci, plánovat čištění a restartovat do nouzového režimu.',
   'service.works': 'Vše ostatní funguje dál',
   'service.works.text': 'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',
+  'service.refused': 'Pomocná služba požadavek nesplnila.',
   'service.back': 'Pomocná služba znovu běží',
 
   'error.absent': 'Stránka není otevřená v programu Varnel, a proto nemá odkud brát údaje.',

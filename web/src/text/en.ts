@@ -49,6 +49,7 @@ export const en: Texts = {
   'service.stops.3': 'verify system files, switch hibernation, schedule cleaning or restart into safe mode.',
   'service.works': 'Everything else still works',
   'service.works.text': 'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
+  'service.refused': 'The helper service did not fulfil the request.',
   'service.back': 'The helper service is running again',
 
   'error.absent': 'This page is not open inside Varnel, so it has nowhere to take its figures from.',

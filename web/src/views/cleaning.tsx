@@ -244,7 +244,7 @@ function SystemFiles({ source }: { source: Source<'getSystemFilesAdvisor'> }) {
       await host.request('setHibernation', { enabled }, 60_000);
       toast(enabled ? t('system.hibernationOn') : t('system.hibernationOff'));
     } catch (error) {
-      toast(t('system.hibernationFailed', { reason: errorText(error) }), { error: true });
+      toast(t('system.hibernationFailed', { reason: errorText(error, t('service.refused')) }), { error: true });
     }
     await source.reload();
     setWanted(undefined);

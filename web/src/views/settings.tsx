@@ -100,7 +100,7 @@ function AutoClean({ on }: { on: boolean }) {
       await host.request('toggleScheduleClean', { enabled }, kScheduleTimeoutMs);
       saveSettings({ autoClean: enabled });
     } catch (error) {
-      toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason: errorText(error) }), { error: true });
+      toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason: errorText(error, t('service.refused')) }), { error: true });
     }
     setWanted(undefined);
   }
