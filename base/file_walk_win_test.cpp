@@ -119,7 +119,9 @@ TEST(FileWalk, LeavesAFileInUseAsItWas) {
   PutFile(locked, 10);
   PutFile(cleaned.path + L"\\a\\b\\free", 1);
   PutFile(cleaned.path + L"\\a\\z\\free", 1);
-  SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_READONLY);
+  const StandInNtfs ntfs;
+  for (const std::wstring& path : {locked, cleaned.path + L"\\a\\b"})
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
   {
     const FileHandle in_use(CreateFileW(locked.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(in_use);
@@ -127,7 +129,8 @@ TEST(FileWalk, LeavesAFileInUseAsItWas) {
   }
   EXPECT_EQ(DirectorySize(cleaned.path), 10u);
   EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"b"});
-  EXPECT_NE(GetFileAttributesW(locked.c_str()) & FILE_ATTRIBUTE_READONLY, 0u);
+  for (const wchar_t* folder : {L"\\a", L"\\a\\b"})
+    EXPECT_NE(FolderListing(cleaned.path + folder).Next()->dwFileAttributes & FILE_ATTRIBUTE_READONLY, 0u);
   SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 

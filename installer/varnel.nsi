@@ -42,6 +42,7 @@ VIAddVersionKey "LegalCopyright" ""
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
+!define MUI_CUSTOMFUNCTION_UNGUIINIT un.ComeToFront
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
@@ -197,6 +198,11 @@ Section
     Call StartForUser
   ${EndIf}
 SectionEnd
+
+; A program that another one has started may not come to the front by itself.
+Function un.ComeToFront
+  BringToFront
+FunctionEnd
 
 Function un.onInit
   SetRegView 64

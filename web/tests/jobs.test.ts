@@ -61,7 +61,8 @@ test('an end is credited only to the one tool that it can be of', () => {
     ['and so could the end that follows', [a, task('b')], ['give up', [update, 0], [update, 5]], 'a failed ?, b failed ?'],
     ['the next one has a stream of its own', [a, task('b', 'uninstall')], ['give up', [uninstall, 0]], 'a failed ?, b done 0'],
     ['the late end is of the other stream', [a, task('b', 'uninstall')], ['give up', [update, 7]], 'a failed 7, b running'],
-    ['hidden, it is forgotten', [a, task('b')], ['give up', 'hide', [update, 0]], 'b done 0'],
+    ['hidden while another one runs', [a, task('b')], ['give up', 'hide', [update, 0]], 'a failed ?, b failed ?'],
+    ['hidden when none runs, it is forgotten', [a], ['give up', 'hide', [update, 0]], ''],
     ['an end without a tool', [task('a', 'uninstall')], [[update, 0]], 'a running'],
   ];
   const show = ({ id, state, code }: Job) => `${id} ${state}${state === 'running' ? '' : ` ${code ?? '?'}`}`;

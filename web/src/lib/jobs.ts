@@ -95,8 +95,8 @@ export function withoutService(jobs: Jobs): Jobs {
   return change(jobs, 'running', (job) => (job.kind === 'driver' && !job.alone && job.lines.length <= 1 ? { ...job, alone: true } : job));
 }
 
-/** Takes away what has ended. */
-export const pendingOnly = (jobs: Jobs): Jobs => jobs.filter(isPending);
+/** Takes away what has ended; a tool that was given up is remembered as long as its end could be taken for another's. */
+export const pendingOnly = (jobs: Jobs): Jobs => (jobs.some(isPending) ? jobs.filter((job) => isPending(job) || job.lost) : []);
 
 /** Takes away what does not run yet. */
 export const withoutWaiting = (jobs: Jobs): Jobs => jobs.filter(({ state }) => state !== 'waiting');

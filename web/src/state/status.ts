@@ -11,8 +11,15 @@ export const status = createSource(() => host.request('getStatus'));
 
 const kPushGraceMs = 2000;
 
+const kLookMs = 2000;
+
+// Not at once: the host answers on its window's thread, and what the new view asks for goes first.
+let look: ReturnType<typeof setTimeout> | undefined;
 function lookForService() {
-  if (status.get().data?.serviceActive === false) void status.reload();
+  clearTimeout(look);
+  look = setTimeout(() => {
+    if (status.get().data?.serviceActive === false) void status.reload();
+  }, kLookMs);
 }
 
 export function startStatus() {

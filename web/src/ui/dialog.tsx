@@ -80,6 +80,7 @@ export function ConfirmDialog() {
   const named = asked.name_all ? items.length : kNamedItems;
   return (
     <Dialog
+      key={asked.title}
       title={asked.title}
       onClose={() => asked.answer(false)}
       actions={

@@ -58,7 +58,7 @@ export function JobsPanel() {
             {all.some(({ state }) => state === 'waiting') && (
               <Button onClick={() => jobs.set(withoutWaiting(jobs.get()))}>{t('jobs.cancelWaiting')}</Button>
             )}
-            {!all.every(isPending) && <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>}
+            {pendingOnly(all).length < all.length && <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>}
             <IconButton icon={folded ? 'chevronUp' : 'chevronDown'} label={t(folded ? 'jobs.unfold' : 'jobs.fold')} onClick={() => setFolded(!folded)} />
           </span>
         </>
