@@ -15,7 +15,7 @@ void PostJsonToJs(std::string_view json) {
   OutputDebugStringW(L"[Varnel Debug] PostJsonToJs: calling PostMessageW...\n");
   // A post to no window would succeed, into the queue of the calling thread, and nobody would free the text.
   const HWND window = State().main_window;
-  if (PostMessageW(window, WM_POST_JSON, 0, reinterpret_cast<LPARAM>(carried.get()))) {
+  if (window && PostMessageW(window, WM_POST_JSON, 0, reinterpret_cast<LPARAM>(carried.get()))) {
     static_cast<void>(carried.release());  // now owned by the message
     OutputDebugStringW(L"[Varnel Debug] PostMessageW queued successfully.\n");
     return;
