@@ -131,6 +131,18 @@ TEST_F(DiskTree, ListingsUseTheLastAnalysisOnly) {
   EXPECT_EQ(listed_size(two), 200u);
   startDiskAnalysis(3, one + "\\missing");
   EXPECT_EQ(listed_size(two), 0u);
+
+  startDiskAnalysis(4, one);
+  TakePostedTexts();
+  std::thread worker([&] {
+    for (int i = 0; i < 100; ++i) startDiskAnalysis(5, one);
+  });
+  for (int i = 0; i < 300; ++i) getFolderContents(6, one);
+  worker.join();
+  int unknown = 0;
+  for (const json& message : TakePostedMessages())
+    unknown += message["requestId"] == 6 && message["items"][0]["size"] == 0;
+  EXPECT_GT(unknown, 0) << "while an analysis runs";
 }
 
 TEST_F(DiskTree, AnalysesAtTheSameTimeDoNotMix) {
