@@ -156,6 +156,9 @@ test('the scan fills three lists and tells what it does', () => withVarnel({
   assert.equal(await page.innerText('[data-testid=drivers-checked]'), 'Zkontrolováno 214 ovladačů');
   await checkAccessibility(page);
   await screenshot(page, 'software-drivers-amethyst-cs');
+  await openView(page, 'dashboard');
+  await openView(page, 'software');
+  await page.getByRole('grid', { name: 'Ovladače' }).waitFor();  // the list that was looked at
   assert.deepEqual(await app.toolCalls('winget'), [kAskUpdates, kAskInstalled]);
 }));
 

@@ -311,7 +311,7 @@ export const en: Texts = {
   'jobs.log': 'Tool output',
   'jobs.code': 'code {code}',
   'jobs.noEnd': 'The end of the tool was not reported or could not be assigned, so the result is not known. The list shows what has changed.',
-  'jobs.alone': 'The helper service is not running; installed with your own rights.',
+  'jobs.alone': 'The helper service is not running; this runs with your own rights.',
   'jobs.ended': '{n} of {total} ended',
   'jobs.fold': 'Fold the queue',
   'jobs.unfold': 'Unfold the queue',

@@ -4,6 +4,7 @@ import { host } from '../bridge/host.ts';
 import { isSafeArgument, obstacleOf, type Obstacle, type Package } from '../lib/realign.ts';
 import { isPending, type JobKind } from '../lib/jobs.ts';
 import type { Source, SourceState } from '../lib/source.ts';
+import { createStore } from '../lib/store.ts';
 import { download } from '../state/maintenance.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
 import { apps, drivers, enqueue, jobs, packageKey, scan, startScan, updates, type Drivers } from '../state/software.ts';
@@ -27,8 +28,10 @@ import { LeftoversDialog } from './software_leftovers.tsx';
 const lists = { updates, installed: apps, drivers };
 type List = keyof typeof lists;
 
+const opened = createStore<List>('updates');
+
 export function Software() {
-  const [list, setList] = useState<List>('updates');
+  const list = useStore(opened);
   const { running } = useStore(scan);
   const found = useStore(updates);
   const installed = useStore(apps);
@@ -61,7 +64,7 @@ export function Software() {
         <Tabs
           label={t('software.lists')}
           active={list}
-          onChoose={(id: List) => setList(id)}
+          onChoose={(id: List) => opened.set(id)}
           tabs={(['updates', 'installed', 'drivers'] as const).map((id) => ({
             id,
             title: (
