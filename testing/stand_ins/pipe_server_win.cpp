@@ -118,12 +118,13 @@ void StandInService::Serve(HANDLE pipe) {
 
 void StandInService::Answer(HANDLE pipe) {
   const Owned<KernelHandleKind> event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  std::vector<char> chunk(64 * 1024);
+  std::vector<char> received(64 * 1024);
   const auto read = [&] {
     OVERLAPPED operation{};
     operation.hEvent = event.get();
-    const BOOL started = ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), nullptr, &operation);
-    return std::string_view(chunk.data(), Transfer(pipe, started, operation));
+    const BOOL started =
+        ReadFile(pipe, received.data(), static_cast<DWORD>(received.size()), nullptr, &operation);
+    return std::string_view(received.data(), Transfer(pipe, started, operation));
   };
   const auto write = [&](const std::string& bytes) {
     OVERLAPPED operation{};
