@@ -288,6 +288,7 @@ test('a program is uninstalled and what is left of it goes by choice', async () 
       // Without the service only what is the user's own goes; the rest is offered again.
       await closeServiceDialog(page);
       await app.waitUntilShown(async () => (await leftovers()).length === 2, 'what has stayed');
+      assert.equal(await page.getByRole('dialog', { name: /helper service/ }).count(), 0, 'two items miss it, one dialog says so');
       assert.deepEqual(await leftovers(), [folders.machine, keys.machine]);
       assert.deepEqual([existsSync(unixPath(folders.local)), await keyExists(keys.user)], [false, false]);
       assert.deepEqual([existsSync(unixPath(folders.machine)), await keyExists(keys.machine)], [true, true]);

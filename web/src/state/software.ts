@@ -151,8 +151,16 @@ export function startQueue() {
   }
 }
 
-/** The host has missed the helper service. Of a queue of drivers only the first asks for the dialog, the others say so themselves. */
+// The removal of leftovers that runs: the host asks the service anew for each of them.
+let removal: { missed?: boolean } | undefined;
+
+/**
+ * The host has missed the helper service; true when that is news. Of a queue of drivers only the first asks for the dialog, the
+ * others say so themselves; of a removal, too, only the first item does.
+ */
 export function serviceIsMissing(): boolean {
+  if (removal?.missed) return false;
+  if (removal) removal.missed = true;
   const before = jobs.get();
   jobs.set(withoutService(before));
   return jobs.get() === before || !before.some(({ alone }) => alone);
@@ -218,8 +226,11 @@ export function closeLeftovers() {
 /** The answer says only whether all went well, so what has stayed is looked up and shown again. */
 export async function cleanLeftovers(job: Task, items: Leftover[]) {
   let stayed: Leftover[] = [];
+  const mine = (removal = {});
   try {
-    await host.request('cleanLeftovers', { items }, kListTimeoutMs);
+    await host.request('cleanLeftovers', { items }, kListTimeoutMs).finally(() => {
+      if (removal === mine) removal = undefined;
+    });
   } catch {
     const left = await listLeftovers(job).catch(() => items);
     stayed = left.filter(({ path }) => items.some((item) => item.path === path));
