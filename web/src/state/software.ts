@@ -11,6 +11,7 @@ import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
 import { errorText } from '../ui/error_text.ts';
+import { serviceDialogClosed } from '../ui/service.tsx';
 import { toast } from '../ui/toast.tsx';
 import { place } from './navigation.ts';
 import { currentSettings, saveSettings, settingsDocument } from './settings.ts';
@@ -237,5 +238,6 @@ export async function cleanLeftovers(job: Task, items: Leftover[]) {
   }
   if (stayed.length === 0) return toast(t('leftovers.removed', { n: items.length }));
   toast(t('leftovers.stayed', { n: stayed.length }), { error: true });
+  await serviceDialogClosed();
   leftovers.set([{ job, items: stayed }, ...leftovers.get()]);
 }

@@ -21,6 +21,16 @@ export function showServiceDialog() {
   open.set(true);
 }
 
+/** When the dialog, if it is open, has been closed: what asks something must not cover it. */
+export const serviceDialogClosed = () =>
+  new Promise<void>((closed) => {
+    if (!open.get()) return closed();
+    const stop = open.subscribe(() => {
+      stop();
+      closed();
+    });
+  });
+
 /** Says that the helper service is not running, what that means, and what still works. */
 export function ServiceDialog() {
   const shown = useStore(open);
