@@ -1,6 +1,5 @@
 #include "app/actions_win.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <filesystem>
@@ -8,6 +7,8 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "app/dispatcher.h"
 #include "base/exe_directory_win.h"

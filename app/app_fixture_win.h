@@ -1,7 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include "app/main_window_win.h"
 #include "testing/fake_browser_win.h"

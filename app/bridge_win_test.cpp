@@ -1,11 +1,11 @@
-#include <gtest/gtest.h>
 #include <windows.h>
-
 #include <psapi.h>
 
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "app/app_fixture_win.h"
 #include "base/page.h"

@@ -1,7 +1,6 @@
 #include "app/browser_host_win.h"
 
 #include <windows.h>
-
 #include <shlobj.h>
 #include <shlwapi.h>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <windows.h>
-
 #include <unknwn.h>
 #include <wrl/client.h>
 

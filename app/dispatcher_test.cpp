@@ -1,11 +1,11 @@
 #include "app/dispatcher.h"
 
-#include <gtest/gtest.h>
-
 #include <new>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "base/json_text.h"
 #include "testing/recorded_message.h"

@@ -1,9 +1,9 @@
 #include "app/embedded_files.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 TEST(FindEmbeddedFile, ComparesWhatFollowsTheHostExactly) {
   const std::pair<std::wstring_view, int> cases[] = {

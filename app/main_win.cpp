@@ -1,5 +1,4 @@
 #include <windows.h>
-
 #include <objbase.h>
 
 #include <string>

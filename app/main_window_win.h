@@ -1,7 +1,6 @@
 #pragma once
 
 #include <windows.h>
-
 #include <wrl/client.h>
 
 #include "app/webview2.h"

@@ -1,7 +1,8 @@
 #include "app/main_window_win.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include "app/app_fixture_win.h"
 #include "testing/message_box_win.h"

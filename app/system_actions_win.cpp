@@ -1,7 +1,6 @@
 #include "app/system_actions_win.h"
 
 #include <windows.h>
-
 #include <shellapi.h>
 
 #include <string>

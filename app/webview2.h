@@ -6,7 +6,6 @@
 // through Release: a virtual destructor would take slots of the table. All calls belong to the UI thread.
 
 #include <windows.h>
-
 #include <eventtoken.h>
 #include <objidl.h>
 #include <unknwn.h>

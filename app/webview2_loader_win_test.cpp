@@ -1,11 +1,12 @@
 #include "app/webview2_loader_win.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "app/com_callback_win.h"
 #include "base/exe_directory_win.h"

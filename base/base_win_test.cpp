@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -8,6 +7,8 @@
 #include <iterator>
 #include <stdexcept>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "base/handle_win.h"
 #include "base/registry_win.h"

@@ -1,9 +1,9 @@
 #include "base/file_walk_win.h"
 
-#include <gtest/gtest.h>
-
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "base/text.h"
 #include "testing/directory_link_win.h"

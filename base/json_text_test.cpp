@@ -1,8 +1,8 @@
 #include "base/json_text.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 TEST(ParseJson, IsStrict) {
   for (const char* text : {"", "not json", "{} x", "{\"a\":1,}", "// c\n1", "\xFF", "[1"})

@@ -1,8 +1,8 @@
 #include "base/utf8.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 TEST(IsValidUtf8, TellsWellFormedFromBroken) {
   struct {

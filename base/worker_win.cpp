@@ -1,7 +1,6 @@
 #include "base/worker_win.h"
 
 #include <windows.h>
-
 #include <process.h>
 
 #include <cerrno>

@@ -1,12 +1,12 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <windows.h>
-
 #include <shlobj.h>
 
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "base/file_walk_win.h"
 #include "base/text.h"

@@ -1,7 +1,6 @@
 #include "clean/downloads_win.h"
 
 #include <windows.h>
-
 #include <knownfolders.h>
 #include <objbase.h>
 #include <shellapi.h>

@@ -1,7 +1,6 @@
 #include "clean/junk_win.h"
 
 #include <windows.h>
-
 #include <shlobj.h>
 
 #include <exception>

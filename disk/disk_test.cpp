@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <iterator>
 #include <map>
@@ -8,6 +6,7 @@
 #include <set>
 #include <thread>
 
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "disk/disk_messages.h"

@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
 #include <windows.h>
-
 #include <winioctl.h>
 
 #include <map>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "base/extended_path.h"
 #include "base/file_walk_win.h"

@@ -1,11 +1,10 @@
 #include "exec/command_runner_win.h"
 
-#include <gtest/gtest.h>
-
 #include <future>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "base/text.h"

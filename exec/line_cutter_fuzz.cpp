@@ -1,6 +1,7 @@
+#include "exec/line_cutter.h"
+
 #include <cstdlib>
 
-#include "exec/line_cutter.h"
 #include "exec/streaming_command.h"
 #include "testing/fuzz_target.h"
 

@@ -1,8 +1,8 @@
 #include "exec/safe_argument.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 TEST(IsSafeCommandArgument, TakesIdentifiersAndRefusesSyntax) {
   for (const char* text : {"", "Brook.TarnSync", "Heron Media (x64) - 24.3:1_b", "AZaz09"})

@@ -1,11 +1,11 @@
 #include "exec/service_pipe_win.h"
 
-#include <gtest/gtest.h>
-
 #include <future>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "base/handle_win.h"
 #include "exec/service_protocol.h"

@@ -1,8 +1,8 @@
 #include "exec/service_protocol.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "testing/recorded_message.h"
 

@@ -1,9 +1,10 @@
 #include "exec/streaming_command_win.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "testing/handle_count_win.h"
 #include "testing/recorded_message.h"

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <winsock2.h>
 #include <windows.h>
 
@@ -7,6 +6,8 @@
 #include <iterator>
 #include <string>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "base/text.h"
 #include "maint/quick_actions.h"

@@ -1,7 +1,6 @@
 #include "maint/quick_actions_win.h"
 
 #include <windows.h>
-
 #include <tlhelp32.h>
 
 #include <string>

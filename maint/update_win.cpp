@@ -1,7 +1,6 @@
 #include "maint/update_win.h"
 
 #include <windows.h>
-
 #include <objbase.h>
 #include <shellapi.h>
 #include <wininet.h>

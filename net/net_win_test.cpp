@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -6,6 +5,8 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+
+#include <gtest/gtest.h>
 
 #include "base/handle_win.h"
 #include "net/dev_services_win.h"

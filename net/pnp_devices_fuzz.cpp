@@ -1,8 +1,9 @@
+#include "net/pnp_devices.h"
+
 #include <cstdlib>
 
 #include <nlohmann/json.hpp>
 
-#include "net/pnp_devices.h"
 #include "testing/fuzz_target.h"
 
 // Whatever PowerShell prints, the message can be built and holds texts only.

@@ -1,6 +1,7 @@
+#include "net/ports.h"
+
 #include <cstdlib>
 
-#include "net/ports.h"
 #include "testing/fuzz_target.h"
 
 // Whatever netstat prints, the message can be built.

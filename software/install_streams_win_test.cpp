@@ -1,10 +1,11 @@
+#include "software/install_streams_win.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/text.h"
 #include "base/utf8.h"
 #include "software/driver_scripts_win.h"
-#include "software/install_streams_win.h"
 #include "testing/recording_page.h"
 #include "testing/stand_ins/pipe_server_win.h"
 #include "testing/stand_ins/tool_copy_win.h"

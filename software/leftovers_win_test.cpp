@@ -1,12 +1,13 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "software/leftovers_win.h"
 
 #include <filesystem>
 #include <optional>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "base/handle_win.h"
 #include "base/text.h"
-#include "software/leftovers_win.h"
 #include "testing/directory_link_win.h"
 #include "testing/recording_page.h"
 #include "testing/registry_sandbox_win.h"

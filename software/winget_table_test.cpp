@@ -1,9 +1,9 @@
 #include "software/winget_table.h"
 
+#include <random>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <random>
 
 #include "base/utf8.h"
 

@@ -1,10 +1,10 @@
 #include "startup/startup_items_win.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <optional>
 #include <tuple>
+
+#include <gtest/gtest.h>
 
 #include "testing/handle_count_win.h"
 #include "testing/recorded_message.h"

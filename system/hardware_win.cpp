@@ -1,11 +1,10 @@
 #include "system/hardware_win.h"
 
-#include "base/handle_win.h"
-
 #include <dxgi.h>
 #include <sysinfoapi.h>
 #include <wrl/client.h>
 
+#include "base/handle_win.h"
 #include "base/registry_win.h"
 
 namespace {

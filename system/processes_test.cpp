@@ -1,7 +1,6 @@
 #include "system/processes.h"
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 #include "testing/recorded_message.h"

@@ -1,12 +1,12 @@
 #include "system/processes_win.h"
 
+#include <psapi.h>
+#include <tlhelp32.h>
+
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/reply.h"
 #include "exec/command_runner_win.h"
-
-#include <psapi.h>
-#include <tlhelp32.h>
 
 namespace {
 

@@ -1,11 +1,12 @@
 #include "system/processes_win.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+
+#include <gtest/gtest.h>
 
 #include "base/handle_win.h"
 #include "exec/command_runner_win.h"

@@ -1,10 +1,10 @@
 #include "system/status.h"
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"

@@ -1,14 +1,13 @@
 // winsock2.h must come before windows.h.
 #include <winsock2.h>
-
-#include <gtest/gtest.h>
-
 #include <iphlpapi.h>
 #include <shlobj.h>
 
 #include <cmath>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "system/hardware_win.h"
 #include "system/status_win.h"

@@ -1,9 +1,9 @@
 #include "system/telemetry.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "testing/recorded_message.h"
 

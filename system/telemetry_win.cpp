@@ -2,7 +2,6 @@
 
 #include <winsock2.h>
 #include <windows.h>
-
 #include <iphlpapi.h>
 
 #include "base/page.h"

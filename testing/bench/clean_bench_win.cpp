@@ -1,7 +1,6 @@
 // Measures the cleaner's walks against the bare calls that they are made of, on trees below the temporary
 // folder: clean_bench [files to measure] [files to delete] [rounds].
 #include <windows.h>
-
 #include <psapi.h>
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // Measures the disk analysis against the bare calls that it is made of, on a tree in C:\varnel-bench that is
 // made once and kept: disk_bench [items] [rounds].
 #include <windows.h>
-
 #include <psapi.h>
 #include <winioctl.h>
 

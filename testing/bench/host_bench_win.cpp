@@ -2,7 +2,6 @@
 // hardware facts, the start of the program. host_bench [rounds]
 #include <winsock2.h>
 #include <windows.h>
-
 #include <dxgi.h>
 #include <iphlpapi.h>
 #include <wrl/client.h>

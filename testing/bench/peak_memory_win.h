@@ -1,7 +1,6 @@
 #pragma once
 
 #include <windows.h>
-
 #include <psapi.h>
 
 // Largest working set of this process so far, in kilobytes.

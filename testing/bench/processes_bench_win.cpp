@@ -1,7 +1,6 @@
 // Measures the process list against the bare snapshot walk with the same calls for each process:
 // processes_bench [rounds].
 #include <windows.h>
-
 #include <psapi.h>
 #include <tlhelp32.h>
 

@@ -3,12 +3,10 @@
 // document a line; the driver shows the page elsewhere. Every callback arrives on the UI thread through its
 // message loop, as it does with the real control.
 #include <winsock2.h>
-#include <ws2tcpip.h>
-
 #include <windows.h>
-
 #include <wincrypt.h>
 #include <wrl/client.h>
+#include <ws2tcpip.h>
 
 #include <algorithm>
 #include <cstdlib>
