@@ -55,7 +55,9 @@ for (const [name, bytes] of Object.entries(files)) {
   const budget = kBudgets[name];
   const over = budget !== undefined && bytes.length > budget;
   too_big ||= over;
-  console.log(`${name.padEnd(14)} ${String(bytes.length).padStart(7)} B${budget ? ` of ${budget}` : ''}${over ? '  OVER BUDGET' : ''}`);
+  console.log(
+    `${name.padEnd(14)} ${String(bytes.length).padStart(7)} B${budget ? ` of ${budget}` : ''}${over ? '  OVER BUDGET' : ''}`,
+  );
 }
 if (too_big) process.exit(1);
 

@@ -9,7 +9,10 @@ export const lucide = {
   name: 'lucide',
   setup(build) {
     let icons;
-    build.onResolve({ filter: /^lucide:/ }, ({ path }) => ({ path: path.slice('lucide:'.length), namespace: 'lucide' }));
+    build.onResolve({ filter: /^lucide:/ }, ({ path }) => ({
+      path: path.slice('lucide:'.length),
+      namespace: 'lucide',
+    }));
     build.onLoad({ filter: /.*/, namespace: 'lucide' }, ({ path }) => {
       icons ??= JSON.parse(readFileSync(source, 'utf8'));
       if (!icons[path]) return { errors: [{ text: `no icon is called "${path}"` }] };

@@ -12,7 +12,8 @@ async function textsOf(path, name) {
 const kForms = ['one', 'few', 'many', 'other'];
 
 function packEntry(entry) {
-  const forms = typeof entry === 'string' ? [entry] : kForms.filter((form) => form in entry).map((form) => entry[form]);
+  const forms =
+    typeof entry === 'string' ? [entry] : kForms.filter((form) => form in entry).map((form) => entry[form]);
   const unfit = forms.find((text) => /[|\n]/.test(text));
   if (unfit !== undefined) throw new Error(`a text with "|" or a line end cannot be packed: ${unfit}`);
   return forms.join('|');

@@ -6,12 +6,22 @@ import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import { checkAccessibility, closeServiceDialog, inWords, makeHome, openView, screenshot, withVarnel } from './harness.mjs';
+import {
+  checkAccessibility,
+  closeServiceDialog,
+  inWords,
+  makeHome,
+  openView,
+  screenshot,
+  withVarnel,
+} from './harness.mjs';
 import { filesBelow, makeFolder, prepareWine, runInPrefix, unixPath } from './wine.mjs';
 
 const kUser = `C:\\users\\${userInfo().username}`;
 const kLocal = `${kUser}\\AppData\\Local`;
-const kBrowsers = ['Google\\Chrome', 'Microsoft\\Edge'].flatMap((name) => ['Cache', 'Code Cache'].map((cache) => `${kLocal}\\${name}\\User Data\\Default\\${cache}`));
+const kBrowsers = ['Google\\Chrome', 'Microsoft\\Edge'].flatMap((name) =>
+  ['Cache', 'Code Cache'].map((cache) => `${kLocal}\\${name}\\User Data\\Default\\${cache}`),
+);
 await prepareWine();
 const kUserTemp = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 
@@ -25,8 +35,14 @@ const kCategories = {
     cleaned: [...kBrowsers, `${kLocal}\\BraveSoftware\\Brave-Browser\\User Data\\Default\\Cache`],
     kept: [`${kLocal}\\Mozilla\\Firefox\\Profiles`],
   },
-  shaderCache: { cleaned: [`${kLocal}\\NVIDIA\\DXCache`, `${kLocal}\\NVIDIA\\GLCache`, `${kLocal}\\D3DSCache`], kept: [] },
-  systemLogs: { cleaned: ['C:\\ProgramData\\Microsoft\\Windows\\WER', 'C:\\Windows\\Logs'], kept: ['C:\\Windows\\Minidump'] },
+  shaderCache: {
+    cleaned: [`${kLocal}\\NVIDIA\\DXCache`, `${kLocal}\\NVIDIA\\GLCache`, `${kLocal}\\D3DSCache`],
+    kept: [],
+  },
+  systemLogs: {
+    cleaned: ['C:\\ProgramData\\Microsoft\\Windows\\WER', 'C:\\Windows\\Logs'],
+    kept: ['C:\\Windows\\Minidump'],
+  },
 };
 const kNames = Object.keys(kCategories);
 const kFolders = Object.values(kCategories).flatMap(({ cleaned, kept }) => [...cleaned, ...kept]);
@@ -41,7 +57,10 @@ async function countFolders(folders) {
 
 // Bytes of every category, as the disk has them.
 async function countJunk() {
-  const entries = kNames.map(async (name) => [name, (await countFolders([...kCategories[name].cleaned, ...kCategories[name].kept]))[1]]);
+  const entries = kNames.map(async (name) => [
+    name,
+    (await countFolders([...kCategories[name].cleaned, ...kCategories[name].kept]))[1],
+  ]);
   return Object.fromEntries(await Promise.all(entries));
 }
 
@@ -53,13 +72,21 @@ async function fillJunk() {
   const outside = await makeFolder('varnel-canary-');
   await mkdir(join(outside.unix, 'deep'));
   for (const name of ['canary', 'deep/canary']) await writeFile(join(outside.unix, name), name.repeat(1000));
-  const canaries = async () => (await filesBelow(outside.unix)).map(({ path, size }) => `${path.slice(outside.unix.length + 1)} ${size}`).sort();
+  const canaries = async () =>
+    (await filesBelow(outside.unix))
+      .map(({ path, size }) => `${path.slice(outside.unix.length + 1)} ${size}`)
+      .sort();
 
   let seed = 0;
   for (const folder of kFolders) {
     const path = unixPath(folder);
     await rm(path, { recursive: true, force: true });
-    const inner = [path, join(path, 'žluťoučký'), join(path, 'a b', '漢字'), join(path, 'x'.repeat(120), 'y'.repeat(120), 'z'.repeat(120))];
+    const inner = [
+      path,
+      join(path, 'žluťoučký'),
+      join(path, 'a b', '漢字'),
+      join(path, 'x'.repeat(120), 'y'.repeat(120), 'z'.repeat(120)),
+    ];
     for (const one of inner) await mkdir(one, { recursive: true });
     for (let i = 0; i < kFilesAFolder; ++i) {
       const mode = i % 50 === 0 ? 0o444 : 0o644;
@@ -98,10 +125,18 @@ const last = (app, type) => app.messages.findLast((message) => message.type === 
 const exactBytes = (title) => Number(title.replace(/[^0-9]/g, ''));
 
 // {category: bytes} as the cards show them, and the total.
-const shownSizes = async (page) => Object.fromEntries(await Promise.all(kNames.map(async (name) =>
-  [name, exactBytes(await page.getAttribute(`[data-junk=${name}] .junk-size`, 'title'))])));
+const shownSizes = async (page) =>
+  Object.fromEntries(
+    await Promise.all(
+      kNames.map(async (name) => [
+        name,
+        exactBytes(await page.getAttribute(`[data-junk=${name}] .junk-size`, 'title')),
+      ]),
+    ),
+  );
 const shownTotal = async (page) => exactBytes(await page.getAttribute('[data-testid=junk-total]', 'title'));
-const measured = (page) => page.waitForSelector('.junk-total[aria-busy=false] [data-testid=junk-total][title]');
+const measured = (page) =>
+  page.waitForSelector('.junk-total[aria-busy=false] [data-testid=junk-total][title]');
 const cleaned = (page) => page.waitForSelector('.junk-outcome');
 const tick = (page, name) => page.click(`[data-junk=${name}] input`);
 
@@ -112,134 +147,171 @@ async function confirmClean(page) {
   return dialog;
 }
 
-test('junk is measured, cleaned by choice, and what the page says is what the disk has', () => withJunk(() => withVarnel({
-  settings: { theme: 'light', language: 'en' },
-  viewport: { width: 1250, height: 700 },
-  tools: { 'holder.exe': { steps: [{ hold: `${kUserTemp}\\locked.tmp`, text: 'held' }, { delay_ms: 600_000 }] } },
-}, async (app) => {
-  const { page } = app;
-  const locked = join(unixPath(kUserTemp), 'locked.tmp');
-  await writeFile(locked, 'x'.repeat(54_321));
-  const holder = await app.startTool('holder');
-  const before = await countJunk();
-  assert.ok((await countFolders(kFolders))[0] > 3000);
+test('junk is measured, cleaned by choice, and what the page says is what the disk has', () =>
+  withJunk(() =>
+    withVarnel(
+      {
+        settings: { theme: 'light', language: 'en' },
+        viewport: { width: 1250, height: 700 },
+        tools: {
+          'holder.exe': {
+            steps: [{ hold: `${kUserTemp}\\locked.tmp`, text: 'held' }, { delay_ms: 600_000 }],
+          },
+        },
+      },
+      async (app) => {
+        const { page } = app;
+        const locked = join(unixPath(kUserTemp), 'locked.tmp');
+        await writeFile(locked, 'x'.repeat(54_321));
+        const holder = await app.startTool('holder');
+        const before = await countJunk();
+        assert.ok((await countFolders(kFolders))[0] > 3000);
 
-  await openView(page, 'cleaning');
-  await closeServiceDialog(page);
-  await measured(page);
-  assert.deepEqual(await shownSizes(page), before);
-  assert.equal(await shownTotal(page), sum(before));
-  assert.deepEqual(last(app, 'junk').categories, before);
-  assert.deepEqual([last(app, 'junk').total, last(app, 'junk').bytes], [sum(before), sum(before)]);
-  await page.waitForSelector('.at-system .row');
-  await checkAccessibility(page);
-  await screenshot(page, 'cleaning-ready-light-en');
+        await openView(page, 'cleaning');
+        await closeServiceDialog(page);
+        await measured(page);
+        assert.deepEqual(await shownSizes(page), before);
+        assert.equal(await shownTotal(page), sum(before));
+        assert.deepEqual(last(app, 'junk').categories, before);
+        assert.deepEqual([last(app, 'junk').total, last(app, 'junk').bytes], [sum(before), sum(before)]);
+        await page.waitForSelector('.at-system .row');
+        await checkAccessibility(page);
+        await screenshot(page, 'cleaning-ready-light-en');
 
-  // Ticks: the two folders of Windows go together, the total follows.
-  await tick(page, 'prefetch');
-  assert.equal(await page.isChecked('[data-junk=windowsTemp] input'), false);
-  assert.equal(await shownTotal(page), sum(before) - before.prefetch - before.windowsTemp);
-  await tick(page, 'windowsTemp');
-  assert.equal(await page.isChecked('[data-junk=prefetch] input'), true);
-  await tick(page, 'shaderCache');
-  assert.equal(await shownTotal(page), sum(before) - before.shaderCache);
+        // Ticks: the two folders of Windows go together, the total follows.
+        await tick(page, 'prefetch');
+        assert.equal(await page.isChecked('[data-junk=windowsTemp] input'), false);
+        assert.equal(await shownTotal(page), sum(before) - before.prefetch - before.windowsTemp);
+        await tick(page, 'windowsTemp');
+        assert.equal(await page.isChecked('[data-junk=prefetch] input'), true);
+        await tick(page, 'shaderCache');
+        assert.equal(await shownTotal(page), sum(before) - before.shaderCache);
 
-  const dialog = await confirmClean(page);
-  assert.equal(await dialog.getByRole('listitem').count(), 6);
-  assert.equal((await dialog.innerText()).includes('Graphics cache'), false);
-  await checkAccessibility(page);
-  await dialog.getByRole('button', { name: 'Cancel' }).click();
-  assert.deepEqual(await countJunk(), before, 'nothing happens before the user agrees');
-  await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
-  await cleaned(page);
+        const dialog = await confirmClean(page);
+        assert.equal(await dialog.getByRole('listitem').count(), 6);
+        assert.equal((await dialog.innerText()).includes('Graphics cache'), false);
+        await checkAccessibility(page);
+        await dialog.getByRole('button', { name: 'Cancel' }).click();
+        assert.deepEqual(await countJunk(), before, 'nothing happens before the user agrees');
+        await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
+        await cleaned(page);
 
-  const after = await countJunk();
-  assert.deepEqual(after, {
-    windowsTemp: await bytesOf(kCategories.windowsTemp.kept),
-    prefetch: 0,
-    userTemp: 54_321,
-    winUpdate: 0,
-    browserCache: await bytesOf(kCategories.browserCache.kept),
-    shaderCache: before.shaderCache,
-    systemLogs: await bytesOf(kCategories.systemLogs.kept),
-  });
-  for (const name of ['windowsTemp', 'browserCache', 'systemLogs']) {
-    assert.equal((await countFolders(kCategories[name].kept))[0], kFilesAFolder * kCategories[name].kept.length, `${name}: what is only measured stays`);
-  }
-  for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
-  const reply = last(app, 'cleanJunk');
-  assert.deepEqual(reply.categories, after);
-  assert.deepEqual([reply.success, reply.total, reply.bytes], [true, sum(after), sum(after)]);
+        const after = await countJunk();
+        assert.deepEqual(after, {
+          windowsTemp: await bytesOf(kCategories.windowsTemp.kept),
+          prefetch: 0,
+          userTemp: 54_321,
+          winUpdate: 0,
+          browserCache: await bytesOf(kCategories.browserCache.kept),
+          shaderCache: before.shaderCache,
+          systemLogs: await bytesOf(kCategories.systemLogs.kept),
+        });
+        for (const name of ['windowsTemp', 'browserCache', 'systemLogs']) {
+          assert.equal(
+            (await countFolders(kCategories[name].kept))[0],
+            kFilesAFolder * kCategories[name].kept.length,
+            `${name}: what is only measured stays`,
+          );
+        }
+        for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
+        const reply = last(app, 'cleanJunk');
+        assert.deepEqual(reply.categories, after);
+        assert.deepEqual([reply.success, reply.total, reply.bytes], [true, sum(after), sum(after)]);
 
-  for (const name of kNames) {
-    const said = await page.innerText(`[data-junk=${name}] .small`);
-    if (name === 'shaderCache') {
-      assert.doesNotMatch(said, /Freed/, 'what was not ticked has no outcome');
-      continue;
-    }
-    assert.ok(said.includes(`Freed ${inWords(before[name] - after[name])}`), `${name}: ${said}`);
-    assert.equal(said.includes(`${inWords(after[name])} stayed`), after[name] > 0, `${name}: ${said}`);
-  }
-  assert.match(await page.innerText('[data-junk=userTemp] .junk-outcome'), /some files are in use by another program/);
-  assert.match(await page.innerText('[data-junk=browserCache] .junk-outcome'), /only measures Firefox profiles/);
-  assert.equal(await page.innerText('[data-testid=junk-total]'), inWords(sum(before) - sum(after)));
-  await checkAccessibility(page);
-  await screenshot(page, 'cleaning-after-light-en');
+        for (const name of kNames) {
+          const said = await page.innerText(`[data-junk=${name}] .small`);
+          if (name === 'shaderCache') {
+            assert.doesNotMatch(said, /Freed/, 'what was not ticked has no outcome');
+            continue;
+          }
+          assert.ok(said.includes(`Freed ${inWords(before[name] - after[name])}`), `${name}: ${said}`);
+          assert.equal(said.includes(`${inWords(after[name])} stayed`), after[name] > 0, `${name}: ${said}`);
+        }
+        assert.match(
+          await page.innerText('[data-junk=userTemp] .junk-outcome'),
+          /some files are in use by another program/,
+        );
+        assert.match(
+          await page.innerText('[data-junk=browserCache] .junk-outcome'),
+          /only measures Firefox profiles/,
+        );
+        assert.equal(await page.innerText('[data-testid=junk-total]'), inWords(sum(before) - sum(after)));
+        await checkAccessibility(page);
+        await screenshot(page, 'cleaning-after-light-en');
 
-  // Once nobody holds the file, it goes; measuring anew takes the last outcome off the cards.
-  holder.kill('SIGKILL');
-  await page.keyboard.press('F5');
-  await closeServiceDialog(page);
-  await measured(page);
-  assert.equal(await page.locator('.junk-outcome').count(), 0);
-  assert.deepEqual(await shownSizes(page), after);
-  await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
-  await cleaned(page);
-  assert.equal(existsSync(locked), false);
-})));
+        // Once nobody holds the file, it goes; measuring anew takes the last outcome off the cards.
+        holder.kill('SIGKILL');
+        await page.keyboard.press('F5');
+        await closeServiceDialog(page);
+        await measured(page);
+        assert.equal(await page.locator('.junk-outcome').count(), 0);
+        assert.deepEqual(await shownSizes(page), after);
+        await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
+        await cleaned(page);
+        assert.equal(existsSync(locked), false);
+      },
+    ),
+  ));
 
-test('the service measures and cleans in the place of the program', () => withJunk(() => withVarnel({
-  settings: { theme: 'amethyst', language: 'cs' },
-  service: {},
-}, async (app) => {
-  const { page } = app;
-  const local = await countJunk();
-  const sees = (windowsTempBytes, prefetchBytes) => ({ reply: { success: true, windowsTempBytes, prefetchBytes } });
-  await app.scriptService({ getJunkSizes: sees(local.windowsTemp + 5_000_000, 1) });
-  await openView(page, 'cleaning');
-  await measured(page);
-  const before = { ...local, windowsTemp: local.windowsTemp + 5_000_000 };
-  assert.deepEqual(await shownSizes(page), before, 'the larger figure counts');
-  assert.equal(last(app, 'junk').bytes, sum(before));
-  await page.waitForSelector('[data-testid=badge-service]:has-text("Služba běží")');
-  await checkAccessibility(page);
-  await screenshot(page, 'cleaning-ready-amethyst-cs');
+test('the service measures and cleans in the place of the program', () =>
+  withJunk(() =>
+    withVarnel(
+      {
+        settings: { theme: 'amethyst', language: 'cs' },
+        service: {},
+      },
+      async (app) => {
+        const { page } = app;
+        const local = await countJunk();
+        const sees = (windowsTempBytes, prefetchBytes) => ({
+          reply: { success: true, windowsTempBytes, prefetchBytes },
+        });
+        await app.scriptService({ getJunkSizes: sees(local.windowsTemp + 5_000_000, 1) });
+        await openView(page, 'cleaning');
+        await measured(page);
+        const before = { ...local, windowsTemp: local.windowsTemp + 5_000_000 };
+        assert.deepEqual(await shownSizes(page), before, 'the larger figure counts');
+        assert.equal(last(app, 'junk').bytes, sum(before));
+        await page.waitForSelector('[data-testid=badge-service]:has-text("Služba běží")');
+        await checkAccessibility(page);
+        await screenshot(page, 'cleaning-ready-amethyst-cs');
 
-  await app.scriptService({ cleanJunk: { chunks: [{ reply: { success: true }, delay_ms: 1500 }] }, getJunkSizes: sees(3_000, 0) });
-  await tick(page, 'browserCache');
-  await (await confirmClean(page)).getByRole('button', { name: 'Vyčistit' }).click();
-  const requests = async (action) => (await app.serviceRequests()).filter((request) => request.action === action);
-  await app.waitUntilShown(async () => (await requests('cleanJunk')).length > 0, 'the request to clean');
-  assert.deepEqual(await requests('cleanJunk'), [{ action: 'cleanJunk', data: { ...kEverything, browserCache: false } }]);
-  assert.equal(await page.getAttribute('.junk-total', 'aria-busy'), 'true');
-  // What the service does while the program waits.
-  await rm(unixPath('C:\\Windows\\SoftwareDistribution\\Download'), { recursive: true });
-  await rm(unixPath('C:\\Windows\\SystemTemp'), { recursive: true });
-  const after = await countJunk();
-  assert.equal(after.winUpdate, 0);
-  await cleaned(page);
+        await app.scriptService({
+          cleanJunk: { chunks: [{ reply: { success: true }, delay_ms: 1500 }] },
+          getJunkSizes: sees(3_000, 0),
+        });
+        await tick(page, 'browserCache');
+        await (await confirmClean(page)).getByRole('button', { name: 'Vyčistit' }).click();
+        const requests = async (action) =>
+          (await app.serviceRequests()).filter((request) => request.action === action);
+        await app.waitUntilShown(
+          async () => (await requests('cleanJunk')).length > 0,
+          'the request to clean',
+        );
+        assert.deepEqual(await requests('cleanJunk'), [
+          { action: 'cleanJunk', data: { ...kEverything, browserCache: false } },
+        ]);
+        assert.equal(await page.getAttribute('.junk-total', 'aria-busy'), 'true');
+        // What the service does while the program waits.
+        await rm(unixPath('C:\\Windows\\SoftwareDistribution\\Download'), { recursive: true });
+        await rm(unixPath('C:\\Windows\\SystemTemp'), { recursive: true });
+        const after = await countJunk();
+        assert.equal(after.winUpdate, 0);
+        await cleaned(page);
 
-  assert.deepEqual(await countJunk(), after, 'the program deletes nothing itself');
-  assert.deepEqual(last(app, 'cleanJunk').categories, after);
-  assert.deepEqual(await shownSizes(page), after);
-  for (const name of ['windowsTemp', 'winUpdate', 'userTemp']) {
-    const said = await page.innerText(`[data-junk=${name}] .junk-outcome`);
-    assert.ok(said.includes(inWords(before[name] - after[name], 'cs')), `${name}: ${said}`);
-  }
-  assert.equal(await page.locator('[data-junk=browserCache] .junk-outcome').count(), 0);
-  await checkAccessibility(page);
-  await screenshot(page, 'cleaning-after-amethyst-cs');
-})));
+        assert.deepEqual(await countJunk(), after, 'the program deletes nothing itself');
+        assert.deepEqual(last(app, 'cleanJunk').categories, after);
+        assert.deepEqual(await shownSizes(page), after);
+        for (const name of ['windowsTemp', 'winUpdate', 'userTemp']) {
+          const said = await page.innerText(`[data-junk=${name}] .junk-outcome`);
+          assert.ok(said.includes(inWords(before[name] - after[name], 'cs')), `${name}: ${said}`);
+        }
+        assert.equal(await page.locator('[data-junk=browserCache] .junk-outcome').count(), 0);
+        await checkAccessibility(page);
+        await screenshot(page, 'cleaning-after-amethyst-cs');
+      },
+    ),
+  ));
 
 test('old large downloads go to the recycle bin and come back', async () => {
   const folder = unixPath(`${kUser}\\Downloads`);
@@ -248,8 +320,15 @@ test('old large downloads go to the recycle bin and come back', async () => {
   await rm(folder, { recursive: true, force: true });
   await mkdir(join(folder, 'inner'), { recursive: true });
   for (const [name, size, hours] of [
-    ['Žluťoučký instalátor.ISO', 2 * kMiB, 31 * 24], ['above.zip', kMiB + 1, 720], ['archive.tar.gz', 3 * kMiB, 4000], ['third.msi', 5 * kMiB, 900],
-    ['exactly.zip', kMiB, 4000], ['young.exe', 2 * kMiB, 719], ['tomorrow.exe', 2 * kMiB, -24], ['text.txt', 2 * kMiB, 4000], ['inner/deep.zip', 2 * kMiB, 4000],
+    ['Žluťoučký instalátor.ISO', 2 * kMiB, 31 * 24],
+    ['above.zip', kMiB + 1, 720],
+    ['archive.tar.gz', 3 * kMiB, 4000],
+    ['third.msi', 5 * kMiB, 900],
+    ['exactly.zip', kMiB, 4000],
+    ['young.exe', 2 * kMiB, 719],
+    ['tomorrow.exe', 2 * kMiB, -24],
+    ['text.txt', 2 * kMiB, 4000],
+    ['inner/deep.zip', 2 * kMiB, 4000],
   ]) {
     await writeFile(join(folder, name), `first bytes of ${name}`);
     await truncate(join(folder, name), size);
@@ -261,13 +340,16 @@ test('old large downloads go to the recycle bin and come back', async () => {
     await withVarnel({ language: 'en', service: {}, env: { HOME: home.unix } }, async (app) => {
       const { page } = app;
       const grid = page.getByRole('grid', { name: 'Large old downloads' });
-      const rows = async () => (await grid.locator('tbody tr').allInnerTexts()).map((text) => text.trim().split(/\s*\t\s*/));
+      const rows = async () =>
+        (await grid.locator('tbody tr').allInnerTexts()).map((text) => text.trim().split(/\s*\t\s*/));
       const rowOf = (name) => grid.getByRole('row').filter({ hasText: name });
       await openView(page, 'cleaning');
       await grid.waitFor();
       assert.deepEqual(await rows(), [
-        ['third.msi', inWords(5 * kMiB), '37 days'], ['archive.tar.gz', inWords(3 * kMiB), '166 days'],
-        ['Žluťoučký instalátor.ISO', inWords(2 * kMiB), '31 days'], ['above.zip', inWords(kMiB + 1), '30 days'],
+        ['third.msi', inWords(5 * kMiB), '37 days'],
+        ['archive.tar.gz', inWords(3 * kMiB), '166 days'],
+        ['Žluťoučký instalátor.ISO', inWords(2 * kMiB), '31 days'],
+        ['above.zip', inWords(kMiB + 1), '30 days'],
       ]);
       assert.ok((await page.innerText('.at-downloads')).includes(`${inWords(11 * kMiB + 1)} in total`));
 
@@ -292,11 +374,20 @@ test('old large downloads go to the recycle bin and come back', async () => {
       const [, origin] = /^Path=(.*)$/m.exec(await readFile(join(home.trash, 'info', note), 'utf8'));
       const path = decodeURIComponent(origin);
       assert.equal(path.endsWith('/Downloads/Žluťoučký instalátor.ISO'), true, path);
-      await rename(join(home.trash, 'files', note.replace(/\.trashinfo$/, '')), join(folder, 'Žluťoučký instalátor.ISO'));
-      assert.match(await readFile(join(folder, 'Žluťoučký instalátor.ISO'), 'utf8'), /^first bytes of Žluťoučký/);
+      await rename(
+        join(home.trash, 'files', note.replace(/\.trashinfo$/, '')),
+        join(folder, 'Žluťoučký instalátor.ISO'),
+      );
+      assert.match(
+        await readFile(join(folder, 'Žluťoučký instalátor.ISO'), 'utf8'),
+        /^first bytes of Žluťoučký/,
+      );
       await page.keyboard.press('F5');
       await app.waitUntilShown(async () => (await rows()).length === 3, 'the restored file');
-      assert.equal((await app.request('deleteSpecificFiles', { paths: [`${kUser}\\Downloads\\above.zip`] })).success, false);
+      assert.equal(
+        (await app.request('deleteSpecificFiles', { paths: [`${kUser}\\Downloads\\above.zip`] })).success,
+        false,
+      );
     });
   } finally {
     await home.remove();
@@ -307,7 +398,8 @@ test('old large downloads go to the recycle bin and come back', async () => {
 
 test('system files and the hibernation switch', async () => {
   const kPower = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Power';
-  const hibernation = (on) => runInPrefix('reg', ['add', kPower, '/v', 'HibernateEnabled', '/t', 'REG_DWORD', '/d', String(on), '/f']);
+  const hibernation = (on) =>
+    runInPrefix('reg', ['add', kPower, '/v', 'HibernateEnabled', '/t', 'REG_DWORD', '/d', String(on), '/f']);
   const files = { 'hiberfil.sys': 3_435_973_837, 'pagefile.sys': 17_179_869_184 };
   const remove = (name) => rm(unixPath(`C:\\${name}`), { force: true });
   for (const [name, size] of Object.entries(files)) {
@@ -321,17 +413,33 @@ test('system files and the hibernation switch', async () => {
       await openView(page, 'cleaning');
       await closeServiceDialog(page);
       const toggle = page.getByRole('switch', { name: 'Hibernation' });
-      const isOn = (want) => app.waitUntilShown(async () => await toggle.isEnabled() && await toggle.getAttribute('aria-checked') === String(want), `the switch to be ${want}`);
+      const isOn = (want) =>
+        app.waitUntilShown(
+          async () =>
+            (await toggle.isEnabled()) && (await toggle.getAttribute('aria-checked')) === String(want),
+          `the switch to be ${want}`,
+        );
       await isOn(true);
       const sizes = page.locator('.system-file');
-      assert.deepEqual((await sizes.locator('.system-size').allInnerTexts()), [inWords(3_435_973_837), inWords(17_179_869_184), 'does not exist']);
-      assert.deepEqual(await sizes.locator('.system-size').evaluateAll((all) => all.map(({ title }) => title)),
-        ['3,435,973,837 B', '17,179,869,184 B', '0 B']);
+      assert.deepEqual(await sizes.locator('.system-size').allInnerTexts(), [
+        inWords(3_435_973_837),
+        inWords(17_179_869_184),
+        'does not exist',
+      ]);
+      assert.deepEqual(
+        await sizes.locator('.system-size').evaluateAll((all) => all.map(({ title }) => title)),
+        ['3,435,973,837 B', '17,179,869,184 B', '0 B'],
+      );
 
       // Without the service: the dialog, and the switch goes back.
       await toggle.click();
       await closeServiceDialog(page);
-      await page.getByRole('alert').filter({ hasText: 'Hibernation could not be switched. The helper service did not fulfil the request.' }).waitFor();
+      await page
+        .getByRole('alert')
+        .filter({
+          hasText: 'Hibernation could not be switched. The helper service did not fulfil the request.',
+        })
+        .waitFor();
       await isOn(true);
 
       await app.startService({ set_hibernation: { reply: { success: true } } });
@@ -339,7 +447,10 @@ test('system files and the hibernation switch', async () => {
       await remove('hiberfil.sys');
       await toggle.click();
       await isOn(false);
-      assert.deepEqual((await app.serviceRequests()).filter(({ action }) => action === 'set_hibernation'), [{ action: 'set_hibernation', data: { enabled: false } }]);
+      assert.deepEqual(
+        (await app.serviceRequests()).filter(({ action }) => action === 'set_hibernation'),
+        [{ action: 'set_hibernation', data: { enabled: false } }],
+      );
       assert.equal(await sizes.first().locator('.system-size').innerText(), 'does not exist');
       await checkAccessibility(page);
     });
@@ -349,53 +460,71 @@ test('system files and the hibernation switch', async () => {
   }
 });
 
-test('automatic cleaning is switched by the service or not at all', () => withVarnel({ language: 'en' }, async (app) => {
-  const { page } = app;
-  await openView(page, 'settings');
-  const toggle = page.getByRole('switch', { name: /^Clean regularly/ });
-  const isOn = (want) => app.waitUntilShown(async () => await toggle.isEnabled() && await toggle.getAttribute('aria-checked') === String(want), `the switch to be ${want}`);
-  const stored = async () => (await app.settingsFile()).autoClean === true;
-  const saved = () => app.messages.filter(({ type }) => type === 'saveSettings').length;
-  await isOn(false);
-  await toggle.click();
-  await closeServiceDialog(page);
-  await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).waitFor();
-  await isOn(false);
-  assert.deepEqual([saved(), await stored()], [0, false]);
-
-  await app.startService({ toggleScheduleClean: { reply: { success: true } } });
-  for (const [clicks, enabled] of [[1, true], [2, false]]) {
+test('automatic cleaning is switched by the service or not at all', () =>
+  withVarnel({ language: 'en' }, async (app) => {
+    const { page } = app;
+    await openView(page, 'settings');
+    const toggle = page.getByRole('switch', { name: /^Clean regularly/ });
+    const isOn = (want) =>
+      app.waitUntilShown(
+        async () =>
+          (await toggle.isEnabled()) && (await toggle.getAttribute('aria-checked')) === String(want),
+        `the switch to be ${want}`,
+      );
+    const stored = async () => (await app.settingsFile()).autoClean === true;
+    const saved = () => app.messages.filter(({ type }) => type === 'saveSettings').length;
+    await isOn(false);
     await toggle.click();
-    await app.waitUntil(() => saved() === clicks, 'the setting to be saved');
-    await isOn(enabled);
-    assert.equal(await stored(), enabled);
-  }
-  const exePath = `${app.folder.windows}\\bin\\Varnel.exe`;
-  assert.deepEqual((await app.serviceRequests()).filter(({ action }) => action === 'toggleScheduleClean'),
-    [true, false].map((enabled) => ({ action: 'toggleScheduleClean', data: { enabled, exePath } })));
-  await app.scriptService({ toggleScheduleClean: { reply: { success: false } } });
-  await toggle.click();
-  await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).last().waitFor();
-  await isOn(false);
-  assert.equal(await stored(), false);
-}));
+    await closeServiceDialog(page);
+    await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).waitFor();
+    await isOn(false);
+    assert.deepEqual([saved(), await stored()], [0, false]);
 
-test('--silent-clean cleans all categories without a window, a browser or the service', () => withJunk(async () => {
-  const kept = Object.values(kCategories).flatMap((category) => category.kept);
-  const before = await countFolders(kept);
-  await withVarnel({ args: ['/x', '--silent-clean', 'more', 'words'], service: { '*': { reply: { success: true } } } }, async (app) => {
-    let looks = 0;
-    while (app.process.exitCode === null && app.process.signalCode === null) {
-      assert.equal((await app.window()).found, false);
-      ++looks;
+    await app.startService({ toggleScheduleClean: { reply: { success: true } } });
+    for (const [clicks, enabled] of [
+      [1, true],
+      [2, false],
+    ]) {
+      await toggle.click();
+      await app.waitUntil(() => saved() === clicks, 'the setting to be saved');
+      await isOn(enabled);
+      assert.equal(await stored(), enabled);
     }
-    assert.ok(looks > 0);
-    assert.equal(await app.exited, 0);
-    assert.equal(app.recorded.environment, undefined);
-    assert.deepEqual(await app.serviceRequests(), []);
-  });
-  assert.deepEqual(await countFolders(Object.values(kCategories).flatMap((category) => category.cleaned)), [0, 0]);
-  assert.deepEqual(await countFolders(kept), before);
-  assert.equal(before[0], 3 * kFilesAFolder);
-  for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
-}));
+    const exePath = `${app.folder.windows}\\bin\\Varnel.exe`;
+    assert.deepEqual(
+      (await app.serviceRequests()).filter(({ action }) => action === 'toggleScheduleClean'),
+      [true, false].map((enabled) => ({ action: 'toggleScheduleClean', data: { enabled, exePath } })),
+    );
+    await app.scriptService({ toggleScheduleClean: { reply: { success: false } } });
+    await toggle.click();
+    await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).last().waitFor();
+    await isOn(false);
+    assert.equal(await stored(), false);
+  }));
+
+test('--silent-clean cleans all categories without a window, a browser or the service', () =>
+  withJunk(async () => {
+    const kept = Object.values(kCategories).flatMap((category) => category.kept);
+    const before = await countFolders(kept);
+    await withVarnel(
+      { args: ['/x', '--silent-clean', 'more', 'words'], service: { '*': { reply: { success: true } } } },
+      async (app) => {
+        let looks = 0;
+        while (app.process.exitCode === null && app.process.signalCode === null) {
+          assert.equal((await app.window()).found, false);
+          ++looks;
+        }
+        assert.ok(looks > 0);
+        assert.equal(await app.exited, 0);
+        assert.equal(app.recorded.environment, undefined);
+        assert.deepEqual(await app.serviceRequests(), []);
+      },
+    );
+    assert.deepEqual(
+      await countFolders(Object.values(kCategories).flatMap((category) => category.cleaned)),
+      [0, 0],
+    );
+    assert.deepEqual(await countFolders(kept), before);
+    assert.equal(before[0], 3 * kFilesAFolder);
+    for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
+  }));

@@ -36,9 +36,10 @@ export class Connection extends EventEmitter {
   #accept(socket) {
     this.#socket = socket;
     socket.setNoDelay(true);
-    socket.on('error', () => {});  // a killed program resets the connection; "close" follows
+    socket.on('error', () => {}); // a killed program resets the connection; "close" follows
     socket.on('close', () => {
-      for (const { command, reject } of this.#replies.values()) reject(new Error(`the program ended during ${command}`));
+      for (const { command, reject } of this.#replies.values())
+        reject(new Error(`the program ended during ${command}`));
       this.#replies.clear();
     });
     let chunks = [];

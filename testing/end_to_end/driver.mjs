@@ -8,7 +8,7 @@ import { chromium } from 'playwright-core';
 import { Connection } from './connection.mjs';
 import { buildFolder, copyInto, makeFolder, prepareWine, standIn, startInPrefix, unixPath } from './wine.mjs';
 
-const kWaitMs = 30_000;  // for what must happen; nothing waits longer than it needs
+const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
 
 // Values of the control's resource contexts.
 const kContexts = { document: 1, stylesheet: 2, image: 3, media: 4, font: 5, script: 6, xhr: 7, fetch: 8 };
@@ -16,8 +16,15 @@ const kContexts = { document: 1, stylesheet: 2, image: 3, media: 4, font: 5, scr
 // Ctrl+C is for whoever drives: the browser is ended in order.
 const kOwnSignals = { handleSIGINT: false, handleSIGTERM: false, handleSIGHUP: false };
 
-const kChromiumFlags = ['--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
-  '--disable-component-update', '--disable-sync', ...(process.getuid() === 0 ? ['--no-sandbox'] : [])];
+const kChromiumFlags = [
+  '--disable-gpu',
+  '--disable-quic',
+  '--no-first-run',
+  '--disable-background-networking',
+  '--disable-component-update',
+  '--disable-sync',
+  ...(process.getuid() === 0 ? ['--no-sandbox'] : []),
+];
 
 let sharedBrowser;
 
@@ -40,9 +47,14 @@ export function within(promise, what, milliseconds = kWaitMs) {
 function installWebview() {
   const listeners = new Set();
   const webview = {
-    postMessage: (message) => window.varnelPost(typeof message === 'string' ? { text: message } : { value: JSON.stringify(message) }),
-    addEventListener: (type, listener) => { if (type === 'message') listeners.add(listener); },
-    removeEventListener: (type, listener) => { if (type === 'message') listeners.delete(listener); },
+    postMessage: (message) =>
+      window.varnelPost(typeof message === 'string' ? { text: message } : { value: JSON.stringify(message) }),
+    addEventListener: (type, listener) => {
+      if (type === 'message') listeners.add(listener);
+    },
+    removeEventListener: (type, listener) => {
+      if (type === 'message') listeners.delete(listener);
+    },
   };
   window.chrome = Object.assign(window.chrome ?? {}, { webview });
   window.varnelDeliver = (text) => {
@@ -79,10 +91,18 @@ export async function startVarnel(options = {}) {
 }
 
 class Varnel {
-  messages = [];       // everything posted to the page, in order, parsed; `texts` has the exact texts
+  messages = []; // everything posted to the page, in order, parsed; `texts` has the exact texts
   texts = [];
-  problems = [];       // what makes stop() fail: console errors, policy reports, page errors, failed requests
-  recorded = { settings: {}, bounds: [], filters: [], handlers: [], folder: undefined, navigations: [], environment: undefined };
+  problems = []; // what makes stop() fail: console errors, policy reports, page errors, failed requests
+  recorded = {
+    settings: {},
+    bounds: [],
+    filters: [],
+    handlers: [],
+    folder: undefined,
+    navigations: [],
+    environment: undefined,
+  };
   #connection = new Connection();
   #delivery = Promise.resolve();
   #nextRequest = 1_000_000;
@@ -96,7 +116,7 @@ class Varnel {
   async start() {
     const { options } = this;
     await prepareWine({ visible: options.visible });
-    this.folder = options.folder ?? await makeFolder();
+    this.folder = options.folder ?? (await makeFolder());
     this.binFolder = join(this.folder.unix, 'bin');
     if (!options.folder) await this.#fillFolder();
     if (options.service) await this.startService(options.service);
@@ -104,7 +124,11 @@ class Varnel {
     const port = await this.#connection.listen();
     this.process = startInPrefix(`${this.folder.windows}\\bin\\Varnel.exe`, options.args, {
       cwd: this.binFolder,
-      env: { VARNEL_DRIVER_PORT: String(port), VARNEL_TOOL_SCRIPTS: `${this.folder.windows}\\tools`, ...options.env },
+      env: {
+        VARNEL_DRIVER_PORT: String(port),
+        VARNEL_TOOL_SCRIPTS: `${this.folder.windows}\\tools`,
+        ...options.env,
+      },
     });
     this.exited = once(this.process, 'exit').then(([code, signal]) => signal ?? code);
     this.process.stdout.resume();
@@ -117,7 +141,9 @@ class Varnel {
   // Delivers one web message as the page would: a text as it is (lone surrogates included), anything else as its JSON text.
   send(message) {
     const text = typeof message === 'string' ? message : JSON.stringify(message);
-    return this.#connection.request('web_message', { utf16: Buffer.from(text, 'utf16le').toString('base64') });
+    return this.#connection.request('web_message', {
+      utf16: Buffer.from(text, 'utf16le').toString('base64'),
+    });
   }
 
   // Posts what is not a string, such as webview.postMessage({...}).
@@ -130,33 +156,45 @@ class Varnel {
     const requestId = this.#nextRequest++;
     const from = this.messages.length;
     await this.send({ action, requestId, data, ...envelope });
-    return this.waitForMessage((message) => message.requestId === requestId, { from, what: `the reply to ${action}` });
+    return this.waitForMessage((message) => message.requestId === requestId, {
+      from,
+      what: `the reply to ${action}`,
+    });
   }
 
   // The first message from index `from` on that `matches`; waits for it when it has not come yet.
   waitForMessage(matches, { from = 0, what = 'a message', milliseconds } = {}) {
     let index = from;
-    return this.waitUntil(() => {
-      for (; index < this.messages.length; ++index) if (matches(this.messages[index])) return this.messages[index];
-      return undefined;
-    }, what, milliseconds);
+    return this.waitUntil(
+      () => {
+        for (; index < this.messages.length; ++index)
+          if (matches(this.messages[index])) return this.messages[index];
+        return undefined;
+      },
+      what,
+      milliseconds,
+    );
   }
 
   // Waits until `condition`, looked at after every event of the program, gives something other than undefined or false.
   waitUntil(condition, what, milliseconds) {
     let check;
-    return within(new Promise((resolve, reject) => {
-      check = () => {
-        try {
-          const value = condition();
-          if (value !== undefined && value !== false) resolve(value);
-        } catch (error) {
-          reject(error);
-        }
-      };
-      this.#changed.add(check);
-      check();
-    }), what, milliseconds).finally(() => this.#changed.delete(check));
+    return within(
+      new Promise((resolve, reject) => {
+        check = () => {
+          try {
+            const value = condition();
+            if (value !== undefined && value !== false) resolve(value);
+          } catch (error) {
+            reject(error);
+          }
+        };
+        this.#changed.add(check);
+        check();
+      }),
+      what,
+      milliseconds,
+    ).finally(() => this.#changed.delete(check));
   }
 
   // Looks at the page again and again until `look` gives something other than undefined or false.
@@ -188,8 +226,11 @@ class Varnel {
   async startService(script) {
     this.serviceScript = join(this.folder.unix, 'service.json');
     await this.scriptService(script);
-    this.service = startInPrefix(standIn('helper_service.exe'),
-      [`${this.folder.windows}\\service.json`, `${this.folder.windows}\\service.log`, ...(script === 'busy' ? ['busy'] : [])]);
+    this.service = startInPrefix(standIn('helper_service.exe'), [
+      `${this.folder.windows}\\service.json`,
+      `${this.folder.windows}\\service.log`,
+      ...(script === 'busy' ? ['busy'] : []),
+    ]);
     await within(once(this.service.stdout, 'data'), 'the stand-in service');
   }
 
@@ -203,7 +244,8 @@ class Varnel {
     this.service = undefined;
     if (!service) return;
     service.stdin.end();
-    if (service.exitCode === null) await within(once(service, 'exit'), 'the stand-in service to end').catch(() => service.kill('SIGKILL'));
+    if (service.exitCode === null)
+      await within(once(service, 'exit'), 'the stand-in service to end').catch(() => service.kill('SIGKILL'));
   }
 
   // The service's requests so far, parsed.
@@ -213,7 +255,9 @@ class Varnel {
 
   // Starts a stand-in tool beside the program and waits until it writes something: its process.
   async startTool(name) {
-    const tool = startInPrefix(`${this.folder.windows}\\bin\\${name}.exe`, [], { env: { VARNEL_TOOL_SCRIPTS: `${this.folder.windows}\\tools` } });
+    const tool = startInPrefix(`${this.folder.windows}\\bin\\${name}.exe`, [], {
+      env: { VARNEL_TOOL_SCRIPTS: `${this.folder.windows}\\tools` },
+    });
     await within(once(tool.stdout, 'data'), `${name} to write`);
     return tool;
   }
@@ -232,7 +276,9 @@ class Varnel {
     const probe = startInPrefix(standIn('window_probe.exe'), words);
     probe.stdin.end();
     let text = '';
-    probe.stdout.setEncoding('utf8').on('data', (part) => { text += part; });
+    probe.stdout.setEncoding('utf8').on('data', (part) => {
+      text += part;
+    });
     const [code] = await within(once(probe, 'close'), 'the window probe');
     if (code !== 0) throw new Error(`the window probe failed: ${words.join(' ')}: ${text}`);
     return JSON.parse(text);
@@ -240,7 +286,8 @@ class Varnel {
 
   // Ends the program with exitApp and everything around it; fails when there were problems or the exit code is not 0.
   async stop({ keepFolder = false } = {}) {
-    let code, lived = false;
+    let code,
+      lived = false;
     try {
       await this.#closePage();
       lived = this.process.exitCode === null && this.process.signalCode === null;
@@ -251,7 +298,8 @@ class Varnel {
     }
     // Ending threads that are inside a system library, Wine itself now and then dies of a signal. A fault of the program would
     // be an exception with an exit code; window.test.mjs asks Windows for the code.
-    if (lived && (code === 'SIGSEGV' || code === 'SIGKILL')) console.warn(`Wine ended by ${code} after exitApp`);
+    if (lived && (code === 'SIGSEGV' || code === 'SIGKILL'))
+      console.warn(`Wine ended by ${code} after exitApp`);
     else if (code !== 0) throw new Error(`the program ended with ${code}`);
     if (this.problems.length > 0) throw new Error(`problems in the page:\n${this.problems.join('\n')}`);
   }
@@ -271,11 +319,15 @@ class Varnel {
   // The page goes before the program, so that nothing of it is cut off, and after the status push, which is inside the graphics
   // libraries for a moment after each load.
   async #closePage() {
-    await this.context?.close().catch(() => {});  // the user may be closing its window at this moment
+    await this.context?.close().catch(() => {}); // the user may be closing its window at this moment
     this.context = undefined;
     if (this.process.exitCode !== null) return;
-    const pushed = () => this.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0).length;
-    await this.waitUntil(() => this.process.exitCode !== null || pushed() >= this.#pushesDue, 'the status push');
+    const pushed = () =>
+      this.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0).length;
+    await this.waitUntil(
+      () => this.process.exitCode !== null || pushed() >= this.#pushesDue,
+      'the status push',
+    );
   }
 
   // --- inside -------------------------------------------------------------------------------------------------------------
@@ -290,13 +342,19 @@ class Varnel {
     await mkdir(join(this.folder.unix, 'tools'));
     for (const [name, script] of Object.entries(tools)) await this.scriptTool(name, script);
     if (settings !== undefined) {
-      await writeFile(join(this.folder.unix, 'settings.json'), typeof settings === 'string' ? settings : JSON.stringify(settings));
+      await writeFile(
+        join(this.folder.unix, 'settings.json'),
+        typeof settings === 'string' ? settings : JSON.stringify(settings),
+      );
     }
   }
 
   // Changes what a stand-in tool does from its next start on.
   scriptTool(name, script) {
-    return writeFile(join(this.folder.unix, 'tools', name.replace(/\.exe$/, '.json')), JSON.stringify(script));
+    return writeFile(
+      join(this.folder.unix, 'tools', name.replace(/\.exe$/, '.json')),
+      JSON.stringify(script),
+    );
   }
 
   async #readLines(name) {
@@ -309,19 +367,38 @@ class Varnel {
 
   #record() {
     const { recorded } = this;
-    const on = (event, handle) => this.#connection.on(event, (fields) => {
-      handle(fields);
-      for (const check of [...this.#changed]) check();
+    const on = (event, handle) =>
+      this.#connection.on(event, (fields) => {
+        handle(fields);
+        for (const check of [...this.#changed]) check();
+      });
+    on('create_environment', (fields) => {
+      recorded.environment = fields;
     });
-    on('create_environment', (fields) => { recorded.environment = fields; });
-    on('create_controller', (fields) => { recorded.controller = fields; });
-    on('setting', ({ name, value }) => { recorded.settings[name] = value; });
-    on('bounds', ({ left, top, right, bottom }) => { recorded.bounds.push({ left, top, right, bottom }); });
-    on('filter', ({ uri, context }) => { recorded.filters.push({ uri, context }); });
-    on('handler', ({ name }) => { recorded.handlers.push(name); });
-    on('folder', ({ host, folder, access }) => { recorded.folder = { host, folder, access }; });
-    on('navigate', ({ uri }) => { recorded.navigations.push(uri); });
-    on('problem', ({ problem }) => { this.problems.push(problem); });
+    on('create_controller', (fields) => {
+      recorded.controller = fields;
+    });
+    on('setting', ({ name, value }) => {
+      recorded.settings[name] = value;
+    });
+    on('bounds', ({ left, top, right, bottom }) => {
+      recorded.bounds.push({ left, top, right, bottom });
+    });
+    on('filter', ({ uri, context }) => {
+      recorded.filters.push({ uri, context });
+    });
+    on('handler', ({ name }) => {
+      recorded.handlers.push(name);
+    });
+    on('folder', ({ host, folder, access }) => {
+      recorded.folder = { host, folder, access };
+    });
+    on('navigate', ({ uri }) => {
+      recorded.navigations.push(uri);
+    });
+    on('problem', ({ problem }) => {
+      this.problems.push(problem);
+    });
     on('message', ({ text }) => this.#receive(text));
   }
 
@@ -334,10 +411,13 @@ class Varnel {
       return;
     }
     if (!this.page) return;
-    this.#delivery = this.#delivery.then(() => this.page.evaluate((json) => window.varnelDeliver(json), text)).catch((error) => {
-      // A message that meets a page on its way out is lost with the real control, too.
-      if (!/navigation|closed|destroyed|varnelDeliver is not/.test(error.message)) this.problems.push(`delivering a message: ${error.message}`);
-    });
+    this.#delivery = this.#delivery
+      .then(() => this.page.evaluate((json) => window.varnelDeliver(json), text))
+      .catch((error) => {
+        // A message that meets a page on its way out is lost with the real control, too.
+        if (!/navigation|closed|destroyed|varnelDeliver is not/.test(error.message))
+          this.problems.push(`delivering a message: ${error.message}`);
+      });
   }
 
   async #openBrowser() {
@@ -361,25 +441,49 @@ class Varnel {
     const { viewport = { width: 1400, height: 900 }, visible } = this.options;
     if (visible) {
       this.context = await chromium.launchPersistentContext('', {
-        ...kOwnSignals, executablePath: '/usr/bin/chromium', headless: false, viewport: null,
-        args: [...kChromiumFlags, '--app=data:text/html,<title>Varnel</title>', `--window-size=${viewport.width},${viewport.height}`],
+        ...kOwnSignals,
+        executablePath: '/usr/bin/chromium',
+        headless: false,
+        viewport: null,
+        args: [
+          ...kChromiumFlags,
+          '--app=data:text/html,<title>Varnel</title>',
+          `--window-size=${viewport.width},${viewport.height}`,
+        ],
       });
-      this.page = this.context.pages()[0] ?? await this.context.newPage();
+      this.page = this.context.pages()[0] ?? (await this.context.newPage());
     } else {
-      sharedBrowser ??= await chromium.launch({ ...kOwnSignals, executablePath: '/usr/bin/chromium', args: kChromiumFlags });
+      sharedBrowser ??= await chromium.launch({
+        ...kOwnSignals,
+        executablePath: '/usr/bin/chromium',
+        args: kChromiumFlags,
+      });
       this.context = await sharedBrowser.newContext({ viewport, locale: 'cs-CZ', reducedMotion: 'reduce' });
       this.page = await this.context.newPage();
     }
     const { page } = this;
-    page.on('console', (line) => { if (line.type() === 'error') this.problems.push(`console: ${line.text()}`); });
+    page.on('console', (line) => {
+      if (line.type() === 'error') this.problems.push(`console: ${line.text()}`);
+    });
     page.on('pageerror', (error) => this.problems.push(`page error: ${error.stack ?? error.message}`));
-    page.on('requestfailed', (request) => this.problems.push(`request failed: ${request.url()}: ${request.failure()?.errorText}`));
-    page.on('load', () => { this.completeNavigation().catch(() => {}); });
-    await page.exposeFunction('varnelPost', ({ text, value }) => (text === undefined ? this.sendNonString(value) : this.send(text)).then(() => {}, (error) => {
-      // Some actions end the program at once; its exit code tells whether that was in order.
-      if (!/the program ended/.test(error.message)) throw error;
-    }));
-    await page.exposeFunction('varnelProblem', (problem) => { this.problems.push(problem); });
+    page.on('requestfailed', (request) =>
+      this.problems.push(`request failed: ${request.url()}: ${request.failure()?.errorText}`),
+    );
+    page.on('load', () => {
+      this.completeNavigation().catch(() => {});
+    });
+    await page.exposeFunction('varnelPost', ({ text, value }) =>
+      (text === undefined ? this.sendNonString(value) : this.send(text)).then(
+        () => {},
+        (error) => {
+          // Some actions end the program at once; its exit code tells whether that was in order.
+          if (!/the program ended/.test(error.message)) throw error;
+        },
+      ),
+    );
+    await page.exposeFunction('varnelProblem', (problem) => {
+      this.problems.push(problem);
+    });
     await page.addInitScript(installWebview);
     await page.route('**', (route) => this.#serve(route));
   }
@@ -390,12 +494,18 @@ class Varnel {
     const url = new URL(request.url());
     const answer = await this.resource(url.href, request.resourceType());
     if (answer) {
-      const headers = Object.fromEntries(answer.headers.split('\r\n').map((line) => line.split(/: (.*)/s, 2)));
+      const headers = Object.fromEntries(
+        answer.headers.split('\r\n').map((line) => line.split(/: (.*)/s, 2)),
+      );
       return route.fulfill({ status: answer.status, headers, body: answer.body });
     }
     const { folder } = this.recorded;
-    const file = folder && url.hostname === folder.host &&
-      await readFile(join(unixPath(folder.folder), decodeURIComponent(url.pathname))).catch(() => undefined);
+    const file =
+      folder &&
+      url.hostname === folder.host &&
+      (await readFile(join(unixPath(folder.folder), decodeURIComponent(url.pathname))).catch(
+        () => undefined,
+      ));
     return file ? route.fulfill({ status: 200, body: file }) : route.abort('failed');
   }
 }

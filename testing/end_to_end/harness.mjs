@@ -16,7 +16,9 @@ const kLimitMs = 150_000; // a page that draws without end answers nothing any m
 
 async function inTime(work) {
   let timer;
-  const limit = new Promise((_, reject) => { timer = setTimeout(reject, kLimitMs, new Error(`no end within ${kLimitMs / 1000} s`)); });
+  const limit = new Promise((_, reject) => {
+    timer = setTimeout(reject, kLimitMs, new Error(`no end within ${kLimitMs / 1000} s`));
+  });
   await Promise.race([work, limit]).finally(() => clearTimeout(timer));
 }
 
@@ -38,16 +40,24 @@ export async function checkAccessibility(page) {
   // Through the debugger: the page's own policy allows no foreign script.
   const session = await page.context().newCDPSession(page);
   const evaluate = async (expression) => {
-    const { result, exceptionDetails } = await session.send('Runtime.evaluate', { expression, awaitPromise: true, returnByValue: true });
+    const { result, exceptionDetails } = await session.send('Runtime.evaluate', {
+      expression,
+      awaitPromise: true,
+      returnByValue: true,
+    });
     if (exceptionDetails) throw new Error(exceptionDetails.exception?.description ?? exceptionDetails.text);
     return result.value;
   };
-  await evaluate(`${await readFile(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8')}; undefined`);
+  await evaluate(
+    `${await readFile(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8')}; undefined`,
+  );
   const { violations, passes } = await evaluate('axe.run(document, { resultTypes: ["violations"] })');
   await session.detach();
   if (passes.length === 0) throw new Error('axe-core looked at nothing');
   if (violations.length === 0) return;
-  const lines = violations.map(({ id, help, nodes }) => `${id}: ${help}\n  ${nodes.map(({ html }) => html).join('\n  ')}`);
+  const lines = violations.map(
+    ({ id, help, nodes }) => `${id}: ${help}\n  ${nodes.map(({ html }) => html).join('\n  ')}`,
+  );
   throw new Error(`axe-core found:\n${lines.join('\n')}`);
 }
 
@@ -67,7 +77,9 @@ export async function openView(page, id) {
 export async function closeServiceDialog(page) {
   await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor();
   await page.keyboard.press('Escape');
-  await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor({ state: 'detached' });
+  await page
+    .getByRole('dialog', { name: /helper service is not running|služba neběží/ })
+    .waitFor({ state: 'detached' });
 }
 
 // Bytes as the page is to write them: three digits of the largest unit that gives at least 1.
@@ -84,5 +96,9 @@ export function inWords(bytes, language = 'en') {
 export async function makeHome() {
   const unix = await mkdtemp(join(prefix, 'home-'));
   await mkdir(join(unix, '.local/share'), { recursive: true });
-  return { unix, trash: join(unix, '.local/share/Trash'), remove: () => rm(unix, { recursive: true, force: true }) };
+  return {
+    unix,
+    trash: join(unix, '.local/share/Trash'),
+    remove: () => rm(unix, { recursive: true, force: true }),
+  };
 }

@@ -8,54 +8,84 @@ import { buildFolder, copyInto, makeFolder, standIn } from './wine.mjs';
 
 const kOrigin = 'https://varnel.local';
 
-test('the control is set up as the page needs it', () => withVarnel({ page: false }, async (app) => {
-  const { recorded } = app;
-  assert.match(recorded.environment.userDataFolder, /^C:\\users\\[^\\]+\\AppData\\Local\\Varnel\\Varnel\.UserData$/i);
-  assert.equal(recorded.environment.browserFolder, '');
-  assert.equal(recorded.environment.hasOptions, false);
-  assert.equal(recorded.controller.parentClass, 'VarnelWebView2Window');
-  assert.deepEqual(recorded.settings, {
-    areDevToolsEnabled: false, areDefaultContextMenusEnabled: false, isStatusBarEnabled: false,
-  });
-  assert.deepEqual(recorded.filters, [{ uri: `${kOrigin}/*`, context: 0 }]);
-  assert.deepEqual(recorded.handlers.toSorted(), ['NavigationCompleted', 'WebMessageReceived', 'WebResourceRequested']);
-  assert.deepEqual(recorded.folder, { host: 'varnel.local', folder: `${app.folder.windows}\\bin\\..\\public`, access: 1 });
-  assert.deepEqual(recorded.navigations, [`${kOrigin}/index.html`]);
-}));
+test('the control is set up as the page needs it', () =>
+  withVarnel({ page: false }, async (app) => {
+    const { recorded } = app;
+    assert.match(
+      recorded.environment.userDataFolder,
+      /^C:\\users\\[^\\]+\\AppData\\Local\\Varnel\\Varnel\.UserData$/i,
+    );
+    assert.equal(recorded.environment.browserFolder, '');
+    assert.equal(recorded.environment.hasOptions, false);
+    assert.equal(recorded.controller.parentClass, 'VarnelWebView2Window');
+    assert.deepEqual(recorded.settings, {
+      areDevToolsEnabled: false,
+      areDefaultContextMenusEnabled: false,
+      isStatusBarEnabled: false,
+    });
+    assert.deepEqual(recorded.filters, [{ uri: `${kOrigin}/*`, context: 0 }]);
+    assert.deepEqual(recorded.handlers.toSorted(), [
+      'NavigationCompleted',
+      'WebMessageReceived',
+      'WebResourceRequested',
+    ]);
+    assert.deepEqual(recorded.folder, {
+      host: 'varnel.local',
+      folder: `${app.folder.windows}\\bin\\..\\public`,
+      access: 1,
+    });
+    assert.deepEqual(recorded.navigations, [`${kOrigin}/index.html`]);
+  }));
 
-test('the executable serves its five files and nothing else', () => withVarnel({ page: false }, async (app) => {
-  for (const [path, file, type] of [
-    ['/', 'index.html', 'text/html; charset=utf-8'],
-    ['/index.html', 'index.html', 'text/html; charset=utf-8'],
-    ['/css/style.css', 'css/style.css', 'text/css; charset=utf-8'],
-    ['/js/app.js', 'js/app.js', 'application/javascript; charset=utf-8'],
-    ['/app.png', 'app.png', 'image/png'],
-    ['/app.ico', 'app.ico', 'image/x-icon'],
-  ]) {
-    const answer = await app.resource(kOrigin + path);
-    assert.ok(answer, path);
-    assert.equal(answer.headers, `Content-Type: ${type}\r\nAccess-Control-Allow-Origin: *`);
-    assert.deepEqual([answer.status, answer.reason], [200, 'OK']);
-    assert.ok(answer.body.equals(await readFile(join(buildFolder, 'web', file))), `${path} is not the built ${file}`);
-  }
-  for (const path of ['/js/app.js?v=1', '/index.html#top', '/Index.html', '/css', '/index.htm', '/index.html/', '//index.html']) {
-    assert.equal(await app.resource(kOrigin + path), undefined, path);
-  }
-  assert.ok(await app.resource(`${kOrigin}/app.png`, 'fetch'), 'the filter is for every context');
-  assert.equal(await app.resource('https://example.com/index.html'), undefined);
-}));
+test('the executable serves its five files and nothing else', () =>
+  withVarnel({ page: false }, async (app) => {
+    for (const [path, file, type] of [
+      ['/', 'index.html', 'text/html; charset=utf-8'],
+      ['/index.html', 'index.html', 'text/html; charset=utf-8'],
+      ['/css/style.css', 'css/style.css', 'text/css; charset=utf-8'],
+      ['/js/app.js', 'js/app.js', 'application/javascript; charset=utf-8'],
+      ['/app.png', 'app.png', 'image/png'],
+      ['/app.ico', 'app.ico', 'image/x-icon'],
+    ]) {
+      const answer = await app.resource(kOrigin + path);
+      assert.ok(answer, path);
+      assert.equal(answer.headers, `Content-Type: ${type}\r\nAccess-Control-Allow-Origin: *`);
+      assert.deepEqual([answer.status, answer.reason], [200, 'OK']);
+      assert.ok(
+        answer.body.equals(await readFile(join(buildFolder, 'web', file))),
+        `${path} is not the built ${file}`,
+      );
+    }
+    for (const path of [
+      '/js/app.js?v=1',
+      '/index.html#top',
+      '/Index.html',
+      '/css',
+      '/index.htm',
+      '/index.html/',
+      '//index.html',
+    ]) {
+      assert.equal(await app.resource(kOrigin + path), undefined, path);
+    }
+    assert.ok(await app.resource(`${kOrigin}/app.png`, 'fetch'), 'the filter is for every context');
+    assert.equal(await app.resource('https://example.com/index.html'), undefined);
+  }));
 
-test('other paths come from the public folder', () => withVarnel({}, async (app) => {
-  await mkdir(join(app.folder.unix, 'public'));
-  await writeFile(join(app.folder.unix, 'public/extra.txt'), 'from the folder');
-  const text = await app.page.evaluate(() => fetch('/extra.txt?v=1').then((response) => response.text()));
-  assert.equal(text, 'from the folder');
-}));
+test('other paths come from the public folder', () =>
+  withVarnel({}, async (app) => {
+    await mkdir(join(app.folder.unix, 'public'));
+    await writeFile(join(app.folder.unix, 'public/extra.txt'), 'from the folder');
+    const text = await app.page.evaluate(() => fetch('/extra.txt?v=1').then((response) => response.text()));
+    assert.equal(text, 'from the folder');
+  }));
 
 test('the public folder beside the executable comes before the one above', async () => {
   const folder = await makeFolder();
   const binFolder = join(folder.unix, 'bin');
-  await copyInto(binFolder, { 'Varnel.exe': join(buildFolder, 'bin/Varnel.exe'), 'WebView2Loader.dll': standIn('WebView2Loader.dll') });
+  await copyInto(binFolder, {
+    'Varnel.exe': join(buildFolder, 'bin/Varnel.exe'),
+    'WebView2Loader.dll': standIn('WebView2Loader.dll'),
+  });
   await mkdir(join(binFolder, 'public'));
   await mkdir(join(folder.unix, 'public'));
   await withVarnel({ page: false, folder }, (app) => {
@@ -63,13 +93,21 @@ test('the public folder beside the executable comes before the one above', async
   });
 });
 
-test('each load of the page pushes the status', () => withVarnel({}, async (app) => {
-  const pushed = () => app.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0);
-  await app.waitUntil(() => pushed().length === 1, 'the first status push');
-  await app.page.reload();
-  await app.waitUntil(() => pushed().length === 2, 'the second status push');
-  assert.deepEqual(Object.keys(pushed()[1].specs), ['cpu', 'gpu', 'motherboard', 'os', 'ram', 'ramTooltip']);
-}));
+test('each load of the page pushes the status', () =>
+  withVarnel({}, async (app) => {
+    const pushed = () => app.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0);
+    await app.waitUntil(() => pushed().length === 1, 'the first status push');
+    await app.page.reload();
+    await app.waitUntil(() => pushed().length === 2, 'the second status push');
+    assert.deepEqual(Object.keys(pushed()[1].specs), [
+      'cpu',
+      'gpu',
+      'motherboard',
+      'os',
+      'ram',
+      'ramTooltip',
+    ]);
+  }));
 
 test('without a browser runtime the window stays and nothing crashes', async (t) => {
   const kNoRuntime = 0x80070002 - 2 ** 32;

@@ -4,7 +4,8 @@ import { createServer } from 'node:http';
 
 // The address that is compiled into Varnel_loopback.exe.
 export const kReleasePort = 23719;
-export const kErrorPage = '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
+export const kErrorPage =
+  '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
 
 // `answers` by path: a function of the response each; other paths are not found.
 export async function startReleaseServer(answers) {
@@ -15,12 +16,23 @@ export async function startReleaseServer(answers) {
   });
   server.listen(kReleasePort, '127.0.0.1');
   await once(server, 'listening');
-  return { requests, close: () => new Promise((resolve) => { server.close(resolve).closeAllConnections(); }) };
+  return {
+    requests,
+    close: () =>
+      new Promise((resolve) => {
+        server.close(resolve).closeAllConnections();
+      }),
+  };
 }
 
-export const serve = (body, status = 200, type = 'application/json') => (response) => response.writeHead(status, { 'content-type': type }).end(body);
+export const serve =
+  (body, status = 200, type = 'application/json') =>
+  (response) =>
+    response.writeHead(status, { 'content-type': type }).end(body);
 
 // Announces more than it sends before it breaks the connection.
 export const cut = (body) => (response) => {
-  response.writeHead(200, { 'content-length': 5000 }).write(body, () => setTimeout(() => response.destroy(), 50));
+  response
+    .writeHead(200, { 'content-length': 5000 })
+    .write(body, () => setTimeout(() => response.destroy(), 50));
 };

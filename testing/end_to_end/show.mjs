@@ -16,14 +16,23 @@ const rate = (value) => `${value.toFixed(2)} Mb/s`;
 // Load and rates compare two samples: the first one has none.
 function line({ cpu, ram, download, upload, networkAdapter, disks, battery }, first) {
   const drives = disks.map(({ drive, percent: used }) => `${drive} ${percent(used).trim()}`).join(', ');
-  const compared = first ? ['processor     —', 'down —', 'up —'] : [`processor ${percent(cpu)}`, `down ${rate(download)}`, `up ${rate(upload)}`];
-  return [...compared, `memory ${percent(ram)}`, networkAdapter, drives,
-    battery.hasBattery ? `battery ${percent(battery.percent).trim()}` : 'no battery'].join(' | ');
+  const compared = first
+    ? ['processor     —', 'down —', 'up —']
+    : [`processor ${percent(cpu)}`, `down ${rate(download)}`, `up ${rate(upload)}`];
+  return [
+    ...compared,
+    `memory ${percent(ram)}`,
+    networkAdapter,
+    drives,
+    battery.hasBattery ? `battery ${percent(battery.percent).trim()}` : 'no battery',
+  ].join(' | ');
 }
 
-console.log(visible
-  ? 'Showing Varnel: its own window under Wine (a frame without the browser control) and its page in Chromium.'
-  : `There is no display: running headless. The picture is ${picture}.`);
+console.log(
+  visible
+    ? 'Showing Varnel: its own window under Wine (a frame without the browser control) and its page in Chromium.'
+    : `There is no display: running headless. The picture is ${picture}.`,
+);
 const app = await startVarnel({ visible });
 const interrupted = new Promise((resolve) => {
   process.once('SIGINT', resolve);
@@ -42,7 +51,10 @@ try {
   const rounds = (async () => {
     for (;;) {
       const from = printed;
-      const sample = await app.waitForMessage(({ type }) => type === 'telemetry', { from, milliseconds: Infinity });
+      const sample = await app.waitForMessage(({ type }) => type === 'telemetry', {
+        from,
+        milliseconds: Infinity,
+      });
       printed = app.messages.indexOf(sample) + 1;
       console.log(line(sample, from === 0));
       if (from === 0) continue;

@@ -14,11 +14,24 @@ test('the console tool does what its script says', async () => {
     await copyInto(folder.unix, { 'winget.exe': standIn('console_tool.exe') });
     const run = async (script, ...args) => {
       await writeFile(join(folder.unix, 'winget.json'), JSON.stringify(script));
-      return runInPrefix(`${folder.windows}\\winget.exe`, args, { env: { VARNEL_TOOL_SCRIPTS: folder.windows } });
+      return runInPrefix(`${folder.windows}\\winget.exe`, args, {
+        env: { VARNEL_TOOL_SCRIPTS: folder.windows },
+      });
     };
-    assert.deepEqual(await run({ steps: [{ text: 'a\r\n' }, { hex: 'c5be', repeat: 2, delay_ms: 5 }, { text: 'hidden', stderr: true }], exit: 7 }),
-      { code: 7, stdout: 'a\nžž' });
-    const cases = { cases: [{ when: 'list', steps: [{ text: 'list' }] }, { when: 'upgrade', exit: 3 }], steps: [{ text: 'else' }] };
+    assert.deepEqual(
+      await run({
+        steps: [{ text: 'a\r\n' }, { hex: 'c5be', repeat: 2, delay_ms: 5 }, { text: 'hidden', stderr: true }],
+        exit: 7,
+      }),
+      { code: 7, stdout: 'a\nžž' },
+    );
+    const cases = {
+      cases: [
+        { when: 'list', steps: [{ text: 'list' }] },
+        { when: 'upgrade', exit: 3 },
+      ],
+      steps: [{ text: 'else' }],
+    };
     assert.deepEqual(await run(cases, 'upgrade', '--id', 'x y'), { code: 3, stdout: '' });
     assert.deepEqual(await run(cases, 'list'), { code: 0, stdout: 'list' });
     assert.deepEqual(await run(cases, 'other'), { code: 0, stdout: 'else' });
@@ -35,9 +48,14 @@ test('the console tool does what its script says', async () => {
   }
 });
 
-test('the program starts the tool that stands beside it', () => withVarnel({
-  page: false, tools: { 'shutdown.exe': { steps: [{ text: 'bye' }], exit: 5 } },
-}, async (app) => {
-  assert.equal((await app.request('reboot')).success, true);
-  assert.deepEqual(await app.toolCalls('shutdown'), ['shutdown /r /t 0']);
-}));
+test('the program starts the tool that stands beside it', () =>
+  withVarnel(
+    {
+      page: false,
+      tools: { 'shutdown.exe': { steps: [{ text: 'bye' }], exit: 5 } },
+    },
+    async (app) => {
+      assert.equal((await app.request('reboot')).success, true);
+      assert.deepEqual(await app.toolCalls('shutdown'), ['shutdown /r /t 0']);
+    },
+  ));

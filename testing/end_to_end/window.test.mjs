@@ -4,43 +4,69 @@ import { test } from 'node:test';
 import { withVarnel } from './harness.mjs';
 
 // Window messages and words, as other processes send them.
-const kHitTest = 132, kSysCommand = 274, kClose = 16, kPostJson = 1025;
+const kHitTest = 132,
+  kSysCommand = 274,
+  kClose = 16,
+  kPostJson = 1025;
 const kCaption = 2;
-const kOverlappedWindow = 0x00CF0000;
+const kOverlappedWindow = 0x00cf0000;
 
-const position = (x, y) => (y << 16) | (x & 0xFFFF);
+const position = (x, y) => (y << 16) | (x & 0xffff);
 
-test('the window is what other programs expect', () => withVarnel({ page: false }, async (app) => {
-  const window = await app.window('find');
-  assert.equal(window.title, 'Varnel');
-  assert.equal(window.style & kOverlappedWindow, kOverlappedWindow);
-  assert.equal(window.classStyle, 3);
-  assert.deepEqual([window.width, window.height], [1400, 900]);
-}));
+test('the window is what other programs expect', () =>
+  withVarnel({ page: false }, async (app) => {
+    const window = await app.window('find');
+    assert.equal(window.title, 'Varnel');
+    assert.equal(window.style & kOverlappedWindow, kOverlappedWindow);
+    assert.equal(window.classStyle, 3);
+    assert.deepEqual([window.width, window.height], [1400, 900]);
+  }));
 
-test('the place of the icon acts as caption', () => withVarnel({ page: false }, async (app) => {
-  const { left, top } = await app.window('find');
-  const words = [[8, 12], [200, 12]].map(([x, y]) => `send:${kHitTest},0,${position(left + x, top + y)}`);
-  const { results } = await app.window(...words);
-  assert.deepEqual(results, [kCaption, kCaption]);
-}));
+test('the place of the icon acts as caption', () =>
+  withVarnel({ page: false }, async (app) => {
+    const { left, top } = await app.window('find');
+    const words = [
+      [8, 12],
+      [200, 12],
+    ].map(([x, y]) => `send:${kHitTest},0,${position(left + x, top + y)}`);
+    const { results } = await app.window(...words);
+    assert.deepEqual(results, [kCaption, kCaption]);
+  }));
 
-test('the control follows the window, and the window has its least size', () => withVarnel({ page: false }, async (app) => {
-  for (const [asked, want] of [[[1300, 800], [1300, 800]], [[300, 200], [1250, 700]]]) {
-    const count = app.recorded.bounds.length;
-    const window = await app.window('find', `resize:${asked}`);
-    assert.deepEqual([window.width, window.height], want);
-    await app.waitUntil(() => app.recorded.bounds.length > count, 'new bounds');
-    assert.deepEqual(app.recorded.bounds.at(-1), { left: 0, top: 0, right: window.clientWidth, bottom: window.clientHeight });
-  }
-}));
+test('the control follows the window, and the window has its least size', () =>
+  withVarnel({ page: false }, async (app) => {
+    for (const [asked, want] of [
+      [
+        [1300, 800],
+        [1300, 800],
+      ],
+      [
+        [300, 200],
+        [1250, 700],
+      ],
+    ]) {
+      const count = app.recorded.bounds.length;
+      const window = await app.window('find', `resize:${asked}`);
+      assert.deepEqual([window.width, window.height], want);
+      await app.waitUntil(() => app.recorded.bounds.length > count, 'new bounds');
+      assert.deepEqual(app.recorded.bounds.at(-1), {
+        left: 0,
+        top: 0,
+        right: window.clientWidth,
+        bottom: window.clientHeight,
+      });
+    }
+  }));
 
 test('window commands', async () => {
   await withVarnel({ page: false }, async (app) => {
     const from = app.texts.length;
     await app.window(`send:${kSysCommand},1000,0`, `send:${kSysCommand},1001,0`, `send:${kPostJson},0,0`);
     await app.request('testBridge');
-    assert.deepEqual(app.texts.slice(from, -1), ['{"type":"triggerUpdateCheck"}', '{"type":"navigateTab","tab":"settings"}']);
+    assert.deepEqual(app.texts.slice(from, -1), [
+      '{"type":"triggerUpdateCheck"}',
+      '{"type":"navigateTab","tab":"settings"}',
+    ]);
     assert.equal((await app.window(`send:${kSysCommand},1002,0`, 'wait_exit')).exitCode, 0);
   });
   await withVarnel({ page: false }, async (app) => {

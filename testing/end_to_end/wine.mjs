@@ -13,24 +13,33 @@ export const prefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ??
 export const driveC = join(prefix, 'drive_c');
 
 const runFile = promisify(execFile);
-let display;  // the Xvfb process, when it is ours
+let display; // the Xvfb process, when it is ours
 
 // A virtual display on a free number, unless there is a display and the caller wants to be seen.
 async function ensureDisplay({ visible }) {
   if (display || (visible && process.env.DISPLAY)) return;
-  display = spawn('Xvfb', ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'],
-    { stdio: ['ignore', 'ignore', 'ignore', 'pipe'], detached: true });
+  display = spawn('Xvfb', ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'], {
+    stdio: ['ignore', 'ignore', 'ignore', 'pipe'],
+    detached: true,
+  });
   process.on('exit', () => display?.kill());
   const [number] = await Promise.race([
     once(display.stdio[3], 'data'),
-    once(display, 'exit').then(() => { throw new Error('Xvfb did not start'); }),
+    once(display, 'exit').then(() => {
+      throw new Error('Xvfb did not start');
+    }),
   ]);
   process.env.DISPLAY = `:${String(number).trim()}`;
 }
 
 export function wineEnvironment(extra = {}) {
   return {
-    ...process.env, WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=', LC_ALL: 'C.UTF-8', ...extra,
+    ...process.env,
+    WINEPREFIX: prefix,
+    WINEDEBUG: '-all',
+    WINEDLLOVERRIDES: 'mscoree,mshtml=',
+    LC_ALL: 'C.UTF-8',
+    ...extra,
   };
 }
 
@@ -78,7 +87,10 @@ export function unixPath(windowsPath) {
   let path = drive.toUpperCase() === 'C' ? driveC : '/';
   for (const name of normalize(rest.replaceAll('\\', '/')).split('/')) {
     const exact = join(path, name);
-    const same = existsSync(exact) || !existsSync(path) ? undefined : readdirSync(path).find((entry) => entry.toLowerCase() === name.toLowerCase());
+    const same =
+      existsSync(exact) || !existsSync(path)
+        ? undefined
+        : readdirSync(path).find((entry) => entry.toLowerCase() === name.toLowerCase());
     path = same ? join(path, same) : exact;
   }
   return path;
@@ -87,17 +99,24 @@ export function unixPath(windowsPath) {
 // Every file in a folder and below it, {path, size}; links are neither listed nor followed.
 export async function filesBelow(unix) {
   const entries = existsSync(unix) ? await readdir(unix, { withFileTypes: true }) : [];
-  const found = await Promise.all(entries.map(async (entry) => {
-    const path = join(unix, entry.name);
-    if (entry.isDirectory()) return filesBelow(path);
-    return entry.isFile() ? [{ path, size: (await lstat(path)).size }] : [];
-  }));
+  const found = await Promise.all(
+    entries.map(async (entry) => {
+      const path = join(unix, entry.name);
+      if (entry.isDirectory()) return filesBelow(path);
+      return entry.isFile() ? [{ path, size: (await lstat(path)).size }] : [];
+    }),
+  );
   return found.flat();
 }
 
 // In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
 export function startInPrefix(program, args = [], { env = {}, cwd } = {}) {
-  return spawn('wine', [program, ...args], { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), cwd, detached: true });
+  return spawn('wine', [program, ...args], {
+    stdio: ['pipe', 'pipe', 'ignore'],
+    env: wineEnvironment(env),
+    cwd,
+    detached: true,
+  });
 }
 
 // Runs a Windows program to its end: {code, stdout}. Programs of Windows by bare name, stand-ins by path.
@@ -105,7 +124,9 @@ export async function runInPrefix(program, args = [], options = {}) {
   const child = startInPrefix(program, args, options);
   child.stdin.end();
   let stdout = '';
-  child.stdout.setEncoding('utf8').on('data', (text) => { stdout += text; });
+  child.stdout.setEncoding('utf8').on('data', (text) => {
+    stdout += text;
+  });
   const [code] = await once(child, 'close');
   return { code, stdout: stdout.replaceAll('\r\n', '\n') };
 }
@@ -117,10 +138,18 @@ export async function readRegistry(key) {
   const { code } = await runInPrefix('reg', ['export', key, `${file.windows}\\key.reg`, '/y']);
   const text = code === 0 ? await readFile(join(file.unix, 'key.reg'), 'utf16le') : undefined;
   await file.remove();
-  const expand = (hex) => `expand:${Buffer.from(hex.replaceAll(',', ''), 'hex').toString('utf16le').replace(/\0$/, '')}`;
+  const expand = (hex) =>
+    `expand:${Buffer.from(hex.replaceAll(',', ''), 'hex').toString('utf16le').replace(/\0$/, '')}`;
   const lines = text?.replace(/\\\r?\n */g, '').matchAll(/^"((?:[^"\\]|\\.)*)"=(.*?)\r?$/gm);
-  return lines && Object.fromEntries([...lines].map(([, name, data]) =>
-    [name.replace(/\\(.)/g, '$1'), data.replace(/^hex\(2\):(.*)$/, (_, hex) => expand(hex))]));
+  return (
+    lines &&
+    Object.fromEntries(
+      [...lines].map(([, name, data]) => [
+        name.replace(/\\(.)/g, '$1'),
+        data.replace(/^hex\(2\):(.*)$/, (_, hex) => expand(hex)),
+      ]),
+    )
+  );
 }
 
 export const standIn = (name) => join(buildFolder, 'stand_ins', name);

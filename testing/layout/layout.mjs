@@ -17,7 +17,8 @@ const kMayUse = {
 const kWindowsHeaders = new Set(['app/webview2.h']);
 const kPortableLibraries = /^(gtest|gmock)\//;
 
-const isTest = (path) => path.startsWith('testing/') || /_(test|fuzz|bench|fixture|fixture_win)\.(cpp|h)$/.test(path);
+const isTest = (path) =>
+  path.startsWith('testing/') || /_(test|fuzz|bench|fixture|fixture_win)\.(cpp|h)$/.test(path);
 const isWindows = (path) => /_win(_test|_bench)?\.(cpp|h)$/.test(path) || kWindowsHeaders.has(path);
 
 function sourcesBelow(root, folder) {
@@ -39,7 +40,8 @@ function breachOfInclude(root, path, quoted, included) {
   if (!existsSync(join(root, included))) return `"${included}" is not named from the root`;
   const target = included.split('/')[0];
   if (isTest(included) && !isTest(path)) return `uses "${included}" outside a test`;
-  if (target !== folder && target !== 'testing' && !kMayUse[folder].includes(target)) return `${folder} may not use ${target}: "${included}"`;
+  if (target !== folder && target !== 'testing' && !kMayUse[folder].includes(target))
+    return `${folder} may not use ${target}: "${included}"`;
   return isWindows(included) && !isWindows(path) && `portable, but includes "${included}"`;
 }
 
@@ -49,7 +51,8 @@ export function findBreaches(root) {
   for (const folder of Object.keys(kMayUse).filter((name) => existsSync(join(root, name)))) {
     for (const path of sourcesBelow(root, folder)) {
       const text = readFileSync(join(root, path), 'utf8');
-      if (path.endsWith('.h') && !/^(\/\/.*\n|\n)*#pragma once\n/.test(text)) breaches.push(`${path}: does not start with #pragma once`);
+      if (path.endsWith('.h') && !/^(\/\/.*\n|\n)*#pragma once\n/.test(text))
+        breaches.push(`${path}: does not start with #pragma once`);
       for (const [, open, included] of text.matchAll(/^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]/gm)) {
         const breach = breachOfInclude(root, path, open === '"', included);
         if (breach) breaches.push(`${path}: ${breach}`);

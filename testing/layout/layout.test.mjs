@@ -56,5 +56,6 @@ for (const [path, text, want] of [
   ['net/product.cpp', '#include "net/ports_fixture.h"\n', 'uses "net/ports_fixture.h" outside a test'],
   ['net/late.h', '#include <string>\n#pragma once\n', 'does not start with #pragma once'],
 ]) {
-  test(`found: ${path} ${want}`, () => assert.deepEqual(breachesWith({ [path]: text }), [`${path}: ${want}`]));
+  test(`found: ${path} ${want}`, () =>
+    assert.deepEqual(breachesWith({ [path]: text }), [`${path}: ${want}`]));
 }

@@ -6,7 +6,11 @@ import { Language, Parser } from 'web-tree-sitter';
 
 await Parser.init();
 const parser = new Parser();
-parser.setLanguage(await Language.load(fileURLToPath(import.meta.resolve('tree-sitter-powershell/tree-sitter-powershell.wasm'))));
+parser.setLanguage(
+  await Language.load(
+    fileURLToPath(import.meta.resolve('tree-sitter-powershell/tree-sitter-powershell.wasm')),
+  ),
+);
 
 function* faults(node) {
   if (node.isError || node.isMissing) yield node;
@@ -20,9 +24,14 @@ function report(file, line, text) {
 }
 for (const file of process.argv.slice(2)) {
   const text = readFileSync(file, 'utf8');
-  if (!text.startsWith('\uFEFF') && /[^\x00-\x7F]/.test(text)) report(file, 1, 'text beyond ASCII needs a UTF-8 mark');
+  if (!text.startsWith('\uFEFF') && /[^\x00-\x7F]/.test(text))
+    report(file, 1, 'text beyond ASCII needs a UTF-8 mark');
   for (const node of faults(parser.parse(text).rootNode)) {
-    report(file, node.startPosition.row + 1, node.isMissing ? `missing ${node.type}` : `syntax error at ${node.text.slice(0, 60)}`);
+    report(
+      file,
+      node.startPosition.row + 1,
+      node.isMissing ? `missing ${node.type}` : `syntax error at ${node.text.slice(0, 60)}`,
+    );
   }
 }
 process.exit(count > 0 ? 1 : 0);

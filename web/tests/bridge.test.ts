@@ -124,8 +124,18 @@ test('a push reaches the listeners of its type without settling anything, until 
 test('what is no message of the protocol is ignored', () => {
   const { bridge, receive } = connect();
   const seen: unknown[] = [];
-  for (const type of ['console_log', 'status', 'error'] as const) bridge.on(type, (message) => seen.push(message));
-  for (const junk of [null, 'text', 7, [], {}, { type: 'toString' }, { type: '__proto__' }, { type: 'navigateTab', tab: 'settings' }]) {
+  for (const type of ['console_log', 'status', 'error'] as const)
+    bridge.on(type, (message) => seen.push(message));
+  for (const junk of [
+    null,
+    'text',
+    7,
+    [],
+    {},
+    { type: 'toString' },
+    { type: '__proto__' },
+    { type: 'navigateTab', tab: 'settings' },
+  ]) {
     receive(junk);
   }
   receive({ type: 'console_log', message: 5, style: '' });

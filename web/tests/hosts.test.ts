@@ -26,7 +26,13 @@ test('what is wrong in a hosts file', () => {
     ['0.0.0.0 a..b', 'name a..b'],
   ];
   for (const [line, want] of cases) {
-    assert.equal(checkHosts([line]).map(({ kind, word }) => `${kind} ${word}`).join(), want, JSON.stringify(line));
+    assert.equal(
+      checkHosts([line])
+        .map(({ kind, word }) => `${kind} ${word}`)
+        .join(),
+      want,
+      JSON.stringify(line),
+    );
   }
 });
 
@@ -44,28 +50,62 @@ test('line ends survive the editor', () => {
     ['nothing edited', mixed, (text) => text, mixed],
     ['empty', '', (text) => text, ''],
     ['only ends', '\n\r\n\n', (text) => text, '\n\r\n\n'],
-    ['changed in place, with its own end', mixed, (text) => text.replace('x', 'xx'), mixed.replace('x', 'xx')],
-    ['two changes far apart', mixed, (text) => text.replace('a', 'b').replace('z', 'zz'), mixed.replace('a', 'b').replace('z', 'zz')],
-    ['new lines take the common end', 'a\r\nb\r\nc\n', (text) => text.replace('b', 'b\nnew'), 'a\r\nb\r\nnew\r\nc\n'],
+    [
+      'changed in place, with its own end',
+      mixed,
+      (text) => text.replace('x', 'xx'),
+      mixed.replace('x', 'xx'),
+    ],
+    [
+      'two changes far apart',
+      mixed,
+      (text) => text.replace('a', 'b').replace('z', 'zz'),
+      mixed.replace('a', 'b').replace('z', 'zz'),
+    ],
+    [
+      'new lines take the common end',
+      'a\r\nb\r\nc\n',
+      (text) => text.replace('b', 'b\nnew'),
+      'a\r\nb\r\nnew\r\nc\n',
+    ],
     ['in a file of LF', 'a\nb\n', (text) => `${text}c\n`, 'a\nb\nc\n'],
     ['text into an empty file', '', () => 'a\nb', 'a\r\nb'],
     ['after a last line without an end', 'a\nb\nc', (text) => `${text}\nd`, 'a\nb\nc\nd'],
     ['the last end taken away', 'a\r\nb\r\n', (text) => text.slice(0, -1), 'a\r\nb'],
-    ['removed in the middle', mixed, (text) => text.replace('1.1.1.1 x\n', ''), mixed.replace('1.1.1.1 x\n', '')],
+    [
+      'removed in the middle',
+      mixed,
+      (text) => text.replace('1.1.1.1 x\n', ''),
+      mixed.replace('1.1.1.1 x\n', ''),
+    ],
     ['removed at two places', 'a\nb\r\nc\nd\r\ne\nf\r\n', () => 'a\nc\nd\nf\n', 'a\nc\nd\r\nf\r\n'],
     ['moved up', 'a\nb\r\nc\nd\r\ne\n', () => 'd\na\nb\nc\ne\n', 'd\na\nb\r\nc\ne\n'],
-    ['inserted before and after a repeated line', 'x\r\nx\nb\r\nx\n', () => 'n\nx\nx\nb\nx\nm\n', 'n\r\nx\r\nx\nb\r\nx\nm\r\n'],
+    [
+      'inserted before and after a repeated line',
+      'x\r\nx\nb\r\nx\n',
+      () => 'n\nx\nx\nb\nx\nm\n',
+      'n\r\nx\r\nx\nb\r\nx\nm\r\n',
+    ],
   ];
-  for (const [name, original, edit, want] of cases) assert.equal(restoreLineEnds(original, edit(withLf(original))), want, name);
+  for (const [name, original, edit, want] of cases)
+    assert.equal(restoreLineEnds(original, edit(withLf(original))), want, name);
 });
 
 test('a block list of a hundred thousand lines with edits far apart', () => {
-  const lines = Array.from({ length: 100_000 }, (_, i) => `0.0.0.0 host${i % 90_000}.example${i % 3 === 0 ? '\n' : '\r\n'}`);
+  const lines = Array.from(
+    { length: 100_000 },
+    (_, i) => `0.0.0.0 host${i % 90_000}.example${i % 3 === 0 ? '\n' : '\r\n'}`,
+  );
   const edited = withLf(lines.join('')).split('\n').with(10, 'first');
   edited.splice(70_000, 5, 'second', 'third');
   const started = performance.now();
   const saved = restoreLineEnds(lines.join(''), edited.join('\n'));
-  const want = [...lines.with(10, 'first\r\n').slice(0, 70_000), 'second\r\n', 'third\r\n', ...lines.slice(70_005)].join('');
+  const want = [
+    ...lines.with(10, 'first\r\n').slice(0, 70_000),
+    'second\r\n',
+    'third\r\n',
+    ...lines.slice(70_005),
+  ].join('');
   assert.ok(saved === want);
   assert.equal(checkHosts(edited).filter(({ kind }) => kind === 'twice').length > 9000, true);
   assert.ok(performance.now() - started < 3000, 'usable while the user waits');

@@ -1,12 +1,27 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import {
-  addTasks, codeText, endUnknown, hearLine, pendingOnly, percentOf, startNext, toolEnded, withoutService, withoutWaiting, wordOf,
-  type Job, type JobKind, type Jobs, type Stream, type Task,
+  addTasks,
+  codeText,
+  endUnknown,
+  hearLine,
+  pendingOnly,
+  percentOf,
+  startNext,
+  toolEnded,
+  withoutService,
+  withoutWaiting,
+  wordOf,
+  type Job,
+  type JobKind,
+  type Jobs,
+  type Stream,
+  type Task,
 } from '../src/lib/jobs.ts';
 
 const task = (id: string, kind: JobKind = 'update'): Task => ({ kind, id, name: id });
-const endRunning = (jobs: Jobs, code: number, restart: boolean) => toolEnded(jobs, 'update_stream', code, restart);
+const endRunning = (jobs: Jobs, code: number, restart: boolean) =>
+  toolEnded(jobs, 'update_stream', code, restart);
 const states = (jobs: Jobs) => jobs.map(({ id, state }) => `${id} ${state}`).join(', ');
 
 test('one job runs at a time, in order, and a failed one does not stop the others', () => {
@@ -24,7 +39,10 @@ test('one job runs at a time, in order, and a failed one does not stop the other
 
 test('what is pending is not added twice; what has ended starts anew', () => {
   const running = startNext(addTasks([], [task('a'), task('b')]), 1);
-  assert.equal(states(addTasks(running, [task('a'), task('b'), task('c')])), 'a running, b waiting, c waiting');
+  assert.equal(
+    states(addTasks(running, [task('a'), task('b'), task('c')])),
+    'a running, b waiting, c waiting',
+  );
   assert.equal(states(addTasks(running, [task('a', 'uninstall')])), 'a running, b waiting, a waiting');
   const failed = hearLine(running, 'update_stream', { text: 'Downloading' }, 2);
   const again = addTasks(endRunning(failed, 1, false), [task('a')]);
@@ -57,26 +75,67 @@ test('an end is credited only to the one tool that it can be of', () => {
   const cases: [name: string, tasks: Task[], steps: Step[], want: string][] = [
     ['given up', [a, task('b')], ['give up'], 'a failed ?, b running'],
     ['given up, then nothing else runs: the late end is its own', [a], ['give up', [update, 0]], 'a done 0'],
-    ['given up, and the next one runs: it could be the end of either', [a, task('b')], ['give up', [update, 0]], 'a failed ?, b failed ?'],
-    ['and so could the end that follows', [a, task('b')], ['give up', [update, 0], [update, 5]], 'a failed ?, b failed ?'],
-    ['the next one has a stream of its own', [a, task('b', 'uninstall')], ['give up', [uninstall, 0]], 'a failed ?, b done 0'],
-    ['the late end is of the other stream', [a, task('b', 'uninstall')], ['give up', [update, 7]], 'a failed 7, b running'],
-    ['hidden while another one runs', [a, task('b')], ['give up', 'hide', [update, 0]], 'a failed ?, b failed ?'],
+    [
+      'given up, and the next one runs: it could be the end of either',
+      [a, task('b')],
+      ['give up', [update, 0]],
+      'a failed ?, b failed ?',
+    ],
+    [
+      'and so could the end that follows',
+      [a, task('b')],
+      ['give up', [update, 0], [update, 5]],
+      'a failed ?, b failed ?',
+    ],
+    [
+      'the next one has a stream of its own',
+      [a, task('b', 'uninstall')],
+      ['give up', [uninstall, 0]],
+      'a failed ?, b done 0',
+    ],
+    [
+      'the late end is of the other stream',
+      [a, task('b', 'uninstall')],
+      ['give up', [update, 7]],
+      'a failed 7, b running',
+    ],
+    [
+      'hidden while another one runs',
+      [a, task('b')],
+      ['give up', 'hide', [update, 0]],
+      'a failed ?, b failed ?',
+    ],
     ['hidden when none runs, it is forgotten', [a], ['give up', 'hide', [update, 0]], ''],
     ['an end without a tool', [task('a', 'uninstall')], [[update, 0]], 'a running'],
   ];
   const show = ({ id, state, code }: Job) => `${id} ${state}${state === 'running' ? '' : ` ${code ?? '?'}`}`;
   for (const [name, tasks, steps, want] of cases) {
-    const end = steps.reduce<Jobs>((jobs, step) => {
-      const after = step === 'give up' ? endUnknown(jobs, true) : step === 'hide' ? pendingOnly(jobs) : toolEnded(jobs, step[0], step[1], false);
-      return startNext(after, 2);
-    }, startNext(addTasks([], tasks), 1));
+    const end = steps.reduce<Jobs>(
+      (jobs, step) => {
+        const after =
+          step === 'give up'
+            ? endUnknown(jobs, true)
+            : step === 'hide'
+              ? pendingOnly(jobs)
+              : toolEnded(jobs, step[0], step[1], false);
+        return startNext(after, 2);
+      },
+      startNext(addTasks([], tasks), 1),
+    );
     assert.equal(end.map(show).join(', '), want, name);
   }
   const given_up = endUnknown(startNext(addTasks([], [a]), 1), true);
-  assert.equal(states(addTasks(given_up, [a])), 'a failed, a waiting', 'a second try does not make the first one forgotten');
+  assert.equal(
+    states(addTasks(given_up, [a])),
+    'a failed, a waiting',
+    'a second try does not make the first one forgotten',
+  );
   const running = startNext(addTasks([], [a]), 1);
-  assert.equal(hearLine(running, uninstall, { text: 'late' }, 9), running, 'nor are lines of the other stream taken');
+  assert.equal(
+    hearLine(running, uninstall, { text: 'late' }, 9),
+    running,
+    'nor are lines of the other stream taken',
+  );
 });
 
 test('without the helper service, the driver that is about to be installed says so', () => {
@@ -84,7 +143,11 @@ test('without the helper service, the driver that is about to be installed says 
   const alone = withoutService(hearLine(driver, 'update_stream', { text: 'status' }, 2));
   assert.equal(alone[0]!.alone, true);
   assert.equal(withoutService(alone), alone, 'what is missed afterwards is missed by something else');
-  for (const other of [startNext(addTasks([], [task('a')]), 1), hearLine(hearLine(driver, 'update_stream', { text: '1' }, 2), 'update_stream', { text: '2' }, 3), []]) {
+  for (const other of [
+    startNext(addTasks([], [task('a')]), 1),
+    hearLine(hearLine(driver, 'update_stream', { text: '1' }, 2), 'update_stream', { text: '2' }, 3),
+    [],
+  ]) {
     assert.equal(withoutService(other), other);
   }
 });
@@ -105,9 +168,17 @@ test('the bar shows the share of the step that the tool is at', () => {
   for (const [line, want] of cases) assert.equal(percentOf(line), want, line);
 
   let jobs = startNext(addTasks([], [task('a')]), 1);
-  for (const text of ['Downloading', '10%', '20%']) jobs = hearLine(jobs, 'update_stream', { text, is_progress: true }, 5);
-  assert.deepEqual([jobs[0]!.percent, jobs[0]!.lines.map(({ text }) => text), jobs[0]!.heard], [20, ['Downloading', '20%'], 5]);
-  assert.equal(hearLine(jobs, 'update_stream', { text: 'Starting package install...' }, 6)[0]!.percent, undefined, 'the next step gives no share');
+  for (const text of ['Downloading', '10%', '20%'])
+    jobs = hearLine(jobs, 'update_stream', { text, is_progress: true }, 5);
+  assert.deepEqual(
+    [jobs[0]!.percent, jobs[0]!.lines.map(({ text }) => text), jobs[0]!.heard],
+    [20, ['Downloading', '20%'], 5],
+  );
+  assert.equal(
+    hearLine(jobs, 'update_stream', { text: 'Starting package install...' }, 6)[0]!.percent,
+    undefined,
+    'the next step gives no share',
+  );
 });
 
 test('exit codes have words, by the tool that gave them', () => {

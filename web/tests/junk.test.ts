@@ -2,9 +2,23 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { kAllTicked, outcomes, tick, tickedBytes, type Sizes, type Ticks } from '../src/lib/junk.ts';
 
-const sizes: Sizes = { windowsTemp: 1, prefetch: 2, userTemp: 4, winUpdate: 8, browserCache: 16, shaderCache: 32, systemLogs: 64 };
+const sizes: Sizes = {
+  windowsTemp: 1,
+  prefetch: 2,
+  userTemp: 4,
+  winUpdate: 8,
+  browserCache: 16,
+  shaderCache: 32,
+  systemLogs: 64,
+};
 const none: Ticks = {
-  windowsTemp: false, prefetch: false, userTemp: false, winUpdate: false, browserCache: false, shaderCache: false, systemLogs: false,
+  windowsTemp: false,
+  prefetch: false,
+  userTemp: false,
+  winUpdate: false,
+  browserCache: false,
+  shaderCache: false,
+  systemLogs: false,
 };
 
 test('the ticks of Windows temporary files and Prefetch never differ, and the total follows the ticks', () => {
@@ -26,7 +40,14 @@ test('the ticks of Windows temporary files and Prefetch never differ, and the to
 
 test('freed is before minus after, of what was cleaned, and growth is no negative space', () => {
   const cleaned: Ticks = { ...none, userTemp: true, winUpdate: true, browserCache: true, systemLogs: true };
-  const after: Sizes = { ...sizes, userTemp: 0, winUpdate: 3, browserCache: 16, systemLogs: 80, shaderCache: 0 };
+  const after: Sizes = {
+    ...sizes,
+    userTemp: 0,
+    winUpdate: 3,
+    browserCache: 16,
+    systemLogs: 80,
+    shaderCache: 0,
+  };
   assert.deepEqual(outcomes(sizes, after, cleaned), {
     userTemp: { freed: 4, left: 0 },
     winUpdate: { freed: 5, left: 3 },

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { tickedAtFirst } from '../src/lib/leftovers.ts';
 
-test('only what lies in a publisher\'s folder or key is ticked from the start', () => {
+test("only what lies in a publisher's folder or key is ticked from the start", () => {
   const cases: [path: string, want: boolean][] = [
     ['C:\\Users\\Žofie\\AppData\\Local\\Brook\\TarnSync', true],
     ['c:\\users\\eva\\appdata\\roaming\\Brook\\Tarn Sync', true],
@@ -27,5 +27,6 @@ test('only what lies in a publisher\'s folder or key is ticked from the start', 
     ['C:\\Users\\eva\\Documents\\Brook\\TarnSync', false],
     ['C:\\Users\\eva\\AppData\\LocalLow\\Brook\\TarnSync', false],
   ];
-  for (const [path, want] of cases) assert.equal(tickedAtFirst({ type: 'directory', path, size: 1 }), want, path);
+  for (const [path, want] of cases)
+    assert.equal(tickedAtFirst({ type: 'directory', path, size: 1 }), want, path);
 });

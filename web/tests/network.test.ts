@@ -43,7 +43,11 @@ test('ends of tools that do not say whose they are', () => {
   assert.equal(first_end.shown, true, 'it may be the end of the one put aside');
   assert.deepEqual(hearEnd(first_end), { shown: false, owed: 0, mixed: true }, 'the last end ends both');
   const alone = beginRun(hearEnd(putAside(beginRun(kNoRuns))));
-  assert.deepEqual(alone, { shown: true, owed: 0, mixed: false }, 'what has ended meanwhile confuses nothing');
+  assert.deepEqual(
+    alone,
+    { shown: true, owed: 0, mixed: false },
+    'what has ended meanwhile confuses nothing',
+  );
   assert.deepEqual(hearEnd(kNoRuns), kNoRuns, 'an end that nobody waits for');
   assert.deepEqual(putAside(kNoRuns), kNoRuns);
 });

@@ -4,11 +4,23 @@ import { clockText, withShares, type ProcessRow, type Running } from '../src/lib
 import { keepPlaces } from '../src/lib/table.ts';
 
 const one = (pid: number, cpuTimeSec: number, more: Partial<Running> = {}): Running => ({
-  name: 'a.exe', pid, mem: 5, memUsageMB: 5, cpuTimeSec, isSystem: false, ...more,
+  name: 'a.exe',
+  pid,
+  mem: 5,
+  memUsageMB: 5,
+  cpuTimeSec,
+  isSystem: false,
+  ...more,
 });
 
 test('share of the processors between two lists', () => {
-  const cases: [name: string, before: ProcessRow[], now: Running, elapsed_s: number, want: number | undefined][] = [
+  const cases: [
+    name: string,
+    before: ProcessRow[],
+    now: Running,
+    elapsed_s: number,
+    want: number | undefined,
+  ][] = [
     ['first list', [], one(7, 1), 3, undefined],
     ['half of one of four', [one(7, 1)], one(7, 2.5), 3, 12.5],
     ['idle', [one(7, 1)], one(7, 1), 3, 0],
@@ -19,11 +31,17 @@ test('share of the processors between two lists', () => {
     ['soon after the first list', [one(7, 1)], one(7, 2), 0.02, undefined],
     ['soon after a later one', [{ ...one(7, 1), share: 40 }], one(7, 1.016), 0.02, 40],
   ];
-  for (const [name, before, now, elapsed_s, want] of cases) assert.equal(withShares(before, [now], elapsed_s, 4)[0]!.share, want, name);
+  for (const [name, before, now, elapsed_s, want] of cases)
+    assert.equal(withShares(before, [now], elapsed_s, 4)[0]!.share, want, name);
 });
 
 test('processor time as a clock', () => {
-  for (const [seconds, want] of [[0, '0:00:00'], [59.9, '0:00:59'], [3723, '1:02:03'], [360_000, '100:00:00']] as const) {
+  for (const [seconds, want] of [
+    [0, '0:00:00'],
+    [59.9, '0:00:59'],
+    [3723, '1:02:03'],
+    [360_000, '100:00:00'],
+  ] as const) {
     assert.equal(clockText(seconds), want);
   }
 });

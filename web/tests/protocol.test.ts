@@ -13,15 +13,27 @@ const recorded = readdirSync(folder)
 test('every recorded message of the host is understood', () => {
   assert.ok(recorded.length > 0, `no message is recorded in ${folder}`);
   for (const { name, message } of recorded) {
-    assert.ok(Object.hasOwn(messages, message.type), `${name}: the page does not know the type "${message.type}"`);
+    assert.ok(
+      Object.hasOwn(messages, message.type),
+      `${name}: the page does not know the type "${message.type}"`,
+    );
     // A failed reply carries a reason or nothing; what it would have carried is not promised.
-    if (message.success !== false) assert.ok(messages[message.type as MessageType](message), `${name} does not have the expected shape`);
+    if (message.success !== false)
+      assert.ok(messages[message.type as MessageType](message), `${name} does not have the expected shape`);
   }
 });
 
 test('the messages that the page lives on are recorded', () => {
   const types = new Set(recorded.map(({ message }) => message.type));
-  for (const type of ['status', 'telemetry', 'settings', 'saveSettings', 'console_log', 'error', 'show_service_error_modal']) {
+  for (const type of [
+    'status',
+    'telemetry',
+    'settings',
+    'saveSettings',
+    'console_log',
+    'error',
+    'show_service_error_modal',
+  ]) {
     assert.ok(types.has(type), `no recorded message of type "${type}"`);
   }
 });

@@ -11,12 +11,32 @@ test('current, average and peak; nothing for no points', () => {
 });
 
 test('the scale ends at the next 1, 2 or 5, and never below 1', () => {
-  const cases = [[0, 1], [0.3, 1], [1, 1], [1.01, 2], [2, 2], [3, 5], [5, 5], [5.1, 10], [10, 10], [48.7, 50], [940, 1000], [NaN, 1]] as const;
+  const cases = [
+    [0, 1],
+    [0.3, 1],
+    [1, 1],
+    [1.01, 2],
+    [2, 2],
+    [3, 5],
+    [5, 5],
+    [5.1, 10],
+    [10, 10],
+    [48.7, 50],
+    [940, 1000],
+    [NaN, 1],
+  ] as const;
   for (const [value, want] of cases) assert.equal(niceCeiling(value), want, String(value));
 });
 
 test('points lie where their time and value say, values beyond the scale at its edge', () => {
-  const { line, area } = sparkline([{ at: 114_000, value: 0 }, { at: 117_000, value: 50 }, { at: 120_000, value: 130 }], frame);
+  const { line, area } = sparkline(
+    [
+      { at: 114_000, value: 0 },
+      { at: 117_000, value: 50 },
+      { at: 120_000, value: 130 },
+    ],
+    frame,
+  );
   assert.equal(line, 'M114 10L117 5L120 0');
   assert.equal(area, 'M114 10L114 10L117 5L120 0L120 10Z');
 });

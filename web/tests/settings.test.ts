@@ -2,7 +2,16 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { changeSettings, readSettings, scanIsDue } from '../src/lib/settings.ts';
 
-const defaults = { theme: 'amethyst', language: 'cs', autoClean: false, autoScan: false, autoOpen: false, scanInterval: 24, lastScan: 0, ignoreList: [] };
+const defaults = {
+  theme: 'amethyst',
+  language: 'cs',
+  autoClean: false,
+  autoScan: false,
+  autoOpen: false,
+  scanInterval: 24,
+  lastScan: 0,
+  ignoreList: [],
+};
 
 test('whatever is stored, every unusable key is its default', () => {
   const cases: [name: string, document: unknown, want: object][] = [
@@ -17,19 +26,29 @@ test('whatever is stored, every unusable key is its default', () => {
     ['interval of nothing', { scanInterval: 0 }, {}],
     ['switches that are almost on', { autoClean: 'true', autoScan: 1, autoOpen: 'on', lastScan: '5' }, {}],
     ['negative interval', { scanInterval: -3 }, {}],
-    ['usable', { theme: 'light', language: 'en', scanInterval: 5, autoClean: true }, { theme: 'light', language: 'en', scanInterval: 5, autoClean: true }],
+    [
+      'usable',
+      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true },
+      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true },
+    ],
     [
       'entries of the ignore list one by one',
       { ignoreList: [null, 'a', { id: 'a' }, { id: 1, type: 't' }, { id: 'a', type: 't', since: 3 }] },
       { ignoreList: [{ id: 'a', type: 't', since: 3 }] },
     ],
   ];
-  for (const [name, document, want] of cases) assert.deepEqual(readSettings(document), { ...defaults, ...want }, name);
+  for (const [name, document, want] of cases)
+    assert.deepEqual(readSettings(document), { ...defaults, ...want }, name);
 });
 
 test('a change leaves the keys alone that it is not about', () => {
   const stored = { autoClean: true, theme: 7, future: { a: [1] } };
-  assert.deepEqual(changeSettings(stored, { language: 'en' }), { autoClean: true, theme: 7, future: { a: [1] }, language: 'en' });
+  assert.deepEqual(changeSettings(stored, { language: 'en' }), {
+    autoClean: true,
+    theme: 7,
+    future: { a: [1] },
+    language: 'en',
+  });
   assert.deepEqual(stored, { autoClean: true, theme: 7, future: { a: [1] } });
   assert.deepEqual(changeSettings([1, 2], { theme: 'ember' }), { theme: 'ember' });
   assert.deepEqual(changeSettings(null, { theme: 'ember' }), { theme: 'ember' });

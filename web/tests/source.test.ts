@@ -5,7 +5,9 @@ import { createSource } from '../src/lib/source.ts';
 /** A source whose loads the test ends by hand, in the order they began. */
 function manual() {
   const loads: Record<'resolve' | 'reject', (end: string) => void>[] = [];
-  const source = createSource(() => new Promise<string>((resolve, reject) => loads.push({ resolve, reject })));
+  const source = createSource(
+    () => new Promise<string>((resolve, reject) => loads.push({ resolve, reject })),
+  );
   const state = () => ({ phase: source.get().phase, data: source.get().data, error: source.get().error });
   return { source, loads, state };
 }

@@ -1,13 +1,28 @@
 import assert from 'node:assert/strict';
 import { beforeEach, test } from 'node:test';
-import { formatBytes, formatDuration, formatPercent, formatRate, formatTemperature } from '../src/text/format.ts';
-import { formatNumber, setLanguage, t, tables, type Language, type Plural, type TextKey } from '../src/text/text.ts';
+import {
+  formatBytes,
+  formatDuration,
+  formatPercent,
+  formatRate,
+  formatTemperature,
+} from '../src/text/format.ts';
+import {
+  formatNumber,
+  setLanguage,
+  t,
+  tables,
+  type Language,
+  type Plural,
+  type TextKey,
+} from '../src/text/text.ts';
 
 beforeEach(() => setLanguage('cs'));
 
 /** Non-breaking spaces as "_", so that they can be seen in the expected texts. */
 const visible = (text: string) => text.replace(/[\u00a0\u202f]/g, '_');
-const forms = (entry: string | Plural) => Object.entries(typeof entry === 'string' ? { other: entry } : entry);
+const forms = (entry: string | Plural) =>
+  Object.entries(typeof entry === 'string' ? { other: entry } : entry);
 const holes = (text: string) => [...new Set(text.match(/\{\w+\}/g) ?? [])].sort().join();
 
 test('every text has the same holes in every form and language', () => {
@@ -28,7 +43,8 @@ test('every plural has the forms that its language uses', () => {
   for (const [language, table] of Object.entries(tables)) {
     const wanted = new Intl.PluralRules(language).resolvedOptions().pluralCategories;
     for (const [key, entry] of Object.entries(table)) {
-      if (typeof entry !== 'string') assert.deepEqual(Object.keys(entry).sort(), [...wanted].sort(), `${language} ${key}`);
+      if (typeof entry !== 'string')
+        assert.deepEqual(Object.keys(entry).sort(), [...wanted].sort(), `${language} ${key}`);
     }
   }
 });
@@ -52,7 +68,10 @@ test('plurals', () => {
 });
 
 test('a value that looks like a hole or a pattern is shown as it is', () => {
-  assert.equal(t('settings.saveFailed', { reason: '{reason} $& $1' }), 'Nastavení se nepodařilo uložit. {reason} $& $1');
+  assert.equal(
+    t('settings.saveFailed', { reason: '{reason} $& $1' }),
+    'Nastavení se nepodařilo uložit. {reason} $& $1',
+  );
 });
 
 test('figures', () => {

@@ -15,15 +15,22 @@ function assertTiling(rects: Rect[], sizes: number[], box: Rect, name: string) {
   const slack = 1e-6 * Math.max(box.width, box.height);
   rects.forEach((rect, i) => {
     const share = (sizes[i]! / total) * area(box);
-    assert.ok(Math.abs(area(rect) - share) <= 1e-6 * area(box), `${name}: area of ${i} is ${area(rect)}, not ${share}`);
+    assert.ok(
+      Math.abs(area(rect) - share) <= 1e-6 * area(box),
+      `${name}: area of ${i} is ${area(rect)}, not ${share}`,
+    );
     const inside =
-      rect.x >= box.x - slack && rect.y >= box.y - slack &&
-      rect.x + rect.width <= box.x + box.width + slack && rect.y + rect.height <= box.y + box.height + slack;
+      rect.x >= box.x - slack &&
+      rect.y >= box.y - slack &&
+      rect.x + rect.width <= box.x + box.width + slack &&
+      rect.y + rect.height <= box.y + box.height + slack;
     assert.ok(inside, `${name}: ${i} lies in the box`);
     for (const [j, other] of rects.slice(0, i).entries()) {
       const apart =
-        rect.x + rect.width <= other.x + slack || other.x + other.width <= rect.x + slack ||
-        rect.y + rect.height <= other.y + slack || other.y + other.height <= rect.y + slack;
+        rect.x + rect.width <= other.x + slack ||
+        other.x + other.width <= rect.x + slack ||
+        rect.y + rect.height <= other.y + slack ||
+        other.y + other.height <= rect.y + slack;
       assert.ok(apart || area(rect) < slack || area(other) < slack, `${name}: ${i} and ${j} overlap`);
     }
   });
@@ -55,9 +62,13 @@ test('the worked example of squarified treemaps', () => {
   assert.deepEqual(
     rects.map(({ x, y, width, height }) => [x, y, width, height].map(round)),
     [
-      [0, 0, 3, 2], [0, 2, 3, 2],
-      [3, 0, 1.71, 2.33], [4.71, 0, 1.29, 2.33],
-      [3, 2.33, 1.2, 1.67], [4.2, 2.33, 1.2, 1.67], [5.4, 2.33, 0.6, 1.67],
+      [0, 0, 3, 2],
+      [0, 2, 3, 2],
+      [3, 0, 1.71, 2.33],
+      [4.71, 0, 1.29, 2.33],
+      [3, 2.33, 1.2, 1.67],
+      [4.2, 2.33, 1.2, 1.67],
+      [5.4, 2.33, 0.6, 1.67],
     ],
   );
 });
@@ -74,16 +85,32 @@ test('nothing to divide, or nothing to divide into', () => {
 test('what is too small is put together, and nothing gets lost', () => {
   const random = randomOf(5);
   for (const count of [1, 3, 50, 2000]) {
-    const entries = Array.from({ length: count }, (_, i) => ({ name: String(i), size: Math.floor(random() ** 9 * 1e9) }));
+    const entries = Array.from({ length: count }, (_, i) => ({
+      name: String(i),
+      size: Math.floor(random() ** 9 * 1e9),
+    }));
     const tiles = tilesOf(entries, 500, 400, 36);
     const rest = tiles.filter(({ entry }) => !entry);
     assert.ok(rest.length <= 1 && (rest.length === 0 || tiles.at(-1) === rest[0]), 'one rest, the last');
-    assert.equal(sum(tiles.map((tile) => tile.count)), entries.filter(({ size }) => size > 0).length, `${count}: entries`);
+    assert.equal(
+      sum(tiles.map((tile) => tile.count)),
+      entries.filter(({ size }) => size > 0).length,
+      `${count}: entries`,
+    );
     assert.equal(sum(tiles.map(({ size }) => size)), sum(entries.map(({ size }) => size)), `${count}: bytes`);
-    for (const tile of tiles.slice(0, -1)) assert.ok(area(tile) >= 36 - 1e-6, `${count}: ${tile.entry?.name} can be hit`);
+    for (const tile of tiles.slice(0, -1))
+      assert.ok(area(tile) >= 36 - 1e-6, `${count}: ${tile.entry?.name} can be hit`);
   }
-  const alike = tilesOf(Array.from({ length: 100_000 }, () => ({ size: 1 })), 500, 400, 36);
-  assert.deepEqual(alike.map(({ count, entry }) => [count, entry]), [[100_000, undefined]]);
+  const alike = tilesOf(
+    Array.from({ length: 100_000 }, () => ({ size: 1 })),
+    500,
+    400,
+    36,
+  );
+  assert.deepEqual(
+    alike.map(({ count, entry }) => [count, entry]),
+    [[100_000, undefined]],
+  );
 });
 
 test('a label is whole, shortened or absent, and never wider than its room', () => {

@@ -1,7 +1,14 @@
 import { isRecord } from '../lib/shape.ts';
 import {
-  messages, replies, unnumbered,
-  type Action, type Message, type MessageType, type Reply, type RequestData, type StreamData,
+  messages,
+  replies,
+  unnumbered,
+  type Action,
+  type Message,
+  type MessageType,
+  type Reply,
+  type RequestData,
+  type StreamData,
 } from './protocol.ts';
 
 /** The browser control's end of the line: texts go out, parsed JSON comes in. */
@@ -104,7 +111,9 @@ export class Bridge {
     const pending = this.#take(message.requestId);
     if (pending) {
       if (message.success !== true) {
-        const reason = [message.message, message.error].find((word) => typeof word === 'string' && word !== '');
+        const reason = [message.message, message.error].find(
+          (word) => typeof word === 'string' && word !== '',
+        );
         pending.reject(new BridgeError('refused', reason as string | undefined));
       } else if (fits && type === pending.type) {
         pending.resolve(message as never);

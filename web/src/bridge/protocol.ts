@@ -72,7 +72,14 @@ export const messages = {
       saverMode: bool,
     }),
     disks: array(
-      object({ drive: text, driveLetter: text, totalBytes: number, freeBytes: number, usedBytes: number, percent: number }),
+      object({
+        drive: text,
+        driveLetter: text,
+        totalBytes: number,
+        freeBytes: number,
+        usedBytes: number,
+        percent: number,
+      }),
     ),
   }),
   debugSystem: object({}),
@@ -81,7 +88,14 @@ export const messages = {
   reboot: object({}),
   processes: object({
     processes: array(
-      object({ name: text, pid: number, memUsageMB: number, mem: number /* MB */, cpuTimeSec: number, isSystem: bool }),
+      object({
+        name: text,
+        pid: number,
+        memUsageMB: number,
+        mem: number /* MB */,
+        cpuTimeSec: number,
+        isSystem: bool,
+      }),
     ),
   }),
   killProcess: object({}),
@@ -135,13 +149,17 @@ export const messages = {
 
   // Start-up.
   startup: object({
-    items: array(object({ name: text, command: text, registryPath: text, scope: text, enabled: bool, impact: text })),
+    items: array(
+      object({ name: text, command: text, registryPath: text, scope: text, enabled: bool, impact: text }),
+    ),
   }),
   toggleStartupItem: object({}),
   toggleScheduleClean: object({}),
 
   // Network and developer.
-  getOpenPorts: object({ ports: array(object({ proto: text, local: text, port: text, state: text, pid: text })) }),
+  getOpenPorts: object({
+    ports: array(object({ proto: text, local: text, port: text, state: text, pid: text })),
+  }),
   ping_diagnostic_stream: tool_stream,
   getHostsFile: object({ content: text }),
   saveHostsFile: object({}),
@@ -149,7 +167,9 @@ export const messages = {
   saveEnvVariable: object({}),
   getDevServices: object({ services: array(anything) }),
   controlDevService: object({}),
-  getPnpDevices: object({ devices: array(object({ FriendlyName: anything, Class: anything, Status: anything })) }),
+  getPnpDevices: object({
+    devices: array(object({ FriendlyName: anything, Class: anything, Status: anything })),
+  }),
 
   // Maintenance.
   quickAction: object({ message: text }),
@@ -250,4 +270,8 @@ export interface StreamData {
   uninstallApp: { id: string }; // uninstall_stream
 }
 
-export const unnumbered: ReadonlySet<keyof StreamData> = new Set(['installSoftware', 'installDriver', 'uninstallApp'] as const);
+export const unnumbered: ReadonlySet<keyof StreamData> = new Set([
+  'installSoftware',
+  'installDriver',
+  'uninstallApp',
+] as const);

@@ -19,10 +19,21 @@ export function parentOf(path: string): string | undefined {
 /** From the root to the folder itself. */
 export function crumbsOf(path: string): { name: string; path: string }[] {
   const parent = parentOf(path);
-  return parent === undefined ? [{ name: path.replace(/\\$/, ''), path }] : [...crumbsOf(parent), { name: nameOf(path), path }];
+  return parent === undefined
+    ? [{ name: path.replace(/\\$/, ''), path }]
+    : [...crumbsOf(parent), { name: nameOf(path), path }];
 }
 
-export const kinds = ['folder', 'video', 'image', 'audio', 'document', 'archive', 'program', 'other'] as const;
+export const kinds = [
+  'folder',
+  'video',
+  'image',
+  'audio',
+  'document',
+  'archive',
+  'program',
+  'other',
+] as const;
 export type Kind = (typeof kinds)[number];
 
 const extensions: Partial<Record<Kind, string>> = {
@@ -34,7 +45,9 @@ const extensions: Partial<Record<Kind, string>> = {
   program: 'exe dll sys msi msp msix appx com scr drv ocx bat cmd ps1 jar',
 };
 
-const kind_of_extension = new Map(kinds.flatMap((kind) => (extensions[kind] ?? '').split(' ').map((extension) => [extension, kind] as const)));
+const kind_of_extension = new Map(
+  kinds.flatMap((kind) => (extensions[kind] ?? '').split(' ').map((extension) => [extension, kind] as const)),
+);
 kind_of_extension.delete('');
 
 export function kindOf({ name, isDirectory }: { name: string; isDirectory: boolean }): Kind {

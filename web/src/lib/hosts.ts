@@ -12,11 +12,13 @@ export interface Problem {
 
 /** 4 or 6, or undefined for what the resolver does not take as an address. */
 function familyOf(address: string): 4 | 6 | undefined {
-  if (!address.includes(':')) return /^(?:(?:25[0-5]|2[0-4]\d|1\d\d|\d\d?)(?:\.(?!$)|$)){4}$/.test(address) ? 4 : undefined;
+  if (!address.includes(':'))
+    return /^(?:(?:25[0-5]|2[0-4]\d|1\d\d|\d\d?)(?:\.(?!$)|$)){4}$/.test(address) ? 4 : undefined;
   return URL.canParse(`http://[${address.replace(/%[\w-]+$/, '')}]/`) ? 6 : undefined;
 }
 
-const isName = (word: string) => word.length <= 255 && /^[\p{L}\p{M}\p{N}_-]+(\.[\p{L}\p{M}\p{N}_-]+)*\.?$/u.test(word);
+const isName = (word: string) =>
+  word.length <= 255 && /^[\p{L}\p{M}\p{N}_-]+(\.[\p{L}\p{M}\p{N}_-]+)*\.?$/u.test(word);
 
 /** A name may have one address of each family; the first one counts. */
 export function checkHosts(lines: readonly string[]): Problem[] {
@@ -47,7 +49,14 @@ const line_end = /\r\n|\r|\n/g;
 export const withLf = (text: string) => text.replace(line_end, '\n');
 
 /** Indices of the pairs [in a, in b] of lines that occur exactly once in both ranges, in the order of b. */
-function uniquePairs(a: readonly string[], a_from: number, a_to: number, b: readonly string[], b_from: number, b_to: number) {
+function uniquePairs(
+  a: readonly string[],
+  a_from: number,
+  a_to: number,
+  b: readonly string[],
+  b_from: number,
+  b_to: number,
+) {
   const found = new Map<string, { a: number; b: number }>(); // -1: not yet, -2: more than once
   const note = (side: 'a' | 'b', lines: readonly string[], from: number, to: number) => {
     for (let i = from; i < to; i++) {
@@ -67,7 +76,7 @@ function growing(pairs: readonly { a: number; b: number }[]) {
   const before: number[] = [];
   pairs.forEach((pair, i) => {
     let low = 0;
-    for (let high = ends.length; low < high; ) {
+    for (let high = ends.length; low < high;) {
       const middle = (low + high) >> 1;
       if (pairs[ends[middle]!]!.a < pair.a) low = middle + 1;
       else high = middle;

@@ -34,7 +34,8 @@ export const sameJob = (a: Task, b: Task) => a.kind === b.kind && a.id === b.id;
 export const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
 export type Stream = ReturnType<typeof streamOf>;
 /** What is said of a job; an end that is not known is no failure. */
-export const stateWord = ({ state, code }: Job) => (state === 'failed' && code === undefined ? 'unknown' : state);
+export const stateWord = ({ state, code }: Job) =>
+  state === 'failed' && code === undefined ? 'unknown' : state;
 export const isPending = ({ state }: Job) => state === 'waiting' || state === 'running';
 
 /** What waits or runs already is not added again; what has ended starts anew, at the end. One whose tool may still run stays as well. */
@@ -64,7 +65,12 @@ export function hearLine(jobs: Jobs, stream: Stream, line: Incoming, now: number
     if (streamOf(job.kind) !== stream) return job;
     const { percent: _, ...rest } = job;
     const percent = percentOf(line.text);
-    return { ...rest, lines: appendLines(job.lines, [line]), heard: now, ...(percent !== undefined && { percent }) };
+    return {
+      ...rest,
+      lines: appendLines(job.lines, [line]),
+      heard: now,
+      ...(percent !== undefined && { percent }),
+    };
   });
 }
 
@@ -85,18 +91,23 @@ export function endUnknown(jobs: Jobs, lost?: true, restart = false): Jobs {
  * it is credited only when there is no other.
  */
 export function toolEnded(jobs: Jobs, stream: Stream, code: number | undefined, restart: boolean): Jobs {
-  const open = jobs.filter(({ kind, state, lost }) => streamOf(kind) === stream && (lost || state === 'running'));
+  const open = jobs.filter(
+    ({ kind, state, lost }) => streamOf(kind) === stream && (lost || state === 'running'),
+  );
   if (open.length === 1) return jobs.with(jobs.indexOf(open[0]!), ended(open[0]!, code, restart));
   return open.some(({ state }) => state === 'running') ? endUnknown(jobs, true, restart) : jobs;
 }
 
 /** The host has told that the helper service is missing: the driver that was about to be installed is meant, if there is one. */
 export function withoutService(jobs: Jobs): Jobs {
-  return change(jobs, 'running', (job) => (job.kind === 'driver' && !job.alone && job.lines.length <= 1 ? { ...job, alone: true } : job));
+  return change(jobs, 'running', (job) =>
+    job.kind === 'driver' && !job.alone && job.lines.length <= 1 ? { ...job, alone: true } : job,
+  );
 }
 
 /** Takes away what has ended; a tool that was given up is remembered as long as its end could be taken for another's. */
-export const pendingOnly = (jobs: Jobs): Jobs => (jobs.some(isPending) ? jobs.filter((job) => isPending(job) || job.lost) : []);
+export const pendingOnly = (jobs: Jobs): Jobs =>
+  jobs.some(isPending) ? jobs.filter((job) => isPending(job) || job.lost) : [];
 
 /** Takes away what does not run yet. */
 export const withoutWaiting = (jobs: Jobs): Jobs => jobs.filter(({ state }) => state !== 'waiting');
@@ -110,7 +121,12 @@ export function percentOf(text: string): number | undefined {
   const sizes = /(\d+(?:[.,]\d+)?)\s*([KMGT]?B)\s*\/\s*(\d+(?:[.,]\d+)?)\s*([KMGT]?B)/i.exec(text);
   const number = (figure = '') => Number(figure.replace(',', '.'));
   const bytes = (figure = '', unit = '') => number(figure) * (kUnitBytes[unit.toUpperCase()] ?? 1);
-  const share = percent !== undefined ? number(percent) : sizes ? (100 * bytes(sizes[1], sizes[2])) / bytes(sizes[3], sizes[4]) : NaN;
+  const share =
+    percent !== undefined
+      ? number(percent)
+      : sizes
+        ? (100 * bytes(sizes[1], sizes[2])) / bytes(sizes[3], sizes[4])
+        : NaN;
   return Number.isFinite(share) ? Math.min(100, share) : undefined;
 }
 
@@ -119,11 +135,35 @@ const restart_codes = new Set([0x109, 0x10a, 0x10b].map((low) => kPackageManager
 const finished_codes = new Set([0x109, 0x10b].map((low) => kPackageManager + low));
 
 const package_codes = {
-  0x02: 'oldTool', 0x06: 'installer', 0x08: 'download', 0x0f: 'source', 0x10: 'noInstaller', 0x11: 'hash', 0x14: 'notFound',
-  0x16: 'several', 0x19: 'rights', 0x2b: 'noUpdate', 0x2f: 'noUninstall', 0x30: 'uninstaller', 0x3a: 'policy', 0x45: 'source',
-  0x46: 'agreements', 0x4b: 'source', 0x4f: 'noUpdate', 0x50: 'unknownVersion', 0x56: 'elevated', 0x68: 'pinned',
-  0x7d: 'elevated', 0x101: 'inUse', 0x102: 'otherInstall', 0x103: 'inUse', 0x105: 'diskFull', 0x109: 'restart',
-  0x10a: 'restartFirst', 0x10b: 'restart', 0x10c: 'cancelled',
+  0x02: 'oldTool',
+  0x06: 'installer',
+  0x08: 'download',
+  0x0f: 'source',
+  0x10: 'noInstaller',
+  0x11: 'hash',
+  0x14: 'notFound',
+  0x16: 'several',
+  0x19: 'rights',
+  0x2b: 'noUpdate',
+  0x2f: 'noUninstall',
+  0x30: 'uninstaller',
+  0x3a: 'policy',
+  0x45: 'source',
+  0x46: 'agreements',
+  0x4b: 'source',
+  0x4f: 'noUpdate',
+  0x50: 'unknownVersion',
+  0x56: 'elevated',
+  0x68: 'pinned',
+  0x7d: 'elevated',
+  0x101: 'inUse',
+  0x102: 'otherInstall',
+  0x103: 'inUse',
+  0x105: 'diskFull',
+  0x109: 'restart',
+  0x10a: 'restartFirst',
+  0x10b: 'restart',
+  0x10c: 'cancelled',
 } as const;
 
 const driver_codes = { 1: 'notStarted', 2: 'notOffered', 3: 'download', 4: 'driver', 5: 'rights' } as const;
@@ -139,4 +179,5 @@ export function wordOf(kind: JobKind, code: number): CodeWord | undefined {
 }
 
 /** Codes of the package manager are known by their hexadecimal form. */
-export const codeText = (code: number) => (code >= 2 ** 31 ? `0x${code.toString(16).toUpperCase()}` : String(code));
+export const codeText = (code: number) =>
+  code >= 2 ** 31 ? `0x${code.toString(16).toUpperCase()}` : String(code);

@@ -1,7 +1,15 @@
 // The seven categories of disposable files: which are ticked, and what a clean has freed.
 
 /** In the order of the cards; the two that share a tick stand side by side. */
-export const categories = ['windowsTemp', 'prefetch', 'userTemp', 'winUpdate', 'browserCache', 'shaderCache', 'systemLogs'] as const;
+export const categories = [
+  'windowsTemp',
+  'prefetch',
+  'userTemp',
+  'winUpdate',
+  'browserCache',
+  'shaderCache',
+  'systemLogs',
+] as const;
 
 export type Category = (typeof categories)[number];
 export type Sizes = Record<Category, number>;

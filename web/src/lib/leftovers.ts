@@ -6,7 +6,8 @@ export interface Leftover {
   size: number;
 }
 
-const roots = /^([a-z]:\\Users\\[^\\]+\\AppData\\(Local|Roaming)|[a-z]:\\ProgramData|[a-z]:\\Program Files( \(x86\))?|HK(CU|LM)\\Software)\\/i;
+const roots =
+  /^([a-z]:\\Users\\[^\\]+\\AppData\\(Local|Roaming)|[a-z]:\\ProgramData|[a-z]:\\Program Files( \(x86\))?|HK(CU|LM)\\Software)\\/i;
 
 /**
  * Ticked from the start only when it lies in a publisher's folder or key below a root that is known. What stands directly
@@ -17,5 +18,7 @@ export function tickedAtFirst({ path }: Leftover): boolean {
   if (!root) return false;
   const parts = path.slice(root[0].length).split('\\');
   const [publisher = ''] = parts;
-  return parts.length > 1 && parts.every((part) => /[^. ]/.test(part)) && !/^(microsoft|windows)/i.test(publisher);
+  return (
+    parts.length > 1 && parts.every((part) => /[^. ]/.test(part)) && !/^(microsoft|windows)/i.test(publisher)
+  );
 }

@@ -4,7 +4,10 @@ export type Reach = 'machine' | 'all' | 'address';
 
 /** From where a listening address ("127.0.0.1:80", "[::1]:80") can be reached. */
 export function reachOf(local: string): Reach {
-  const host = local.slice(0, local.lastIndexOf(':')).replace(/^\[|\]$/g, '').replace(/^::ffff:(?=\d+\.)/i, '');
+  const host = local
+    .slice(0, local.lastIndexOf(':'))
+    .replace(/^\[|\]$/g, '')
+    .replace(/^::ffff:(?=\d+\.)/i, '');
   if (host === '0.0.0.0' || host === '::') return 'all';
   return host === '::1' || /^127\./.test(host) ? 'machine' : 'address';
 }
@@ -54,7 +57,8 @@ export const kNoRuns: Ends = { shown: false, owed: 0, mixed: false };
 export const beginRun = ({ owed }: Ends): Ends => ({ shown: true, owed, mixed: owed > 0 });
 
 /** The shown run is put aside; its tool runs on. */
-export const putAside = (ends: Ends): Ends => (ends.shown ? { shown: false, owed: ends.owed + 1, mixed: false } : ends);
+export const putAside = (ends: Ends): Ends =>
+  ends.shown ? { shown: false, owed: ends.owed + 1, mixed: false } : ends;
 
 export function hearEnd({ shown, owed, mixed }: Ends): Ends {
   return owed > 0 ? { shown, owed: owed - 1, mixed } : { shown: false, owed, mixed };

@@ -19,7 +19,8 @@ const sources = new Set(['winget', 'msstore', 'winget-font']);
 const isVersion = (word: string) => word === 'Unknown' || /^[vr]?\d+($|[-+_…]|[.,]\d)/i.test(word);
 
 /** Of a source ("Brook.TarnSync"), of the store (twelve characters and more), or of Windows ("ARP\…", "MSIX\…"); maybe cut. */
-const isId = (word: string) => /^\S+$/.test(word) && !isVersion(word) && /[^.]\.[^.]|\\|…$|^[0-9A-Z]{12,14}$/.test(word);
+const isId = (word: string) =>
+  /^\S+$/.test(word) && !isVersion(word) && /[^.]\.[^.]|\\|…$|^[0-9A-Z]{12,14}$/.test(word);
 
 /** One value, or one with "<" or ">" before it, that is clearly nothing else. */
 const isVersionCell = (cell: string) => /^([<>] )?\S+$/.test(cell) && !sources.has(cell) && !isId(cell);
@@ -42,7 +43,8 @@ function fromRight(text: string) {
 export function realignUpdate(cells: Cells): Package {
   const { name, id, version, available, source } = cells;
   const owned = sources.has(source) || (/^\S+$/.test(source) && !isVersion(source));
-  if (isId(id) && isVersionCell(version) && isVersionCell(available) && owned) return { ...cells, whole: true };
+  if (isId(id) && isVersionCell(version) && isVersionCell(available) && owned)
+    return { ...cells, whole: true };
   const found = fromRight([name, id, version, available, sources.has(source) ? '' : source].join(' '));
   if (found?.versions.length !== 2) return { ...cells, whole: false };
   const [installed = '', offered = ''] = found.versions;
@@ -63,7 +65,14 @@ export function realignApp(cells: Omit<Cells, 'available'>): Package {
   const found = fromRight([name, id, version].join(' '));
   const [installed, available = ''] = found?.versions ?? [];
   if (!found || installed === undefined) return { ...cells, available: '', whole: false };
-  return { name: found.name, id: found.id, version: installed, available, source: found.source ?? source, whole: true };
+  return {
+    name: found.name,
+    id: found.id,
+    version: installed,
+    available,
+    source: found.source ?? source,
+    whole: true,
+  };
 }
 
 /** What the host lets into a command line: the other characters mean something there. */

@@ -16,7 +16,11 @@ export function stats(points: readonly Point[]): Stats | undefined {
   const last = points.at(-1);
   if (!last) return undefined;
   const values = points.map((point) => point.value);
-  return { current: last.value, average: values.reduce((sum, v) => sum + v, 0) / values.length, peak: Math.max(...values) };
+  return {
+    current: last.value,
+    average: values.reduce((sum, v) => sum + v, 0) / values.length,
+    peak: Math.max(...values),
+  };
 }
 
 /** The smallest of 1, 2, 5, 10, 20, 50 ... that is at least `value`. */

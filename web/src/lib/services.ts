@@ -28,6 +28,8 @@ export function readService(element: unknown): DevService {
     status: in_words ? status : '',
     facts: shown.map(([name, value]) => `${name}: ${textOf(value)}`).join(', '),
     ...(typeof type === 'string' && type !== '' && { type }),
-    commands: Array.isArray(commands) ? commands.filter((one): one is string => typeof one === 'string' && one !== '') : [],
+    commands: Array.isArray(commands)
+      ? commands.filter((one): one is string => typeof one === 'string' && one !== '')
+      : [],
   };
 }

@@ -41,7 +41,10 @@ export function readSettings(document: unknown): Settings {
     autoClean: stored.autoClean === true,
     autoScan: stored.autoScan === true,
     autoOpen: stored.autoOpen === true,
-    scanInterval: typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval) ? scanInterval : 24,
+    scanInterval:
+      typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval)
+        ? scanInterval
+        : 24,
     lastScan: typeof lastScan === 'number' ? lastScan : 0,
     ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
   };

@@ -6,7 +6,8 @@ export type Guarded<G> = G extends Guard<infer T> ? T : never;
 export const anything: Guard<unknown> = (_value): _value is unknown => true;
 export const text: Guard<string> = (value): value is string => typeof value === 'string';
 export const bool: Guard<boolean> = (value): value is boolean => typeof value === 'boolean';
-export const number: Guard<number> = (value): value is number => typeof value === 'number' && Number.isFinite(value);
+export const number: Guard<number> = (value): value is number =>
+  typeof value === 'number' && Number.isFinite(value);
 
 export function isRecord(value: unknown): value is Record<string, unknown> {
   return typeof value === 'object' && value !== null && !Array.isArray(value);
@@ -30,5 +31,6 @@ type Shape<F> = { [K in keyof F]: Guarded<F[K]> };
 
 /** An object with at least these members; further ones are let through. */
 export function object<F extends Record<string, Guard<unknown>>>(members: F): Guard<Shape<F>> {
-  return (value): value is Shape<F> => isRecord(value) && Object.entries(members).every(([name, guard]) => guard(value[name]));
+  return (value): value is Shape<F> =>
+    isRecord(value) && Object.entries(members).every(([name, guard]) => guard(value[name]));
 }

@@ -8,7 +8,12 @@ export interface Sort {
 }
 
 /** A new array in order of `value`; rows without a value come last in both directions, equal rows keep their order. */
-export function sortRows<Row>(rows: readonly Row[], value: (row: Row) => CellValue, descending: boolean, locale: string): Row[] {
+export function sortRows<Row>(
+  rows: readonly Row[],
+  value: (row: Row) => CellValue,
+  descending: boolean,
+  locale: string,
+): Row[] {
   const collator = new Intl.Collator(locale, { numeric: true, sensitivity: 'base' });
   const direction = descending ? -1 : 1;
   const missing = (v: CellValue) => v === null || v === undefined || v === '' || Number.isNaN(v);
@@ -29,7 +34,11 @@ export function sortRows<Row>(rows: readonly Row[], value: (row: Row) => CellVal
  * New data in the places of the old, so that nothing moves under the pointer: known rows stay where they are, new ones
  * come last, and one that is gone keeps its place with its last data (`gone` holds its key).
  */
-export function keepPlaces<Row>(before: readonly Row[], now: readonly Row[], keyOf: (row: Row) => Key): { rows: Row[]; gone: ReadonlySet<Key> } {
+export function keepPlaces<Row>(
+  before: readonly Row[],
+  now: readonly Row[],
+  keyOf: (row: Row) => Key,
+): { rows: Row[]; gone: ReadonlySet<Key> } {
   const fresh = new Map(now.map((row) => [keyOf(row), row]));
   const gone = new Set<Key>();
   const rows = before.map((row) => {
@@ -49,7 +58,11 @@ function fold(text: string): string {
 }
 
 /** Rows in which every word of the query occurs in some cell. */
-export function filterRows<Row>(rows: readonly Row[], query: string, texts: (row: Row) => string[]): readonly Row[] {
+export function filterRows<Row>(
+  rows: readonly Row[],
+  query: string,
+  texts: (row: Row) => string[],
+): readonly Row[] {
   const words = fold(query).split(/\s+/).filter(Boolean);
   if (words.length === 0) return rows;
   return rows.filter((row) => {
@@ -76,12 +89,21 @@ export interface Modifiers {
 }
 
 /** A click on a row, or a key that moves to it: plain selects it alone, Ctrl adds or takes away, Shift extends from the anchor. */
-export function select(selection: Selection, order: readonly Key[], key: Key, { shift, ctrl }: Modifiers): Selection {
+export function select(
+  selection: Selection,
+  order: readonly Key[],
+  key: Key,
+  { shift, ctrl }: Modifiers,
+): Selection {
   const from = selection.anchor === undefined ? -1 : order.indexOf(selection.anchor);
   if (shift && from >= 0) {
     const to = order.indexOf(key);
     const range = order.slice(Math.min(from, to), Math.max(from, to) + 1);
-    return { keys: new Set(ctrl ? [...selection.keys, ...range] : range), active: key, anchor: selection.anchor };
+    return {
+      keys: new Set(ctrl ? [...selection.keys, ...range] : range),
+      active: key,
+      anchor: selection.anchor,
+    };
   }
   if (ctrl) return toggle(selection, key);
   return { keys: new Set([key]), active: key, anchor: key };
@@ -102,7 +124,8 @@ export function keepExisting(selection: Selection, order: readonly Key[], select
   const keys = new Set([...selection.keys].filter((key) => can.has(key)));
   const active = known(selection.active);
   const anchor = known(selection.anchor);
-  const same = keys.size === selection.keys.size && active === selection.active && anchor === selection.anchor;
+  const same =
+    keys.size === selection.keys.size && active === selection.active && anchor === selection.anchor;
   return same ? selection : { keys, active, anchor };
 }
 
@@ -121,7 +144,13 @@ export function moveTo(key: string, index: number, count: number, page: number):
 }
 
 /** The rows to draw, [first, end), for a scroll position. All measures in pixels. */
-export function visibleRange(scroll_top: number, viewport: number, row_height: number, count: number, margin: number) {
+export function visibleRange(
+  scroll_top: number,
+  viewport: number,
+  row_height: number,
+  count: number,
+  margin: number,
+) {
   const first = Math.max(0, Math.min(Math.floor(scroll_top / row_height) - margin, count - 1));
   const end = Math.min(count, Math.ceil((scroll_top + viewport) / row_height) + margin);
   return { first, end: Math.max(first, end) };

@@ -43,7 +43,8 @@ export function appendLines(lines: readonly Line[], incoming: readonly Incoming[
     const text = afterRedraws(printed);
     const before = next.at(-1);
     const replaces =
-      before?.is_progress && (spinner.test(before.text) || (is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
+      before?.is_progress &&
+      (spinner.test(before.text) || (is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
     const id = replaces ? before.id : (before?.id ?? 0) + 1;
     if (replaces) next.pop();
     next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', is_progress });

@@ -13,7 +13,7 @@ export function squarify(sizes: readonly number[], box: Rect): Rect[] {
   const scale = total > 0 ? (box.width * box.height) / total : 0;
   let { x, y, width, height } = box;
   const rects: Rect[] = [];
-  for (let start = 0; start < sizes.length; ) {
+  for (let start = 0; start < sizes.length;) {
     // A row lies along the shorter side and takes rectangles as long as its worst shape does not get worse.
     const side = Math.min(width, height);
     let end = start;
@@ -26,7 +26,10 @@ export function squarify(sizes: readonly number[], box: Rect): Rect[] {
       const sum = area + next;
       least = Math.min(least, next);
       most = Math.max(most, next);
-      const ratio = sum > 0 ? Math.max((side * side * most) / (sum * sum), (sum * sum) / (side * side * least)) : Infinity;
+      const ratio =
+        sum > 0
+          ? Math.max((side * side * most) / (sum * sum), (sum * sum) / (side * side * least))
+          : Infinity;
       if (ratio > worst) break;
       worst = ratio;
       area = sum;
@@ -74,12 +77,17 @@ export function tilesOf<Entry extends { size: number }>(
   const found = sorted.findIndex(({ size }) => size < least_size);
   // A lone small one may stay: put together with nothing it would only lose its name.
   const cut = found < 0 || found === sorted.length - 1 ? sorted.length : found;
-  const tiles = sorted.slice(0, cut).map((entry) => ({ entry: entry as Entry | undefined, size: entry.size, count: 1 }));
+  const tiles = sorted
+    .slice(0, cut)
+    .map((entry) => ({ entry: entry as Entry | undefined, size: entry.size, count: 1 }));
   if (cut < sorted.length) {
     const size = sorted.slice(cut).reduce((sum, entry) => sum + entry.size, 0);
     tiles.push({ entry: undefined, size, count: sorted.length - cut });
   }
-  const rects = squarify(tiles.map(({ size }) => size), { x: 0, y: 0, width, height });
+  const rects = squarify(
+    tiles.map(({ size }) => size),
+    { x: 0, y: 0, width, height },
+  );
   return tiles.map((tile, i) => ({ ...tile, ...rects[i]! }));
 }
 

@@ -14,26 +14,39 @@ export function splitList(value: string): string[] {
 
 export const joinList = (entries: readonly string[]) => entries.join(';');
 
-export const isList = (name: string, value: string) => /^(path|pathext|psmodulepath)$/i.test(name) || splitList(value).length > 1;
+export const isList = (name: string, value: string) =>
+  /^(path|pathext|psmodulepath)$/i.test(name) || splitList(value).length > 1;
 
 /** Whether an entry says the same as one before it. */
 export function isRepeated(entries: readonly string[], index: number): boolean {
-  const plain = (entry: string) => entry.trim().replace(/^"(.*)"$/, '$1').replace(/\\+$/, '').toLowerCase();
+  const plain = (entry: string) =>
+    entry
+      .trim()
+      .replace(/^"(.*)"$/, '$1')
+      .replace(/\\+$/, '')
+      .toLowerCase();
   const mine = plain(entries[index]!);
   return mine !== '' && entries.slice(0, index).some((entry) => plain(entry) === mine);
 }
 
 /** The path that an entry names, with %names% replaced by what they stand for; undefined where that is not certain. */
 export function pathOf(entry: string, values: ReadonlyMap<string, string>): string | undefined {
-  let path = entry.trim().replace(/^"(.*)"$/, '$1').replaceAll('/', '\\');
+  let path = entry
+    .trim()
+    .replace(/^"(.*)"$/, '$1')
+    .replaceAll('/', '\\');
   // A value may name others in its turn, and itself.
-  for (let depth = 0; depth < 4; ++depth) path = path.replace(/%([^%]+)%/g, (name, word) => values.get(word.toLowerCase()) ?? name);
+  for (let depth = 0; depth < 4; ++depth)
+    path = path.replace(/%([^%]+)%/g, (name, word) => values.get(word.toLowerCase()) ?? name);
   path = path.replace(/(.)\\+$/, '$1');
   return /^[a-z]:(\\[^\\%~;:*?"<>|]+)+$/i.test(path) && !/[. ](\\|$)/.test(path) ? path : undefined;
 }
 
 /** Why a new variable cannot have that name, among the names that there are. */
-export function nameFault(name: string, existing: readonly string[]): 'empty' | 'equals' | 'exists' | undefined {
+export function nameFault(
+  name: string,
+  existing: readonly string[],
+): 'empty' | 'equals' | 'exists' | undefined {
   if (name.trim() === '') return 'empty';
   if (name.includes('=')) return 'equals';
   return existing.some((other) => other.toLowerCase() === name.toLowerCase()) ? 'exists' : undefined;

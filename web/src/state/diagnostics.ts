@@ -1,5 +1,14 @@
 import { host } from '../bridge/host.ts';
-import { beginRun, exitWord, hearEnd, kNoRuns, putAside, withTarget, type Ends, type Tool } from '../lib/network.ts';
+import {
+  beginRun,
+  exitWord,
+  hearEnd,
+  kNoRuns,
+  putAside,
+  withTarget,
+  type Ends,
+  type Tool,
+} from '../lib/network.ts';
 import { createStore } from '../lib/store.ts';
 import { appendLines, type Incoming, type Line } from '../lib/terminal.ts';
 import { codeText } from '../lib/jobs.ts';
@@ -56,7 +65,10 @@ export function startDiagnostics() {
     if (!run || !ends.shown || now.shown) return;
     if (now.mixed) return finish(t('diagnostics.mixed'));
     const word = exitWord(run.tool, code);
-    finish(`${t(`exit.${word}`)} (${t('exit.code', { code: codeText(code) })})`, word === 'replied' ? 'success' : word === 'asked' ? 'network' : 'alert');
+    finish(
+      `${t(`exit.${word}`)} (${t('exit.code', { code: codeText(code) })})`,
+      word === 'replied' ? 'success' : word === 'asked' ? 'network' : 'alert',
+    );
   });
 }
 
@@ -65,7 +77,11 @@ export function runTool(tool: Tool) {
   if (ends.shown || target.trim() === '') return;
   try {
     request_id = host.start('runPingDiagnostic', { type: tool, target });
-    change({ ends: beginRun(ends), recent: withTarget(recent, target), run: { tool, target, since: Date.now(), lines: [] } });
+    change({
+      ends: beginRun(ends),
+      recent: withTarget(recent, target),
+      run: { tool, target, since: Date.now(), lines: [] },
+    });
   } catch (error) {
     toast(errorText(error), { error: true });
   }

@@ -36,21 +36,31 @@ export function startAnalysis(drive: string) {
   const root = rootOf(drive);
   const since = Date.now();
   let request_id = -1;
-  const stop = host.on('disk_analysis_progress', ({ requestId, status, scanned, currentFolder, folders, files }) => {
-    const { running } = analysis.get();
-    if (requestId !== request_id || !running) return;
-    if (status === 'done') {
-      stop();
-      const items = folders ?? [];
-      folder.set({ path: root, items });
-      analysis.set({ result: { root, at: Date.now(), total: items.reduce((sum, { size }) => sum + size, 0), files: files ?? [] } });
-      toast(t('disk.done', { drive }));
-    } else if (scanned !== undefined && scanned > running.scanned) {
-      // Branches are scanned side by side, so a count may arrive after a higher one.
-      const per_second = scanned / Math.max(0.001, (Date.now() - since) / 1000);
-      analysis.set({ running: { ...running, scanned, per_second, folder: currentFolder ?? '' } });
-    }
-  });
+  const stop = host.on(
+    'disk_analysis_progress',
+    ({ requestId, status, scanned, currentFolder, folders, files }) => {
+      const { running } = analysis.get();
+      if (requestId !== request_id || !running) return;
+      if (status === 'done') {
+        stop();
+        const items = folders ?? [];
+        folder.set({ path: root, items });
+        analysis.set({
+          result: {
+            root,
+            at: Date.now(),
+            total: items.reduce((sum, { size }) => sum + size, 0),
+            files: files ?? [],
+          },
+        });
+        toast(t('disk.done', { drive }));
+      } else if (scanned !== undefined && scanned > running.scanned) {
+        // Branches are scanned side by side, so a count may arrive after a higher one.
+        const per_second = scanned / Math.max(0.001, (Date.now() - since) / 1000);
+        analysis.set({ running: { ...running, scanned, per_second, folder: currentFolder ?? '' } });
+      }
+    },
+  );
   try {
     request_id = host.start('startDiskAnalysis', { drive: root });
     analysis.set({ running: { root, since, scanned: 0, per_second: 0, folder: '' } });
@@ -86,5 +96,6 @@ export async function forgetGone(files: BigFile[]) {
     return; // not known: they stay
   }
   const { result } = analysis.get();
-  if (result) analysis.set({ result: { ...result, files: result.files.filter(({ path }) => !paths.has(path)) } });
+  if (result)
+    analysis.set({ result: { ...result, files: result.files.filter(({ path }) => !paths.has(path)) } });
 }

@@ -25,7 +25,9 @@ function readFile(content: string): HostsFile {
 }
 
 export const hosts = createSource(async () => {
-  const { content } = await explained(host.request('getHostsFile', undefined, kTimeoutMs), () => t('hosts.unreadable'));
+  const { content } = await explained(host.request('getHostsFile', undefined, kTimeoutMs), () =>
+    t('hosts.unreadable'),
+  );
   return readFile(content);
 });
 
@@ -38,7 +40,12 @@ export function editHosts(text: string) {
 }
 
 export async function reloadHosts() {
-  const question = { title: t('hosts.discardTitle'), body: t('hosts.discardBody'), verb: t('hosts.discard'), danger: true };
+  const question = {
+    title: t('hosts.discardTitle'),
+    body: t('hosts.discardBody'),
+    verb: t('hosts.discard'),
+    danger: true,
+  };
   if (draft.get() !== undefined && !(await confirm(question))) return;
   draft.set(undefined);
   await hosts.reload();
@@ -47,7 +54,12 @@ export async function reloadHosts() {
 /** Other programs write this file too: what has come into it since it was loaded is not overwritten unasked. */
 async function mayReplace(loaded: string) {
   const now = await host.request('getHostsFile', undefined, kTimeoutMs).catch(() => undefined);
-  const question = { title: t('hosts.changedTitle'), body: t('hosts.changedBody'), verb: t('hosts.overwrite'), danger: true };
+  const question = {
+    title: t('hosts.changedTitle'),
+    body: t('hosts.changedBody'),
+    verb: t('hosts.overwrite'),
+    danger: true,
+  };
   return now === undefined || now.content === loaded || confirm(question);
 }
 

@@ -33,7 +33,8 @@ export interface RepairState {
 /** Outlives the view: the file check takes many minutes. */
 export const repairStates = createStore<Readonly<Partial<Record<Repair, RepairState>>>>({});
 
-const put = (repair: Repair, state: RepairState) => repairStates.set({ ...repairStates.get(), [repair]: state });
+const put = (repair: Repair, state: RepairState) =>
+  repairStates.set({ ...repairStates.get(), [repair]: state });
 
 function end(repair: Repair, good: boolean, text: string) {
   const { lines } = repairStates.get()[repair] ?? {};
@@ -118,7 +119,11 @@ export async function applyUpdate() {
   download.set({ since: Date.now() });
   try {
     // Without an address the program takes the installer of its release endpoint.
-    await host.request('downloadAndApplyUpdate', data.downloadUrl ? { downloadUrl: data.downloadUrl } : {}, kDownloadTimeoutMs);
+    await host.request(
+      'downloadAndApplyUpdate',
+      data.downloadUrl ? { downloadUrl: data.downloadUrl } : {},
+      kDownloadTimeoutMs,
+    );
     download.set({ closing: true });
   } catch (error) {
     download.set({ failed: error });
@@ -126,10 +131,16 @@ export async function applyUpdate() {
 }
 
 /** A question about what ends Varnel or Windows begins with what it would interrupt. */
-export const withQueue = (body: string) => (jobs.get().some(isPending) ? `${t('update.busy')} ${body}` : body);
+export const withQueue = (body: string) =>
+  jobs.get().some(isPending) ? `${t('update.busy')} ${body}` : body;
 
 export async function uninstallVarnel() {
-  const agreed = await confirm({ title: t('remove.confirm'), body: withQueue(t('remove.confirmBody')), verb: t('remove.verb'), danger: true });
+  const agreed = await confirm({
+    title: t('remove.confirm'),
+    body: withQueue(t('remove.confirmBody')),
+    verb: t('remove.verb'),
+    danger: true,
+  });
   if (!agreed) return;
   try {
     host.start('uninstallAppSuite', {});

@@ -40,7 +40,10 @@ export async function showProcess(pid: number) {
   await processes.reload();
   const { data, error } = processes.get();
   if (data?.some((one) => one.pid === pid)) place.set({ view: 'processes', pid });
-  else toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), { error: true });
+  else
+    toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), {
+      error: true,
+    });
 }
 
 const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
@@ -71,10 +74,13 @@ export async function endProcesses(wanted: ProcessRow[]) {
       await host.request('killProcess', { pid: one.pid });
       toast(t('processes.ended', { name, pid }));
     } catch (error) {
-      toast(t('processes.endFailed', { name, pid, reason: errorText(error, t('processes.endRefused')) }), { error: true });
+      toast(t('processes.endFailed', { name, pid, reason: errorText(error, t('processes.endRefused')) }), {
+        error: true,
+      });
     }
   }
   await processes.reload();
   // Windows ends a process in its own time, and a list that is paused is not loaded again.
-  if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one)))) setTimeout(processes.reload, kEndingMs);
+  if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one))))
+    setTimeout(processes.reload, kEndingMs);
 }

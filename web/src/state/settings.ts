@@ -6,7 +6,9 @@ import { errorText } from '../ui/error_text.ts';
 import { toast, type ToastAction } from '../ui/toast.tsx';
 
 /** The stored document as it is; `undefined` inside while it has not arrived. */
-export const settingsDocument = createSource(async () => ({ value: (await host.request('getSettings')).settings }));
+export const settingsDocument = createSource(async () => ({
+  value: (await host.request('getSettings')).settings,
+}));
 
 export function currentSettings(): Settings {
   return readSettings(settingsDocument.get().data?.value);
@@ -16,7 +18,10 @@ export function currentSettings(): Settings {
 let last_save: Promise<unknown> = Promise.resolve();
 
 /** Takes effect at once, then is stored and confirmed by a toast (none for null); a failed save is undone. */
-export function saveSettings(changes: Partial<Settings>, confirmation?: { text: string; action?: ToastAction } | null) {
+export function saveSettings(
+  changes: Partial<Settings>,
+  confirmation?: { text: string; action?: ToastAction } | null,
+) {
   const before = settingsDocument.get().data;
   // Without the stored document a save would wipe the keys that nobody has read.
   if (!before) return;
@@ -25,7 +30,8 @@ export function saveSettings(changes: Partial<Settings>, confirmation?: { text: 
   last_save = last_save.then(async () => {
     try {
       await host.request('saveSettings', value);
-      if (confirmation !== null) toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
+      if (confirmation !== null)
+        toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
     } catch (error) {
       if (settingsDocument.get().data?.value === value) settingsDocument.put(before);
       toast(t('settings.saveFailed', { reason: errorText(error) }), { error: true });

@@ -1,7 +1,18 @@
 import { host } from '../bridge/host.ts';
 import type { Message, Reply } from '../bridge/protocol.ts';
 import {
-  addTasks, endUnknown, hearLine, isPending, startNext, stateWord, toolEnded, withoutService, type Job, type Jobs, type Stream, type Task,
+  addTasks,
+  endUnknown,
+  hearLine,
+  isPending,
+  startNext,
+  stateWord,
+  toolEnded,
+  withoutService,
+  type Job,
+  type Jobs,
+  type Stream,
+  type Task,
 } from '../lib/jobs.ts';
 import type { Leftover } from '../lib/leftovers.ts';
 import { realignApp, realignUpdate, type Package } from '../lib/realign.ts';
@@ -33,8 +44,12 @@ const asUpdates = (rows: Reply<'getSoftwareUpdates'>['updates']) => distinct(row
 
 export type Drivers = Pick<Reply<'getDriverUpdates'>, 'updates' | 'scannedDriversCount'>;
 
-export const updates = createSource(async () => asUpdates((await host.request('getSoftwareUpdates', undefined, kListTimeoutMs)).updates));
-export const drivers = createSource<Drivers>(() => host.request('getDriverUpdates', undefined, kListTimeoutMs));
+export const updates = createSource(async () =>
+  asUpdates((await host.request('getSoftwareUpdates', undefined, kListTimeoutMs)).updates),
+);
+export const drivers = createSource<Drivers>(() =>
+  host.request('getDriverUpdates', undefined, kListTimeoutMs),
+);
 export const apps = createSource(async () => {
   const { apps: rows } = await host.request('getInstalledApps', undefined, kListTimeoutMs);
   return distinct(rows.map(realignApp));
@@ -106,7 +121,11 @@ export function startAutoScan() {
   let tried = 0; // one that failed is not repeated at every check
   const check = () => {
     const settings = currentSettings();
-    if (!settingsDocument.get().data || !scanIsDue({ ...settings, lastScan: tried || settings.lastScan }, Date.now())) return;
+    if (
+      !settingsDocument.get().data ||
+      !scanIsDue({ ...settings, lastScan: tried || settings.lastScan }, Date.now())
+    )
+      return;
     tried = Date.now();
     startScan();
   };
@@ -141,14 +160,17 @@ export function startQueue() {
     heard = [];
   };
   for (const stream of ['update_stream', 'uninstall_stream'] satisfies Stream[]) {
-    host.on(stream, ({ streamType, message: text = '', isProgress: is_progress = false, code, rebootRequired = false }) => {
-      if (streamType === 'exit') {
-        take();
-        settle(toolEnded(jobs.get(), stream, code, rebootRequired));
-      } else if (heard.push([stream, { text, is_progress }]) === 1) {
-        setTimeout(take, 16);
-      }
-    });
+    host.on(
+      stream,
+      ({ streamType, message: text = '', isProgress: is_progress = false, code, rebootRequired = false }) => {
+        if (streamType === 'exit') {
+          take();
+          settle(toolEnded(jobs.get(), stream, code, rebootRequired));
+        } else if (heard.push([stream, { text, is_progress }]) === 1) {
+          setTimeout(take, 16);
+        }
+      },
+    );
   }
 }
 
@@ -200,14 +222,20 @@ function tellEnd(job: Job) {
 
 /** What has been changed is listed anew, once nothing runs any more. */
 function reloadChanged() {
-  const changed = new Set(jobs.get().filter(({ state, code }) => state !== 'failed' || code === undefined).map(({ kind }) => kind));
+  const changed = new Set(
+    jobs
+      .get()
+      .filter(({ state, code }) => state !== 'failed' || code === undefined)
+      .map(({ kind }) => kind),
+  );
   if (changed.has('update') || changed.has('uninstall')) {
     for (const list of [updates, apps]) if (list.get().data) void list.reload();
   }
   if (changed.has('driver')) void drivers.reload();
 }
 
-const listLeftovers = async ({ id, name }: Task) => (await host.request('findLeftovers', { id, name }, kListTimeoutMs)).leftovers;
+const listLeftovers = async ({ id, name }: Task) =>
+  (await host.request('findLeftovers', { id, name }, kListTimeoutMs)).leftovers;
 
 async function searchLeftovers(job: Task) {
   try {

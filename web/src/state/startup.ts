@@ -29,14 +29,22 @@ export async function switchItem(item: StartupItem, enabled: boolean) {
   const key = startupKey(item);
   if (switching.get().has(key)) return;
   mark(key, enabled);
-  const failed = (reason: string) => toast(t(enabled ? 'startup.onFailed' : 'startup.offFailed', { name, reason }), { error: true, about: key });
+  const failed = (reason: string) =>
+    toast(t(enabled ? 'startup.onFailed' : 'startup.offFailed', { name, reason }), {
+      error: true,
+      about: key,
+    });
   try {
     await host.request('toggleStartupItem', { scope, name, enabled });
     await startup.reload();
     const now = startup.get().data?.find((other) => startupKey(other) === key);
     // The host answers before Windows has agreed to store it.
     if (now && now.enabled !== enabled) failed(t('startup.notStored'));
-    else toast(t(enabled ? 'startup.on' : 'startup.off', { name }), { about: key, action: { label: t('app.undo'), run: () => void switchItem(item, !enabled) } });
+    else
+      toast(t(enabled ? 'startup.on' : 'startup.off', { name }), {
+        about: key,
+        action: { label: t('app.undo'), run: () => void switchItem(item, !enabled) },
+      });
   } catch (error) {
     failed(errorText(error, t(scope === 'HKCU' ? 'startup.noList' : 'startup.needsService')));
   }

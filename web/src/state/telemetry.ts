@@ -27,7 +27,10 @@ async function takeSample(): Promise<Telemetry> {
     return { sample, rates };
   }
   const at = Date.now();
-  const extend = (points: Point[], value: number) => [...points.filter((point) => at - point.at <= kHistoryMs), { at, value }];
+  const extend = (points: Point[], value: number) => [
+    ...points.filter((point) => at - point.at <= kHistoryMs),
+    { at, value },
+  ];
   return {
     sample,
     rates: {

@@ -19,7 +19,9 @@ export interface Variable {
 
 export const variables = createSource(async () => {
   const reply = await host.request('getEnvVariables');
-  return scopes.flatMap((scope) => Object.entries(reply[scope]).map(([name, value]): Variable => ({ scope, name, value })));
+  return scopes.flatMap((scope) =>
+    Object.entries(reply[scope]).map(([name, value]): Variable => ({ scope, name, value })),
+  );
 });
 
 /**
@@ -42,8 +44,16 @@ export function createLookup() {
 }
 
 /** Says that it was stored; resolves to why it was not. */
-export async function saveVariable({ scope, name, value }: Variable, is_delete = false): Promise<string | undefined> {
-  const data: RequestData['saveEnvVariable'] = { type: scope, name, value: is_delete ? '' : value, is_delete };
+export async function saveVariable(
+  { scope, name, value }: Variable,
+  is_delete = false,
+): Promise<string | undefined> {
+  const data: RequestData['saveEnvVariable'] = {
+    type: scope,
+    name,
+    value: is_delete ? '' : value,
+    is_delete,
+  };
   try {
     await host.request('saveEnvVariable', data, kSaveTimeoutMs);
   } catch (error) {

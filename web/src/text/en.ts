@@ -33,7 +33,8 @@ export const en: Texts = {
   'badge.admin': 'Administrator',
   'badge.user': 'Standard user',
   'badge.admin.hint': 'Varnel runs with administrator rights.',
-  'badge.user.hint': 'Varnel runs without administrator rights. What needs them is handed to the helper service.',
+  'badge.user.hint':
+    'Varnel runs without administrator rights. What needs them is handed to the helper service.',
   'badge.service.on': 'Service running',
   'badge.service.off': 'Service not running',
   'badge.service.on.hint': 'The helper service answers.',
@@ -42,13 +43,16 @@ export const en: Texts = {
   'badge.unknown': 'Status unknown',
 
   'service.title': 'The helper service is not running',
-  'service.what': 'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service does not answer now.',
+  'service.what':
+    'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service does not answer now.',
   'service.stops': 'Until the service runs, you cannot',
   'service.stops.1': 'save the hosts file and system environment variables, manage developer services,',
-  'service.stops.2': 'change start-up items that all users share, clean the folders of Windows, install drivers,',
+  'service.stops.2':
+    'change start-up items that all users share, clean the folders of Windows, install drivers,',
   'service.stops.3': 'verify system files, switch hibernation, schedule cleaning or restart into safe mode.',
   'service.works': 'Everything else still works',
-  'service.works.text': 'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
+  'service.works.text':
+    'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
   'service.refused': 'The helper service did not fulfil the request.',
   'service.back': 'The helper service is running again',
 
@@ -146,33 +150,42 @@ export const en: Texts = {
   'cleaning.cleaning': 'Cleaning, {n} s',
   'cleaning.clean': 'Clean',
   'cleaning.confirm': 'Clean the ticked categories?',
-  'cleaning.confirmBody': 'The contents of their folders, up to {size} together, are deleted for good; they do not go to the recycle bin. What another program is using stays.',
+  'cleaning.confirmBody':
+    'The contents of their folders, up to {size} together, are deleted for good; they do not go to the recycle bin. What another program is using stays.',
   'cleaning.freed': 'Freed {size}',
   'cleaning.freedTotal': 'Freed',
   'cleaning.stays': '{size} stay in all the categories.',
-  'cleaning.left': '{size} stayed: some files are in use by another program, or you have no right to delete them.',
-  'cleaning.leftMeasured': '{size} stayed: Varnel only measures {what}, and another program may be using some files.',
+  'cleaning.left':
+    '{size} stayed: some files are in use by another program, or you have no right to delete them.',
+  'cleaning.leftMeasured':
+    '{size} stayed: Varnel only measures {what}, and another program may be using some files.',
   'cleaning.failed': 'The clean did not finish. {reason}',
   'junk.windowsTemp': 'Windows temporary files',
-  'junk.windowsTemp.about': 'What installers and services left in the folders Temp and SystemTemp. Varnel only measures the second one.',
+  'junk.windowsTemp.about':
+    'What installers and services left in the folders Temp and SystemTemp. Varnel only measures the second one.',
   'junk.windowsTemp.measured': 'the folder SystemTemp',
   'junk.prefetch': 'Prefetch',
-  'junk.prefetch.about': 'Records that let programs start faster; Windows makes them anew. Always cleaned together with Windows temporary files.',
+  'junk.prefetch.about':
+    'Records that let programs start faster; Windows makes them anew. Always cleaned together with Windows temporary files.',
   'junk.userTemp': 'Your temporary files',
   'junk.userTemp.about': 'What programs put into your temporary folder and did not tidy away.',
   'junk.winUpdate': 'Downloaded updates',
   'junk.winUpdate.about': 'Installation files of Windows updates. What is still needed is downloaded again.',
   'junk.browserCache': 'Browser caches',
-  'junk.browserCache.about': 'Saved copies of pages from Chrome, Edge and Brave. Varnel only measures Firefox profiles.',
+  'junk.browserCache.about':
+    'Saved copies of pages from Chrome, Edge and Brave. Varnel only measures Firefox profiles.',
   'junk.browserCache.measured': 'Firefox profiles',
   'junk.shaderCache': 'Graphics cache',
-  'junk.shaderCache.about': 'Shaders compiled for games and programs. The first start after cleaning is slower.',
+  'junk.shaderCache.about':
+    'Shaders compiled for games and programs. The first start after cleaning is slower.',
   'junk.systemLogs': 'Logs and error reports',
-  'junk.systemLogs.about': 'System records and reports of crashed programs. Varnel only measures memory dumps in the folder Minidump.',
+  'junk.systemLogs.about':
+    'System records and reports of crashed programs. Varnel only measures memory dumps in the folder Minidump.',
   'junk.systemLogs.measured': 'memory dumps in the folder Minidump',
 
   'downloads.title': 'Large old downloads',
-  'downloads.about': 'Installers, disk images and archives over 1 MB that have lain unchanged in the Downloads folder for at least 30 days.',
+  'downloads.about':
+    'Installers, disk images and archives over 1 MB that have lain unchanged in the Downloads folder for at least 30 days.',
   'downloads.none': 'There are no large old downloads',
   'downloads.total': '{size} in total',
   'downloads.age': 'Age',
@@ -181,21 +194,27 @@ export const en: Texts = {
   'recycle.verb': 'Move to recycle bin',
   'recycle.verbSize': 'Move to recycle bin ({size})',
   'recycle.title': { one: 'Move {n} file to the recycle bin?', other: 'Move {n} files to the recycle bin?' },
-  'recycle.body': '{size} together. You can restore them from the bin until you empty it. What does not fit into the bin, or lies on a drive without one, Windows deletes for good.',
+  'recycle.body':
+    '{size} together. You can restore them from the bin until you empty it. What does not fit into the bin, or lies on a drive without one, Windows deletes for good.',
   'recycle.done': { one: '{n} file moved to the recycle bin', other: '{n} files moved to the recycle bin' },
-  'recycle.some': 'Only {n} of {total} moved to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
-  'recycle.none': 'Nothing could be moved to the recycle bin. The files are probably in use by another program, you have no right to delete them, or they are already gone.',
+  'recycle.some':
+    'Only {n} of {total} moved to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
+  'recycle.none':
+    'Nothing could be moved to the recycle bin. The files are probably in use by another program, you have no right to delete them, or they are already gone.',
 
   'system.title': 'System files',
   'system.hiberfil': 'hiberfil.sys',
-  'system.hiberfil.about': 'The contents of memory for hibernation and fast start-up. Switching hibernation off removes it.',
+  'system.hiberfil.about':
+    'The contents of memory for hibernation and fast start-up. Switching hibernation off removes it.',
   'system.pagefile': 'pagefile.sys',
-  'system.pagefile.about': 'The paging file: Windows puts there what does not fit into memory. Do not delete it.',
+  'system.pagefile.about':
+    'The paging file: Windows puts there what does not fit into memory. Do not delete it.',
   'system.swapfile': 'swapfile.sys',
   'system.swapfile.about': 'Where Store apps that you are not using are put aside. Windows looks after it.',
   'system.absent': 'does not exist',
   'system.hibernation': 'Hibernation',
-  'system.hibernation.about': 'Fast start-up does not work without it either. The helper service switches it.',
+  'system.hibernation.about':
+    'Fast start-up does not work without it either. The helper service switches it.',
   'system.hibernationOn': 'Hibernation switched on',
   'system.hibernationOff': 'Hibernation switched off',
   'system.hibernationFailed': 'Hibernation could not be switched. {reason}',
@@ -204,7 +223,8 @@ export const en: Texts = {
   'disk.used': '{used} of {total}, {free} free',
   'disk.analyse': 'Analyse {drive}',
   'disk.start': 'Find out what takes the space on a disk',
-  'disk.startHint': 'The analysis goes through the whole disk once. Then it shows the sizes of folders and the 30 largest files. It changes and deletes nothing.',
+  'disk.startHint':
+    'The analysis goes through the whole disk once. Then it shows the sizes of folders and the 30 largest files. It changes and deletes nothing.',
   'disk.running': 'Going through {drive}',
   'disk.reading': 'Reading the first folders…',
   'disk.scanned': 'Items',
@@ -217,12 +237,14 @@ export const en: Texts = {
   'disk.up': 'Up one folder',
   'disk.found': '{found} found',
   'disk.foundOf': '{found} found, {used} in use',
-  'disk.hardLinks': 'More is found than is in use: a file with several hard links, mostly in the Windows folder, counts anew in every place.',
+  'disk.hardLinks':
+    'More is found than is in use: a file with several hard links, mostly in the Windows folder, counts anew in every place.',
   'disk.contents': 'Folder contents',
   'disk.share': 'Share',
   'disk.kind': 'Kind',
   'disk.unknown': 'no figures',
-  'disk.unknownHint': 'The folder is empty, cannot be opened, or the analysis has not been there, for example because it is a link to elsewhere.',
+  'disk.unknownHint':
+    'The folder is empty, cannot be opened, or the analysis has not been there, for example because it is a link to elsewhere.',
   'disk.open': 'Open folder',
   'disk.copyPath': 'Copy path',
   'disk.map': 'Map of the folder {path}. The table holds the same.',
@@ -246,7 +268,8 @@ export const en: Texts = {
   'software.drivers': 'Drivers',
   'software.scanning': 'The list appears when the scan is complete',
   'software.start': 'Nothing has been scanned yet',
-  'software.startHint': 'The scan asks the winget package manager for new versions of programs, and Windows Update for drivers. It usually takes one to three minutes and changes nothing.',
+  'software.startHint':
+    'The scan asks the winget package manager for new versions of programs, and Windows Update for drivers. It usually takes one to three minutes and changes nothing.',
   'software.name': 'Name',
   'software.id': 'Identifier',
   'software.version': 'Version',
@@ -256,9 +279,11 @@ export const en: Texts = {
   'software.date': 'Date',
   'software.severity': 'Severity',
   'software.noUpdates': 'No updates',
-  'software.noUpdatesHint': 'The winget package manager offered none. Where it is missing, the list is empty too.',
+  'software.noUpdatesHint':
+    'The winget package manager offered none. Where it is missing, the list is empty too.',
   'software.noApps': 'The list of programs is empty',
-  'software.noAppsHint': 'The winget package manager provides it. It is probably missing here, or your account cannot run it.',
+  'software.noAppsHint':
+    'The winget package manager provides it. It is probably missing here, or your account cannot run it.',
   'software.noDrivers': 'Windows Update offers no driver',
   'software.checked': { one: '{n} driver checked', other: '{n} drivers checked' },
   'software.update': 'Update',
@@ -268,32 +293,45 @@ export const en: Texts = {
   'software.ignore': 'Ignore',
   'software.unignore': 'Stop ignoring',
   'software.ignored': 'ignored',
-  'software.ignoredDone': { one: '{n} program is no longer offered', other: '{n} programs are no longer offered' },
+  'software.ignoredDone': {
+    one: '{n} program is no longer offered',
+    other: '{n} programs are no longer offered',
+  },
   'software.showIgnored': 'Show ignored ({n})',
   'software.driver.title': { one: 'Install {n} driver?', other: 'Install {n} drivers?' },
-  'software.driver.body': 'Installed by Windows Update. Picture, sound or network may drop out for a moment, and a restart may be needed to finish.',
+  'software.driver.body':
+    'Installed by Windows Update. Picture, sound or network may drop out for a moment, and a restart may be needed to finish.',
   'software.uninstall.title': { one: 'Uninstall {n} program?', other: 'Uninstall {n} programs?' },
-  'software.uninstall.body': 'It goes on without further questions and cannot be undone. Varnel then looks for what the program has left behind.',
+  'software.uninstall.body':
+    'It goes on without further questions and cannot be undone. Varnel then looks for what the program has left behind.',
   'obstacle.some': { one: '{n} row cannot be used. Why?', other: '{n} rows cannot be used. Why?' },
   'obstacle.shifted': 'Unreadable row',
   'obstacle.cut': 'Identifier cut short',
   'obstacle.characters': 'Characters not allowed',
   'obstacle.windows': 'Windows settings only',
   'obstacle.skipped': 'Hidden in Windows',
-  'obstacle.shifted.why': 'columns of the tool’s output ran together and cannot be told apart safely; the row is shown as it came.',
-  'obstacle.cut.why': 'the tool printed only the beginning of the identifier; without the rest another program could be meant.',
-  'obstacle.characters.why': 'Varnel passes only letters without accents, digits, blanks and ( ) - . : _ to the tool and refuses others with code 999. Use the program itself or the Windows settings.',
-  'obstacle.windows.why': 'the program comes from no winget source, and the characters of its identifier (ARP\\…, MSIX\\…) would be refused with code 999. Uninstall it in the Windows settings.',
+  'obstacle.shifted.why':
+    'columns of the tool’s output ran together and cannot be told apart safely; the row is shown as it came.',
+  'obstacle.cut.why':
+    'the tool printed only the beginning of the identifier; without the rest another program could be meant.',
+  'obstacle.characters.why':
+    'Varnel passes only letters without accents, digits, blanks and ( ) - . : _ to the tool and refuses others with code 999. Use the program itself or the Windows settings.',
+  'obstacle.windows.why':
+    'the program comes from no winget source, and the characters of its identifier (ARP\\…, MSIX\\…) would be refused with code 999. Uninstall it in the Windows settings.',
   'obstacle.skipped.why': 'the driver was marked as unwanted in Windows Update.',
   'obstacle.settings': 'Open the Windows settings',
 
   'scan.apps': 'Looking for program updates',
-  'scan.drivers': { one: '{n} update found, looking for drivers', other: '{n} updates found, looking for drivers' },
+  'scan.drivers': {
+    one: '{n} update found, looking for drivers',
+    other: '{n} updates found, looking for drivers',
+  },
   'scan.elapsed': '{n} s',
   'scan.log': 'Details in the terminal',
   'scan.done': 'The system scan is complete',
   'scan.failed': 'The system scan did not finish',
-  'scan.failed.silent': 'Nothing has been heard of the scan for four minutes, so it is not waited for any longer.',
+  'scan.failed.silent':
+    'Nothing has been heard of the scan for four minutes, so it is not waited for any longer.',
   'scan.failed.error': 'The scan ended with an error. The terminal shows what happened.',
   'scan.failed.drivers': 'Drivers could not be looked for. The terminal shows what happened.',
   'scan.failed.absent': 'The scan did not start: this page is not open in Varnel.',
@@ -310,7 +348,8 @@ export const en: Texts = {
   'jobs.unknown': 'result not known',
   'jobs.log': 'Tool output',
   'jobs.code': 'code {code}',
-  'jobs.noEnd': 'The end of the tool was not reported or could not be assigned, so the result is not known. The list shows what has changed.',
+  'jobs.noEnd':
+    'The end of the tool was not reported or could not be assigned, so the result is not known. The list shows what has changed.',
   'jobs.alone': 'The helper service is not running; this runs with your own rights.',
   'jobs.ended': '{n} of {total} ended',
   'jobs.fold': 'Fold the queue',
@@ -350,7 +389,8 @@ export const en: Texts = {
   'code.driver': 'The driver could not be installed.',
 
   'leftovers.title': 'What {name} has left behind',
-  'leftovers.body': 'The places were found by name. Only what lies in a publisher’s folder or key is ticked beforehand. The rest may belong to other programs too; tick it only if you know it.',
+  'leftovers.body':
+    'The places were found by name. Only what lies in a publisher’s folder or key is ticked beforehand. The rest may belong to other programs too; tick it only if you know it.',
   'leftovers.directory': 'folder, {size}',
   'leftovers.registry': 'registry key',
   'leftovers.keep': 'Remove nothing',
@@ -361,39 +401,49 @@ export const en: Texts = {
   'leftovers.none': 'Nothing that can be found by name is left of {name}',
   'leftovers.searchFailed': 'Leftovers could not be looked for. {reason}',
   'leftovers.removed': { one: '{n} item removed', other: '{n} items removed' },
-  'leftovers.stayed': 'Items not removed: {n}. They are in use, rights are missing, or the helper service is not running.',
+  'leftovers.stayed':
+    'Items not removed: {n}. They are in use, rights are missing, or the helper service is not running.',
 
   'repair.needs': 'Needs',
   'repair.next': 'What happens next',
   'repair.silent': 'The tool printed nothing; it probably did not start.',
   'repair.noEnd': 'The service did not report the end of the check; its result is not known.',
   'repair.noShell': 'If the taskbar is missing, press Ctrl+Shift+Esc and run the new task explorer.exe.',
-  'repair.comeBack': 'This command brings the normal mode back, in a Command Prompt run as administrator (not PowerShell), followed by a restart:',
+  'repair.comeBack':
+    'This command brings the normal mode back, in a Command Prompt run as administrator (not PowerShell), followed by a restart:',
   'repair.copyComeBack': 'Copy the command for coming back',
   'repair.flush-dns': 'Flush the DNS cache',
-  'repair.flush-dns.about': 'Windows forgets the server addresses it has remembered. It helps when a site has moved or has stopped loading only for you.',
+  'repair.flush-dns.about':
+    'Windows forgets the server addresses it has remembered. It helps when a site has moved or has stopped loading only for you.',
   'repair.flush-dns.needs': 'nothing more',
   'repair.flush-dns.next': 'Done at once, connections stay. Addresses are looked up again.',
   'repair.flush-dns.verb': 'Flush',
   'repair.rebuild-icons': 'Rebuild icons',
-  'repair.rebuild-icons.about': 'Deletes stored icons and thumbnails, so that Windows makes them anew. It helps when icons are blank or wrong.',
+  'repair.rebuild-icons.about':
+    'Deletes stored icons and thumbnails, so that Windows makes them anew. It helps when icons are blank or wrong.',
   'repair.rebuild-icons.needs': 'your consent to closing Explorer windows',
-  'repair.rebuild-icons.next': 'Explorer ends and starts again: open folders close, the taskbar disappears for a moment.',
+  'repair.rebuild-icons.next':
+    'Explorer ends and starts again: open folders close, the taskbar disappears for a moment.',
   'repair.rebuild-icons.verb': 'Rebuild icons',
   'repair.rebuild-icons.confirm': 'End Explorer and rebuild the icons?',
-  'repair.rebuild-icons.confirmBody': 'All Explorer windows close, also while they copy files. The taskbar disappears for a moment. Other programs go on.',
+  'repair.rebuild-icons.confirmBody':
+    'All Explorer windows close, also while they copy files. The taskbar disappears for a moment. Other programs go on.',
   'repair.sfc': 'Check system files',
   'repair.sfc.about': 'Goes through the files and components of Windows and says whether they are intact.',
   'repair.sfc.needs': 'the helper service',
-  'repair.sfc.next': 'It takes 5 to 30 minutes; you can go on working, also in other views. The result appears here.',
+  'repair.sfc.next':
+    'It takes 5 to 30 minutes; you can go on working, also in other views. The result appears here.',
   'repair.sfc.verb': 'Check',
   'repair.safemode-reboot': 'Safe mode',
-  'repair.safemode-reboot.about': 'Restarts Windows with only the most necessary drivers, so that what keeps it from running can be removed.',
+  'repair.safemode-reboot.about':
+    'Restarts Windows with only the most necessary drivers, so that what keeps it from running can be removed.',
   'repair.safemode-reboot.needs': 'the helper service, and your work saved',
-  'repair.safemode-reboot.next': 'The computer restarts, and then starts in safe mode every time until you bring it back.',
+  'repair.safemode-reboot.next':
+    'The computer restarts, and then starts in safe mode every time until you bring it back.',
   'repair.safemode-reboot.verb': 'Restart into safe mode',
   'repair.safemode-reboot.confirm': 'Restart into safe mode?',
-  'repair.safemode-reboot.confirmBody': 'Save your work, the computer restarts. It stays in safe mode after further restarts too. To come back, run the Command Prompt there as administrator, enter the command below and restart. Write it down:',
+  'repair.safemode-reboot.confirmBody':
+    'Save your work, the computer restarts. It stays in safe mode after further restarts too. To come back, run the Command Prompt there as administrator, enter the command below and restart. Write it down:',
 
   'update.title': 'Update of Varnel',
   'update.installed': 'Installed',
@@ -405,7 +455,8 @@ export const en: Texts = {
   'update.willClose': 'After the download Varnel closes, and starts again in the new version.',
   'update.busy': 'Let the queue in Software finish first.',
   'update.confirm': 'Update Varnel to version {version}?',
-  'update.confirmBody': 'Version {version} is downloaded. Then Varnel closes and Windows asks for permission to install. If you decline, the present version stays installed and you start Varnel yourself.',
+  'update.confirmBody':
+    'Version {version} is downloaded. Then Varnel closes and Windows asks for permission to install. If you decline, the present version stays installed and you start Varnel yourself.',
   'update.downloading': 'Downloading the installer…',
   'update.closing': 'Downloaded. Varnel closes now and the installation begins.',
   'update.failed': 'The installer could not be downloaded; the present version goes on.',
@@ -416,7 +467,8 @@ export const en: Texts = {
   'remove.about': 'Starts the uninstaller of Varnel. Your files stay untouched.',
   'remove.verb': 'Uninstall Varnel',
   'remove.confirm': 'Uninstall Varnel?',
-  'remove.confirmBody': 'Windows asks for permission, Varnel closes, and the uninstaller removes it from the computer.',
+  'remove.confirmBody':
+    'Windows asks for permission, Varnel closes, and the uninstaller removes it from the computer.',
   'remove.started': 'The uninstaller is starting. If you decline the permission, nothing happens.',
 
   'processes.name': 'Process',
@@ -458,8 +510,10 @@ export const en: Texts = {
   'startup.off': '{name} will not start after sign-in any more',
   'startup.onFailed': '{name} could not be switched on. {reason}',
   'startup.offFailed': '{name} could not be switched off. {reason}',
-  'startup.noList': 'Windows keeps no list of approved items for this account yet. It appears once you switch an item in Task Manager.',
-  'startup.needsService': 'Items that all users share are changed by the helper service, and it did not do so.',
+  'startup.noList':
+    'Windows keeps no list of approved items for this account yet. It appears once you switch an item in Task Manager.',
+  'startup.needsService':
+    'Items that all users share are changed by the helper service, and it did not do so.',
   'startup.notStored': 'Windows did not store the change.',
   'startup.none': 'Nothing starts after sign-in',
   'startup.noneHint': 'Varnel looks into the Run key of the registry, yours and the shared one.',
@@ -473,7 +527,8 @@ export const en: Texts = {
   'network.show': 'Show process {pid}',
   'network.copy': 'Copy address',
   'network.none': 'No port was found',
-  'network.noneHint': 'Either nothing waits on any, or the netstat tool is missing from this system or prints states in another language than English.',
+  'network.noneHint':
+    'Either nothing waits on any, or the netstat tool is missing from this system or prints states in another language than English.',
   'reach.machine': 'this machine only',
   'reach.all': 'all interfaces',
   'reach.address': 'one address',
@@ -487,12 +542,15 @@ export const en: Texts = {
   'diagnostics.dns': 'DNS query',
   'diagnostics.recent': 'Recent:',
   'diagnostics.none': 'See whether the other side answers',
-  'diagnostics.noneHint': 'Ping sends four requests and measures the response. A DNS query finds the addresses of a name.',
+  'diagnostics.noneHint':
+    'Ping sends four requests and measures the response. A DNS query finds the addresses of a name.',
   'diagnostics.running': 'Running…',
   'diagnostics.stop': 'Stop showing',
-  'diagnostics.owed': 'The tool before is still finishing in the background, so the end of this one may go unnoticed.',
+  'diagnostics.owed':
+    'The tool before is still finishing in the background, so the end of this one may go unnoticed.',
   'diagnostics.stopped': 'The output is not shown any more; the tool finishes in the background.',
-  'diagnostics.mixed': 'Ended. Its exit code is not known for certain: the tool before was finishing at the same time.',
+  'diagnostics.mixed':
+    'Ended. Its exit code is not known for certain: the tool before was finishing at the same time.',
   'diagnostics.output': 'Output of the tool',
   'exit.code': 'code {code}',
   'exit.replied': 'At least one reply came.',
@@ -546,7 +604,8 @@ export const en: Texts = {
   'variables.deleted': 'Variable {name} deleted',
   'variables.failed': 'The variable {name} could not be changed. {reason}',
   'variables.refused': 'Windows did not allow writing to the registry.',
-  'variables.needsService': 'Variables of the whole computer are changed by the helper service, and it did not do so.',
+  'variables.needsService':
+    'Variables of the whole computer are changed by the helper service, and it did not do so.',
   'variables.deleteTitle': { one: 'Delete {n} variable?', other: 'Delete {n} variables?' },
   'variables.deleteBody': 'Programs that rely on this may stop working. This cannot be undone.',
   'variables.equals': 'A name cannot contain the character =.',
@@ -574,7 +633,8 @@ export const en: Texts = {
   'services.body': 'Whatever works with the service now loses its connection.',
   'services.done': '{verb}: {title}, done',
   'services.failed': '{verb}: {title} did not succeed. {reason}',
-  'services.refused': 'Developer services are managed by the helper service, and it did not fulfil the request.',
+  'services.refused':
+    'Developer services are managed by the helper service, and it did not fulfil the request.',
   'services.none': 'The helper service reports no developer service',
   'devices.name': 'Device',
   'devices.class': 'Class',
@@ -582,7 +642,8 @@ export const en: Texts = {
   'devices.hint': 'Only devices with a signed driver. Their state is not tested here.',
   'devices.all': 'All classes',
   'devices.none': 'The list of devices is empty',
-  'devices.noneHint': 'PowerShell prints it. It is probably missing from this system, or your account may not run it.',
+  'devices.noneHint':
+    'PowerShell prints it. It is probably missing from this system, or your account may not run it.',
   'devices.refused': 'The list of devices from PowerShell could not be read.',
 
   'spec.cpu': 'Processor',
@@ -600,7 +661,8 @@ export const en: Texts = {
   'settings.language': 'Language',
   'settings.scan': 'System scan',
   'settings.autoScan': 'Scan the system automatically',
-  'settings.autoScanHint': 'At the start and then at the interval, while Varnel is running. It only looks and installs nothing.',
+  'settings.autoScanHint':
+    'At the start and then at the interval, while Varnel is running. It only looks and installs nothing.',
   'settings.autoOpen': 'Open the terminal during a scan',
   'settings.autoOpenHint': 'It shows what the scan is doing.',
   'settings.scanInterval': 'Scan interval',
@@ -609,7 +671,8 @@ export const en: Texts = {
   'settings.days': { one: 'once a day', other: 'every {n} days' },
   'settings.clean': 'Automatic cleaning',
   'settings.autoClean': 'Clean regularly without asking',
-  'settings.autoCleanHint': 'The helper service will start Varnel without a window to clean all seven categories of the Cleaning part. The service decides when.',
+  'settings.autoCleanHint':
+    'The helper service will start Varnel without a window to clean all seven categories of the Cleaning part. The service decides when.',
   'settings.autoCleanNotOn': 'Automatic cleaning stays off. {reason}',
   'settings.autoCleanNotOff': 'Automatic cleaning stays on. {reason}',
   'settings.saved': 'Settings saved',

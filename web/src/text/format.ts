@@ -51,5 +51,8 @@ export function formatTime(time: number): string {
 export function formatDate(text: string): string {
   const time = /^\d{4}-\d\d-\d\d$/.test(text) ? Date.parse(text) : NaN;
   if (Number.isNaN(time)) return text;
-  return cached('date', () => new Intl.DateTimeFormat(locale(), { dateStyle: 'medium', timeZone: 'UTC' })).format(time);
+  return cached(
+    'date',
+    () => new Intl.DateTimeFormat(locale(), { dateStyle: 'medium', timeZone: 'UTC' }),
+  ).format(time);
 }

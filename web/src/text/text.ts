@@ -15,7 +15,9 @@ export type Texts = { [K in TextKey]: (typeof cs)[K] extends string ? string : P
 
 type Holes<S> = S extends `${string}{${infer Name}}${infer Rest}` ? Name | Holes<Rest> : never;
 type HolesOf<K extends TextKey> = Holes<(typeof cs)[K] extends { other: infer S } ? S : (typeof cs)[K]>;
-type Args<K extends TextKey> = [HolesOf<K>] extends [never] ? [] : [values: Record<HolesOf<K>, string | number>];
+type Args<K extends TextKey> = [HolesOf<K>] extends [never]
+  ? []
+  : [values: Record<HolesOf<K>, string | number>];
 
 export const tables: Record<Language, Texts> = { cs, en };
 const locales: Record<Language, string> = { cs: 'cs-CZ', en: 'en-GB' };
@@ -40,7 +42,11 @@ export function cached<T>(name: string, make: () => T): T {
 
 export function formatNumber(value: number, digits = 0, style: 'decimal' | 'percent' = 'decimal'): string {
   const format = cached(style + digits, () => {
-    return new Intl.NumberFormat(locale(), { style, minimumFractionDigits: digits, maximumFractionDigits: digits });
+    return new Intl.NumberFormat(locale(), {
+      style,
+      minimumFractionDigits: digits,
+      maximumFractionDigits: digits,
+    });
   });
   return format.format(value);
 }
@@ -50,7 +56,8 @@ export function t<K extends TextKey>(key: K, ...args: Args<K>): string {
   const values: Record<string, string | number> = args[0] ?? {};
   const entry: string | Plural = tables[language][key];
   const rules = cached('plural', () => new Intl.PluralRules(locale()));
-  const pattern = typeof entry === 'string' ? entry : (entry[rules.select(Number(values.n)) as Category] ?? entry.other);
+  const pattern =
+    typeof entry === 'string' ? entry : (entry[rules.select(Number(values.n)) as Category] ?? entry.other);
   return pattern.replace(/\{(\w+)\}/g, (hole, name: string) => {
     const value = values[name];
     return value === undefined ? hole : typeof value === 'number' ? formatNumber(value) : value;

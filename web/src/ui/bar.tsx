@@ -2,7 +2,12 @@
 export function Bar({ percent, warn }: { percent: number; warn?: boolean }) {
   return (
     <span class="bar">
-      {percent > 0 && <span class={warn ? 'bar-value bar-full' : 'bar-value'} style={{ width: `${Math.min(percent, 100)}%` }} />}
+      {percent > 0 && (
+        <span
+          class={warn ? 'bar-value bar-full' : 'bar-value'}
+          style={{ width: `${Math.min(percent, 100)}%` }}
+        />
+      )}
     </span>
   );
 }

@@ -20,9 +20,26 @@ export function Button({ onClick, children, icon, kind, disabled }: Props) {
 }
 
 /** Only an icon; `label` is its accessible name and its tool tip. */
-export function IconButton({ icon, label, onClick, disabled }: { icon: IconName; label: string; onClick(): void; disabled?: boolean }) {
+export function IconButton({
+  icon,
+  label,
+  onClick,
+  disabled,
+}: {
+  icon: IconName;
+  label: string;
+  onClick(): void;
+  disabled?: boolean;
+}) {
   return (
-    <button type="button" class="icon-button" aria-label={label} title={label} onClick={onClick} disabled={disabled}>
+    <button
+      type="button"
+      class="icon-button"
+      aria-label={label}
+      title={label}
+      onClick={onClick}
+      disabled={disabled}
+    >
       <Icon name={icon} />
     </button>
   );

@@ -8,7 +8,15 @@ import { useElapsed } from './hooks.ts';
 import { Icon, type IconName } from './icon.tsx';
 
 /** A calm sentence where content would be: why there is none, and what next. */
-export function Notice({ icon, title, children }: { icon: IconName; title: string; children?: ComponentChildren }) {
+export function Notice({
+  icon,
+  title,
+  children,
+}: {
+  icon: IconName;
+  title: string;
+  children?: ComponentChildren;
+}) {
   return (
     <div class="notice">
       <Icon name={icon} />
@@ -40,7 +48,11 @@ interface Props<T> {
 /** Shows a data source in whatever state it is. Data that is already there stays while newer data loads or fails. */
 export function DataView<T>({ source, reload, children, empty }: Props<T>) {
   const { phase, data, error, at, since } = source;
-  const retry = <Button icon="refresh" onClick={reload}>{t('app.retry')}</Button>;
+  const retry = (
+    <Button icon="refresh" onClick={reload}>
+      {t('app.retry')}
+    </Button>
+  );
   if (data === undefined) {
     if (phase !== 'failed') return <Loading since={since ?? Date.now()} />;
     return (

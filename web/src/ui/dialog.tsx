@@ -98,7 +98,9 @@ export function ConfirmDialog() {
           {items.slice(0, named).map((item) => (
             <li>{item}</li>
           ))}
-          {items.length > named && <li class="named-rest muted">{t('confirm.more', { n: items.length - named })}</li>}
+          {items.length > named && (
+            <li class="named-rest muted">{t('confirm.more', { n: items.length - named })}</li>
+          )}
         </ul>
       )}
     </Dialog>

@@ -27,7 +27,11 @@ export function Gauge({ label, percent, caption }: Props) {
     >
       <svg viewBox="0 0 120 108" aria-hidden="true">
         <path class="gauge-track" d={arc} />
-        <path class={known && value >= 0.5 ? 'gauge-value' : 'gauge-value gauge-none'} d={arc} stroke-dasharray={`${(kLength * value) / 100} 999`} />
+        <path
+          class={known && value >= 0.5 ? 'gauge-value' : 'gauge-value gauge-none'}
+          d={arc}
+          stroke-dasharray={`${(kLength * value) / 100} 999`}
+        />
       </svg>
       <div class="gauge-text" aria-hidden="true">
         <span class="gauge-number">{known ? formatPercent(value) : kNothing}</span>

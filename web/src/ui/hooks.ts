@@ -6,7 +6,10 @@ import { createSource, type Source, type SourceState } from '../lib/source.ts';
 import type { Store } from '../lib/store.ts';
 
 /** The store's value, or what is chosen of it; the component is drawn again when that changes. */
-export function useStore<T, V = T>(store: Pick<Store<T>, 'get' | 'subscribe'>, choose: (value: T) => V = (value) => value as unknown as V): V {
+export function useStore<T, V = T>(
+  store: Pick<Store<T>, 'get' | 'subscribe'>,
+  choose: (value: T) => V = (value) => value as unknown as V,
+): V {
   const [, redraw] = useReducer((count: number, _: void) => count + 1, 0);
   const value = choose(store.get());
   const drawn = useRef({ value, choose });
@@ -22,8 +25,14 @@ export function useStore<T, V = T>(store: Pick<Store<T>, 'get' | 'subscribe'>, c
 }
 
 /** One request as a data source: loads when the view opens and whenever its data changes. */
-export function useRequest<A extends Action>(action: A, ...args: RequestArgs<A>): SourceState<Reply<A>> & Source<Reply<A>> {
-  const source = useMemo(() => createSource(() => host.request(action, ...args)), [action, JSON.stringify(args)]);
+export function useRequest<A extends Action>(
+  action: A,
+  ...args: RequestArgs<A>
+): SourceState<Reply<A>> & Source<Reply<A>> {
+  const source = useMemo(
+    () => createSource(() => host.request(action, ...args)),
+    [action, JSON.stringify(args)],
+  );
   const state = useStore(source);
   useEffect(() => void source.reload(), [source]);
   return { ...source, ...state };

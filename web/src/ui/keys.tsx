@@ -18,7 +18,9 @@ export function showKeys() {
 
 function onKeyDown(event: KeyboardEvent) {
   const { key, ctrlKey, altKey, metaKey, shiftKey } = event;
-  const typing = event.target instanceof HTMLElement && event.target.matches('input:not([type=checkbox]), textarea, select');
+  const typing =
+    event.target instanceof HTMLElement &&
+    event.target.matches('input:not([type=checkbox]), textarea, select');
   const act = (run: () => void) => {
     event.preventDefault();
     if (!document.querySelector('dialog[open]')) run();
@@ -26,7 +28,8 @@ function onKeyDown(event: KeyboardEvent) {
   if (altKey || metaKey) return;
   // The control's own reload would lose the queue and everything that is not saved.
   if (key === 'F5' || (ctrlKey && event.code === 'KeyR')) act(() => refreshOfView.get()?.());
-  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f') act(() => document.querySelector<HTMLElement>('[data-filter]')?.focus());
+  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f')
+    act(() => document.querySelector<HTMLElement>('[data-filter]')?.focus());
   // By position, so that it also works on the Czech layout, whose upper row gives letters.
   else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[1-9]$/.test(event.code))
     act(() => {
@@ -71,7 +74,11 @@ export function KeysDialog() {
     [['?'], t('keys.help')],
   ];
   return (
-    <Dialog title={t('keys.title')} onClose={close} actions={<Button onClick={close}>{t('app.close')}</Button>}>
+    <Dialog
+      title={t('keys.title')}
+      onClose={close}
+      actions={<Button onClick={close}>{t('app.close')}</Button>}
+    >
       <dl class="keys">
         {rows.map(([keys, meaning]) => (
           <div>

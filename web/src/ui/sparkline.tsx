@@ -24,7 +24,12 @@ export function Sparkline({ name, points, window_ms, gap_ms, top, top_text, form
   const { line, area } = sparkline(points, { width: kWidth, height: kHeight, now, window_ms, top, gap_ms });
   const shown = (value: number | undefined) => (value === undefined ? kNothing : format(value));
   const label = figures
-    ? t('dashboard.spark', { name, current: format(figures.current), average: format(figures.average), peak: format(figures.peak) })
+    ? t('dashboard.spark', {
+        name,
+        current: format(figures.current),
+        average: format(figures.average),
+        peak: format(figures.peak),
+      })
     : t('dashboard.sparkEmpty', { name });
   return (
     <div class="spark">
@@ -32,8 +37,17 @@ export function Sparkline({ name, points, window_ms, gap_ms, top, top_text, form
         <span class="spark-name">{name}</span>
         <span class="spark-top muted">{top_text}</span>
       </div>
-      <svg class="spark-plot" viewBox={`0 0 ${kWidth} ${kHeight}`} preserveAspectRatio="none" role="img" aria-label={label}>
-        <path class="spark-grid" d={`M0 .5H${kWidth}M0 ${kHeight / 2}H${kWidth}M0 ${kHeight - 0.5}H${kWidth}`} />
+      <svg
+        class="spark-plot"
+        viewBox={`0 0 ${kWidth} ${kHeight}`}
+        preserveAspectRatio="none"
+        role="img"
+        aria-label={label}
+      >
+        <path
+          class="spark-grid"
+          d={`M0 .5H${kWidth}M0 ${kHeight / 2}H${kWidth}M0 ${kHeight - 0.5}H${kWidth}`}
+        />
         <path class="spark-area" d={area} />
         <path class="spark-line" d={line} />
       </svg>

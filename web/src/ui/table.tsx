@@ -1,8 +1,20 @@
 import type { ComponentChildren } from 'preact';
 import { useEffect, useId, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import {
-  filterRows, keepExisting, keepPlaces, kNoSelection, moveTo, select, sortRows, toggle, toTsv, visibleRange,
-  type CellValue, type Key, type Selection, type Sort,
+  filterRows,
+  keepExisting,
+  keepPlaces,
+  kNoSelection,
+  moveTo,
+  select,
+  sortRows,
+  toggle,
+  toTsv,
+  visibleRange,
+  type CellValue,
+  type Key,
+  type Selection,
+  type Sort,
 } from '../lib/table.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from './button.tsx';
@@ -60,7 +72,20 @@ export function useSelection(): SelectionState {
 const kWindowedAbove = 500;
 const kMarginRows = 12;
 
-export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, selection: shared, selectable, menu, subject, steady, onActivate, tools }: Props<Row>) {
+export function Table<Row>({
+  label,
+  rows,
+  rowKey,
+  columns,
+  sort: first_sort,
+  selection: shared,
+  selectable,
+  menu,
+  subject,
+  steady,
+  onActivate,
+  tools,
+}: Props<Row>) {
   const [query, setQuery] = useState('');
   const [sort, setSort] = useState(first_sort);
   const own = useSelection();
@@ -76,7 +101,14 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
   // Rows are put into words once, not at every key that is typed.
   const texts = useMemo(() => {
     const known = new Map<Row, string[]>();
-    return (row: Row) => known.get(row) ?? known.set(row, columns.map((column) => textOf(column, row))).get(row)!;
+    return (row: Row) =>
+      known.get(row) ??
+      known
+        .set(
+          row,
+          columns.map((column) => textOf(column, row)),
+        )
+        .get(row)!;
   }, [rows, columns]);
   const [held, setHeld] = useState(false);
   const placed = useRef<{ rows: readonly Row[]; rules: unknown[] }>({ rows: [], rules: [] });
@@ -88,7 +120,9 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     const found = filterRows(sorted, query, texts);
     const rules = [query, sort, language, columns];
     const keep = held && rules.every((rule, i) => rule === placed.current.rules[i]);
-    const result = keep ? keepPlaces(placed.current.rows, found, rowKey) : { rows: found, gone: kNoSelection.keys };
+    const result = keep
+      ? keepPlaces(placed.current.rows, found, rowKey)
+      : { rows: found, gone: kNoSelection.keys };
     placed.current = { rows: result.rows, rules };
     return result;
   }, [sorted, query, held]);
@@ -120,7 +154,8 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
     const head = grid.current?.tHead?.offsetHeight ?? 0;
     const top = index * scroller.row_height;
     if (top < box.scrollTop) box.scrollTop = top;
-    else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight) box.scrollTop = top + scroller.row_height + head - box.clientHeight;
+    else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight)
+      box.scrollTop = top + scroller.row_height + head - box.clientHeight;
   }
 
   // A view that leads to a row selects it beforehand.
@@ -135,7 +170,10 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
   }, [rows, held]);
   useLayoutEffect(() => {
     const top = active_index * scroller.row_height;
-    in_sight.current = active_index >= 0 && top >= scroller.top && top < scroller.top + scroller.height - 2 * scroller.row_height;
+    in_sight.current =
+      active_index >= 0 &&
+      top >= scroller.top &&
+      top < scroller.top + scroller.height - 2 * scroller.row_height;
   });
 
   // After the effects above, which have their say about the same rows.
@@ -168,7 +206,12 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
   function onKeyDown(event: KeyboardEvent) {
     if (event.target !== grid.current) return; // a control inside a row has its own keys
     const { key, shiftKey: shift, ctrlKey: ctrl } = event;
-    const target = moveTo(key, active_index, shown.length, Math.max(1, Math.floor(scroller.height / scroller.row_height) - 2));
+    const target = moveTo(
+      key,
+      active_index,
+      shown.length,
+      Math.max(1, Math.floor(scroller.height / scroller.row_height) - 2),
+    );
     if (target !== undefined) {
       const to = order[target]!;
       if (!many) setSelection({ keys: new Set([to]), active: to, anchor: to });
@@ -176,7 +219,11 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
       else setSelection(select(selection, order, to, { shift, ctrl }));
       reveal(target);
     } else if (key === ' ' && active_index >= 0) {
-      setSelection(many ? toggle(selection, order[active_index]!) : select(selection, order, order[active_index]!, { shift: false, ctrl: false }));
+      setSelection(
+        many
+          ? toggle(selection, order[active_index]!)
+          : select(selection, order, order[active_index]!, { shift: false, ctrl: false }),
+      );
     } else if (many && ctrl && key.toLowerCase() === 'a') {
       setSelection({ ...selection, keys: new Set([...selection.keys, ...order]) });
     } else if (ctrl && key.toLowerCase() === 'c') {
@@ -217,11 +264,17 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
           />
         </div>
         <span class="muted" role="status">
-          {shown.length - gone.size === rows.length ? t('table.rows', { n: rows.length }) : t('table.count', { shown: shown.length - gone.size, total: rows.length })}
+          {shown.length - gone.size === rows.length
+            ? t('table.rows', { n: rows.length })
+            : t('table.count', { shown: shown.length - gone.size, total: rows.length })}
           {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
           {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
         </span>
-        <div class="table-tools">{typeof tools === 'function' ? tools(sorted.filter((row) => selection.keys.has(rowKey(row)))) : tools}</div>
+        <div class="table-tools">
+          {typeof tools === 'function'
+            ? tools(sorted.filter((row) => selection.keys.has(rowKey(row))))
+            : tools}
+        </div>
       </div>
       <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
         <table
@@ -258,7 +311,9 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                   key={column.id}
                   column={column}
                   sort={sort}
-                  onSort={() => setSort({ column: column.id, descending: sort.column === column.id && !sort.descending })}
+                  onSort={() =>
+                    setSort({ column: column.id, descending: sort.column === column.id && !sort.descending })
+                  }
                 />
               ))}
             </tr>
@@ -278,7 +333,12 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                   aria-selected={canSelect(row) ? selected : undefined}
                   onClick={(event) => {
                     if (event.target instanceof Element && event.target.closest('button, a, input')) return;
-                    setSelection(select(selection, order, key, { shift: many && event.shiftKey, ctrl: many && event.ctrlKey }));
+                    setSelection(
+                      select(selection, order, key, {
+                        shift: many && event.shiftKey,
+                        ctrl: many && event.ctrlKey,
+                      }),
+                    );
                   }}
                   onDblClick={() => onActivate?.(row)}
                   onContextMenu={(event) => {
@@ -300,7 +360,11 @@ export function Table<Row>({ label, rows, rowKey, columns, sort: first_sort, sel
                     </td>
                   )}
                   {columns.map((column) => (
-                    <td key={column.id} class={column.numeric ? 'numeric' : undefined} title={column.cell ? undefined : textOf(column, row)}>
+                    <td
+                      key={column.id}
+                      class={column.numeric ? 'numeric' : undefined}
+                      title={column.cell ? undefined : textOf(column, row)}
+                    >
                       {column.cell ? column.cell(row) : textOf(column, row)}
                     </td>
                   ))}
@@ -369,7 +433,11 @@ function useScroller() {
   const [box, setBox] = useState({ top: 0, height: 600, row_height: 36 });
   const measure = () => {
     const { scrollTop: top, clientHeight: height } = ref.current!;
-    setBox({ top, height, row_height: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize) });
+    setBox({
+      top,
+      height,
+      row_height: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize),
+    });
   };
   useLayoutEffect(() => {
     const observer = new ResizeObserver(measure);

@@ -38,7 +38,12 @@ export function Terminal() {
               disabled={lines.length === 0}
               onClick={() => void copyText(lines.map((line) => line.text).join('\r\n'))}
             />
-            <IconButton icon="remove" label={t('terminal.clear')} disabled={lines.length === 0} onClick={clearTerminal} />
+            <IconButton
+              icon="remove"
+              label={t('terminal.clear')}
+              disabled={lines.length === 0}
+              onClick={clearTerminal}
+            />
           </>
         )}
       </div>

@@ -26,7 +26,14 @@ const toasts = createStore<readonly Toast[]>([]);
 let last_id = 0;
 
 /** A short notice in the corner. It replaces the one before it that was `about` the same thing, or had the same text. */
-export function toast(text: string, { error = false, action, about = text }: { error?: boolean; action?: ToastAction | undefined; about?: string } = {}) {
+export function toast(
+  text: string,
+  {
+    error = false,
+    action,
+    about = text,
+  }: { error?: boolean; action?: ToastAction | undefined; about?: string } = {},
+) {
   const next: Toast = { id: ++last_id, text, error, action, about };
   toasts.set([...toasts.get().filter((other) => other.about !== about), next].slice(-kMaxToasts));
 }
@@ -72,7 +79,8 @@ function ToastCard({ id, text, error, action }: Toast) {
 /** The two live regions exist from the start: screen readers announce only what is added to a known region. */
 export function Toasts() {
   const all = useStore(toasts);
-  const cards = (error: boolean) => all.filter((one) => one.error === error).map((one) => <ToastCard key={one.id} {...one} />);
+  const cards = (error: boolean) =>
+    all.filter((one) => one.error === error).map((one) => <ToastCard key={one.id} {...one} />);
   return (
     <section class="toasts" aria-label={t('app.messages')}>
       <div role="alert">{cards(true)}</div>

@@ -37,7 +37,13 @@ export function Cleaning() {
   return (
     <View id="cleaning" refresh={refresh} at={since === undefined ? state.at : undefined}>
       <div class="cleaning">
-        {unmeasured ? <Junk /> : <DataView source={state} reload={measureJunk}>{(data) => <Junk data={data} />}</DataView>}
+        {unmeasured ? (
+          <Junk />
+        ) : (
+          <DataView source={state} reload={measureJunk}>
+            {(data) => <Junk data={data} />}
+          </DataView>
+        )}
         <Downloads source={downloads} />
         <SystemFiles source={system} />
       </div>
@@ -134,7 +140,9 @@ async function askAndClean({ categories: sizes }: Sizes) {
   const agreed = await confirm({
     title: t('cleaning.confirm'),
     body: t('cleaning.confirmBody', { size: formatBytes(tickedBytes(sizes, ticks)) }),
-    items: categories.filter((category) => ticks[category]).map((category) => `${t(`junk.${category}`)} (${formatBytes(sizes[category])})`),
+    items: categories
+      .filter((category) => ticks[category])
+      .map((category) => `${t(`junk.${category}`)} (${formatBytes(sizes[category])})`),
     name_all: true,
     verb: t('cleaning.clean'),
     danger: true,
@@ -151,14 +159,20 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
   return (
     <div class="card junk junk-total" aria-busy={busy}>
       <span class="junk-name">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
-      <span class="junk-size" data-testid="junk-total" title={chosen === undefined || done ? undefined : exact(chosen)}>
+      <span
+        class="junk-size"
+        data-testid="junk-total"
+        title={chosen === undefined || done ? undefined : exact(chosen)}
+      >
         {done ? formatBytes(freedBytes(done)) : chosen === undefined ? kNothing : formatBytes(chosen)}
       </span>
       <span class="muted small">
         {busy ? (
           <span class="junk-busy">
             <span class="spinner" aria-hidden="true" />
-            {since === undefined ? t('cleaning.measuring', { n: seconds }) : t('cleaning.cleaning', { n: seconds })}
+            {since === undefined
+              ? t('cleaning.measuring', { n: seconds })
+              : t('cleaning.cleaning', { n: seconds })}
           </span>
         ) : data?.bytes === 0 && !done ? (
           t('cleaning.nothing')
@@ -166,7 +180,12 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
           t(done ? 'cleaning.stays' : 'cleaning.ofAll', { size: formatBytes(data?.bytes ?? 0) })
         )}
       </span>
-      <Button kind="primary" icon="cleaning" disabled={busy || !chosen} onClick={() => void (data && askAndClean(data))}>
+      <Button
+        kind="primary"
+        icon="cleaning"
+        disabled={busy || !chosen}
+        onClick={() => void (data && askAndClean(data))}
+      >
         {t('cleaning.clean')}
       </Button>
     </div>
@@ -187,9 +206,18 @@ function Downloads({ source }: { source: Source<'getDownloadsJunk'> }) {
     <Card
       title={t('downloads.title')}
       class="at-downloads"
-      aside={source.data !== undefined && source.data.count > 0 && <span class="muted">{t('downloads.total', { size: formatBytes(source.data.totalBytes) })}</span>}
+      aside={
+        source.data !== undefined &&
+        source.data.count > 0 && (
+          <span class="muted">{t('downloads.total', { size: formatBytes(source.data.totalBytes) })}</span>
+        )
+      }
     >
-      <DataView source={source} reload={reload} empty={{ when: ({ items }) => items.length === 0, notice: nothing }}>
+      <DataView
+        source={source}
+        reload={reload}
+        empty={{ when: ({ items }) => items.length === 0, notice: nothing }}
+      >
         {({ items }) => <DownloadsTable items={items} reload={reload} />}
       </DataView>
     </Card>
@@ -202,8 +230,22 @@ function DownloadsTable({ items, reload }: { items: Download[]; reload(): void }
   const columns = useMemo<Column<Download>[]>(
     () => [
       { id: 'name', title: t('app.name'), value: ({ name }) => name },
-      { id: 'size', title: t('app.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
-      { id: 'age', title: t('downloads.age'), value: ({ daysOld }) => daysOld, text: ({ daysOld }) => t('downloads.days', { n: daysOld }), numeric: true, width: '7rem' },
+      {
+        id: 'size',
+        title: t('app.size'),
+        value: ({ size }) => size,
+        text: ({ size }) => formatBytes(size),
+        numeric: true,
+        width: '7rem',
+      },
+      {
+        id: 'age',
+        title: t('downloads.age'),
+        value: ({ daysOld }) => daysOld,
+        text: ({ daysOld }) => t('downloads.days', { n: daysOld }),
+        numeric: true,
+        width: '7rem',
+      },
     ],
     [language],
   );
@@ -222,12 +264,20 @@ function DownloadsTable({ items, reload }: { items: Download[]; reload(): void }
         sort={{ column: 'size', descending: true }}
         selection={selection}
         menu={(rows) => [
-          { label: t('disk.copyPath'), icon: 'copy', run: () => void copyText(rows.map(pathOf).join('\r\n')) },
+          {
+            label: t('disk.copyPath'),
+            icon: 'copy',
+            run: () => void copyText(rows.map(pathOf).join('\r\n')),
+          },
           { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => void remove(rows) },
         ]}
         tools={
           <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
-            {selected.length === 0 ? t('recycle.verb') : t('recycle.verbSize', { size: formatBytes(selected.reduce((sum, { size }) => sum + size, 0)) })}
+            {selected.length === 0
+              ? t('recycle.verb')
+              : t('recycle.verbSize', {
+                  size: formatBytes(selected.reduce((sum, { size }) => sum + size, 0)),
+                })}
           </Button>
         }
       />
@@ -244,7 +294,9 @@ function SystemFiles({ source }: { source: Source<'getSystemFilesAdvisor'> }) {
       await host.request('setHibernation', { enabled }, 60_000);
       toast(enabled ? t('system.hibernationOn') : t('system.hibernationOff'));
     } catch (error) {
-      toast(t('system.hibernationFailed', { reason: errorText(error, t('service.refused')) }), { error: true });
+      toast(t('system.hibernationFailed', { reason: errorText(error, t('service.refused')) }), {
+        error: true,
+      });
     }
     await source.reload();
     setWanted(undefined);

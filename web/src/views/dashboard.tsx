@@ -3,7 +3,14 @@ import { niceCeiling, stats } from '../lib/series.ts';
 import { place } from '../state/navigation.ts';
 import { status } from '../state/status.ts';
 import { kHistoryMs, kTelemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
-import { formatBytes, formatDuration, formatPercent, formatRate, formatTemperature, kNothing } from '../text/format.ts';
+import {
+  formatBytes,
+  formatDuration,
+  formatPercent,
+  formatRate,
+  formatTemperature,
+  kNothing,
+} from '../text/format.ts';
 import { t } from '../text/text.ts';
 import { Bar } from '../ui/bar.tsx';
 import { IconButton } from '../ui/button.tsx';
@@ -56,10 +63,21 @@ const spark = { window_ms: kHistoryMs, gap_ms: kTelemetryPeriodMs * 2.5 };
 function Processor({ rates }: Telemetry) {
   const load = stats(rates.cpu)?.current;
   return (
-    <Card title={t('dashboard.cpu')} class="at-cpu" aside={<span class="muted">{t('dashboard.window')}</span>}>
+    <Card
+      title={t('dashboard.cpu')}
+      class="at-cpu"
+      aside={<span class="muted">{t('dashboard.window')}</span>}
+    >
       <div class="gauge-and-spark">
         <Gauge label={t('dashboard.loadGauge')} percent={load} caption={t('dashboard.load')} />
-        <Sparkline name={t('dashboard.load')} points={rates.cpu} top={100} top_text={formatPercent(100)} format={formatPercent} {...spark} />
+        <Sparkline
+          name={t('dashboard.load')}
+          points={rates.cpu}
+          top={100}
+          top_text={formatPercent(100)}
+          format={formatPercent}
+          {...spark}
+        />
       </div>
     </Card>
   );
@@ -81,7 +99,11 @@ function Temperatures({ sample, rates }: Telemetry) {
     [t('dashboard.graphics'), sample.gpuTemp],
   ] as const;
   return (
-    <Card title={t('dashboard.temperatures')} class="at-temperatures" aside={<span class="tag">{t('dashboard.estimate')}</span>}>
+    <Card
+      title={t('dashboard.temperatures')}
+      class="at-temperatures"
+      aside={<span class="tag">{t('dashboard.estimate')}</span>}
+    >
       <dl class="figures">
         {rows.map(([name, value]) => (
           <div>
@@ -105,7 +127,17 @@ function Network({ sample, rates }: Telemetry) {
           const points = rates[direction];
           const top = niceCeiling(stats(points)?.peak ?? 0);
           const name = t(`dashboard.${direction}`);
-          return <Sparkline key={direction} name={name} points={points} top={top} top_text={formatRate(top, 0)} format={formatRate} {...spark} />;
+          return (
+            <Sparkline
+              key={direction}
+              name={name}
+              points={points}
+              top={top}
+              top_text={formatRate(top, 0)}
+              format={formatRate}
+              {...spark}
+            />
+          );
         })}
       </div>
     </Card>
@@ -146,7 +178,11 @@ function Battery({ battery }: { battery: Telemetry['sample']['battery'] }) {
     saverMode && t('dashboard.saver'),
   ];
   return (
-    <Card title={t('dashboard.battery')} class="at-battery" aside={<Icon name={isCharging ? 'batteryCharging' : 'battery'} />}>
+    <Card
+      title={t('dashboard.battery')}
+      class="at-battery"
+      aside={<Icon name={isCharging ? 'batteryCharging' : 'battery'} />}
+    >
       <p class="big">{formatPercent(percent)}</p>
       <p class="muted">{facts.filter(Boolean).join(', ')}</p>
       <Bar percent={percent} />
@@ -166,12 +202,21 @@ function specLines({ specs }: Message<'status'>) {
 
 function Machine() {
   const state = useStore(status);
-  const copy = (data: Message<'status'>) => void copyText(specLines(data).map(({ name, text }) => `${name}: ${text}`).join('\r\n'));
+  const copy = (data: Message<'status'>) =>
+    void copyText(
+      specLines(data)
+        .map(({ name, text }) => `${name}: ${text}`)
+        .join('\r\n'),
+    );
   return (
     <Card
       title={t('dashboard.machine')}
       class="at-machine"
-      aside={state.data && <IconButton icon="copy" label={t('dashboard.copyMachine')} onClick={() => copy(state.data!)} />}
+      aside={
+        state.data && (
+          <IconButton icon="copy" label={t('dashboard.copyMachine')} onClick={() => copy(state.data!)} />
+        )
+      }
     >
       <DataView source={state} reload={() => void status.reload()}>
         {(data) => (

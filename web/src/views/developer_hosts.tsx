@@ -35,10 +35,13 @@ function Editor({ text }: { text: string }) {
     if (held.current !== shown) area.current!.value = held.current = shown;
   }, [shown]);
   useEffect(() => {
-    const timer = setTimeout(() => {
-      const lines = shown.split('\n');
-      setChecked({ lines: lines.length, problems: checkHosts(lines) });
-    }, checked.lines === 0 ? 0 : kCheckDelayMs);
+    const timer = setTimeout(
+      () => {
+        const lines = shown.split('\n');
+        setChecked({ lines: lines.length, problems: checkHosts(lines) });
+      },
+      checked.lines === 0 ? 0 : kCheckDelayMs,
+    );
     return () => clearTimeout(timer);
   }, [shown]);
 
@@ -76,9 +79,15 @@ function Editor({ text }: { text: string }) {
   return (
     <div class="hosts">
       <div class="table-bar">
-        <Button kind="primary" disabled={edited === undefined || saving} onClick={() => void saveHosts()}>{t('hosts.save')}</Button>
-        <Button disabled={edited === undefined || saving} onClick={() => void reloadHosts()}>{t('hosts.discard')}</Button>
-        <span class="muted" role="status">{t(edited === undefined ? 'hosts.clean' : 'hosts.dirty')}</span>
+        <Button kind="primary" disabled={edited === undefined || saving} onClick={() => void saveHosts()}>
+          {t('hosts.save')}
+        </Button>
+        <Button disabled={edited === undefined || saving} onClick={() => void reloadHosts()}>
+          {t('hosts.discard')}
+        </Button>
+        <span class="muted" role="status">
+          {t(edited === undefined ? 'hosts.clean' : 'hosts.dirty')}
+        </span>
         <span class="table-tools muted small">{t('hosts.path')}</span>
       </div>
       <div class="hosts-body">
@@ -94,7 +103,9 @@ function Editor({ text }: { text: string }) {
           />
         </div>
         <section class="hosts-problems" aria-label={t('hosts.problems')}>
-          <h2>{problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}</h2>
+          <h2>
+            {problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}
+          </h2>
           <ul>
             {problems.slice(0, kShownProblems).map((problem) => (
               <li key={`${problem.line} ${problem.word}`} data-problem={problem.kind}>
@@ -104,7 +115,9 @@ function Editor({ text }: { text: string }) {
               </li>
             ))}
           </ul>
-          {problems.length > kShownProblems && <p class="muted small">{t('confirm.more', { n: problems.length - kShownProblems })}</p>}
+          {problems.length > kShownProblems && (
+            <p class="muted small">{t('confirm.more', { n: problems.length - kShownProblems })}</p>
+          )}
         </section>
       </div>
     </div>
@@ -123,14 +136,20 @@ interface GutterProps {
 function Gutter({ top, height, line, lines, problems }: GutterProps) {
   const first = Math.floor(top / line);
   const count = Math.max(0, Math.min(Math.ceil(height / line) + 1, lines - first));
-  const marks = new Map(problems.filter((one) => one.line > first && one.line <= first + count).map((one) => [one.line, one]));
+  const marks = new Map(
+    problems.filter((one) => one.line > first && one.line <= first + count).map((one) => [one.line, one]),
+  );
   return (
     <div class="gutter" aria-hidden="true">
       <div style={{ transform: `translateY(${first * line - top}px)` }}>
         {[...Array(count).keys()].map((i) => {
           const problem = marks.get(first + i + 1);
           return (
-            <div key={i} class={problem && (problem.kind === 'twice' ? 'twice' : 'bad')} title={problem && problemText(problem)}>
+            <div
+              key={i}
+              class={problem && (problem.kind === 'twice' ? 'twice' : 'bad')}
+              title={problem && problemText(problem)}
+            >
               {first + i + 1}
             </div>
           );

@@ -16,7 +16,9 @@ const kTimeoutMs = 120_000;
 type ServiceRow = DevService & { key: number };
 
 export const services = createSource(async () => {
-  const reply = await explained(host.request('getDevServices', undefined, kTimeoutMs), () => t('services.refused'));
+  const reply = await explained(host.request('getDevServices', undefined, kTimeoutMs), () =>
+    t('services.refused'),
+  );
   return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
 });
 
@@ -24,13 +26,18 @@ export const services = createSource(async () => {
 const commanded = createStore<ServiceRow | undefined>(undefined);
 
 const known_commands = ['start', 'stop', 'restart'] as const;
-const isKnown = (command: string): command is (typeof known_commands)[number] => known_commands.includes(command as never);
+const isKnown = (command: string): command is (typeof known_commands)[number] =>
+  known_commands.includes(command as never);
 const commandText = (command: string) => (isKnown(command) ? t(`services.${command}`) : command);
 
 async function control(service: ServiceRow, command: string) {
   const { title, type = '' } = service;
   const verb = commandText(command);
-  const question = { title: t('services.title', { verb, title }), body: isKnown(command) ? t('services.body') : '', verb };
+  const question = {
+    title: t('services.title', { verb, title }),
+    body: isKnown(command) ? t('services.body') : '',
+    verb,
+  };
   if (commanded.get() || (command !== 'start' && !(await confirm(question)))) return;
   commanded.set(service);
   let missing = false;
@@ -39,7 +46,9 @@ async function control(service: ServiceRow, command: string) {
     await host.request('controlDevService', { service_type: type, command }, kTimeoutMs);
     toast(t('services.done', { verb, title }));
   } catch (error) {
-    toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), { error: true });
+    toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), {
+      error: true,
+    });
   }
   stop();
   if (!missing) await services.reload(); // else its dialog would only open a second time
@@ -73,7 +82,13 @@ export function Services() {
         cell: (service) =>
           service.type !== undefined &&
           service.commands.map((command) => (
-            <button key={command} type="button" class="link" aria-disabled={busy !== undefined} onClick={() => void control(service, command)}>
+            <button
+              key={command}
+              type="button"
+              class="link"
+              aria-disabled={busy !== undefined}
+              onClick={() => void control(service, command)}
+            >
               {commandText(command)}
             </button>
           )),
@@ -86,10 +101,19 @@ export function Services() {
     <DataView
       source={list}
       reload={() => void services.reload()}
-      empty={{ when: (rows) => rows.length === 0, notice: <Notice icon="service" title={t('services.none')} /> }}
+      empty={{
+        when: (rows) => rows.length === 0,
+        notice: <Notice icon="service" title={t('services.none')} />,
+      }}
     >
       {(rows) => (
-        <Table label={t('developer.services')} rows={rows} rowKey={({ key }) => key} columns={columns} sort={{ column: 'title', descending: false }} />
+        <Table
+          label={t('developer.services')}
+          rows={rows}
+          rowKey={({ key }) => key}
+          columns={columns}
+          sort={{ column: 'title', descending: false }}
+        />
       )}
     </DataView>
   );
@@ -103,9 +127,16 @@ interface Device {
 }
 
 export const devices = createSource(async () => {
-  const reply = await explained(host.request('getPnpDevices', undefined, kTimeoutMs), () => t('devices.refused'));
+  const reply = await explained(host.request('getPnpDevices', undefined, kTimeoutMs), () =>
+    t('devices.refused'),
+  );
   // Windows writes the classes in capitals, the host names what has none "System".
-  return reply.devices.map((one, key): Device => ({ key, name: String(one.FriendlyName), group: String(one.Class).toUpperCase(), status: String(one.Status) }));
+  return reply.devices.map((one, key): Device => ({
+    key,
+    name: String(one.FriendlyName),
+    group: String(one.Class).toUpperCase(),
+    status: String(one.Status),
+  }));
 });
 
 const isWell = ({ status }: Device) => status === 'OK';
@@ -154,10 +185,16 @@ export function Devices() {
           tools={
             <>
               <span class="muted small">{t('devices.hint')}</span>
-              <select aria-label={t('devices.class')} value={group} onChange={(event) => setGroup(event.currentTarget.value)}>
+              <select
+                aria-label={t('devices.class')}
+                value={group}
+                onChange={(event) => setGroup(event.currentTarget.value)}
+              >
                 <option value="">{t('devices.all')}</option>
                 {groups.map((one) => (
-                  <option key={one} value={one}>{one}</option>
+                  <option key={one} value={one}>
+                    {one}
+                  </option>
                 ))}
               </select>
             </>

@@ -56,14 +56,20 @@ export function Variables() {
             selection={selection}
             onActivate={(row) => setOpened(row)}
             menu={(marked) => [
-              ...(marked.length === 1 ? [{ label: t('variables.edit'), run: () => setOpened(marked[0]!) }] : []),
+              ...(marked.length === 1
+                ? [{ label: t('variables.edit'), run: () => setOpened(marked[0]!) }]
+                : []),
               { label: t('variables.delete'), icon: 'remove', danger: true, run: () => void remove(marked) },
             ]}
             tools={
               <>
                 <Button onClick={() => setOpened('new')}>{t('variables.add')}</Button>
-                <Button disabled={chosen.length !== 1} onClick={() => setOpened(chosen[0])}>{t('variables.edit')}</Button>
-                <Button icon="remove" disabled={chosen.length === 0} onClick={() => void remove(chosen)}>{t('variables.delete')}</Button>
+                <Button disabled={chosen.length !== 1} onClick={() => setOpened(chosen[0])}>
+                  {t('variables.edit')}
+                </Button>
+                <Button icon="remove" disabled={chosen.length === 0} onClick={() => void remove(chosen)}>
+                  {t('variables.delete')}
+                </Button>
               </>
             }
           />
@@ -82,7 +88,13 @@ export function Variables() {
 }
 
 const overwrite = (name: string, stored = '') =>
-  confirm({ title: t('variables.changed', { name }), body: t('variables.changedBody'), items: [stored], verb: t('hosts.overwrite'), danger: true });
+  confirm({
+    title: t('variables.changed', { name }),
+    body: t('variables.changedBody'),
+    items: [stored],
+    verb: t('hosts.overwrite'),
+    danger: true,
+  });
 
 function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Variable; onClose(): void }) {
   const [now, setNow] = useState<Variable>(before ?? { scope: 'user', name: '', value: '' });
@@ -90,7 +102,12 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
   const [saving, setSaving] = useState(false);
   const [failure, setFailure] = useState<string>();
   const id = useId();
-  const fault = before ? undefined : nameFault(now.name, all.filter(({ scope }) => scope === now.scope).map(({ name }) => name));
+  const fault = before
+    ? undefined
+    : nameFault(
+        now.name,
+        all.filter(({ scope }) => scope === now.scope).map(({ name }) => name),
+      );
   const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
   async function save() {
     setSaving(true);
@@ -111,7 +128,11 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
       actions={
         <>
           <Button onClick={onClose}>{t('app.cancel')}</Button>
-          <Button kind="primary" disabled={saving || fault !== undefined || now.value === before?.value} onClick={() => void save()}>
+          <Button
+            kind="primary"
+            disabled={saving || fault !== undefined || now.value === before?.value}
+            onClick={() => void save()}
+          >
             {t('variables.save')}
           </Button>
         </>
@@ -121,19 +142,36 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
         {!before && (
           <>
             <label for={`${id}-scope`}>{t('variables.scope')}</label>
-            <select id={`${id}-scope`} value={now.scope} onChange={(event) => change({ scope: event.currentTarget.value as Variable['scope'] })}>
+            <select
+              id={`${id}-scope`}
+              value={now.scope}
+              onChange={(event) => change({ scope: event.currentTarget.value as Variable['scope'] })}
+            >
               {scopes.map((scope) => (
                 <option value={scope}>{scopeText({ scope })}</option>
               ))}
             </select>
             <label for={`${id}-name`}>{t('app.name')}</label>
-            <input id={`${id}-name`} data-first type="text" spellcheck={false} value={now.name} onInput={(event) => change({ name: event.currentTarget.value })} />
-            {fault && fault !== 'empty' && <p class="small" role="alert">{t(`variables.${fault}`)}</p>}
+            <input
+              id={`${id}-name`}
+              data-first
+              type="text"
+              spellcheck={false}
+              value={now.name}
+              onInput={(event) => change({ name: event.currentTarget.value })}
+            />
+            {fault && fault !== 'empty' && (
+              <p class="small" role="alert">
+                {t(`variables.${fault}`)}
+              </p>
+            )}
           </>
         )}
         <div class="variable-head">
           <label for={raw ? `${id}-value` : undefined}>{t('variables.value')}</label>
-          <button type="button" class="link" onClick={() => setRaw(!raw)}>{t(raw ? 'variables.asList' : 'variables.asText')}</button>
+          <button type="button" class="link" onClick={() => setRaw(!raw)}>
+            {t(raw ? 'variables.asList' : 'variables.asText')}
+          </button>
         </div>
         {raw ? (
           <textarea
@@ -154,7 +192,15 @@ function VariableDialog({ all, before, onClose }: { all: Variable[]; before?: Va
 }
 
 /** The value as an ordered list. */
-function Entries({ all, value, onChange }: { all: Variable[]; value: string; onChange(value: string): void }) {
+function Entries({
+  all,
+  value,
+  onChange,
+}: {
+  all: Variable[];
+  value: string;
+  onChange(value: string): void;
+}) {
   const list = useRef<HTMLOListElement>(null);
   const [entries, setEntries] = useState(() => splitList(value));
   const missing = useMissing(entries, all);
@@ -162,7 +208,9 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
   const focus = useRef<[row: number, nth: number] | undefined>(undefined);
   useLayoutEffect(() => {
     const [row, nth] = focus.current ?? [-1, 0];
-    const controls = list.current?.children[row]?.querySelectorAll<HTMLInputElement | HTMLButtonElement>('input, button');
+    const controls = list.current?.children[row]?.querySelectorAll<HTMLInputElement | HTMLButtonElement>(
+      'input, button',
+    );
     controls?.[controls[nth]!.disabled ? 0 : nth]!.focus();
     focus.current = undefined;
   });
@@ -176,7 +224,8 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
     const parts = splitList(text);
     set(entries.toSpliced(i, 1, ...parts), i + parts.length - 1);
   }
-  const swap = (i: number, j: number, nth: number) => set(entries.with(i, entries[j]!).with(j, entries[i]!), j, nth);
+  const swap = (i: number, j: number, nth: number) =>
+    set(entries.with(i, entries[j]!).with(j, entries[i]!), j, nth);
   return (
     <>
       <ol class="entries" ref={list}>
@@ -194,9 +243,23 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
               />
               {isRepeated(entries, i) && <span class="tag tag-warn">{t('variables.repeated')}</span>}
               {missing.has(entry) && <span class="tag tag-danger">{t('variables.missing')}</span>}
-              <IconButton icon="arrowUp" label={t('variables.up', { n })} disabled={i === 0} onClick={() => swap(i, i - 1, 1)} />
-              <IconButton icon="arrowDown" label={t('variables.down', { n })} disabled={i === entries.length - 1} onClick={() => swap(i, i + 1, 2)} />
-              <IconButton icon="remove" label={t('variables.removeEntry', { n })} onClick={() => set(entries.toSpliced(i, 1), Math.min(i, entries.length - 2), 3)} />
+              <IconButton
+                icon="arrowUp"
+                label={t('variables.up', { n })}
+                disabled={i === 0}
+                onClick={() => swap(i, i - 1, 1)}
+              />
+              <IconButton
+                icon="arrowDown"
+                label={t('variables.down', { n })}
+                disabled={i === entries.length - 1}
+                onClick={() => swap(i, i + 1, 2)}
+              />
+              <IconButton
+                icon="remove"
+                label={t('variables.removeEntry', { n })}
+                onClick={() => set(entries.toSpliced(i, 1), Math.min(i, entries.length - 2), 3)}
+              />
             </li>
           );
         })}
@@ -210,7 +273,10 @@ function Entries({ all, value, onChange }: { all: Variable[]; value: string; onC
 function useMissing(entries: string[], all: Variable[]): ReadonlySet<string> {
   const [missing, setMissing] = useState<ReadonlySet<string>>(new Set());
   const isMissing = useMemo(createLookup, []);
-  const values = useMemo(() => new Map([...all].reverse().map(({ name, value }) => [name.toLowerCase(), value])), [all]);
+  const values = useMemo(
+    () => new Map([...all].reverse().map(({ name, value }) => [name.toLowerCase(), value])),
+    [all],
+  );
   useEffect(() => {
     let latest = true;
     void Promise.all(

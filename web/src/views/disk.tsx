@@ -1,6 +1,14 @@
 import { useEffect, useMemo } from 'preact/hooks';
 import { crumbsOf, kindOf, nameOf, parentOf, rootOf } from '../lib/disk.ts';
-import { analysis, folder, forgetGone, openFolder, startAnalysis, type BigFile, type Entry } from '../state/disk.ts';
+import {
+  analysis,
+  folder,
+  forgetGone,
+  openFolder,
+  startAnalysis,
+  type BigFile,
+  type Entry,
+} from '../state/disk.ts';
 import { place } from '../state/navigation.ts';
 import { telemetry, type Telemetry } from '../state/telemetry.ts';
 import { formatBytes, formatPercent, kNothing } from '../text/format.ts';
@@ -42,7 +50,9 @@ export function Disk() {
           {({ sample }) => <Drives disks={sample.disks} />}
         </DataView>
         {running && <Progress {...running} />}
-        {!running && result && <Result {...result} disk={disks?.find(({ drive }) => rootOf(drive) === result.root)} />}
+        {!running && result && (
+          <Result {...result} disk={disks?.find(({ drive }) => rootOf(drive) === result.root)} />
+        )}
         {!running && !result && disks && disks.length > 0 && (
           <Notice icon="disk" title={t('disk.start')}>
             <p>{t('disk.startHint')}</p>
@@ -56,7 +66,8 @@ export function Disk() {
 function Drives({ disks }: { disks: Drive[] }) {
   const { drive: wanted } = useStore(place);
   const { running, result } = useStore(analysis);
-  const of = (root: string | undefined) => root !== undefined && disks.find(({ drive }) => rootOf(drive) === rootOf(root));
+  const of = (root: string | undefined) =>
+    root !== undefined && disks.find(({ drive }) => rootOf(drive) === rootOf(root));
   const chosen = of(running?.root) || of(wanted) || of(result?.root) || disks[0];
   if (!chosen) return <Notice icon="disk" title={t('dashboard.noDisks')} />;
   return (
@@ -80,19 +91,34 @@ function Drives({ disks }: { disks: Drive[] }) {
             </span>
             <Bar percent={percent} warn={percent >= 90} />
             <span class="muted small" id={`drive-${drive}`}>
-              {t('disk.used', { used: formatBytes(usedBytes), total: formatBytes(totalBytes), free: formatBytes(freeBytes) })}
+              {t('disk.used', {
+                used: formatBytes(usedBytes),
+                total: formatBytes(totalBytes),
+                free: formatBytes(freeBytes),
+              })}
             </span>
           </label>
         ))}
       </div>
-      <Button kind="primary" icon="search" disabled={running !== undefined} onClick={() => startAnalysis(chosen.drive)}>
+      <Button
+        kind="primary"
+        icon="search"
+        disabled={running !== undefined}
+        onClick={() => startAnalysis(chosen.drive)}
+      >
         {t('disk.analyse', { drive: chosen.drive })}
       </Button>
     </div>
   );
 }
 
-function Progress({ root, since, scanned, per_second, folder: current }: NonNullable<ReturnType<typeof analysis.get>['running']>) {
+function Progress({
+  root,
+  since,
+  scanned,
+  per_second,
+  folder: current,
+}: NonNullable<ReturnType<typeof analysis.get>['running']>) {
   const seconds = useElapsed(since);
   const figures = [
     [t('disk.scanned'), formatNumber(scanned)],
@@ -100,7 +126,12 @@ function Progress({ root, since, scanned, per_second, folder: current }: NonNull
     [t('disk.elapsed'), t('disk.seconds', { n: seconds })],
   ];
   return (
-    <section class="card scan" aria-label={t('disk.running', { drive: root })} aria-busy="true" data-testid="disk-progress">
+    <section
+      class="card scan"
+      aria-label={t('disk.running', { drive: root })}
+      aria-busy="true"
+      data-testid="disk-progress"
+    >
       <span class="spinner" aria-hidden="true" />
       <h2>{t('disk.running', { drive: root })}</h2>
       <dl class="scan-figures">
@@ -111,18 +142,26 @@ function Progress({ root, since, scanned, per_second, folder: current }: NonNull
           </div>
         ))}
       </dl>
-      <p class="muted scan-folder" title={current}>{current || t('disk.reading')}</p>
+      <p class="muted scan-folder" title={current}>
+        {current || t('disk.reading')}
+      </p>
     </section>
   );
 }
 
-function Result({ total, files, disk }: NonNullable<ReturnType<typeof analysis.get>['result']> & { disk: Drive | undefined }) {
+function Result({
+  total,
+  files,
+  disk,
+}: NonNullable<ReturnType<typeof analysis.get>['result']> & { disk: Drive | undefined }) {
   const { path, items } = useStore(folder);
   const crumbs = crumbsOf(path);
 
   useEffect(() => {
     const onKeyDown = (event: KeyboardEvent) => {
-      const typing = event.target instanceof HTMLElement && event.target.matches('input:not([type=checkbox]):not([type=radio]), textarea');
+      const typing =
+        event.target instanceof HTMLElement &&
+        event.target.matches('input:not([type=checkbox]):not([type=radio]), textarea');
       if (event.key !== 'Backspace' || typing || document.querySelector('dialog[open]')) return;
       event.preventDefault();
       goUp();
@@ -134,13 +173,20 @@ function Result({ total, files, disk }: NonNullable<ReturnType<typeof analysis.g
   return (
     <>
       <div class="where">
-        <Button icon="arrowUp" disabled={crumbs.length === 1} onClick={goUp}>{t('disk.up')}</Button>
+        <Button icon="arrowUp" disabled={crumbs.length === 1} onClick={goUp}>
+          {t('disk.up')}
+        </Button>
         <nav aria-label={t('disk.path')}>
           <ol class="crumbs">
             {crumbs.map((crumb, i) => (
               <li key={crumb.path}>
                 {i > 0 && <Icon name="chevronRight" />}
-                <button type="button" class="crumb" aria-current={i === crumbs.length - 1 ? 'location' : undefined} onClick={() => void openFolder(crumb.path)}>
+                <button
+                  type="button"
+                  class="crumb"
+                  aria-current={i === crumbs.length - 1 ? 'location' : undefined}
+                  onClick={() => void openFolder(crumb.path)}
+                >
                   {crumb.name}
                 </button>
               </li>
@@ -148,7 +194,9 @@ function Result({ total, files, disk }: NonNullable<ReturnType<typeof analysis.g
           </ol>
         </nav>
         <span class="muted small" data-testid="disk-total">
-          {disk ? t('disk.foundOf', { found: formatBytes(total), used: formatBytes(disk.usedBytes) }) : t('disk.found', { found: formatBytes(total) })}
+          {disk
+            ? t('disk.foundOf', { found: formatBytes(total), used: formatBytes(disk.usedBytes) })
+            : t('disk.found', { found: formatBytes(total) })}
         </span>
       </div>
       {disk && total > disk.usedBytes && <p class="muted small">{t('disk.hardLinks')}</p>}
@@ -211,7 +259,13 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
         value: (entry) => t(`kind.${kindOf(entry)}`),
         text: (entry) => (isUnknown(entry) ? t('disk.unknown') : t(`kind.${kindOf(entry)}`)),
         cell: (entry) =>
-          isUnknown(entry) ? <span class="tag" title={t('disk.unknownHint')}>{t('disk.unknown')}</span> : t(`kind.${kindOf(entry)}`),
+          isUnknown(entry) ? (
+            <span class="tag" title={t('disk.unknownHint')}>
+              {t('disk.unknown')}
+            </span>
+          ) : (
+            t(`kind.${kindOf(entry)}`)
+          ),
         width: '7.5rem',
       },
     ];
@@ -226,8 +280,14 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
       subject={path}
       onActivate={(entry) => entry.isDirectory && void openFolder(entry.path)}
       menu={(rows) => [
-        ...(rows[0]?.isDirectory ? [{ label: t('disk.open'), icon: 'folder' as const, run: () => void openFolder(rows[0]!.path) }] : []),
-        { label: t('disk.copyPath'), icon: 'copy', run: () => void copyText(rows.map(entryPath).join('\r\n')) },
+        ...(rows[0]?.isDirectory
+          ? [{ label: t('disk.open'), icon: 'folder' as const, run: () => void openFolder(rows[0]!.path) }]
+          : []),
+        {
+          label: t('disk.copyPath'),
+          icon: 'copy',
+          run: () => void copyText(rows.map(entryPath).join('\r\n')),
+        },
       ]}
     />
   );
@@ -242,7 +302,14 @@ function LargestFiles({ files }: { files: BigFile[] }) {
     () => [
       { id: 'name', title: t('app.name'), value: ({ path }) => nameOf(path) },
       { id: 'folder', title: t('kind.folder'), value: ({ path }) => parentOf(path) },
-      { id: 'size', title: t('app.size'), value: ({ size }) => size, text: ({ size }) => formatBytes(size), numeric: true, width: '7rem' },
+      {
+        id: 'size',
+        title: t('app.size'),
+        value: ({ size }) => size,
+        text: ({ size }) => formatBytes(size),
+        numeric: true,
+        width: '7rem',
+      },
     ],
     [language],
   );
@@ -268,8 +335,12 @@ function LargestFiles({ files }: { files: BigFile[] }) {
         ]}
         tools={
           <>
-            <Button icon="copy" disabled={selected.length === 0} onClick={() => copy(selected)}>{t('disk.copyPath')}</Button>
-            <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>{t('recycle.verb')}</Button>
+            <Button icon="copy" disabled={selected.length === 0} onClick={() => copy(selected)}>
+              {t('disk.copyPath')}
+            </Button>
+            <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
+              {t('recycle.verb')}
+            </Button>
           </>
         }
       />

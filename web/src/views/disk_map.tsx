@@ -17,13 +17,17 @@ export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
   const { theme, language } = currentSettings();
 
   useLayoutEffect(() => {
-    const measure = () => setBox({ width: canvas.current!.clientWidth, height: canvas.current!.clientHeight });
+    const measure = () =>
+      setBox({ width: canvas.current!.clientWidth, height: canvas.current!.clientHeight });
     const observer = new ResizeObserver(measure);
     observer.observe(canvas.current!);
     return () => observer.disconnect();
   }, []);
 
-  const tiles = useMemo(() => (box.width > 0 && box.height > 0 ? tilesOf(items, box.width, box.height, kLeastArea) : []), [items, box]);
+  const tiles = useMemo(
+    () => (box.width > 0 && box.height > 0 ? tilesOf(items, box.width, box.height, kLeastArea) : []),
+    [items, box],
+  );
   useLayoutEffect(() => {
     setHover(undefined);
     draw(canvas.current!, tiles);
@@ -68,7 +72,10 @@ function Hover({ tile, below }: { tile: Tile<Entry>; below: boolean }) {
   const { entry, size, count, x, y, width, height } = tile;
   return (
     <>
-      <div class="map-mark" style={{ left: `${x}px`, top: `${y}px`, width: `${width}px`, height: `${height}px` }} />
+      <div
+        class="map-mark"
+        style={{ left: `${x}px`, top: `${y}px`, width: `${width}px`, height: `${height}px` }}
+      />
       <div class={below ? 'map-hint map-hint-below' : 'map-hint'} data-testid="map-hint">
         <span>{entry ? entry.path : t('disk.rest', { n: count })}</span>
         <strong>{formatBytes(size)}</strong>
@@ -83,7 +90,9 @@ function draw(canvas: HTMLCanvasElement, tiles: readonly Tile<Entry>[]) {
   canvas.height = Math.round(canvas.clientHeight * scale);
   const context = canvas.getContext('2d')!;
   const style = getComputedStyle(canvas);
-  const colours = Object.fromEntries(kinds.map((kind) => [kind, style.getPropertyValue(`--kind-${kind}`)])) as Record<Kind, string>;
+  const colours = Object.fromEntries(
+    kinds.map((kind) => [kind, style.getPropertyValue(`--kind-${kind}`)]),
+  ) as Record<Kind, string>;
   const line = parseFloat(style.lineHeight);
   const measure = (text: string) => context.measureText(text).width;
   context.scale(scale, scale);
@@ -99,6 +108,7 @@ function draw(canvas: HTMLCanvasElement, tiles: readonly Tile<Entry>[]) {
     context.fillStyle = '#fff';
     context.fillText(name, x + kPadding, y + kPadding / 2 + line / 2);
     const amount = formatBytes(size);
-    if (height >= 2 * line + kPadding && measure(amount) <= room) context.fillText(amount, x + kPadding, y + kPadding / 2 + line * 1.5);
+    if (height >= 2 * line + kPadding && measure(amount) <= room)
+      context.fillText(amount, x + kPadding, y + kPadding / 2 + line * 1.5);
   }
 }

@@ -2,7 +2,17 @@ import { useEffect } from 'preact/hooks';
 import type { BridgeError } from '../bridge/bridge.ts';
 import { isPending } from '../lib/jobs.ts';
 import {
-  abandonFileCheck, applyUpdate, download, kComeBack, repairs, repairStates, startRepair, uninstallVarnel, update, withQueue, type Repair,
+  abandonFileCheck,
+  applyUpdate,
+  download,
+  kComeBack,
+  repairs,
+  repairStates,
+  startRepair,
+  uninstallVarnel,
+  update,
+  withQueue,
+  type Repair,
 } from '../state/maintenance.ts';
 import { jobs } from '../state/software.ts';
 import { formatPercent, formatTime } from '../text/format.ts';
@@ -34,7 +44,9 @@ export function Maintenance() {
         <Update />
         <Card title={t('remove.title')} class="at-remove">
           <p class="muted">{t('remove.about')}</p>
-          <Button icon="remove" onClick={() => void uninstallVarnel()}>{t('remove.verb')}</Button>
+          <Button icon="remove" onClick={() => void uninstallVarnel()}>
+            {t('remove.verb')}
+          </Button>
         </Card>
         {repairs.map((repair) => (
           <RepairCard key={repair} repair={repair} />
@@ -52,7 +64,11 @@ function Failure({ error, text }: { error: unknown; text: string }) {
       <Icon name="alert" />
       <span>
         {kind === 'refused' ? `${text}\n` : errorText(error)}
-        {kind === 'refused' && <span class="muted small" lang="en">{reason}</span>}
+        {kind === 'refused' && (
+          <span class="muted small" lang="en">
+            {reason}
+          </span>
+        )}
       </span>
     </>
   );
@@ -85,8 +101,17 @@ function Update() {
       )}
       {error !== undefined && (
         <div class="outcome" role="status">
-          <Failure error={error} text={(error as BridgeError).reason === kUnreachable ? t('update.unreachable') : t('update.unreadable')} />
-          <Button icon="refresh" disabled={phase === 'loading'} onClick={check}>{t('app.retry')}</Button>
+          <Failure
+            error={error}
+            text={
+              (error as BridgeError).reason === kUnreachable
+                ? t('update.unreachable')
+                : t('update.unreadable')
+            }
+          />
+          <Button icon="refresh" disabled={phase === 'loading'} onClick={check}>
+            {t('app.retry')}
+          </Button>
         </div>
       )}
       {data && !hasUpdate && error === undefined && (
@@ -106,7 +131,9 @@ function Update() {
           {changelog && (
             <>
               <h3>{t('update.changes')}</h3>
-              <p class="changelog" tabIndex={0}>{changelog}</p>
+              <p class="changelog" tabIndex={0}>
+                {changelog}
+              </p>
             </>
           )}
           {failed !== undefined && (
@@ -118,11 +145,20 @@ function Update() {
             <p class="outcome" role="status">
               <span class="spinner" aria-hidden="true" />
               {closing ? t('update.closing') : t('update.downloading')}
-              {since !== undefined && <span class="muted" aria-hidden="true">{t('scan.elapsed', { n: seconds })}</span>}
+              {since !== undefined && (
+                <span class="muted" aria-hidden="true">
+                  {t('scan.elapsed', { n: seconds })}
+                </span>
+              )}
             </p>
           )}
           <div class="buttons">
-            <Button kind="primary" icon="arrowDown" disabled={since !== undefined || closing === true || busy} onClick={() => void applyUpdate()}>
+            <Button
+              kind="primary"
+              icon="arrowDown"
+              disabled={since !== undefined || closing === true || busy}
+              onClick={() => void applyUpdate()}
+            >
               {t('update.install')}
             </Button>
             <span class="muted small">{busy ? t('update.busy') : t('update.willClose')}</span>
@@ -172,12 +208,18 @@ function RepairCard({ repair }: { repair: Repair }) {
           <p class="small">{t('repair.comeBack')}</p>
           <div class="tool-log">
             <code>{kComeBack}</code>
-            <IconButton icon="copy" label={t('repair.copyComeBack')} onClick={() => void copyText(kComeBack)} />
+            <IconButton
+              icon="copy"
+              label={t('repair.copyComeBack')}
+              onClick={() => void copyText(kComeBack)}
+            />
           </div>
         </>
       )}
       <div class="buttons" data-repair={repair} aria-busy={running}>
-        <Button icon="maintenance" disabled={running} onClick={() => void ask(repair)}>{t(`repair.${repair}.verb`)}</Button>
+        <Button icon="maintenance" disabled={running} onClick={() => void ask(repair)}>
+          {t(`repair.${repair}.verb`)}
+        </Button>
         {running && (
           <>
             {percent === undefined ? <span class="spinner" aria-hidden="true" /> : <Bar percent={percent} />}

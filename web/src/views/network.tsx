@@ -69,7 +69,14 @@ function Ports({ rows }: { rows: Port[] }) {
   const columns = useMemo<Column<Port>[]>(() => {
     const names = new Map(running?.map(({ pid, name }) => [String(pid), name]));
     return [
-      { id: 'port', title: t('network.port'), value: ({ port }) => Number(port), text: ({ port }) => port, numeric: true, width: '5rem' },
+      {
+        id: 'port',
+        title: t('network.port'),
+        value: ({ port }) => Number(port),
+        text: ({ port }) => port,
+        numeric: true,
+        width: '5rem',
+      },
       { id: 'local', title: t('network.address'), value: ({ local }) => local },
       {
         id: 'reach',
@@ -87,7 +94,12 @@ function Ports({ rows }: { rows: Port[] }) {
         title: t('network.process'),
         value: ({ pid }) => `${names.get(pid) ?? ''} ${pid}`,
         cell: ({ pid }) => (
-          <button type="button" class="link" title={t('network.show', { pid })} onClick={() => void showProcess(Number(pid))}>
+          <button
+            type="button"
+            class="link"
+            title={t('network.show', { pid })}
+            onClick={() => void showProcess(Number(pid))}
+          >
             {pid} <span class="muted">{names.get(pid)}</span>
           </button>
         ),
@@ -105,7 +117,11 @@ function Ports({ rows }: { rows: Port[] }) {
       menu={([port]) =>
         port
           ? [
-              { label: t('network.show', { pid: port.pid }), icon: 'processes', run: () => void showProcess(Number(port.pid)) },
+              {
+                label: t('network.show', { pid: port.pid }),
+                icon: 'processes',
+                run: () => void showProcess(Number(port.pid)),
+              },
               { label: t('network.copy'), icon: 'copy', run: () => void copyText(port.local) },
             ]
           : []
@@ -135,14 +151,20 @@ function Diagnostics() {
           value={target}
           onInput={(event) => setTarget(event.currentTarget.value)}
         />
-        <Button kind="primary" disabled={idle} onClick={() => runTool('ping')}>{t('diagnostics.ping')}</Button>
-        <Button disabled={idle} onClick={() => runTool('dns')}>{t('diagnostics.dns')}</Button>
+        <Button kind="primary" disabled={idle} onClick={() => runTool('ping')}>
+          {t('diagnostics.ping')}
+        </Button>
+        <Button disabled={idle} onClick={() => runTool('dns')}>
+          {t('diagnostics.dns')}
+        </Button>
       </form>
       {recent.length > 0 && (
         <p class="buttons small">
           <span class="muted">{t('diagnostics.recent')}</span>
           {recent.map((one) => (
-            <button key={one} type="button" class="link" onClick={() => setTarget(one)}>{one}</button>
+            <button key={one} type="button" class="link" onClick={() => setTarget(one)}>
+              {one}
+            </button>
           ))}
         </p>
       )}
@@ -157,7 +179,9 @@ function Diagnostics() {
             <p>
               <strong>{`${t(`diagnostics.${run.tool}`)} ${run.target}`}</strong>
               <span>
-                <span role="status">{run.outcome?.text ?? t(ends.mixed ? 'diagnostics.owed' : 'diagnostics.running')}</span>
+                <span role="status">
+                  {run.outcome?.text ?? t(ends.mixed ? 'diagnostics.owed' : 'diagnostics.running')}
+                </span>
                 {ends.shown && <span class="muted"> {t('disk.seconds', { n: seconds })}</span>}
               </span>
             </p>

@@ -2,7 +2,14 @@ import { useMemo, useState } from 'preact/hooks';
 import { clockText, isMeasured, type ProcessRow } from '../lib/processes.ts';
 import { kNoSelection } from '../lib/table.ts';
 import { place } from '../state/navigation.ts';
-import { endProcesses, kProcessesPeriodMs, paused, pollProcesses, processes, togglePaused } from '../state/processes.ts';
+import {
+  endProcesses,
+  kProcessesPeriodMs,
+  paused,
+  pollProcesses,
+  processes,
+  togglePaused,
+} from '../state/processes.ts';
 import { formatPercent, kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
@@ -29,7 +36,14 @@ export function Processes() {
   const columns = useMemo<Column<ProcessRow>[]>(
     () => [
       { id: 'name', title: t('processes.name'), value: ({ name }) => name },
-      { id: 'pid', title: 'PID', value: ({ pid }) => pid, text: ({ pid }) => String(pid), numeric: true, width: '7.5rem' },
+      {
+        id: 'pid',
+        title: 'PID',
+        value: ({ pid }) => pid,
+        text: ({ pid }) => String(pid),
+        numeric: true,
+        width: '7.5rem',
+      },
       {
         id: 'share',
         title: t('processes.share'),
@@ -60,7 +74,13 @@ export function Processes() {
         value: ({ isSystem }) => isSystem,
         text: ({ isSystem }) => t(isSystem ? 'processes.system' : 'processes.user'),
         cell: ({ isSystem }) =>
-          isSystem ? <span class="tag" title={t('processes.systemHint')}>{t('processes.system')}</span> : <span class="muted">{t('processes.user')}</span>,
+          isSystem ? (
+            <span class="tag" title={t('processes.systemHint')}>
+              {t('processes.system')}
+            </span>
+          ) : (
+            <span class="muted">{t('processes.user')}</span>
+          ),
         width: '9rem',
       },
     ],
@@ -98,9 +118,22 @@ export function Processes() {
             steady
             menu={(marked) => {
               const some = ended(marked);
-              return some.length > 0 ? [{ label: t('processes.end'), icon: 'close', danger: true, run: () => void endProcesses(some) }] : [];
+              return some.length > 0
+                ? [
+                    {
+                      label: t('processes.end'),
+                      icon: 'close',
+                      danger: true,
+                      run: () => void endProcesses(some),
+                    },
+                  ]
+                : [];
             }}
-            tools={<span class="muted small">{only_system ? t('processes.systemHint') : stopped && t('processes.paused')}</span>}
+            tools={
+              <span class="muted small">
+                {only_system ? t('processes.systemHint') : stopped && t('processes.paused')}
+              </span>
+            }
           />
         )}
       </DataView>

@@ -20,7 +20,11 @@ export async function recycle(files: { path: string; size: number }[]): Promise<
   });
   if (!agreed) return false;
   try {
-    const { deletedCount } = await host.request('deleteSpecificFiles', { paths: files.map(({ path }) => path) }, kTimeoutMs);
+    const { deletedCount } = await host.request(
+      'deleteSpecificFiles',
+      { paths: files.map(({ path }) => path) },
+      kTimeoutMs,
+    );
     if (deletedCount >= n) toast(t('recycle.done', { n }));
     else toast(t('recycle.some', { n: deletedCount, total: n }), { error: true });
   } catch (error) {

@@ -44,7 +44,12 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
           <div class="themes">
             {themes.map((name) => (
               <label class="theme" data-theme={name}>
-                <input type="radio" name="theme" checked={name === theme} onChange={() => saveSettings({ theme: name })} />
+                <input
+                  type="radio"
+                  name="theme"
+                  checked={name === theme}
+                  onChange={() => saveSettings({ theme: name })}
+                />
                 <span class="swatch" aria-hidden="true" />
                 {t(`theme.${name}`)}
               </label>
@@ -59,9 +64,19 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
         />
       </Card>
       <Card title={t('settings.scan')}>
-        <Toggle label={t('settings.autoScan')} hint={t('settings.autoScanHint')} on={autoScan} onToggle={(on) => saveSettings({ autoScan: on })} />
+        <Toggle
+          label={t('settings.autoScan')}
+          hint={t('settings.autoScanHint')}
+          on={autoScan}
+          onToggle={(on) => saveSettings({ autoScan: on })}
+        />
         <ScanInterval hours={scanInterval} />
-        <Toggle label={t('settings.autoOpen')} hint={t('settings.autoOpenHint')} on={autoOpen} onToggle={(on) => saveSettings({ autoOpen: on })} />
+        <Toggle
+          label={t('settings.autoOpen')}
+          hint={t('settings.autoOpenHint')}
+          on={autoOpen}
+          onToggle={(on) => saveSettings({ autoOpen: on })}
+        />
       </Card>
       <Card title={t('settings.clean')}>
         <AutoClean on={autoClean} />
@@ -100,7 +115,12 @@ function AutoClean({ on }: { on: boolean }) {
       await host.request('toggleScheduleClean', { enabled }, kScheduleTimeoutMs);
       saveSettings({ autoClean: enabled });
     } catch (error) {
-      toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason: errorText(error, t('service.refused')) }), { error: true });
+      toast(
+        t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', {
+          reason: errorText(error, t('service.refused')),
+        }),
+        { error: true },
+      );
     }
     setWanted(undefined);
   }
@@ -141,9 +161,18 @@ function Choice({ label, hint, value, options, onChoose }: ChoiceProps) {
     <div class="row">
       <span>
         <label for={id}>{label}</label>
-        {hint && <span class="muted small" id={`${id}-hint`}>{hint}</span>}
+        {hint && (
+          <span class="muted small" id={`${id}-hint`}>
+            {hint}
+          </span>
+        )}
       </span>
-      <select id={id} aria-describedby={hint && `${id}-hint`} value={value} onChange={(event) => onChoose(event.currentTarget.value)}>
+      <select
+        id={id}
+        aria-describedby={hint && `${id}-hint`}
+        value={value}
+        onChange={(event) => onChoose(event.currentTarget.value)}
+      >
         {options.map(([option, name]) => (
           <option value={option}>{name}</option>
         ))}
@@ -167,7 +196,10 @@ async function removeEntries(entries: Ignored[], gone: Ignored[]) {
   if (n === 0 || (n > 1 && !(await confirm(question)))) return;
   saveSettings(
     { ignoreList: entries.filter((entry) => !gone.includes(entry)) },
-    { text: t('settings.removed', { n }), action: { label: t('app.undo'), run: () => saveSettings({ ignoreList: entries }) } },
+    {
+      text: t('settings.removed', { n }),
+      action: { label: t('app.undo'), run: () => saveSettings({ ignoreList: entries }) },
+    },
   );
 }
 
@@ -195,7 +227,9 @@ function IgnoreList({ entries }: { entries: Ignored[] }) {
           columns={columns}
           sort={{ column: 'id', descending: false }}
           selection={selection}
-          menu={(rows) => [{ label: t('settings.remove'), icon: 'remove', danger: true, run: () => remove(rows) }]}
+          menu={(rows) => [
+            { label: t('settings.remove'), icon: 'remove', danger: true, run: () => remove(rows) },
+          ]}
           tools={
             <Button icon="remove" disabled={selected.length === 0} onClick={() => remove(selected)}>
               {t('settings.remove')}
@@ -240,9 +274,15 @@ function About() {
         </div>
       </div>
       <div class="buttons">
-        <Button icon="terminal" onClick={() => void printDiagnostics()}>{t('settings.diagnostics')}</Button>
-        <Button icon="service" onClick={() => void testBridge()}>{t('settings.test')}</Button>
-        <Button icon="keyboard" onClick={showKeys}>{t('settings.shortcuts')}</Button>
+        <Button icon="terminal" onClick={() => void printDiagnostics()}>
+          {t('settings.diagnostics')}
+        </Button>
+        <Button icon="service" onClick={() => void testBridge()}>
+          {t('settings.test')}
+        </Button>
+        <Button icon="keyboard" onClick={showKeys}>
+          {t('settings.shortcuts')}
+        </Button>
       </div>
     </Card>
   );

@@ -7,7 +7,17 @@ import type { Source, SourceState } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { download } from '../state/maintenance.ts';
 import { currentSettings, saveSettings, settingsDocument } from '../state/settings.ts';
-import { apps, drivers, enqueue, jobs, packageKey, scan, startScan, updates, type Drivers } from '../state/software.ts';
+import {
+  apps,
+  drivers,
+  enqueue,
+  jobs,
+  packageKey,
+  scan,
+  startScan,
+  updates,
+  type Drivers,
+} from '../state/software.ts';
 import { openTerminal } from '../state/terminal.ts';
 import { formatDate, kNothing } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
@@ -77,12 +87,22 @@ export function Software() {
         />
         <div class="software-list" role="tabpanel" id={panelOf(list)} aria-label={t(`software.${list}`)}>
           {list === 'updates' && (
-            <Listed source={updates} state={found} count={(data) => data.length} nothing={[t('software.noUpdates'), t('software.noUpdatesHint')]}>
+            <Listed
+              source={updates}
+              state={found}
+              count={(data) => data.length}
+              nothing={[t('software.noUpdates'), t('software.noUpdatesHint')]}
+            >
               {(data) => <Updates packages={data} />}
             </Listed>
           )}
           {list === 'installed' && (
-            <Listed source={apps} state={installed} count={(data) => data.length} nothing={[t('software.noApps'), t('software.noAppsHint')]}>
+            <Listed
+              source={apps}
+              state={installed}
+              count={(data) => data.length}
+              nothing={[t('software.noApps'), t('software.noAppsHint')]}
+            >
               {(data) => <Installed packages={data} />}
             </Listed>
           )}
@@ -91,7 +111,10 @@ export function Software() {
               source={drivers}
               state={offered}
               count={(data) => data.updates.length}
-              nothing={[t('software.noDrivers'), t('software.checked', { n: offered.data?.scannedDriversCount ?? 0 })]}
+              nothing={[
+                t('software.noDrivers'),
+                t('software.checked', { n: offered.data?.scannedDriversCount ?? 0 }),
+              ]}
             >
               {(data) => <DriverList {...data} />}
             </Listed>
@@ -116,12 +139,16 @@ function ScanState() {
         {failed && t(`scan.failed.${failed}`)}
         {running && (
           <>
-            <span role="status">{running.found === undefined ? t('scan.apps') : t('scan.drivers', { n: running.found })}</span>{' '}
+            <span role="status">
+              {running.found === undefined ? t('scan.apps') : t('scan.drivers', { n: running.found })}
+            </span>{' '}
             <span class="muted">{t('scan.elapsed', { n: seconds })}</span>
           </>
         )}
       </p>
-      <Button kind="quiet" icon="terminal" onClick={() => openTerminal(true)}>{t('scan.log')}</Button>
+      <Button kind="quiet" icon="terminal" onClick={() => openTerminal(true)}>
+        {t('scan.log')}
+      </Button>
       {failed && <IconButton icon="close" label={t('app.close')} onClick={() => scan.set({})} />}
     </div>
   );
@@ -145,7 +172,9 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
     ) : (
       <Notice icon="software" title={t('software.start')}>
         <p>{t('software.startHint')}</p>
-        <Button kind="primary" icon="search" onClick={startScan}>{t('software.scan')}</Button>
+        <Button kind="primary" icon="search" onClick={startScan}>
+          {t('software.scan')}
+        </Button>
       </Notice>
     );
   }
@@ -155,7 +184,11 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
     </Notice>
   );
   return (
-    <DataView source={state} reload={() => void source.reload()} empty={{ when: (data) => count(data) === 0, notice }}>
+    <DataView
+      source={state}
+      reload={() => void source.reload()}
+      empty={{ when: (data) => count(data) === 0, notice }}
+    >
       {children}
     </DataView>
   );
@@ -164,7 +197,11 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
 const kIgnoredType = 'software';
 
 function ignoredIds(): Set<string> {
-  return new Set(currentSettings().ignoreList.filter(({ type }) => type === kIgnoredType).map(({ id }) => id));
+  return new Set(
+    currentSettings()
+      .ignoreList.filter(({ type }) => type === kIgnoredType)
+      .map(({ id }) => id),
+  );
 }
 
 function setIgnored(rows: Row[], on: boolean) {
@@ -173,7 +210,10 @@ function setIgnored(rows: Row[], on: boolean) {
   const others = before.filter(({ id, type }) => type !== kIgnoredType || !ids.includes(id));
   const added = on ? ids.map((id) => ({ id, type: kIgnoredType })) : [];
   const action = { label: t('app.undo'), run: () => saveSettings({ ignoreList: before }) };
-  saveSettings({ ignoreList: [...others, ...added] }, on ? { text: t('software.ignoredDone', { n: ids.length }), action } : undefined);
+  saveSettings(
+    { ignoreList: [...others, ...added] },
+    on ? { text: t('software.ignoredDone', { n: ids.length }), action } : undefined,
+  );
 }
 
 type Block = Obstacle | 'skipped';
@@ -210,7 +250,8 @@ const settings_pages: Partial<Record<JobKind, string>> = {
 async function start(kind: JobKind, rows: Row[]) {
   const { since, closing } = download.get();
   // Varnel ends as soon as its own update is there.
-  if (since !== undefined || closing) return toast(`${t('update.downloading')} ${t('update.willClose')}`, { error: true });
+  if (since !== undefined || closing)
+    return toast(`${t('update.downloading')} ${t('update.willClose')}`, { error: true });
   const tasks = [...new Map(rows.map(({ id, name }) => [id, { kind, id, name }])).values()];
   const agreed =
     kind === 'update' ||
@@ -228,7 +269,12 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
   const selection = useSelection();
   const language = locale();
   // One text, so that it changes only when a job comes or ends, and not with every line that a tool prints.
-  const pending = useStore(jobs, (all) => all.filter((job) => job.kind === kind && isPending(job)).map(({ id }) => id).join('\n'));
+  const pending = useStore(jobs, (all) =>
+    all
+      .filter((job) => job.kind === kind && isPending(job))
+      .map(({ id }) => id)
+      .join('\n'),
+  );
   const isUsable = useMemo(() => {
     const ids = new Set(pending.split('\n'));
     return ({ block, ignored, id }: Row) => !block && !ignored && !ids.has(id);
@@ -238,19 +284,27 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
       ...described.map(([id, width]): Column<Row> => {
         const value = ({ cells }: Row) => cells[id] ?? '';
         const words = id === 'date' ? formatDate : String;
-        return { id, title: t(`software.${id}`), value, text: (row) => words(value(row)) || kNothing, ...(width && { width }) };
+        return {
+          id,
+          title: t(`software.${id}`),
+          value,
+          text: (row) => words(value(row)) || kNothing,
+          ...(width && { width }),
+        };
       }),
       {
         id: 'state',
         title: t('software.state'),
-        value: ({ block, ignored }) => (block ? t(`obstacle.${block}`) : ignored ? t('software.ignored') : ''),
+        value: ({ block, ignored }) =>
+          block ? t(`obstacle.${block}`) : ignored ? t('software.ignored') : '',
         cell: (row) => <State kind={kind} {...row} />,
         width: '12.5rem',
       },
     ],
     [language],
   );
-  const verb = (n: number) => (n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n }));
+  const verb = (n: number) =>
+    n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
   const removes = kind === 'uninstall';
   return (
     <>
@@ -264,14 +318,32 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
         selectable={isUsable}
         menu={(marked) => {
           const ready = marked.filter(isUsable);
-          const act: MenuItem = { label: verb(ready.length), icon: removes ? 'remove' : 'software', danger: removes, run: () => void start(kind, ready) };
-          const help: MenuItem = { label: t('obstacle.settings'), icon: 'settings', run: () => openSettings(kind) };
-          return [...(ready.length > 0 ? [act] : []), ...(settings_pages[kind] && marked.some(({ block }) => block) ? [help] : []), ...(menu?.(marked) ?? [])];
+          const act: MenuItem = {
+            label: verb(ready.length),
+            icon: removes ? 'remove' : 'software',
+            danger: removes,
+            run: () => void start(kind, ready),
+          };
+          const help: MenuItem = {
+            label: t('obstacle.settings'),
+            icon: 'settings',
+            run: () => openSettings(kind),
+          };
+          return [
+            ...(ready.length > 0 ? [act] : []),
+            ...(settings_pages[kind] && marked.some(({ block }) => block) ? [help] : []),
+            ...(menu?.(marked) ?? []),
+          ];
         }}
         tools={(chosen) => (
           <>
             {tools}
-            <Button kind={removes ? undefined : 'primary'} icon={removes ? 'remove' : undefined} disabled={chosen.length === 0} onClick={() => void start(kind, chosen)}>
+            <Button
+              kind={removes ? undefined : 'primary'}
+              icon={removes ? 'remove' : undefined}
+              disabled={chosen.length === 0}
+              onClick={() => void start(kind, chosen)}
+            >
               {verb(chosen.length)}
             </Button>
           </>
@@ -283,7 +355,12 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
 }
 
 function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
-  if (block) return <span class="tag" title={t(`obstacle.${block}.why`)}>{t(`obstacle.${block}`)}</span>;
+  if (block)
+    return (
+      <span class="tag" title={t(`obstacle.${block}.why`)}>
+        {t(`obstacle.${block}`)}
+      </span>
+    );
   if (ignored) return <span class="tag">{t('software.ignored')}</span>;
   return <JobState kind={kind} id={id} />;
 }
@@ -291,7 +368,9 @@ function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
 const obstacles = ['windows', 'shifted', 'cut', 'characters', 'skipped'] as const;
 
 function openSettings(kind: JobKind) {
-  void host.openUrl(settings_pages[kind] ?? '').catch((error: unknown) => toast(errorText(error), { error: true }));
+  void host
+    .openUrl(settings_pages[kind] ?? '')
+    .catch((error: unknown) => toast(errorText(error), { error: true }));
 }
 
 /** Why some rows cannot be acted on, in words: their marks only name it. */
@@ -304,15 +383,26 @@ function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
       <summary>{t('obstacle.some', { n })}</summary>
       {obstacles.filter(count).map((block) => (
         <p key={block}>
-          <strong>{`${t(`obstacle.${block}`)} (${formatNumber(count(block))})`}</strong>: {t(`obstacle.${block}.why`)}
+          <strong>{`${t(`obstacle.${block}`)} (${formatNumber(count(block))})`}</strong>:{' '}
+          {t(`obstacle.${block}.why`)}
         </p>
       ))}
-      {settings_pages[kind] && <Button icon="settings" onClick={() => openSettings(kind)}>{t('obstacle.settings')}</Button>}
+      {settings_pages[kind] && (
+        <Button icon="settings" onClick={() => openSettings(kind)}>
+          {t('obstacle.settings')}
+        </Button>
+      )}
     </details>
   );
 }
 
-const asRow = (one: Package): Row => ({ key: packageKey(one), id: one.id, name: one.name, block: obstacleOf(one), cells: one });
+const asRow = (one: Package): Row => ({
+  key: packageKey(one),
+  id: one.id,
+  name: one.name,
+  block: obstacleOf(one),
+  cells: one,
+});
 
 function Updates({ packages }: { packages: Package[] }) {
   const [all, setAll] = useState(false);
@@ -338,7 +428,15 @@ function Updates({ packages }: { packages: Package[] }) {
       menu={(marked) => {
         const whole = marked.filter(({ block }) => block !== 'shifted');
         const on = whole.some(({ ignored }) => !ignored);
-        return whole.length > 0 ? [{ label: t(on ? 'software.ignore' : 'software.unignore'), icon: 'close', run: () => setIgnored(whole, on) }] : [];
+        return whole.length > 0
+          ? [
+              {
+                label: t(on ? 'software.ignore' : 'software.unignore'),
+                icon: 'close',
+                run: () => setIgnored(whole, on),
+              },
+            ]
+          : [];
       }}
       tools={
         hidden > 0 && (
@@ -359,37 +457,41 @@ function Installed({ packages }: { packages: Package[] }) {
       kind="uninstall"
       label={t('software.installed')}
       rows={rows}
-      columns={[
-        ['name'],
-        ['id', '26%'],
-        ['version', '9rem'],
-      ]}
+      columns={[['name'], ['id', '26%'], ['version', '9rem']]}
     />
   );
 }
 
 /** Windows Update's answers pass through as they are, so any member can be of any type. */
-const asText = (value: unknown) => (typeof value === 'string' || typeof value === 'number' ? String(value) : '');
+const asText = (value: unknown) =>
+  typeof value === 'string' || typeof value === 'number' ? String(value) : '';
 
 function DriverList({ updates: offered, scannedDriversCount }: Drivers) {
   const rows = useMemo(
     () =>
-      offered.map(({ title, currentVersion, availableVersion, releaseDate, severity, isSkipped }, at): Row => {
-        const name = asText(title);
-        return {
-          key: `${name}\n${at}`, // two devices can be offered one title
-          id: name,
-          name,
-          block: name === '' || !isSafeArgument(name) ? 'characters' : isSkipped === true ? 'skipped' : undefined,
-          cells: {
+      offered.map(
+        ({ title, currentVersion, availableVersion, releaseDate, severity, isSkipped }, at): Row => {
+          const name = asText(title);
+          return {
+            key: `${name}\n${at}`, // two devices can be offered one title
+            id: name,
             name,
-            version: asText(currentVersion),
-            available: asText(availableVersion),
-            date: asText(releaseDate),
-            severity: asText(severity),
-          },
-        };
-      }),
+            block:
+              name === '' || !isSafeArgument(name)
+                ? 'characters'
+                : isSkipped === true
+                  ? 'skipped'
+                  : undefined,
+            cells: {
+              name,
+              version: asText(currentVersion),
+              available: asText(availableVersion),
+              date: asText(releaseDate),
+              severity: asText(severity),
+            },
+          };
+        },
+      ),
     [offered],
   );
   return (
@@ -404,7 +506,11 @@ function DriverList({ updates: offered, scannedDriversCount }: Drivers) {
         ['date', '7rem'],
         ['severity', '7rem'],
       ]}
-      tools={<span class="muted small" data-testid="drivers-checked">{t('software.checked', { n: scannedDriversCount })}</span>}
+      tools={
+        <span class="muted small" data-testid="drivers-checked">
+          {t('software.checked', { n: scannedDriversCount })}
+        </span>
+      }
     />
   );
 }

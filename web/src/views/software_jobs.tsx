@@ -1,5 +1,15 @@
 import { useState } from 'preact/hooks';
-import { codeText, isPending, pendingOnly, sameJob, stateWord, withoutWaiting, wordOf, type Job, type JobKind } from '../lib/jobs.ts';
+import {
+  codeText,
+  isPending,
+  pendingOnly,
+  sameJob,
+  stateWord,
+  withoutWaiting,
+  wordOf,
+  type Job,
+  type JobKind,
+} from '../lib/jobs.ts';
 import { abandonRunning, jobs } from '../state/software.ts';
 import { formatPercent } from '../text/format.ts';
 import { t } from '../text/text.ts';
@@ -53,13 +63,21 @@ export function JobsPanel() {
       class="jobs"
       aside={
         <>
-          <span class="muted">{t('jobs.ended', { n: all.filter((job) => !isPending(job)).length, total: all.length })}</span>
+          <span class="muted">
+            {t('jobs.ended', { n: all.filter((job) => !isPending(job)).length, total: all.length })}
+          </span>
           <span class="buttons">
             {all.some(({ state }) => state === 'waiting') && (
               <Button onClick={() => jobs.set(withoutWaiting(jobs.get()))}>{t('jobs.cancelWaiting')}</Button>
             )}
-            {pendingOnly(all).length < all.length && <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>}
-            <IconButton icon={folded ? 'chevronUp' : 'chevronDown'} label={t(folded ? 'jobs.unfold' : 'jobs.fold')} onClick={() => setFolded(!folded)} />
+            {pendingOnly(all).length < all.length && (
+              <Button onClick={() => jobs.set(pendingOnly(jobs.get()))}>{t('jobs.clear')}</Button>
+            )}
+            <IconButton
+              icon={folded ? 'chevronUp' : 'chevronDown'}
+              label={t(folded ? 'jobs.unfold' : 'jobs.fold')}
+              onClick={() => setFolded(!folded)}
+            />
           </span>
         </>
       }
@@ -98,7 +116,9 @@ function JobRow(job: Job) {
       </details>
       {state === 'failed' && (
         <p class="small">
-          {code === undefined ? t('jobs.noEnd') : `${word ? t(`code.${word}`) : ''} (${t('jobs.code', { code: codeText(code) })})`}
+          {code === undefined
+            ? t('jobs.noEnd')
+            : `${word ? t(`code.${word}`) : ''} (${t('jobs.code', { code: codeText(code) })})`}
         </p>
       )}
       {alone && <p class="small muted">{t('jobs.alone')}</p>}

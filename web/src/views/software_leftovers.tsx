@@ -16,7 +16,9 @@ export function LeftoversDialog() {
 }
 
 function Choice({ job, items }: { job: Task; items: Leftover[] }) {
-  const [ticked, setTicked] = useState<ReadonlySet<string>>(() => new Set(items.filter(tickedAtFirst).map(({ path }) => path)));
+  const [ticked, setTicked] = useState<ReadonlySet<string>>(
+    () => new Set(items.filter(tickedAtFirst).map(({ path }) => path)),
+  );
   const chosen = items.filter(({ path }) => ticked.has(path));
   async function remove() {
     const agreed = await confirm({
@@ -57,7 +59,9 @@ function Choice({ job, items }: { job: Task; items: Leftover[] }) {
               <input type="checkbox" checked={ticked.has(path)} onChange={() => toggle(path)} />
               <span>{path}</span>
               <span class="muted small" title={type === 'directory' ? `${formatNumber(size)} B` : undefined}>
-                {type === 'directory' ? t('leftovers.directory', { size: formatBytes(size) }) : t('leftovers.registry')}
+                {type === 'directory'
+                  ? t('leftovers.directory', { size: formatBytes(size) })
+                  : t('leftovers.registry')}
               </span>
             </label>
           </li>

@@ -62,7 +62,11 @@ export function Startup() {
         value: ({ command }) => command,
         cell: ({ command, name }) => (
           <span class="command">
-            <IconButton icon="copy" label={t('startup.copyCommand', { name })} onClick={() => void copyText(command)} />
+            <IconButton
+              icon="copy"
+              label={t('startup.copyCommand', { name })}
+              onClick={() => void copyText(command)}
+            />
             <code title={command}>{command}</code>
           </span>
         ),
@@ -91,7 +95,9 @@ export function Startup() {
             rowKey={startupKey}
             columns={columns}
             sort={{ column: 'impact', descending: true }}
-            menu={([item]) => (item ? [{ label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) }] : [])}
+            menu={([item]) =>
+              item ? [{ label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) }] : []
+            }
             tools={<span class="muted small">{t('startup.impactHint')}</span>}
           />
         )}

@@ -11,8 +11,16 @@ import { Software } from './software.tsx';
 import { Startup } from './startup.tsx';
 
 export type ViewId =
-  | 'dashboard' | 'cleaning' | 'software' | 'disk' | 'startup'
-  | 'processes' | 'network' | 'developer' | 'maintenance' | 'settings';
+  | 'dashboard'
+  | 'cleaning'
+  | 'software'
+  | 'disk'
+  | 'startup'
+  | 'processes'
+  | 'network'
+  | 'developer'
+  | 'maintenance'
+  | 'settings';
 
 interface ViewEntry {
   /** Also the name of its icon, of its texts (`view.<id>`) and of `data-view`. */
