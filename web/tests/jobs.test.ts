@@ -191,6 +191,7 @@ test('exit codes have words, by the tool that gave them', () => {
     ['driver', 999, 'refused', '999'],
     ['update', 1, 'notStarted', '1'],
     ['driver', 5, 'rights', '5'],
+    ['driver', 7, 'noAgent', '7'],
     ['update', 5, undefined, '5'],
     ['driver', 0x8a150006, undefined, '0x8A150006'],
     ['update', 0x8a15ffff, undefined, '0x8A15FFFF'],

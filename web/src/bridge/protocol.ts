@@ -30,6 +30,7 @@ const junk = object({
   }),
   total: number,
   bytes: number,
+  kept: optional(array(text)), // categories whose folder may not be emptied
 });
 const system_file = object({ exists: bool, size: number });
 

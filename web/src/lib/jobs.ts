@@ -166,7 +166,15 @@ const package_codes = {
   0x10c: 'cancelled',
 } as const;
 
-const driver_codes = { 1: 'notStarted', 2: 'notOffered', 3: 'download', 4: 'driver', 5: 'rights' } as const;
+const driver_codes = {
+  1: 'notStarted',
+  2: 'notOffered',
+  3: 'download',
+  4: 'driver',
+  5: 'rights',
+  6: 'search',
+  7: 'noAgent',
+} as const;
 
 type Values<T> = T[keyof T];
 export type CodeWord = Values<typeof package_codes> | Values<typeof driver_codes> | 'refused';

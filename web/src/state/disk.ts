@@ -25,6 +25,9 @@ interface Analysis {
   };
 }
 
+// An analysis tells of every few thousand items; a disk that only sleeps wakes sooner.
+const kSilenceMs = 60_000;
+
 /** One analysis at a time: the host keeps the sizes of one, and does not guard them. It goes on while another view is shown. */
 export const analysis = createStore<Analysis>({});
 
@@ -36,13 +39,27 @@ export function startAnalysis(drive: string) {
   const root = rootOf(drive);
   const since = Date.now();
   let request_id = -1;
+  let timer: ReturnType<typeof setTimeout>;
+  const heard = () => {
+    clearTimeout(timer);
+    timer = setTimeout(() => {
+      end();
+      analysis.set({});
+      toast(t('disk.silent', { drive }), { error: true });
+    }, kSilenceMs);
+  };
+  const end = () => {
+    clearTimeout(timer);
+    stop();
+  };
   const stop = host.on(
     'disk_analysis_progress',
     ({ requestId, status, scanned, currentFolder, folders, files }) => {
       const { running } = analysis.get();
       if (requestId !== request_id || !running) return;
+      heard();
       if (status === 'done') {
-        stop();
+        end();
         const items = folders ?? [];
         folder.set({ path: root, items });
         analysis.set({
@@ -64,6 +81,7 @@ export function startAnalysis(drive: string) {
   try {
     request_id = host.start('startDiskAnalysis', { drive: root });
     analysis.set({ running: { root, since, scanned: 0, per_second: 0, folder: '' } });
+    heard();
   } catch (error) {
     stop();
     toast(errorText(error), { error: true });

@@ -182,6 +182,7 @@ export const cs = {
     'Záznamy pro rychlejší start programů, Windows si je vytvoří znovu. Čistí se vždy spolu s dočasnými soubory Windows.',
   'junk.userTemp': 'Vaše dočasné soubory',
   'junk.userTemp.about': 'Co si programy odložily do vaší dočasné složky a neuklidily po sobě.',
+  'junk.kept': 'Složka leží v místě, které Varnel nevyprazdňuje.',
   'junk.winUpdate': 'Stažené aktualizace',
   'junk.winUpdate.about': 'Instalační soubory aktualizací Windows. Co bude ještě potřeba, stáhne se znovu.',
   'junk.browserCache': 'Mezipaměť prohlížečů',
@@ -253,6 +254,7 @@ export const cs = {
   'disk.elapsed': 'Uplynulo',
   'disk.seconds': '{n} s',
   'disk.done': 'Analýza disku {drive} je hotová',
+  'disk.silent': 'Analýza disku {drive} se už minutu neozvala, dál se na ni nečeká.',
   'disk.openFailed': 'Složku {path} se nepodařilo otevřít. {reason}',
   'disk.path': 'Cesta ke složce',
   'disk.up': 'O složku výš',
@@ -436,6 +438,8 @@ export const cs = {
   'code.cancelled': 'Zrušeno uživatelem.',
   'code.notOffered': 'Windows Update ho už nenabízí.',
   'code.driver': 'Instalace ovladače se nezdařila.',
+  'code.search': 'Hledání ve Windows Update se nezdařilo.',
+  'code.noAgent': 'Služba Windows Update není dostupná.',
 
   'leftovers.title': 'Co zůstalo po programu {name}',
   'leftovers.body':

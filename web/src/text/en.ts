@@ -169,6 +169,7 @@ export const en: Texts = {
     'Records that let programs start faster; Windows makes them anew. Always cleaned together with Windows temporary files.',
   'junk.userTemp': 'Your temporary files',
   'junk.userTemp.about': 'What programs put into your temporary folder and did not tidy away.',
+  'junk.kept': 'It lies in a folder that Varnel does not empty.',
   'junk.winUpdate': 'Downloaded updates',
   'junk.winUpdate.about': 'Installation files of Windows updates. What is still needed is downloaded again.',
   'junk.browserCache': 'Browser caches',
@@ -232,6 +233,7 @@ export const en: Texts = {
   'disk.elapsed': 'Elapsed',
   'disk.seconds': '{n} s',
   'disk.done': 'The analysis of {drive} is done',
+  'disk.silent': 'The analysis of {drive} has been silent for a minute and is not waited for any more.',
   'disk.openFailed': 'The folder {path} could not be opened. {reason}',
   'disk.path': 'Path of the folder',
   'disk.up': 'Up one folder',
@@ -387,6 +389,8 @@ export const en: Texts = {
   'code.cancelled': 'Cancelled by the user.',
   'code.notOffered': 'Windows Update does not offer it any more.',
   'code.driver': 'The driver could not be installed.',
+  'code.search': 'Windows Update could not be searched.',
+  'code.noAgent': 'Windows Update is not available.',
 
   'leftovers.title': 'What {name} has left behind',
   'leftovers.body':

@@ -63,6 +63,7 @@ function Junk({ data }: { data?: Sizes }) {
           category={category}
           size={data?.categories[category]}
           outcome={done?.[category]}
+          kept={data?.kept?.includes(category) ?? false}
           ticked={ticks[category]}
           disabled={since !== undefined}
         />
@@ -76,12 +77,15 @@ interface CardProps {
   category: Category;
   size: number | undefined;
   outcome: Outcome | undefined;
+  /** Neither measured nor emptied: its folder holds more than junk. */
+  kept: boolean;
   ticked: boolean;
   disabled: boolean;
 }
 
-function JunkCard({ category, size, outcome, ticked, disabled }: CardProps) {
+function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps) {
   const id = useId();
+  const measured = kept ? undefined : size;
   // What the last clean freed gives way to what the next one would.
   const toggle = (on: boolean) => {
     const { done: _, ...rest } = cleaning.get();
@@ -94,17 +98,23 @@ function JunkCard({ category, size, outcome, ticked, disabled }: CardProps) {
           type="checkbox"
           aria-labelledby={`${id}-name`}
           aria-describedby={`${id}-size ${id}-about`}
-          checked={ticked}
-          disabled={disabled}
+          checked={ticked && !kept}
+          disabled={disabled || kept}
           onChange={(event) => toggle(event.currentTarget.checked)}
         />
         <span id={`${id}-name`}>{t(`junk.${category}`)}</span>
       </span>
-      <span class="junk-size" id={`${id}-size`} title={size === undefined ? undefined : exact(size)}>
-        {size === undefined ? kNothing : formatBytes(size)}
+      <span class="junk-size" id={`${id}-size`} title={measured === undefined ? undefined : exact(measured)}>
+        {measured === undefined ? kNothing : formatBytes(measured)}
       </span>
-      <span class={outcome ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
-        {outcome ? <JunkOutcome category={category} {...outcome} /> : t(`junk.${category}.about`)}
+      <span class={outcome && !kept ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
+        {kept ? (
+          t('junk.kept')
+        ) : outcome ? (
+          <JunkOutcome category={category} {...outcome} />
+        ) : (
+          t(`junk.${category}.about`)
+        )}
       </span>
     </label>
   );
@@ -135,13 +145,13 @@ function leftText(category: Category, size: string): string {
   }
 }
 
-async function askAndClean({ categories: sizes }: Sizes) {
+async function askAndClean({ categories: sizes, kept = [] }: Sizes) {
   const { ticks } = cleaning.get();
   const agreed = await confirm({
     title: t('cleaning.confirm'),
     body: t('cleaning.confirmBody', { size: formatBytes(tickedBytes(sizes, ticks)) }),
     items: categories
-      .filter((category) => ticks[category])
+      .filter((category) => ticks[category] && !kept.includes(category))
       .map((category) => `${t(`junk.${category}`)} (${formatBytes(sizes[category])})`),
     name_all: true,
     verb: t('cleaning.clean'),
