@@ -1,5 +1,5 @@
 ; VarnelSetup.exe: installs, updates and removes Varnel. Built by ./dev package with
-;   makensis -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
+;   makensis -INPUTCHARSET UTF8 -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
 ; Switches: /S silent, /D=<folder> (last; only where Varnel is not installed yet), --update-restart (silent; waits for the running
 ; program, replaces it, starts it again for the user), --uninstall (asks, then removes what was installed).
 ; Exit codes: 0 done, 1 cancelled or not installed, 2 the running program did not end in time, 3 a file could not be replaced.
@@ -169,10 +169,10 @@ Section
   ${EndIf}
 
   ; The settings lie beside bin; the program runs without elevation, so ordinary users (S-1-5-32-545) may write this one file.
+  ; An empty file stands for the program's defaults.
   SetOutPath "$INSTDIR"
   ${IfNot} ${FileExists} "$INSTDIR\settings.json"
     FileOpen $0 "$INSTDIR\settings.json" w
-    FileWrite $0 "{}"
     FileClose $0
   ${EndIf}
   nsExec::Exec '"$SYSDIR\icacls.exe" "$INSTDIR\settings.json" /grant *S-1-5-32-545:M'

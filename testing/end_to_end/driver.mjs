@@ -68,7 +68,8 @@ function installWebview() {
 // Options, all optional:
 //   tools     {name: script}: stand-in console tools beside the program, such as {'winget.exe': {...}}
 //   service   {action: answer}: the stand-in helper service; "busy": its pipe is always taken; absent: no service
-//   settings  written to settings.json before the start (an object, or the file's text)
+//   settings  written to settings.json before the start (an object, in which only an explicit autoScan is on, or the
+//             file's text)
 //   language  the page's language, "cs" or "en", for tests that name no settings
 //   env       environment variables of the program
 //   args      command line words
@@ -344,7 +345,7 @@ class Varnel {
     if (settings !== undefined) {
       await writeFile(
         join(this.folder.unix, 'settings.json'),
-        typeof settings === 'string' ? settings : JSON.stringify(settings),
+        typeof settings === 'string' ? settings : JSON.stringify({ autoScan: false, ...settings }),
       );
     }
   }

@@ -146,7 +146,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
     for (const name of kReleased)
       assert.deepEqual(await readFile(join(installed, 'bin', name)), await released(name), name);
     assert.deepEqual(await readFile(join(installed, 'bin/VarnelSetup.exe')), await readFile(kSetup));
-    assert.equal(await readFile(join(installed, 'settings.json'), 'utf8'), '{}');
+    assert.equal((await stat(join(installed, 'settings.json'))).size, 0, 'the defaults hold');
     // Wine keeps no access lists: what would give ordinary users the right to write is seen as the tool's command line.
     const [granted] = (await readFile(join(tools.unix, 'icacls.log'), 'utf8')).split('\n');
     assert.equal(

@@ -274,7 +274,7 @@ test('lines come while a tool runs; how it ended is said in words; five targets 
       await page.reload();
       await openView(page, 'network');
       assert.equal(await recent.count(), 0);
-      assert.deepEqual(await app.settingsFile(), { theme: 'amethyst', language: 'cs' });
+      assert.deepEqual(await app.settingsFile(), { autoScan: false, theme: 'amethyst', language: 'cs' });
     },
   ));
 

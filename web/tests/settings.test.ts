@@ -6,7 +6,7 @@ const defaults = {
   theme: 'amethyst',
   language: 'cs',
   autoClean: false,
-  autoScan: false,
+  autoScan: true,
   autoOpen: false,
   scanInterval: 24,
   lastScan: 0,
@@ -24,12 +24,12 @@ test('whatever is stored, every unusable key is its default', () => {
     ['inherited name as theme', { theme: 'toString', language: '__proto__' }, {}],
     ['mistyped', { theme: 5, language: null, scanInterval: '12', ignoreList: { id: 'a' } }, {}],
     ['interval of nothing', { scanInterval: 0 }, {}],
-    ['switches that are almost on', { autoClean: 'true', autoScan: 1, autoOpen: 'on', lastScan: '5' }, {}],
+    ['switches that are almost on', { autoClean: 'true', autoScan: 0, autoOpen: 'on', lastScan: '5' }, {}],
     ['negative interval', { scanInterval: -3 }, {}],
     [
       'usable',
-      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true },
-      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true },
+      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true, autoScan: false },
+      { theme: 'light', language: 'en', scanInterval: 5, autoClean: true, autoScan: false },
     ],
     [
       'entries of the ignore list one by one',
@@ -58,8 +58,8 @@ test('a scan is due when the interval is over, and only where it is wanted', () 
   const hour = 3_600_000;
   const now = 1000 * hour;
   const cases: [name: string, stored: object, want: boolean][] = [
-    ['not wanted', { lastScan: 0 }, false],
-    ['never yet', { autoScan: true }, true],
+    ['not wanted', { autoScan: false }, false],
+    ['never yet', {}, true],
     ['just before', { autoScan: true, scanInterval: 6, lastScan: now - 6 * hour + 1 }, false],
     ['just now', { autoScan: true, scanInterval: 6, lastScan: now - 6 * hour }, true],
     ['stored by a clock that was ahead', { autoScan: true, lastScan: now + hour }, true],

@@ -39,7 +39,7 @@ export function readSettings(document: unknown): Settings {
     theme: oneOf(stored.theme, themes, 'amethyst'),
     language: oneOf(stored.language, ['cs', 'en'], 'cs'),
     autoClean: stored.autoClean === true,
-    autoScan: stored.autoScan === true,
+    autoScan: stored.autoScan !== false,
     autoOpen: stored.autoOpen === true,
     scanInterval:
       typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval)

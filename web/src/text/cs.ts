@@ -519,7 +519,7 @@ export const cs = {
   'update.busy': 'Nejdřív nechte doběhnout frontu v části Software.',
   'update.confirm': 'Aktualizovat Varnel na verzi {version}?',
   'update.confirmBody':
-    'Stáhne se verze {version}. Potom se Varnel zavře a Windows se zeptají na oprávnění k instalaci. Když ho odmítnete, zůstane nainstalovaná dosavadní verze a Varnel spustíte sami.',
+    'Stáhne se verze {version}. Potom se Varnel zavře a Windows se zeptají na oprávnění k instalaci. Když ho odmítnete, zůstane nainstalovaná dosavadní verze a Varnel spustíte sami. Pokud Varnel spouštíte z rozbaleného archivu ZIP, nainstaluje se nová verze do Program Files pro všechny uživatele a začne s výchozím nastavením; rozbalená složka zůstane a můžete ji pak smazat.',
   'update.downloading': 'Stahuje se instalační program…',
   'update.closing': 'Staženo. Varnel se teď zavře a začne instalace.',
   'update.failed': 'Instalační program se nepodařilo stáhnout, běží dosavadní verze.',

@@ -460,7 +460,7 @@ export const en: Texts = {
   'update.busy': 'Let the queue in Software finish first.',
   'update.confirm': 'Update Varnel to version {version}?',
   'update.confirmBody':
-    'Version {version} is downloaded. Then Varnel closes and Windows asks for permission to install. If you decline, the present version stays installed and you start Varnel yourself.',
+    'Version {version} is downloaded. Then Varnel closes and Windows asks for permission to install. If you decline, the present version stays installed and you start Varnel yourself. If you run Varnel from an unpacked zip, the new version is installed to Program Files for all users and begins with default settings; the unpacked folder stays, and you can delete it then.',
   'update.downloading': 'Downloading the installer…',
   'update.closing': 'Downloaded. Varnel closes now and the installation begins.',
   'update.failed': 'The installer could not be downloaded; the present version goes on.',
