@@ -49,19 +49,20 @@ TEST_F(MainWindow, ShowsABlankSmallIcon) {
 
 TEST_F(MainWindow, GivesItsIconsToWhoeverAsks) {
   auto icon = [](WPARAM kind) { return reinterpret_cast<HICON>(Send(WM_GETICON, kind)); };
-  const HICON large = State().large_icon, small = State().small_icon;
-  ASSERT_TRUE(large && small && large != small);
-  EXPECT_EQ(icon(ICON_SMALL), small);
-  EXPECT_EQ(icon(ICON_SMALL2), small);
-  EXPECT_EQ(icon(ICON_BIG), large);
+  const HICON large_icon = State().large_icon;
+  const HICON small_icon = State().small_icon;
+  ASSERT_TRUE(large_icon && small_icon && large_icon != small_icon);
+  EXPECT_EQ(icon(ICON_SMALL), small_icon);
+  EXPECT_EQ(icon(ICON_SMALL2), small_icon);
+  EXPECT_EQ(icon(ICON_BIG), large_icon);
   EXPECT_EQ(icon(3), nullptr);
   State().small_icon = nullptr;
-  EXPECT_EQ(icon(ICON_SMALL), large);
+  EXPECT_EQ(icon(ICON_SMALL), large_icon);
   State().large_icon = nullptr;
   EXPECT_EQ(icon(ICON_SMALL2), nullptr);
   EXPECT_EQ(icon(ICON_BIG), nullptr);
-  State().large_icon = large;
-  State().small_icon = small;
+  State().large_icon = large_icon;
+  State().small_icon = small_icon;
 }
 
 TEST_F(MainWindow, TreatsTheIconAreaAsCaption) {

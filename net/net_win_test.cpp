@@ -172,7 +172,7 @@ TEST(SaveEnvVariable, WritesTheUsersHere) {
 }
 
 TEST(GetHostsFile, ReadsTheFileByteForByte) {
-  ASSERT_TRUE(IsWine());
+  if (!IsWine()) GTEST_SKIP() << "writes the hosts file";
   const HostsBackup backup;
   WriteFileBytes(kHosts, "#\t127.0.0.1       localhost\r\n192.0.2.1 brod.example # příklad\nlast line");
   EXPECT_EQ(Posted([] { getHostsFile(7); }), std::vector{RecordedMessage("getHostsFile")});
@@ -189,7 +189,7 @@ TEST(GetHostsFile, ReadsTheFileByteForByte) {
 }
 
 TEST(NetActions, AreDoneByTheServiceWhereRightsAreNeeded) {
-  ASSERT_TRUE(IsWine());
+  if (!IsWine()) GTEST_SKIP() << "locks the hosts file";
   const FileHandle lock(CreateFileW(kHosts, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
   ASSERT_TRUE(lock) << "so that it can only be read by the service";
   const json yes = {{"success", true}};

@@ -33,7 +33,7 @@ void MakeKey(HKEY hive, const wchar_t* path) {
 class Leftovers : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(IsWine()) << "deletes folders and keys for good";
+    if (!IsWine()) GTEST_SKIP() << "deletes folders and keys for good";
     for (const wchar_t* name :
          {L"LOCALAPPDATA", L"APPDATA", L"PROGRAMDATA", L"ProgramFiles", L"ProgramFiles(x86)"}) {
       wchar_t value[1024];
