@@ -140,6 +140,7 @@ export const messages = {
   disk_analysis_progress: object({
     status: text, // "scanning", "done"
     requestId: number,
+    success: optional(bool), // false: only a part could be analysed
     scanned: optional(number),
     currentFolder: optional(text),
     drive: optional(text),

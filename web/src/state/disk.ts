@@ -54,7 +54,7 @@ export function startAnalysis(drive: string) {
   };
   const stop = host.on(
     'disk_analysis_progress',
-    ({ requestId, status, scanned, currentFolder, folders, files }) => {
+    ({ requestId, status, success, scanned, currentFolder, folders, files }) => {
       const { running } = analysis.get();
       if (requestId !== request_id || !running) return;
       heard();
@@ -70,7 +70,8 @@ export function startAnalysis(drive: string) {
             files: files ?? [],
           },
         });
-        toast(t('disk.done', { drive }));
+        if (success === false) toast(t('disk.partial', { drive }), { error: true });
+        else toast(t('disk.done', { drive }));
       } else if (scanned !== undefined && scanned > running.scanned) {
         // Branches are scanned side by side, so a count may arrive after a higher one.
         const per_second = scanned / Math.max(0.001, (Date.now() - since) / 1000);

@@ -254,6 +254,7 @@ export const cs = {
   'disk.elapsed': 'Uplynulo',
   'disk.seconds': '{n} s',
   'disk.done': 'Analýza disku {drive} je hotová',
+  'disk.partial': 'Analýza disku {drive} se nedokončila, chyběla paměť. Zobrazena je jen část.',
   'disk.silent': 'Analýza disku {drive} se už minutu neozvala, dál se na ni nečeká.',
   'disk.openFailed': 'Složku {path} se nepodařilo otevřít. {reason}',
   'disk.path': 'Cesta ke složce',

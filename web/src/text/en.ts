@@ -233,6 +233,7 @@ export const en: Texts = {
   'disk.elapsed': 'Elapsed',
   'disk.seconds': '{n} s',
   'disk.done': 'The analysis of {drive} is done',
+  'disk.partial': 'The analysis of {drive} ran out of memory. Only a part is shown.',
   'disk.silent': 'The analysis of {drive} has been silent for a minute and is not waited for any more.',
   'disk.openFailed': 'The folder {path} could not be opened. {reason}',
   'disk.path': 'Path of the folder',
