@@ -6,9 +6,17 @@ import { join } from 'node:path';
 import { chromium } from 'playwright-core';
 
 import { Connection } from './connection.mjs';
-import { buildFolder, copyInto, makeFolder, prepareWine, standIn, startInPrefix, unixPath } from './wine.mjs';
-
-const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
+import {
+  buildFolder,
+  copyInto,
+  makeFolder,
+  prepareWine,
+  standIn,
+  startInPrefix,
+  unixPath,
+  until,
+  within,
+} from './wine.mjs';
 
 // Values of the control's resource contexts.
 const kContexts = { document: 1, stylesheet: 2, image: 3, media: 4, font: 5, script: 6, xhr: 7, fetch: 8 };
@@ -33,16 +41,6 @@ export async function closeBrowser() {
   sharedBrowser = undefined;
 }
 
-// Rejects when `promise` is not settled in time.
-export function within(promise, what, milliseconds = kWaitMs) {
-  if (milliseconds === Infinity) return promise;
-  let timer;
-  const late = new Promise((_, reject) => {
-    timer = setTimeout(() => reject(new Error(`waited ${milliseconds} ms for ${what}`)), milliseconds);
-  });
-  return Promise.race([promise, late]).finally(() => clearTimeout(timer));
-}
-
 // What the page finds in window.chrome.webview. Runs in the page before its own scripts.
 function installWebview() {
   const listeners = new Set();
@@ -63,6 +61,15 @@ function installWebview() {
   document.addEventListener('securitypolicyviolation', (event) => {
     window.varnelProblem(`policy report: ${event.violatedDirective} ${event.blockedURI}`);
   });
+}
+
+// Makes a tool one that the system takes for a windowed program, so that it gets no console: Wine's console host
+// inherits a tool's output and holds it until the tool has ended.
+async function becomeWindowed(path) {
+  const kWindowed = 2;
+  const file = await readFile(path);
+  file.writeUInt16LE(kWindowed, file.readUInt32LE(0x3c) + 0x5c);
+  await writeFile(path, file);
 }
 
 // Options, all optional:
@@ -108,7 +115,7 @@ class Varnel {
   #delivery = Promise.resolve();
   #nextRequest = 1_000_000;
   #pushesDue = 0;
-  #changed = new Set();
+  #woken = [];
 
   constructor(options) {
     this.options = options;
@@ -163,13 +170,23 @@ class Varnel {
     });
   }
 
-  // The first message from index `from` on that `matches`; waits for it when it has not come yet.
+  // Everything that the program posts from the request on, up to and including the message that `isLast`: its
+  // reply, if nothing else is said.
+  async posted(action, data = {}, isLast) {
+    const requestId = this.#nextRequest++;
+    const from = this.messages.length;
+    await this.send({ action, requestId, data });
+    const matches = isLast ?? ((message) => message.requestId === requestId);
+    const last = await this.waitForMessage(matches, { from, what: `the end of ${action}` });
+    return this.messages.slice(from, this.messages.indexOf(last) + 1);
+  }
+
+  // The first message from index `from` on that `matches`; waits for it if it has not come yet.
   waitForMessage(matches, { from = 0, what = 'a message', milliseconds } = {}) {
-    let index = from;
-    return this.waitUntil(
+    return this.until(
       () => {
-        for (; index < this.messages.length; ++index)
-          if (matches(this.messages[index])) return this.messages[index];
+        for (; from < this.messages.length; ++from)
+          if (matches(this.messages[from])) return this.messages[from];
         return undefined;
       },
       what,
@@ -177,37 +194,13 @@ class Varnel {
     );
   }
 
-  // Waits until `condition`, looked at after every event of the program, gives something other than undefined or false.
-  waitUntil(condition, what, milliseconds) {
-    let check;
-    return within(
-      new Promise((resolve, reject) => {
-        check = () => {
-          try {
-            const value = condition();
-            if (value !== undefined && value !== false) resolve(value);
-          } catch (error) {
-            reject(error);
-          }
-        };
-        this.#changed.add(check);
-        check();
-      }),
-      what,
-      milliseconds,
-    ).finally(() => this.#changed.delete(check));
+  // Looks after every event of the program, and again and again, until `look` gives something other than
+  // undefined or false.
+  until(look, what, milliseconds) {
+    return until(look, what, milliseconds, () => new Promise((resolve) => this.#woken.push(resolve)));
   }
-
-  // Looks at the page again and again until `look` gives something other than undefined or false.
-  async waitUntilShown(look, what) {
-    const late = Date.now() + kWaitMs;
-    for (;;) {
-      const value = await look();
-      if (value !== undefined && value !== false) return value;
-      if (Date.now() > late) throw new Error(`waited ${kWaitMs} ms for ${what}`);
-      await this.page.waitForTimeout(20);
-    }
-  }
+  waitUntil = this.until; // older names
+  waitUntilShown = this.until;
 
   // What the program's resource handler answers: {status, reason, headers, body}, or undefined.
   async resource(uri, context = 'document') {
@@ -341,7 +334,10 @@ class Varnel {
     for (const name of Object.keys(tools)) files[name] = standIn('console_tool.exe');
     await copyInto(this.binFolder, files);
     await mkdir(join(this.folder.unix, 'tools'));
-    for (const [name, script] of Object.entries(tools)) await this.scriptTool(name, script);
+    for (const [name, script] of Object.entries(tools)) {
+      await this.scriptTool(name, script);
+      if (script.windowed) await becomeWindowed(join(this.binFolder, name));
+    }
     if (settings !== undefined) {
       await writeFile(
         join(this.folder.unix, 'settings.json'),
@@ -371,7 +367,7 @@ class Varnel {
     const on = (event, handle) =>
       this.#connection.on(event, (fields) => {
         handle(fields);
-        for (const check of [...this.#changed]) check();
+        for (const wake of this.#woken.splice(0)) wake();
       });
     on('create_environment', (fields) => {
       recorded.environment = fields;

@@ -7,6 +7,23 @@ import { after } from 'node:test';
 import { closeBrowser, startVarnel } from './driver.mjs';
 import { endWine, prefix, root } from './wine.mjs';
 
+const require = createRequire(import.meta.url);
+
+// The page's own texts, bundled as the page has them.
+const { outputFiles } = require('../../web/node_modules/esbuild').buildSync({
+  entryPoints: [join(root, 'web/src/text/text.ts')],
+  bundle: true,
+  write: false,
+  format: 'esm',
+});
+const texts = await import(`data:text/javascript,${encodeURIComponent(outputFiles[0].text)}`);
+
+// What the page shows in a language for the key of a text, its holes filled: text('en', 'hosts.refused').
+export function text(language, key, values = {}) {
+  texts.setLanguage(language);
+  return texts.t(key, values);
+}
+
 after(async () => {
   await closeBrowser();
   await endWine();
@@ -22,11 +39,19 @@ async function inTime(work) {
   await Promise.race([work, limit]).finally(() => clearTimeout(timer));
 }
 
-// Runs `body` with the program and ends it; see startVarnel for the options. Problems in the page fail the test.
+// Runs `body` with the program and ends it; testing/README.md has the options. Problems in the page, and what
+// axe-core finds in what it shows at the end, fail the test. `app.text` is text() in the page's language.
 export async function withVarnel(options, body) {
   const app = await startVarnel(options);
+  const language = options.language ?? options.settings?.language ?? 'cs';
+  app.text = (key, values) => text(language, key, values);
   try {
-    await inTime(body(app));
+    await inTime(
+      (async () => {
+        await body(app);
+        if (app.page && !app.page.isClosed()) await checkAccessibility(app.page);
+      })(),
+    );
   } catch (error) {
     await app.kill();
     if (app.problems.length > 0) error.message += `\nproblems in the page:\n${app.problems.join('\n')}`;
@@ -48,9 +73,7 @@ export async function checkAccessibility(page) {
     if (exceptionDetails) throw new Error(exceptionDetails.exception?.description ?? exceptionDetails.text);
     return result.value;
   };
-  await evaluate(
-    `${await readFile(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8')}; undefined`,
-  );
+  await evaluate(`${await readFile(require.resolve('axe-core/axe.min.js'), 'utf8')}; undefined`);
   const { violations, passes } = await evaluate('axe.run(document, { resultTypes: ["violations"] })');
   await session.detach();
   if (passes.length === 0) throw new Error('axe-core looked at nothing');
@@ -73,14 +96,58 @@ export async function openView(page, id) {
   await page.waitForSelector(`main[data-view=${id}]`);
 }
 
+// What the page shows now, for axe-core and as a picture.
+export async function look(app, name) {
+  await checkAccessibility(app.page);
+  await screenshot(app.page, name);
+}
+
+export const press = (scope, name) => scope.getByRole('button', { name, exact: true }).click();
+
+// An open dialog, by the page or another of its name.
+export async function dialogOf(page, name) {
+  const dialog = page.getByRole('dialog', { name, exact: true });
+  await dialog.waitFor();
+  return dialog;
+}
+
 // Without the service its dialog opens whenever something asked for it.
 export async function closeServiceDialog(page) {
-  await page.getByRole('dialog', { name: /helper service is not running|služba neběží/ }).waitFor();
+  const name = text(await page.evaluate(() => document.documentElement.lang), 'service.title');
+  const dialog = await dialogOf(page, name);
   await page.keyboard.press('Escape');
-  await page
-    .getByRole('dialog', { name: /helper service is not running|služba neběží/ })
-    .waitFor({ state: 'detached' });
+  await dialog.waitFor({ state: 'detached' });
 }
+
+// Texts of the cells of a grid's rows: a switch is "true" or "false", and boxes to tick are left out.
+export const rowsOf = (scope, label) =>
+  scope
+    .getByRole('grid', { name: label })
+    .locator('tbody tr')
+    .evaluateAll((rows) =>
+      rows.map((row) =>
+        [...row.cells]
+          .filter((cell) => !cell.querySelector('input[type=checkbox]'))
+          .map((cell) => cell.querySelector('[role=switch]')?.ariaChecked ?? cell.innerText.trim()),
+      ),
+    );
+
+// Ticks the row with a text, or takes its tick away.
+export const tick = (scope, label, row) =>
+  scope
+    .getByRole('grid', { name: label })
+    .getByRole('row')
+    .filter({ hasText: row })
+    .getByRole('checkbox')
+    .click();
+
+// A message at the edge of the page; one of a failure is an "alert".
+export const toastOf = (page, said, role = 'status') =>
+  page.locator('.toasts').getByRole(role).getByText(said);
+
+// The service's requests of one action so far.
+export const asked = async (app, action) =>
+  (await app.serviceRequests()).filter((request) => request.action === action);
 
 // Bytes as the page is to write them: three digits of the largest unit that gives at least 1.
 export function inWords(bytes, language = 'en') {

@@ -1,9 +1,20 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
 import { spawn, execFile } from 'node:child_process';
 import { once } from 'node:events';
-import { cp, lstat, mkdir, mkdtemp, readFile, readdir, rm, unlink } from 'node:fs/promises';
+import {
+  cp,
+  lstat,
+  mkdir,
+  mkdtemp,
+  readFile,
+  readdir,
+  rename,
+  rm,
+  unlink,
+  writeFile,
+} from 'node:fs/promises';
 import { existsSync, readdirSync } from 'node:fs';
-import { join, basename, normalize } from 'node:path';
+import { join, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
@@ -30,6 +41,29 @@ async function ensureDisplay({ visible }) {
     }),
   ]);
   process.env.DISPLAY = `:${String(number).trim()}`;
+}
+
+const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
+
+// Rejects if `promise` is not settled in time.
+export function within(promise, what, milliseconds = kWaitMs) {
+  if (milliseconds === Infinity) return promise;
+  let timer;
+  const late = new Promise((_, reject) => {
+    timer = setTimeout(() => reject(new Error(`waited ${milliseconds} ms for ${what}`)), milliseconds);
+  });
+  return Promise.race([promise, late]).finally(() => clearTimeout(timer));
+}
+
+// Looks again and again, at the latest when `woken` settles, until `look` gives something other than undefined
+// or false: that.
+export async function until(look, what, milliseconds = kWaitMs, woken = () => undefined) {
+  for (const late = Date.now() + milliseconds; ;) {
+    const value = await look();
+    if (value !== undefined && value !== false) return value;
+    if (Date.now() > late) throw new Error(`waited ${milliseconds} ms for ${what}`);
+    await Promise.race([woken(), new Promise((resolve) => setTimeout(resolve, 20))].filter(Boolean));
+  }
 }
 
 export function wineEnvironment(extra = {}) {
@@ -72,11 +106,12 @@ export async function endWine() {
   display = undefined;
 }
 
-// A folder on drive C that is gone after remove(). `windows` and `unix` are its two names.
+// A folder on drive C that is gone after remove(). `windows` and `unix` are its two names; `name` may say where.
 export async function makeFolder(name = 'varnel-test-') {
   await mkdir(driveC, { recursive: true });
   const unix = await mkdtemp(join(driveC, name));
-  return { unix, windows: `C:\\${basename(unix)}`, remove: () => rm(unix, { recursive: true, force: true }) };
+  const windows = `C:\\${unix.slice(driveC.length + 1).replaceAll('/', '\\')}`;
+  return { unix, windows, remove: () => rm(unix, { recursive: true, force: true }) };
 }
 
 // The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it: what exists in other letter case is
@@ -150,6 +185,71 @@ export async function readRegistry(key) {
       ]),
     )
   );
+}
+
+const kHives = { HKCU: 'HKEY_CURRENT_USER', HKLM: 'HKEY_LOCAL_MACHINE' };
+
+async function reg(...words) {
+  const { code } = await runInPrefix('reg', words);
+  if (code !== 0) throw new Error(`reg ${words.join(' ')} ended with ${code}`);
+}
+
+// A text as an exported key has it.
+export const registryText = (text) => `"${text.replace(/["\\]/g, '\\$&')}"`;
+
+// Writes values of keys, {key: {name: data}}, with data as readRegistry gives them; undefined deletes the value,
+// and null in the place of all values deletes the key.
+export async function writeRegistry(keys) {
+  const expand = (text) =>
+    `hex(2):${Buffer.from(`${text}\0`, 'utf16le')
+      .toString('hex')
+      .replace(/..(?!$)/g, '$&,')}`;
+  const lines = Object.entries(keys).flatMap(([key, values]) => [
+    `[${values ? '' : '-'}${key.replace(/^\w+/, (hive) => kHives[hive] ?? hive)}]`,
+    ...Object.entries(values ?? {}).map(
+      ([name, data = '-']) =>
+        `${name === '' ? '@' : registryText(name)}=${data.replace(/^expand:(.*)$/s, (_, text) => expand(text))}`,
+    ),
+  ]);
+  const file = await makeFolder('registry-');
+  const text = ['\ufeffWindows Registry Editor Version 5.00', ...lines, ''].join('\r\n');
+  await writeFile(join(file.unix, 'keys.reg'), text, 'utf16le');
+  await reg('import', `${file.windows}\\keys.reg`);
+  await file.remove();
+}
+
+// Runs `body` with keys as `keys` says: an object of values is all that is there, null is no key, undefined
+// leaves it as it is. Afterwards they are what they were before.
+export async function withRegistry(keys, body) {
+  await prepareWine();
+  const kept = await makeFolder('registry-');
+  const saved = [];
+  for (const [i, key] of Object.keys(keys).entries()) {
+    const file = `${kept.windows}\\${i}.reg`;
+    if ((await runInPrefix('reg', ['export', key, file, '/y'])).code === 0) saved.push(file);
+  }
+  const none = (names) => Object.fromEntries(names.map((key) => [key, null]));
+  try {
+    await writeRegistry(none(Object.keys(keys).filter((key) => keys[key] !== undefined)));
+    await writeRegistry(Object.fromEntries(Object.entries(keys).filter(([, values]) => values)));
+    return await body();
+  } finally {
+    await writeRegistry(none(Object.keys(keys)));
+    for (const file of saved) await reg('import', file);
+    await kept.remove();
+  }
+}
+
+// Runs `body` while files of the prefix, Windows paths, are away; what stands in their place meanwhile goes.
+export async function withAway(paths, body) {
+  const moved = paths.map(unixPath).filter((path) => existsSync(path));
+  if (moved.length === 0) throw new Error(`none of ${paths.join(', ')} is there`);
+  for (const path of moved) await rename(path, `${path}.away`);
+  try {
+    return await body();
+  } finally {
+    for (const path of moved) await rename(`${path}.away`, path);
+  }
 }
 
 export const standIn = (name) => join(buildFolder, 'stand_ins', name);
