@@ -1,5 +1,6 @@
 #include "system/hardware_win.h"
 
+#include <windows.h>
 #include <dxgi.h>
 #include <sysinfoapi.h>
 #include <wrl/client.h>

@@ -1,5 +1,6 @@
 #include "system/processes_win.h"
 
+#include <windows.h>
 #include <psapi.h>
 #include <tlhelp32.h>
 
