@@ -12,7 +12,7 @@ const at = (...parts) => join(web, ...parts);
 const out_flag = process.argv.indexOf('--out');
 const out = resolve(out_flag > 0 ? process.argv[out_flag + 1] : at('dist'));
 
-const kBudgets = { 'index.html': 4_000, 'css/style.css': 30_000, 'js/app.js': 186_000 };
+const kBudgets = { 'index.html': 4_000, 'css/style.css': 40_000, 'js/app.js': 230_000 };
 
 // The licences of what is compiled into the script travel with it.
 const notices = ['preact', 'lucide-static'].map(
