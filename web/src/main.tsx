@@ -9,7 +9,7 @@ import { startTerminal } from './state/terminal.ts';
 import { startServiceDialog } from './ui/service.tsx';
 import { toast } from './ui/toast.tsx';
 
-const kSettingsGraceMs = 500;
+const settingsGraceMs = 500;
 
 startStatus();
 startTerminal();
@@ -20,7 +20,7 @@ startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));
 
 // The skeleton stays until theme and language are known, so that neither is seen to change; but not for long.
-const grace = new Promise((resolve) => setTimeout(resolve, kSettingsGraceMs));
+const grace = new Promise((resolve) => setTimeout(resolve, settingsGraceMs));
 void Promise.race([settingsDocument.reload(), grace]).then(() => {
   const root = document.getElementById('app')!;
   root.replaceChildren();

@@ -10,7 +10,7 @@ const uninstall: Stream = 'uninstall_stream';
 const task = (id: string, kind: JobKind = 'update'): Task => ({ kind, id, name: id });
 /** The queue of these tasks with the first one running since time 1. */
 const started = (...tasks: Task[]) => startNext(addTasks([], tasks), 1);
-const hear = (jobs: Jobs, text: string, at = 2) => hearLine(jobs, update, { text, is_progress: true }, at);
+const hear = (jobs: Jobs, text: string, at = 2) => hearLine(jobs, update, { text, isProgress: true }, at);
 const end = (jobs: Jobs, code: number, restart = false) => toolEnded(jobs, update, code, restart);
 const states = (jobs: Jobs) => jobs.map(({ id, state }) => `${id} ${state}`).join(', ');
 const a = task('a');
@@ -54,19 +54,19 @@ test('a run ends as its code and the restart marker say', () => {
 
 // The host's messages name no job: the end of a tool that was given up must not become another's result.
 test('an end is credited only to the one tool that it can be of', () => {
-  const give_up = (jobs: Jobs) => endUnknown(jobs, true);
+  const giveUp = (jobs: Jobs) => endUnknown(jobs, true);
   const hide = queue.pendingOnly;
   const ends = (stream: Stream, code: number) => (jobs: Jobs) => toolEnded(jobs, stream, code, false);
   const other = task('b', 'uninstall');
   const cases: [name: string, tasks: Task[], steps: ((jobs: Jobs) => Jobs)[], want: string][] = [
-    ['given up', [a, b], [give_up], 'a failed ?, b running'],
-    ['nothing else runs: the late end is its own', [a], [give_up, ends(update, 0)], 'a done 0'],
-    ['it could be of either', [a, b], [give_up, ends(update, 0)], 'a failed ?, b failed ?'],
-    ['as the one after', [a, b], [give_up, ends(update, 0), ends(update, 5)], 'a failed ?, b failed ?'],
-    ['the next one has its own stream', [a, other], [give_up, ends(uninstall, 0)], 'a failed ?, b done 0'],
-    ['the late end is of the other', [a, other], [give_up, ends(update, 7)], 'a failed 7, b running'],
-    ['hidden while another runs', [a, b], [give_up, hide, ends(update, 0)], 'a failed ?, b failed ?'],
-    ['hidden when none runs, it is forgotten', [a], [give_up, hide, ends(update, 0)], ''],
+    ['given up', [a, b], [giveUp], 'a failed ?, b running'],
+    ['nothing else runs: the late end is its own', [a], [giveUp, ends(update, 0)], 'a done 0'],
+    ['it could be of either', [a, b], [giveUp, ends(update, 0)], 'a failed ?, b failed ?'],
+    ['as the one after', [a, b], [giveUp, ends(update, 0), ends(update, 5)], 'a failed ?, b failed ?'],
+    ['the next one has its own stream', [a, other], [giveUp, ends(uninstall, 0)], 'a failed ?, b done 0'],
+    ['the late end is of the other', [a, other], [giveUp, ends(update, 7)], 'a failed 7, b running'],
+    ['hidden while another runs', [a, b], [giveUp, hide, ends(update, 0)], 'a failed ?, b failed ?'],
+    ['hidden when none runs, it is forgotten', [a], [giveUp, hide, ends(update, 0)], ''],
     ['an end without a tool', [task('a', 'uninstall')], [ends(update, 0)], 'a running'],
   ];
   const show = ({ id, state, code }: Job) => `${id} ${state}${state === 'running' ? '' : ` ${code ?? '?'}`}`;
@@ -74,7 +74,7 @@ test('an end is credited only to the one tool that it can be of', () => {
     const jobs = steps.reduce((before, step) => startNext(step(before), 2), started(...tasks));
     assert.equal(jobs.map(show).join(', '), want, name);
   }
-  assert.equal(states(addTasks(give_up(started(a)), [a])), 'a failed, a waiting', 'a second try');
+  assert.equal(states(addTasks(giveUp(started(a)), [a])), 'a failed, a waiting', 'a second try');
   const running = started(a);
   assert.equal(hearLine(running, uninstall, { text: 'late' }, 9), running, 'a line of the other stream');
 });

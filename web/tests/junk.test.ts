@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { kAllTicked, outcomes, tick, tickedBytes, type Sizes, type Ticks } from '../src/lib/junk.ts';
+import { allTicked, outcomes, tick, tickedBytes, type Sizes, type Ticks } from '../src/lib/junk.ts';
 
 const low = { windowsTemp: 1, prefetch: 2, userTemp: 4, winUpdate: 8 };
 const sizes: Sizes = { ...low, browserCache: 16, shaderCache: 32, systemLogs: 64 };
@@ -8,14 +8,14 @@ const ticksOf = (...ticked: string[]) =>
   Object.fromEntries(Object.keys(sizes).map((key) => [key, ticked.includes(key)])) as unknown as Ticks;
 
 test('Windows temporary files and Prefetch are ticked together; the total follows the ticks', () => {
-  const off = tick(kAllTicked, 'prefetch', false);
+  const off = tick(allTicked, 'prefetch', false);
   const cases: [ticks: Ticks, bytes: number][] = [
-    [kAllTicked, 127],
+    [allTicked, 127],
     [ticksOf(), 0],
-    [tick(kAllTicked, 'windowsTemp', false), 124],
+    [tick(allTicked, 'windowsTemp', false), 124],
     [off, 124],
     [tick(off, 'windowsTemp', true), 127],
-    [tick(kAllTicked, 'browserCache', false), 111],
+    [tick(allTicked, 'browserCache', false), 111],
   ];
   for (const [i, [ticks, bytes]] of cases.entries()) {
     assert.equal(ticks.prefetch, ticks.windowsTemp, `row ${i}`);

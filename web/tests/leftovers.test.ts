@@ -11,7 +11,7 @@ test("only what lies in a publisher's folder or key is ticked from the start", (
     'HKCU\\Software\\Brook\\TarnSync',
     'HKLM\\Software\\Brook\\TarnSync',
   ];
-  const not_ticked = [
+  const notTicked = [
     'C:\\Users\\Žofie\\AppData\\Local\\Tarn Sync',
     'C:\\Program Files\\Brook',
     'C:\\Program Files\\Brook.TarnSync',
@@ -31,5 +31,5 @@ test("only what lies in a publisher's folder or key is ticked from the start", (
   ];
   const isTicked = (path: string) => tickedAtFirst({ type: 'directory', path, size: 1 });
   for (const path of ticked) assert.ok(isTicked(path), path);
-  for (const path of not_ticked) assert.ok(!isTicked(path), path);
+  for (const path of notTicked) assert.ok(!isTicked(path), path);
 });

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { beginRun, exitWord, hearEnd, kNoRuns, putAside, reachOf, withTarget } from '../src/lib/network.ts';
+import { beginRun, exitWord, hearEnd, noRuns, putAside, reachOf, withTarget } from '../src/lib/network.ts';
 
 test('from where a port can be reached', () => {
   const cases: Record<string, string> = {
@@ -27,15 +27,15 @@ test('exit codes: the same figure means different things to the two tools', () =
 
 test('ends of tools that do not say whose they are', () => {
   const runs = (shown: boolean, owed: number, mixed: boolean) => ({ shown, owed, mixed });
-  const second = beginRun(putAside(beginRun(kNoRuns)));
+  const second = beginRun(putAside(beginRun(noRuns)));
   const cases: [name: string, got: object, want: object][] = [
-    ['alone', hearEnd(beginRun(kNoRuns)), runs(false, 0, false)],
+    ['alone', hearEnd(beginRun(noRuns)), runs(false, 0, false)],
     ['one put aside', second, runs(true, 1, true)],
     ['the first end may be of either', hearEnd(second), runs(true, 0, true)],
     ['the last end ends both', hearEnd(hearEnd(second)), runs(false, 0, true)],
-    ['what has ended confuses nothing', beginRun(hearEnd(putAside(beginRun(kNoRuns)))), runs(true, 0, false)],
-    ['nobody waits', hearEnd(kNoRuns), kNoRuns],
-    ['nothing to put aside', putAside(kNoRuns), kNoRuns],
+    ['what has ended confuses nothing', beginRun(hearEnd(putAside(beginRun(noRuns)))), runs(true, 0, false)],
+    ['nobody waits', hearEnd(noRuns), noRuns],
+    ['nothing to put aside', putAside(noRuns), noRuns],
   ];
   for (const [name, got, want] of cases) assert.deepEqual(got, want, name);
 });

@@ -8,7 +8,7 @@ const one = (cpuTimeSec: number, more: Partial<ProcessRow> = {}): ProcessRow => 
 
 test('share of the processors between two lists', () => {
   const closed = one(0, { memUsageMB: 0 });
-  type Case = [name: string, before: ProcessRow[], now: ProcessRow, elapsed_s: number, want?: number];
+  type Case = [name: string, before: ProcessRow[], now: ProcessRow, elapsedSeconds: number, want?: number];
   const cases: Case[] = [
     ['first list', [], one(1), 3],
     ['half of one of four', [one(1)], one(2.5), 3, 12.5],
@@ -20,8 +20,8 @@ test('share of the processors between two lists', () => {
     ['soon after the first list', [one(1)], one(2), 0.02],
     ['soon after a later one', [{ ...one(1), share: 40 }], one(1.016), 0.02, 40],
   ];
-  for (const [name, before, now, elapsed_s, want] of cases)
-    assert.equal(withShares(before, [now], elapsed_s, 4)[0]!.share, want, name);
+  for (const [name, before, now, elapsedSeconds, want] of cases)
+    assert.equal(withShares(before, [now], elapsedSeconds, 4)[0]!.share, want, name);
 });
 
 test('processor time as a clock', () => {

@@ -28,6 +28,6 @@ test('a member that is missing or of another type is noticed', () => {
     'object for an array': { disks: {} },
     'one bad item in an array': { disks: [...telemetry.disks, { drive: 'E:' }] },
   };
-  assert.ok(messages.telemetry({ ...telemetry, something_new: 1 }), 'a further member does no harm');
+  assert.ok(messages.telemetry({ ...telemetry, somethingNew: 1 }), 'a further member does no harm');
   for (const name in broken) assert.ok(!messages.telemetry({ ...telemetry, ...broken[name] }), name);
 });

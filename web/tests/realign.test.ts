@@ -23,7 +23,7 @@ test('rows of updates are put back into their columns, from the right', () => {
     ],
     ['竹林メ… Chiku.M… | 24.1… | 24.3 | winget | winget', '竹林メ… | Chiku.M… | 24.1… | 24.3 | winget'],
   ];
-  const in_place = [
+  const inPlace = [
     'Tarn | Brook.Tarn | 1.0 | 1.2 | winget',
     'Copse | Wood.Copse | 3.1 | 3.2 | forest',
     'Fen | Fen.Viewer | Unknown | nightly | winget',
@@ -36,7 +36,7 @@ test('rows of updates are put back into their columns, from the right', () => {
     'no id': 'Tarn | Sync | 1.0 | 1.2 | winget',
     'no name': 'Brook.Tarn | 1.0 | 1.2 | winget | winget',
   };
-  for (const [cells, want] of [...cases, ...in_place.map((row) => [row, row] as const)])
+  for (const [cells, want] of [...cases, ...inPlace.map((row) => [row, row] as const)])
     assert.deepEqual(realignUpdate(update(cells)), { ...update(want), whole: true }, cells);
   for (const name in lost)
     assert.deepEqual(realignUpdate(update(lost[name]!)), { ...update(lost[name]!), whole: false }, name);

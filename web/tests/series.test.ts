@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { niceCeiling, sparkline, stats } from '../src/lib/series.ts';
 
-const frame = { width: 120, height: 10, now: 120_000, window_ms: 120_000, top: 100, gap_ms: 7500 };
+const frame = { width: 120, height: 10, now: 120_000, windowMs: 120_000, top: 100, gapMs: 7500 };
 const linesOf = (points: Record<number, number>) => {
   const series = Object.entries(points).map(([at, value]) => ({ at: Number(at), value }));
   return sparkline(series, frame);

@@ -42,7 +42,7 @@ test('selection: plain, Ctrl (^) and Shift (+) clicks', () => {
     const end = clicks.split(' ').reduce<Selection>((at, click) => {
       const modifiers = { ctrl: click.includes('^'), shift: click.includes('+') };
       return table.select(at, ['a', 'b', 'c', 'd', 'e'], click.at(-1)!, modifiers);
-    }, table.kNoSelection);
+    }, table.noSelection);
     assert.deepEqual([[...end.keys].sort().join(''), end.active], [want, active], name);
   }
   const before: Selection = { keys: new Set(['a']), active: 'a', anchor: 'a' };

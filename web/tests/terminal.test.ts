@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import { appendLines, type Incoming, type Line } from '../src/lib/terminal.ts';
 
 const texts = (lines: readonly Line[]) => lines.map((line) => line.text);
-const progress = (text: string): Incoming => ({ text, is_progress: true });
+const progress = (text: string): Incoming => ({ text, isProgress: true });
 
 test('a line replaces the one before it only when both look like a redraw', () => {
   const cases: [name: string, incoming: Incoming[], want: string[]][] = [
@@ -19,8 +19,8 @@ test('a line replaces the one before it only when both look like a redraw', () =
   ];
   for (const [name, incoming, want] of cases) {
     assert.deepEqual(texts(appendLines([], incoming)), want, `${name}, at once`);
-    const one_by_one = incoming.reduce<Line[]>((lines, line) => appendLines(lines, [line]), []);
-    assert.deepEqual(texts(one_by_one), want, `${name}, one by one`);
+    const oneByOne = incoming.reduce<Line[]>((lines, line) => appendLines(lines, [line]), []);
+    assert.deepEqual(texts(oneByOne), want, `${name}, one by one`);
   }
 });
 

@@ -12,12 +12,12 @@ const holes = (text: string) => [...new Set(text.match(/\{\w+\}/g) ?? [])].sort(
 
 test('every text has the same holes in every form, and the forms that its language uses', () => {
   for (const language of languages) {
-    const wanted_forms = new Intl.PluralRules(language).resolvedOptions().pluralCategories.sort();
+    const wantedForms = new Intl.PluralRules(language).resolvedOptions().pluralCategories.sort();
     for (const key of Object.keys(tables.cs) as TextKey[]) {
       const czech = tables.cs[key];
       const wanted = holes(typeof czech === 'string' ? czech : czech.other);
       const entry = tables[language][key];
-      if (typeof entry !== 'string') assert.deepEqual(Object.keys(entry).sort(), wanted_forms, key);
+      if (typeof entry !== 'string') assert.deepEqual(Object.keys(entry).sort(), wantedForms, key);
       for (const [form, text] of forms(entry)) {
         // "every hour": the form for exactly one may do without its number.
         const short = form === 'one' && holes(text + '{n}') === wanted;

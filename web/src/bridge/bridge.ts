@@ -30,12 +30,12 @@ export class BridgeError extends Error {
   }
 }
 
-const kDefaultTimeoutMs = 30_000;
+const defaultTimeoutMs = 30_000;
 
 /** The action's data, required where it reads any, and how long to wait for the answer. */
 export type RequestArgs<A extends Action> = A extends keyof RequestData
-  ? [data: RequestData[A], timeout_ms?: number]
-  : [data?: undefined, timeout_ms?: number];
+  ? [data: RequestData[A], timeoutMs?: number]
+  : [data?: undefined, timeoutMs?: number];
 
 interface Pending {
   type: MessageType;
@@ -45,19 +45,19 @@ interface Pending {
 }
 
 export class Bridge {
-  #web_view: WebView | undefined;
-  #last_id = 0;
+  #webView: WebView | undefined;
+  #lastId = 0;
   #pending = new Map<number, Pending>();
   #listeners = new Map<string, Set<(message: never) => void>>();
 
-  constructor(web_view: WebView | undefined) {
-    this.#web_view = web_view;
-    web_view?.addEventListener('message', (event) => this.#receive(event.data));
+  constructor(webView: WebView | undefined) {
+    this.#webView = webView;
+    webView?.addEventListener('message', (event) => this.#receive(event.data));
   }
 
   /** Asks and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
-  request<A extends Action>(action: A, ...[data, timeout_ms]: RequestArgs<A>): Promise<Reply<A>> {
-    return this.#ask(action, { data: data ?? {} }, timeout_ms ?? kDefaultTimeoutMs);
+  request<A extends Action>(action: A, ...[data, timeoutMs]: RequestArgs<A>): Promise<Reply<A>> {
+    return this.#ask(action, { data: data ?? {} }, timeoutMs ?? defaultTimeoutMs);
   }
 
   /**
@@ -65,15 +65,15 @@ export class Bridge {
    * carry, 0 for the actions that are sent without one.
    */
   start<A extends keyof StreamData>(action: A, data: StreamData[A]): number {
-    if (!this.#web_view) throw new BridgeError('absent');
-    const requestId = unnumbered.has(action) ? 0 : ++this.#last_id;
-    this.#web_view.postMessage(JSON.stringify({ action, ...(requestId && { requestId }), data }));
+    if (!this.#webView) throw new BridgeError('absent');
+    const requestId = unnumbered.has(action) ? 0 : ++this.#lastId;
+    this.#webView.postMessage(JSON.stringify({ action, ...(requestId && { requestId }), data }));
     return requestId;
   }
 
   /** Opens an address with the system's own program. The host reads `url` beside `action`, not inside `data`. */
   openUrl(url: string): Promise<Reply<'openUrl'>> {
-    return this.#ask('openUrl', { url, data: {} }, kDefaultTimeoutMs);
+    return this.#ask('openUrl', { url, data: {} }, defaultTimeoutMs);
   }
 
   /** Listens to every message of one type, also to replies. Returns the function that stops listening. */
@@ -83,22 +83,22 @@ export class Bridge {
     return () => listeners.delete(listener);
   }
 
-  #ask<A extends Action>(action: A, members: Record<string, unknown>, timeout_ms: number): Promise<Reply<A>> {
-    const web_view = this.#web_view;
-    if (!web_view) return Promise.reject(new BridgeError('absent'));
-    const requestId = ++this.#last_id;
+  #ask<A extends Action>(action: A, members: Record<string, unknown>, timeoutMs: number): Promise<Reply<A>> {
+    const webView = this.#webView;
+    if (!webView) return Promise.reject(new BridgeError('absent'));
+    const requestId = ++this.#lastId;
     return new Promise((resolve, reject) => {
-      const timer = setTimeout(() => this.#take(requestId)?.reject(new BridgeError('timeout')), timeout_ms);
+      const timer = setTimeout(() => this.#take(requestId)?.reject(new BridgeError('timeout')), timeoutMs);
       this.#pending.set(requestId, { type: replies[action], resolve, reject, timer });
-      web_view.postMessage(JSON.stringify({ action, requestId, ...members }));
+      webView.postMessage(JSON.stringify({ action, requestId, ...members }));
     });
   }
 
-  #take(request_id: unknown): Pending | undefined {
-    const pending = this.#pending.get(request_id as number);
+  #take(requestId: unknown): Pending | undefined {
+    const pending = this.#pending.get(requestId as number);
     if (pending) {
       clearTimeout(pending.timer);
-      this.#pending.delete(request_id as number);
+      this.#pending.delete(requestId as number);
     }
     return pending;
   }

@@ -3,10 +3,10 @@
 import { anything, array, bool, number, object, optional, record, text, type Guarded } from '../lib/shape.ts';
 
 const file = object({ path: text, size: number });
-const folder_entry = object({ name: text, path: text, isDirectory: bool, size: number });
-const software_update = object({ name: text, id: text, version: text, available: text, source: text });
+const folderEntry = object({ name: text, path: text, isDirectory: bool, size: number });
+const softwareUpdate = object({ name: text, id: text, version: text, available: text, source: text });
 // Passed on from Windows Update as they come, whatever their type.
-const driver_update = object({
+const driverUpdate = object({
   title: anything,
   description: anything,
   categories: anything,
@@ -32,10 +32,10 @@ const junk = object({
   bytes: number,
   kept: optional(array(text)), // categories whose folder may not be emptied
 });
-const system_file = object({ exists: bool, size: number });
+const systemFile = object({ exists: bool, size: number });
 
 /** One message of a tool that runs: `streamType` "status", "stdout" or "exit". */
-const tool_stream = object({
+const toolStream = object({
   streamType: text,
   requestId: optional(number), // absent in the "exit" of a ping
   message: optional(text),
@@ -112,27 +112,27 @@ export const messages = {
   deleteSpecificFiles: object({ deletedCount: number }),
   getSystemFilesAdvisor: object({
     hiberfil: object({ exists: bool, size: number, enabled: bool }),
-    pagefile: system_file,
-    swapfile: system_file,
+    pagefile: systemFile,
+    swapfile: systemFile,
   }),
   setHibernation: object({ enabled: bool }),
 
   // Software and drivers.
-  software_updates: object({ updates: array(software_update), count: number }),
+  software_updates: object({ updates: array(softwareUpdate), count: number }),
   apps: object({ apps: array(object({ name: text, id: text, version: text, source: text })) }),
-  driver_updates: object({ updates: array(driver_update), count: number, scannedDriversCount: number }),
+  driver_updates: object({ updates: array(driverUpdate), count: number, scannedDriversCount: number }),
   scan_progress: object({
     status: text, // "scanning_apps", "scanning_drivers", "scanning_drivers_heartbeat", "done"
     requestId: number,
     success: optional(bool),
     softwareCount: optional(number),
     ticks: optional(number),
-    software: optional(array(software_update)),
-    drivers: optional(array(driver_update)),
+    software: optional(array(softwareUpdate)),
+    drivers: optional(array(driverUpdate)),
     scannedDriversCount: optional(number),
   }),
-  update_stream: tool_stream,
-  uninstall_stream: tool_stream,
+  update_stream: toolStream,
+  uninstall_stream: toolStream,
   findLeftovers: object({ leftovers: array(object({ type: text, path: text, size: number })) }),
   cleanLeftovers: object({}),
 
@@ -144,10 +144,10 @@ export const messages = {
     scanned: optional(number),
     currentFolder: optional(text),
     drive: optional(text),
-    folders: optional(array(folder_entry)),
+    folders: optional(array(folderEntry)),
     files: optional(array(file)),
   }),
-  getFolderContents: object({ path: text, items: array(folder_entry) }),
+  getFolderContents: object({ path: text, items: array(folderEntry) }),
 
   // Start-up.
   startup: object({
@@ -162,7 +162,7 @@ export const messages = {
   getOpenPorts: object({
     ports: array(object({ proto: text, local: text, port: text, state: text, pid: text })),
   }),
-  ping_diagnostic_stream: tool_stream,
+  ping_diagnostic_stream: toolStream,
   getHostsFile: object({ content: text }),
   saveHostsFile: object({}),
   getEnvVariables: object({ user: record(text), system: record(text) }),
@@ -175,7 +175,7 @@ export const messages = {
 
   // Maintenance.
   quickAction: object({ message: text }),
-  sfc_stream: tool_stream,
+  sfc_stream: toolStream,
   checkForUpdates: object({
     onlineVersion: text,
     currentVersion: text,

@@ -45,13 +45,13 @@ const extensions: Partial<Record<Kind, string>> = {
   program: 'exe dll sys msi msp msix appx com scr drv ocx bat cmd ps1 jar',
 };
 
-const kind_of_extension = new Map(
+const kindOfExtension = new Map(
   kinds.flatMap((kind) => (extensions[kind] ?? '').split(' ').map((extension) => [extension, kind] as const)),
 );
-kind_of_extension.delete('');
+kindOfExtension.delete('');
 
 export function kindOf({ name, isDirectory }: { name: string; isDirectory: boolean }): Kind {
   if (isDirectory) return 'folder';
   const dot = name.lastIndexOf('.');
-  return (dot > 0 && kind_of_extension.get(name.slice(dot + 1).toLowerCase())) || 'other';
+  return (dot > 0 && kindOfExtension.get(name.slice(dot + 1).toLowerCase())) || 'other';
 }

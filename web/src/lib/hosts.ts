@@ -43,19 +43,19 @@ export function checkHosts(lines: readonly string[]): Problem[] {
   return problems;
 }
 
-const line_end = /\r\n|\r|\n/g;
+const lineEnd = /\r\n|\r|\n/g;
 
 /** The text as an editor holds it. */
-export const withLf = (text: string) => text.replace(line_end, '\n');
+export const withLf = (text: string) => text.replace(lineEnd, '\n');
 
 /** Indices of the pairs [in a, in b] of lines that occur exactly once in both ranges, in the order of b. */
 function uniquePairs(
   a: readonly string[],
-  a_from: number,
-  a_to: number,
+  aFrom: number,
+  aTo: number,
   b: readonly string[],
-  b_from: number,
-  b_to: number,
+  bFrom: number,
+  bTo: number,
 ) {
   const found = new Map<string, { a: number; b: number }>(); // -1: not yet, -2: more than once
   const note = (side: 'a' | 'b', lines: readonly string[], from: number, to: number) => {
@@ -65,8 +65,8 @@ function uniquePairs(
       found.set(lines[i]!, entry);
     }
   };
-  note('b', b, b_from, b_to);
-  note('a', a, a_from, a_to);
+  note('b', b, bFrom, bTo);
+  note('a', a, aFrom, aTo);
   return [...found.values()].filter((pair) => pair.a >= 0 && pair.b >= 0).sort((x, y) => x.b - y.b);
 }
 
@@ -94,25 +94,25 @@ function growing(pairs: readonly { a: number; b: number }[]) {
  * that was changed in place too, and new ones take the one that is most common in the file (CR LF in an empty one).
  */
 export function restoreLineEnds(original: string, edited: string): string {
-  const ends = original.match(line_end) ?? [];
+  const ends = original.match(lineEnd) ?? [];
   const a = original.split(/\r\n|\r|\n/);
   const b = edited.split('\n');
   const counts = (end: string) => ends.filter((other) => other === end).length;
   const common = ['\r\n', '\n', '\r'].sort((x, y) => counts(y) - counts(x))[0]!;
   const chosen: (string | undefined)[] = [];
 
-  function match(a_from: number, a_to: number, b_from: number, b_to: number) {
+  function match(aFrom: number, aTo: number, bFrom: number, bTo: number) {
     const same = (i: number, j: number) => a[i] === b[j];
-    while (a_from < a_to && b_from < b_to && same(a_from, b_from)) chosen[b_from++] = ends[a_from++];
-    while (a_from < a_to && b_from < b_to && same(a_to - 1, b_to - 1)) chosen[--b_to] = ends[--a_to];
-    const run = growing(uniquePairs(a, a_from, a_to, b, b_from, b_to));
+    while (aFrom < aTo && bFrom < bTo && same(aFrom, bFrom)) chosen[bFrom++] = ends[aFrom++];
+    while (aFrom < aTo && bFrom < bTo && same(aTo - 1, bTo - 1)) chosen[--bTo] = ends[--aTo];
+    const run = growing(uniquePairs(a, aFrom, aTo, b, bFrom, bTo));
     if (run.length === 0) {
-      if (a_to - a_from === b_to - b_from) while (b_from < b_to) chosen[b_from++] = ends[a_from++];
+      if (aTo - aFrom === bTo - bFrom) while (bFrom < bTo) chosen[bFrom++] = ends[aFrom++];
       return;
     }
-    for (const pair of [...run, { a: a_to, b: b_to }]) {
-      match(a_from, pair.a, b_from, pair.b);
-      [a_from, b_from] = [pair.a, pair.b];
+    for (const pair of [...run, { a: aTo, b: bTo }]) {
+      match(aFrom, pair.a, bFrom, pair.b);
+      [aFrom, bFrom] = [pair.a, pair.b];
     }
   }
   match(0, a.length, 0, b.length);

@@ -75,8 +75,8 @@ export function hearLine(jobs: Jobs, stream: Stream, line: Incoming, now: number
 }
 
 function ended({ percent: _, lost: __, ...job }: Job, code: number | undefined, restart: boolean): Job {
-  const needed = restart || restart_codes.has(code ?? 0);
-  const good = code === 0 || finished_codes.has(code ?? -1);
+  const needed = restart || restartCodes.has(code ?? 0);
+  const good = code === 0 || finishedCodes.has(code ?? -1);
   const state = !good ? 'failed' : needed ? 'restart' : 'done';
   return { ...job, state, ...(code !== undefined && { code }), ...(needed && { restart: true }) };
 }
@@ -112,7 +112,7 @@ export const pendingOnly = (jobs: Jobs): Jobs =>
 /** Takes away what does not run yet. */
 export const withoutWaiting = (jobs: Jobs): Jobs => jobs.filter(({ state }) => state !== 'waiting');
 
-const kUnitBytes: Record<string, number> = { B: 1, KB: 2 ** 10, MB: 2 ** 20, GB: 2 ** 30, TB: 2 ** 40 };
+const unitBytes: Record<string, number> = { B: 1, KB: 2 ** 10, MB: 2 ** 20, GB: 2 ** 30, TB: 2 ** 40 };
 
 /** 0 to 100 out of a line of progress: "40%", or "30.1 MB / 63.0 MB". */
 export function percentOf(text: string): number | undefined {
@@ -120,7 +120,7 @@ export function percentOf(text: string): number | undefined {
   const percent = /(\d+(?:[.,]\d+)?)\s*%/.exec(text)?.[1];
   const sizes = /(\d+(?:[.,]\d+)?)\s*([KMGT]?B)\s*\/\s*(\d+(?:[.,]\d+)?)\s*([KMGT]?B)/i.exec(text);
   const number = (figure = '') => Number(figure.replace(',', '.'));
-  const bytes = (figure = '', unit = '') => number(figure) * (kUnitBytes[unit.toUpperCase()] ?? 1);
+  const bytes = (figure = '', unit = '') => number(figure) * (unitBytes[unit.toUpperCase()] ?? 1);
   const share =
     percent !== undefined
       ? number(percent)
@@ -130,11 +130,11 @@ export function percentOf(text: string): number | undefined {
   return Number.isFinite(share) ? Math.min(100, share) : undefined;
 }
 
-const kPackageManager = 0x8a150000;
-const restart_codes = new Set([0x109, 0x10a, 0x10b].map((low) => kPackageManager + low));
-const finished_codes = new Set([0x109, 0x10b].map((low) => kPackageManager + low));
+const packageManagerCodes = 0x8a150000;
+const restartCodes = new Set([0x109, 0x10a, 0x10b].map((low) => packageManagerCodes + low));
+const finishedCodes = new Set([0x109, 0x10b].map((low) => packageManagerCodes + low));
 
-const package_codes = {
+const packageCodes = {
   0x02: 'oldTool',
   0x06: 'installer',
   0x08: 'download',
@@ -166,7 +166,7 @@ const package_codes = {
   0x10c: 'cancelled',
 } as const;
 
-const driver_codes = {
+const driverCodes = {
   1: 'notStarted',
   2: 'notOffered',
   3: 'download',
@@ -177,13 +177,13 @@ const driver_codes = {
 } as const;
 
 type Values<T> = T[keyof T];
-export type CodeWord = Values<typeof package_codes> | Values<typeof driver_codes> | 'refused';
+export type CodeWord = Values<typeof packageCodes> | Values<typeof driverCodes> | 'refused';
 
 /** What is known about an exit code (unsigned, 32 bits). */
 export function wordOf(kind: JobKind, code: number): CodeWord | undefined {
   if (code === 999) return 'refused';
-  if (kind === 'driver') return driver_codes[code as keyof typeof driver_codes];
-  return code === 1 ? 'notStarted' : package_codes[(code - kPackageManager) as keyof typeof package_codes];
+  if (kind === 'driver') return driverCodes[code as keyof typeof driverCodes];
+  return code === 1 ? 'notStarted' : packageCodes[(code - packageManagerCodes) as keyof typeof packageCodes];
 }
 
 /** Codes of the package manager are known by their hexadecimal form. */

@@ -15,7 +15,7 @@ export type Category = (typeof categories)[number];
 export type Sizes = Record<Category, number>;
 export type Ticks = Record<Category, boolean>;
 
-export const kAllTicked = Object.fromEntries(categories.map((category) => [category, true])) as Ticks;
+export const allTicked = Object.fromEntries(categories.map((category) => [category, true])) as Ticks;
 
 /** Prefetch is cleaned exactly when the temporary files of Windows are, so both ticks change together. */
 export function tick(ticks: Ticks, category: Category, on: boolean): Ticks {

@@ -12,11 +12,11 @@ export function reachOf(local: string): Reach {
   return host === '::1' || /^127\./.test(host) ? 'machine' : 'address';
 }
 
-const kRecentTargets = 5;
+const recentTargets = 5;
 
 /** The target first, without repeats, and no more than are kept. */
 export function withTarget(targets: readonly string[], target: string): string[] {
-  return [target, ...targets.filter((other) => other !== target)].slice(0, kRecentTargets);
+  return [target, ...targets.filter((other) => other !== target)].slice(0, recentTargets);
 }
 
 export type Tool = 'ping' | 'dns';
@@ -52,7 +52,7 @@ export interface Ends {
   mixed: boolean;
 }
 
-export const kNoRuns: Ends = { shown: false, owed: 0, mixed: false };
+export const noRuns: Ends = { shown: false, owed: 0, mixed: false };
 
 export const beginRun = ({ owed }: Ends): Ends => ({ shown: true, owed, mixed: owed > 0 });
 

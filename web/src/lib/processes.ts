@@ -17,23 +17,23 @@ export function isSameProcess(before: Running, now: Running): boolean {
 }
 
 /** Windows counts processor time in steps of about 16 ms: over less than this a share would be noise. */
-export const kShortestSpan_s = 1;
+export const shortestSpanSeconds = 1;
 
 /** Over too short a span the shares are those of the list before. */
 export function withShares(
   before: readonly ProcessRow[],
   now: readonly Running[],
-  elapsed_s: number,
+  elapsedSeconds: number,
   processors: number,
 ): ProcessRow[] {
   const known = new Map(before.map((one) => [one.pid, one]));
   return now.map((one) => {
     const last = known.get(one.pid);
     if (!last || !isMeasured(one) || !isSameProcess(last, one)) return one;
-    if (elapsed_s < kShortestSpan_s) return last.share === undefined ? one : { ...one, share: last.share };
+    if (elapsedSeconds < shortestSpanSeconds) return last.share === undefined ? one : { ...one, share: last.share };
     return {
       ...one,
-      share: Math.min(100, (100 * (one.cpuTimeSec - last.cpuTimeSec)) / elapsed_s / processors),
+      share: Math.min(100, (100 * (one.cpuTimeSec - last.cpuTimeSec)) / elapsedSeconds / processors),
     };
   });
 }

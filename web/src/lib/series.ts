@@ -36,23 +36,23 @@ export interface Frame {
   height: number;
   /** The right edge (ms since the epoch) and what lies between it and the left edge. */
   now: number;
-  window_ms: number;
+  windowMs: number;
   /** The value at the top edge. */
   top: number;
   /** Points further apart than this are not joined: nothing was measured between them. */
-  gap_ms: number;
+  gapMs: number;
 }
 
 /** SVG paths: the line, and the area below it. */
 export function sparkline(points: readonly Point[], frame: Frame): { line: string; area: string } {
-  const x = (at: number) => round(frame.width * (1 - (frame.now - at) / frame.window_ms));
+  const x = (at: number) => round(frame.width * (1 - (frame.now - at) / frame.windowMs));
   const y = (value: number) => round(frame.height * (1 - Math.min(Math.max(value / frame.top, 0), 1)));
   let line = '';
   let area = '';
   let start = 0;
   points.forEach((point, i) => {
     const next = points[i + 1];
-    if (next && next.at - point.at <= frame.gap_ms) return;
+    if (next && next.at - point.at <= frame.gapMs) return;
     const run = points.slice(start, i + 1);
     const path = run.map(({ at, value }) => `${x(at)} ${y(value)}`).join('L');
     start = i + 1;

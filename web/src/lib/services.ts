@@ -14,18 +14,18 @@ export interface DevService {
 }
 
 const textOf = (value: unknown) => (typeof value === 'string' ? value : JSON.stringify(value));
-const title_members = ['display_name', 'displayName', 'name', 'title', 'service_type'];
+const titleMembers = ['display_name', 'displayName', 'name', 'title', 'service_type'];
 
 export function readService(element: unknown): DevService {
   if (!isRecord(element)) return { title: textOf(element), status: '', facts: '', commands: [] };
   const { service_type: type, commands, status } = element;
-  const in_words = typeof status === 'string';
-  const title = title_members.find((member) => typeof element[member] === 'string' && element[member] !== '');
-  const said = [title, 'service_type', 'commands', in_words && 'status'];
+  const inWords = typeof status === 'string';
+  const title = titleMembers.find((member) => typeof element[member] === 'string' && element[member] !== '');
+  const said = [title, 'service_type', 'commands', inWords && 'status'];
   const shown = Object.entries(element).filter(([name]) => !said.includes(name));
   return {
     title: title === undefined ? textOf(element) : textOf(element[title]),
-    status: in_words ? status : '',
+    status: inWords ? status : '',
     facts: shown.map(([name, value]) => `${name}: ${textOf(value)}`).join(', '),
     ...(typeof type === 'string' && type !== '' && { type }),
     commands: Array.isArray(commands)

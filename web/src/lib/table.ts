@@ -81,7 +81,7 @@ export interface Selection {
   anchor: Key | undefined;
 }
 
-export const kNoSelection: Selection = { keys: new Set(), active: undefined, anchor: undefined };
+export const noSelection: Selection = { keys: new Set(), active: undefined, anchor: undefined };
 
 export interface Modifiers {
   shift: boolean;
@@ -145,14 +145,14 @@ export function moveTo(key: string, index: number, count: number, page: number):
 
 /** The rows to draw, [first, end), for a scroll position. All measures in pixels. */
 export function visibleRange(
-  scroll_top: number,
+  scrollTop: number,
   viewport: number,
-  row_height: number,
+  rowHeight: number,
   count: number,
   margin: number,
 ) {
-  const first = Math.max(0, Math.min(Math.floor(scroll_top / row_height) - margin, count - 1));
-  const end = Math.min(count, Math.ceil((scroll_top + viewport) / row_height) + margin);
+  const first = Math.max(0, Math.min(Math.floor(scrollTop / rowHeight) - margin, count - 1));
+  const end = Math.min(count, Math.ceil((scrollTop + viewport) / rowHeight) + margin);
   return { first, end: Math.max(first, end) };
 }
 

@@ -4,7 +4,7 @@ export interface Line {
   id: number;
   text: string;
   style: string;
-  is_progress: boolean;
+  isProgress: boolean;
 }
 
 export interface Incoming {
@@ -12,13 +12,13 @@ export interface Incoming {
   /** Class of the line; letters, digits and hyphens, "system-line" when empty. */
   style?: string;
   /** The tool ended the line with a bare or preceding carriage return, so it may be a redraw of the one before. */
-  is_progress?: boolean;
+  isProgress?: boolean;
 }
 
-const kMaxLines = 2000;
+const maxLines = 2000;
 
 const spinner = /^\s*[-\\|/]\s*$/;
-const redraw_looks = [
+const redrawLooks = [
   /[█▉▊▋▌▍▎▏▒░■]/, // progress bar
   spinner,
   /\d+([.,]\d+)?\s*%/,
@@ -29,7 +29,7 @@ const redraw_looks = [
 const afterRedraws = (text: string) => text.split('\r').findLast((part) => part.trim() !== '') ?? text;
 
 export function looksLikeRedraw(text: string): boolean {
-  return redraw_looks.some((look) => look.test(text));
+  return redrawLooks.some((look) => look.test(text));
 }
 
 /**
@@ -39,15 +39,15 @@ export function looksLikeRedraw(text: string): boolean {
  */
 export function appendLines(lines: readonly Line[], incoming: readonly Incoming[]): Line[] {
   const next = lines.slice();
-  for (const { text: printed, style = '', is_progress = false } of incoming) {
+  for (const { text: printed, style = '', isProgress = false } of incoming) {
     const text = afterRedraws(printed);
     const before = next.at(-1);
     const replaces =
-      before?.is_progress &&
-      (spinner.test(before.text) || (is_progress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
+      before?.isProgress &&
+      (spinner.test(before.text) || (isProgress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
     const id = replaces ? before.id : (before?.id ?? 0) + 1;
     if (replaces) next.pop();
-    next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', is_progress });
+    next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', isProgress });
   }
-  return next.slice(-kMaxLines);
+  return next.slice(-maxLines);
 }

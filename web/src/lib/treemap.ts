@@ -64,17 +64,17 @@ export interface Tile<Entry> extends Rect {
   count: number;
 }
 
-/** The tiles of a folder. Entries that would get less than `least_area` (square pixels) are put together in one, the last. */
+/** The tiles of a folder. Entries that would get less than `leastArea` (square pixels) are put together in one, the last. */
 export function tilesOf<Entry extends { size: number }>(
   entries: readonly Entry[],
   width: number,
   height: number,
-  least_area: number,
+  leastArea: number,
 ): Tile<Entry>[] {
   const sorted = entries.filter(({ size }) => size > 0).sort((a, b) => b.size - a.size);
   const total = sorted.reduce((sum, { size }) => sum + size, 0);
-  const least_size = (total * least_area) / (width * height);
-  const found = sorted.findIndex(({ size }) => size < least_size);
+  const leastSize = (total * leastArea) / (width * height);
+  const found = sorted.findIndex(({ size }) => size < leastSize);
   // A lone small one may stay: put together with nothing it would only lose its name.
   const cut = found < 0 || found === sorted.length - 1 ? sorted.length : found;
   const tiles = sorted

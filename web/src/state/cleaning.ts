@@ -1,5 +1,5 @@
 import { host } from '../bridge/host.ts';
-import { kAllTicked, outcomes, type Category, type Outcome, type Ticks } from '../lib/junk.ts';
+import { allTicked, outcomes, type Category, type Outcome, type Ticks } from '../lib/junk.ts';
 import { createSource } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { formatBytes } from '../text/format.ts';
@@ -9,10 +9,10 @@ import { toast } from '../ui/toast.tsx';
 import { status } from './status.ts';
 
 // Whole trees are walked, on a slow disk for minutes.
-const kMeasureTimeoutMs = 15 * 60_000;
-const kCleanTimeoutMs = 60 * 60_000;
+const measureTimeoutMs = 15 * 60_000;
+const cleanTimeoutMs = 60 * 60_000;
 
-const getJunk = () => host.request('getJunk', undefined, kMeasureTimeoutMs);
+const getJunk = () => host.request('getJunk', undefined, measureTimeoutMs);
 
 export const junk = createSource(getJunk);
 
@@ -25,7 +25,7 @@ interface Cleaning {
 }
 
 /** Outlives the view: a clean goes on while another one is shown. */
-export const cleaning = createStore<Cleaning>({ ticks: kAllTicked });
+export const cleaning = createStore<Cleaning>({ ticks: allTicked });
 
 export function measureJunk() {
   const { ticks, since } = cleaning.get();
@@ -44,7 +44,7 @@ export async function cleanJunk() {
   if (!before) return;
   cleaning.set({ ticks, since: Date.now() });
   try {
-    let after = await host.request('cleanJunk', ticks, kCleanTimeoutMs);
+    let after = await host.request('cleanJunk', ticks, cleanTimeoutMs);
     // That answer holds what the user may see. Figures of the service, which sees more, compare only with its own.
     await status.reload();
     if (status.get().data?.serviceActive) after = await getJunk().catch(() => after);

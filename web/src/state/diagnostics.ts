@@ -3,7 +3,7 @@ import {
   beginRun,
   exitWord,
   hearEnd,
-  kNoRuns,
+  noRuns,
   putAside,
   withTarget,
   type Ends,
@@ -34,13 +34,13 @@ interface Diagnostics {
 }
 
 /** Outlives the view: a tool runs on while another one is shown. */
-export const diagnostics = createStore<Diagnostics>({ ends: kNoRuns, target: '', recent: [] });
+export const diagnostics = createStore<Diagnostics>({ ends: noRuns, target: '', recent: [] });
 
 const change = (changes: Partial<Diagnostics>) => diagnostics.set({ ...diagnostics.get(), ...changes });
 
 export const setTarget = (target: string) => change({ target });
 
-let request_id = -1;
+let startedId = -1;
 
 function hear(line: Incoming) {
   const { run } = diagnostics.get();
@@ -56,7 +56,7 @@ export function startDiagnostics() {
   host.on('ping_diagnostic_stream', ({ streamType, requestId, message = '', code = -1 }) => {
     const { ends, run } = diagnostics.get();
     if (streamType === 'stdout') {
-      if (ends.shown && requestId === request_id) hear({ text: message });
+      if (ends.shown && requestId === startedId) hear({ text: message });
       return;
     }
     if (streamType !== 'exit') return;
@@ -76,7 +76,7 @@ export function runTool(tool: Tool) {
   const { ends, target, recent } = diagnostics.get();
   if (ends.shown || target.trim() === '') return;
   try {
-    request_id = host.start('runPingDiagnostic', { type: tool, target });
+    startedId = host.start('runPingDiagnostic', { type: tool, target });
     change({
       ends: beginRun(ends),
       recent: withTarget(recent, target),

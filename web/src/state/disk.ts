@@ -14,7 +14,7 @@ interface Analysis {
     root: string;
     since: number; // ms since the epoch
     scanned: number;
-    per_second: number;
+    perSecond: number;
     folder: string;
   };
   result?: {
@@ -26,7 +26,7 @@ interface Analysis {
 }
 
 // An analysis tells of every few thousand items; a disk that only sleeps wakes sooner.
-const kSilenceMs = 60_000;
+const silenceMs = 60_000;
 
 /** One analysis at a time: the host keeps the sizes of one, and does not guard them. It goes on while another view is shown. */
 export const analysis = createStore<Analysis>({});
@@ -38,7 +38,7 @@ export function startAnalysis(drive: string) {
   if (analysis.get().running) return;
   const root = rootOf(drive);
   const since = Date.now();
-  let request_id = -1;
+  let startedId = -1;
   let timer: ReturnType<typeof setTimeout>;
   const heard = () => {
     clearTimeout(timer);
@@ -46,7 +46,7 @@ export function startAnalysis(drive: string) {
       end();
       analysis.set({});
       toast(t('disk.silent', { drive }), { error: true });
-    }, kSilenceMs);
+    }, silenceMs);
   };
   const end = () => {
     clearTimeout(timer);
@@ -56,7 +56,7 @@ export function startAnalysis(drive: string) {
     'disk_analysis_progress',
     ({ requestId, status, success, scanned, currentFolder, folders, files }) => {
       const { running } = analysis.get();
-      if (requestId !== request_id || !running) return;
+      if (requestId !== startedId || !running) return;
       heard();
       if (status === 'done') {
         end();
@@ -74,14 +74,14 @@ export function startAnalysis(drive: string) {
         else toast(t('disk.done', { drive }));
       } else if (scanned !== undefined && scanned > running.scanned) {
         // Branches are scanned side by side, so a count may arrive after a higher one.
-        const per_second = scanned / Math.max(0.001, (Date.now() - since) / 1000);
-        analysis.set({ running: { ...running, scanned, per_second, folder: currentFolder ?? '' } });
+        const perSecond = scanned / Math.max(0.001, (Date.now() - since) / 1000);
+        analysis.set({ running: { ...running, scanned, perSecond, folder: currentFolder ?? '' } });
       }
     },
   );
   try {
-    request_id = host.start('startDiskAnalysis', { drive: root });
-    analysis.set({ running: { root, since, scanned: 0, per_second: 0, folder: '' } });
+    startedId = host.start('startDiskAnalysis', { drive: root });
+    analysis.set({ running: { root, since, scanned: 0, perSecond: 0, folder: '' } });
     heard();
   } catch (error) {
     stop();
@@ -91,14 +91,14 @@ export function startAnalysis(drive: string) {
 
 const list = async (path: string) => (await host.request('getFolderContents', { path }, 120_000)).items;
 
-let last_opened = 0;
+let lastOpened = 0;
 
 /** Shows a folder once its contents are there; of several asked for, the last. */
 export async function openFolder(path: string) {
-  const mine = ++last_opened;
+  const mine = ++lastOpened;
   try {
     const items = await list(path);
-    if (mine === last_opened && !analysis.get().running) folder.set({ path, items });
+    if (mine === lastOpened && !analysis.get().running) folder.set({ path, items });
   } catch (error) {
     toast(t('disk.openFailed', { path, reason: errorText(error) }), { error: true });
   }

@@ -8,7 +8,7 @@ import { errorText, explained } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
 
 // The helper service may have to carry megabytes.
-const kTimeoutMs = 120_000;
+const timeoutMs = 120_000;
 
 /** The file as stored, without the mark at its beginning, which an editor would show as nothing. */
 interface HostsFile {
@@ -25,7 +25,7 @@ function readFile(content: string): HostsFile {
 }
 
 export const hosts = createSource(async () => {
-  const { content } = await explained(host.request('getHostsFile', undefined, kTimeoutMs), () =>
+  const { content } = await explained(host.request('getHostsFile', undefined, timeoutMs), () =>
     t('hosts.unreadable'),
   );
   return readFile(content);
@@ -53,7 +53,7 @@ export async function reloadHosts() {
 
 /** Other programs write this file too: what has come into it since it was loaded is not overwritten unasked. */
 async function mayReplace(loaded: string) {
-  const now = await host.request('getHostsFile', undefined, kTimeoutMs).catch(() => undefined);
+  const now = await host.request('getHostsFile', undefined, timeoutMs).catch(() => undefined);
   const question = {
     title: t('hosts.changedTitle'),
     body: t('hosts.changedBody'),
@@ -71,7 +71,7 @@ export async function saveHosts() {
   try {
     if (!(await mayReplace(file.mark + file.stored))) return;
     const content = file.mark + restoreLineEnds(file.stored, edited);
-    await host.request('saveHostsFile', { content }, kTimeoutMs);
+    await host.request('saveHostsFile', { content }, timeoutMs);
     hosts.put(readFile(content));
     editHosts(draft.get() ?? edited);
     toast(t('hosts.saved'));

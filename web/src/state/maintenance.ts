@@ -13,11 +13,11 @@ export const repairs = ['flush-dns', 'rebuild-icons', 'sfc', 'safemode-reboot'] 
 export type Repair = (typeof repairs)[number];
 
 /** Ends the safe mode; for the command prompt, because PowerShell reads the braces as its own. */
-export const kComeBack = 'bcdedit /deletevalue {current} safeboot';
+export const leaveSafeMode = 'bcdedit /deletevalue {current} safeboot';
 
-const kRepairTimeoutMs = 120_000;
-const kCheckTimeoutMs = 120_000;
-const kDownloadTimeoutMs = 60 * 60_000;
+const repairTimeoutMs = 120_000;
+const checkTimeoutMs = 120_000;
+const downloadTimeoutMs = 60 * 60_000;
 
 export interface RepairState {
   /** When it began (ms since the epoch), while it runs. */
@@ -50,7 +50,7 @@ export function startRepair(repair: Repair) {
 async function runRepair(type: Exclude<Repair, 'sfc'>) {
   put(type, { since: Date.now() });
   try {
-    const { message } = await host.request('quickAction', { type }, kRepairTimeoutMs);
+    const { message } = await host.request('quickAction', { type }, repairTimeoutMs);
     // Emptying the cache never reports a failure: a tool that has not run has said nothing.
     const text = message.trim().replace(/\s*\n\s*/g, '\n');
     end(type, text !== '', text || t('repair.silent'));
@@ -59,38 +59,38 @@ async function runRepair(type: Exclude<Repair, 'sfc'>) {
   }
 }
 
-let end_file_check: (good: boolean, text: string) => void = () => {};
+let endFileCheck: (good: boolean, text: string) => void = () => {};
 
 /** The service can go away without an end. */
 export function abandonFileCheck() {
-  end_file_check(false, t('repair.noEnd'));
+  endFileCheck(false, t('repair.noEnd'));
 }
 
 function startFileCheck() {
   const since = Date.now();
-  let request_id = -1;
+  let startedId = -1;
   const stop = host.on('sfc_stream', ({ requestId, streamType, message = '', code }) => {
-    if (requestId !== request_id) return;
-    if (streamType === 'exit') return end_file_check(code === 0, message);
-    const lines = appendLines(repairStates.get().sfc?.lines ?? [], [{ text: message, is_progress: true }]);
+    if (requestId !== startedId) return;
+    if (streamType === 'exit') return endFileCheck(code === 0, message);
+    const lines = appendLines(repairStates.get().sfc?.lines ?? [], [{ text: message, isProgress: true }]);
     const percent = percentOf(message);
     put('sfc', { since, heard: Date.now(), lines, ...(percent !== undefined && { percent }) });
   });
-  end_file_check = (good, text) => {
+  endFileCheck = (good, text) => {
     stop();
-    end_file_check = () => {};
+    endFileCheck = () => {};
     end('sfc', good, text);
   };
   put('sfc', { since, heard: since });
   try {
-    request_id = host.start('quickAction', { type: 'sfc' });
+    startedId = host.start('quickAction', { type: 'sfc' });
   } catch (error) {
-    end_file_check(false, errorText(error));
+    endFileCheck(false, errorText(error));
   }
 }
 
 export const update = createSource(async () => {
-  const found = await host.request('checkForUpdates', undefined, kCheckTimeoutMs);
+  const found = await host.request('checkForUpdates', undefined, checkTimeoutMs);
   // Not in the place of a question that the user is about to answer.
   if (found.hasUpdate && found.mandatory) setTimeout(() => isDialogOpen() || void applyUpdate());
   return found;
@@ -122,7 +122,7 @@ export async function applyUpdate() {
     await host.request(
       'downloadAndApplyUpdate',
       data.downloadUrl ? { downloadUrl: data.downloadUrl } : {},
-      kDownloadTimeoutMs,
+      downloadTimeoutMs,
     );
     download.set({ closing: true });
   } catch (error) {

@@ -1,5 +1,5 @@
 import { host } from '../bridge/host.ts';
-import { isSameProcess, kShortestSpan_s, withShares, type ProcessRow } from '../lib/processes.ts';
+import { isSameProcess, shortestSpanSeconds, withShares, type ProcessRow } from '../lib/processes.ts';
 import { createSource, type Source } from '../lib/source.ts';
 import { createStore } from '../lib/store.ts';
 import { t } from '../text/text.ts';
@@ -9,17 +9,17 @@ import { toast } from '../ui/toast.tsx';
 import { place } from './navigation.ts';
 
 // The host lists them on its window's thread.
-export const kProcessesPeriodMs = 3000;
-const kEndingMs = 500;
+export const processesPeriodMs = 3000;
+const endingMs = 500;
 
-let compared: { rows: ProcessRow[]; at_ms: number } | undefined;
+let compared: { rows: ProcessRow[]; atMs: number } | undefined;
 
 export const processes: Source<ProcessRow[]> = createSource(async () => {
   const list = (await host.request('getProcesses')).processes;
-  const at_ms = performance.now();
-  const elapsed_s = compared ? (at_ms - compared.at_ms) / 1000 : Infinity;
-  const rows = withShares(compared?.rows ?? [], list, elapsed_s, navigator.hardwareConcurrency);
-  if (elapsed_s >= kShortestSpan_s) compared = { rows, at_ms };
+  const atMs = performance.now();
+  const elapsedSeconds = compared ? (atMs - compared.atMs) / 1000 : Infinity;
+  const rows = withShares(compared?.rows ?? [], list, elapsedSeconds, navigator.hardwareConcurrency);
+  if (elapsedSeconds >= shortestSpanSeconds) compared = { rows, atMs };
   return rows;
 });
 
@@ -55,7 +55,7 @@ export async function endProcesses(wanted: ProcessRow[]) {
     title: t('processes.endTitle', { n }),
     body: t('processes.endBody'),
     items: wanted.map(fullName),
-    name_all: true,
+    nameAll: true,
     verb: t('processes.end'),
     danger: true,
   });
@@ -82,5 +82,5 @@ export async function endProcesses(wanted: ProcessRow[]) {
   await processes.reload();
   // Windows ends a process in its own time, and a list that is paused is not loaded again.
   if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one))))
-    setTimeout(processes.reload, kEndingMs);
+    setTimeout(processes.reload, endingMs);
 }

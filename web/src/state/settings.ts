@@ -15,7 +15,7 @@ export function currentSettings(): Settings {
 }
 
 // One save at a time, in the order of the changes: each one stores the whole document.
-let last_save: Promise<unknown> = Promise.resolve();
+let lastSave: Promise<unknown> = Promise.resolve();
 
 /** Takes effect at once, then is stored and confirmed by a toast (none for null); a failed save is undone. */
 export function saveSettings(
@@ -27,7 +27,7 @@ export function saveSettings(
   if (!before) return;
   const value = changeSettings(before.value, changes);
   settingsDocument.put({ value });
-  last_save = last_save.then(async () => {
+  lastSave = lastSave.then(async () => {
     try {
       await host.request('saveSettings', value);
       if (confirmation !== null)

@@ -29,9 +29,9 @@ import { currentSettings, saveSettings, settingsDocument } from './settings.ts';
 import { openTerminal } from './terminal.ts';
 
 // Both tools ask servers, and have no limit of their own.
-const kListTimeoutMs = 300_000;
-const kSilenceMs = 240_000;
-const kDueCheckMs = 60_000;
+const listTimeoutMs = 300_000;
+const silenceMs = 240_000;
+const dueCheckMs = 60_000;
 
 /** A row can be printed twice. */
 function distinct(packages: Package[]): Package[] {
@@ -45,13 +45,13 @@ const asUpdates = (rows: Reply<'getSoftwareUpdates'>['updates']) => distinct(row
 export type Drivers = Pick<Reply<'getDriverUpdates'>, 'updates' | 'scannedDriversCount'>;
 
 export const updates = createSource(async () =>
-  asUpdates((await host.request('getSoftwareUpdates', undefined, kListTimeoutMs)).updates),
+  asUpdates((await host.request('getSoftwareUpdates', undefined, listTimeoutMs)).updates),
 );
 export const drivers = createSource<Drivers>(() =>
-  host.request('getDriverUpdates', undefined, kListTimeoutMs),
+  host.request('getDriverUpdates', undefined, listTimeoutMs),
 );
 export const apps = createSource(async () => {
-  const { apps: rows } = await host.request('getInstalledApps', undefined, kListTimeoutMs);
+  const { apps: rows } = await host.request('getInstalledApps', undefined, listTimeoutMs);
   return distinct(rows.map(realignApp));
 });
 
@@ -74,11 +74,11 @@ function tell(text: string, error: boolean) {
 /** Fills all three lists. It ends with its message, or when nothing has been heard for long. */
 export function startScan() {
   if (scan.get().running) return;
-  let request_id = -1;
+  let startedId = -1;
   let timer: ReturnType<typeof setTimeout>;
   const heard = () => {
     clearTimeout(timer);
-    timer = setTimeout(() => end('silent'), kSilenceMs);
+    timer = setTimeout(() => end('silent'), silenceMs);
   };
   const stops = [host.on('console_log', heard), host.on('scan_progress', progress)];
   function end(failed?: NonNullable<Scan['failed']>) {
@@ -88,7 +88,7 @@ export function startScan() {
     tell(t(failed ? 'scan.failed' : 'scan.done'), failed !== undefined);
   }
   function progress(message: Message<'scan_progress'>) {
-    if (message.requestId !== request_id) return;
+    if (message.requestId !== startedId) return;
     heard();
     const { running } = scan.get();
     if (message.softwareCount !== undefined && running) {
@@ -96,10 +96,10 @@ export function startScan() {
       void apps.reload(); // the tool for packages has time now
     }
     if (message.status !== 'done') return;
-    const only_drivers = running?.found !== undefined;
-    end(message.success ? undefined : only_drivers ? 'drivers' : 'error');
+    const onlyDrivers = running?.found !== undefined;
+    end(message.success ? undefined : onlyDrivers ? 'drivers' : 'error');
     if (!message.success) {
-      if (only_drivers) void updates.reload(); // they are lost with the drivers
+      if (onlyDrivers) void updates.reload(); // they are lost with the drivers
       return;
     }
     updates.put(asUpdates(message.software ?? []));
@@ -107,7 +107,7 @@ export function startScan() {
     saveSettings({ lastScan: Date.now() }, null);
   }
   try {
-    request_id = host.start('startSystemScan', {});
+    startedId = host.start('startSystemScan', {});
     scan.set({ running: { since: Date.now() } });
     heard();
     if (currentSettings().autoOpen) openTerminal(true);
@@ -134,7 +134,7 @@ export function startAutoScan() {
     stop();
     check();
   });
-  setInterval(check, kDueCheckMs);
+  setInterval(check, dueCheckMs);
 }
 
 export const jobs = createStore<Jobs>([]);
@@ -162,11 +162,11 @@ export function startQueue() {
   for (const stream of ['update_stream', 'uninstall_stream'] satisfies Stream[]) {
     host.on(
       stream,
-      ({ streamType, message: text = '', isProgress: is_progress = false, code, rebootRequired = false }) => {
+      ({ streamType, message: text = '', isProgress: isProgress = false, code, rebootRequired = false }) => {
         if (streamType === 'exit') {
           take();
           settle(toolEnded(jobs.get(), stream, code, rebootRequired));
-        } else if (heard.push([stream, { text, is_progress }]) === 1) {
+        } else if (heard.push([stream, { text, isProgress }]) === 1) {
           setTimeout(take, 16);
         }
       },
@@ -235,7 +235,7 @@ function reloadChanged() {
 }
 
 const listLeftovers = async ({ id, name }: Task) =>
-  (await host.request('findLeftovers', { id, name }, kListTimeoutMs)).leftovers;
+  (await host.request('findLeftovers', { id, name }, listTimeoutMs)).leftovers;
 
 async function searchLeftovers(job: Task) {
   try {
@@ -257,7 +257,7 @@ export async function cleanLeftovers(job: Task, items: Leftover[]) {
   let stayed: Leftover[] = [];
   const mine = (removal = {});
   try {
-    await host.request('cleanLeftovers', { items }, kListTimeoutMs).finally(() => {
+    await host.request('cleanLeftovers', { items }, listTimeoutMs).finally(() => {
       if (removal === mine) removal = undefined;
     });
   } catch {

@@ -9,9 +9,9 @@ import { place } from './navigation.ts';
  */
 export const status = createSource(() => host.request('getStatus'));
 
-const kPushGraceMs = 2000;
+const pushGraceMs = 2000;
 
-const kLookMs = 2000;
+const lookDelayMs = 2000;
 
 // Not at once: the host answers on its window's thread, and what the new view asks for goes first.
 let look: ReturnType<typeof setTimeout> | undefined;
@@ -19,14 +19,14 @@ function lookForService() {
   clearTimeout(look);
   look = setTimeout(() => {
     if (status.get().data?.serviceActive === false) void status.reload();
-  }, kLookMs);
+  }, lookDelayMs);
 }
 
 export function startStatus() {
   host.on('status', status.put);
   setTimeout(() => {
     if (status.get().phase === 'idle') void status.reload();
-  }, kPushGraceMs);
+  }, pushGraceMs);
   place.subscribe(lookForService);
   addEventListener('focus', lookForService);
 }

@@ -3,8 +3,8 @@ import type { Message } from '../bridge/protocol.ts';
 import type { Point } from '../lib/series.ts';
 import { createSource, type Source } from '../lib/source.ts';
 
-export const kTelemetryPeriodMs = 3000;
-export const kHistoryMs = 120_000;
+export const telemetryPeriodMs = 3000;
+export const historyMs = 120_000;
 
 export type Rates = Record<'cpu' | 'download' | 'upload', Point[]>;
 
@@ -28,7 +28,7 @@ async function takeSample(): Promise<Telemetry> {
   }
   const at = Date.now();
   const extend = (points: Point[], value: number) => [
-    ...points.filter((point) => at - point.at <= kHistoryMs),
+    ...points.filter((point) => at - point.at <= historyMs),
     { at, value },
   ];
   return {

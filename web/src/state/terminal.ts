@@ -6,12 +6,12 @@ interface TerminalState {
   lines: readonly Line[];
   open: boolean;
   /** The newest line is in sight: the pane is open and at its end. */
-  at_end: boolean;
+  atEnd: boolean;
   /** Lines that came while it was not. */
   unseen: number;
 }
 
-export const terminal = createStore<TerminalState>({ lines: [], open: false, at_end: false, unseen: 0 });
+export const terminal = createStore<TerminalState>({ lines: [], open: false, atEnd: false, unseen: 0 });
 
 // Tools print in bursts: what arrives within one frame is drawn together.
 let waiting: Incoming[] = [];
@@ -23,22 +23,22 @@ export function printLine(line: Incoming) {
     const lines = appendLines(before.lines, waiting);
     const added = (lines.at(-1)?.id ?? 0) - (before.lines.at(-1)?.id ?? 0);
     waiting = [];
-    terminal.set({ ...before, lines, unseen: before.at_end ? 0 : before.unseen + added });
+    terminal.set({ ...before, lines, unseen: before.atEnd ? 0 : before.unseen + added });
   }, 16);
 }
 
 export function openTerminal(open: boolean) {
-  terminal.set({ ...terminal.get(), open, at_end: open, unseen: 0 });
+  terminal.set({ ...terminal.get(), open, atEnd: open, unseen: 0 });
 }
 
 /** The pane was scrolled: to its end, or away from it. */
-export function scrolledTerminal(at_end: boolean) {
+export function scrolledTerminal(atEnd: boolean) {
   const before = terminal.get();
-  if (before.at_end !== at_end) terminal.set({ ...before, at_end, unseen: at_end ? 0 : before.unseen });
+  if (before.atEnd !== atEnd) terminal.set({ ...before, atEnd, unseen: atEnd ? 0 : before.unseen });
 }
 
 export function clearTerminal() {
-  terminal.set({ ...terminal.get(), lines: [], at_end: true, unseen: 0 });
+  terminal.set({ ...terminal.get(), lines: [], atEnd: true, unseen: 0 });
 }
 
 export function startTerminal() {

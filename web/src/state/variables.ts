@@ -7,7 +7,7 @@ import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
 
 // Windows tells every open window about the change before it answers.
-const kSaveTimeoutMs = 120_000;
+const saveTimeoutMs = 120_000;
 
 export const scopes = ['user', 'system'] as const;
 
@@ -55,7 +55,7 @@ export async function saveVariable(
     is_delete,
   };
   try {
-    await host.request('saveEnvVariable', data, kSaveTimeoutMs);
+    await host.request('saveEnvVariable', data, saveTimeoutMs);
   } catch (error) {
     const unexplained = t(scope === 'user' ? 'variables.refused' : 'variables.needsService');
     return t('variables.failed', { name, reason: errorText(error, unexplained) });

@@ -1,8 +1,8 @@
 // Figures as people read them, in the chosen language.
 import { cached, formatNumber, locale, t } from './text.ts';
 
-export const kNothing = '—';
-const kNbsp = '\u00a0';
+export const noValue = '—';
+const nbsp = '\u00a0';
 
 const units = ['B', 'kB', 'MB', 'GB', 'TB', 'PB'];
 
@@ -16,7 +16,7 @@ export function formatBytes(bytes: number): string {
     unit++;
   }
   const digits = unit === 0 ? 0 : Math.abs(value) < 9.995 ? 2 : Math.abs(value) < 99.95 ? 1 : 0;
-  return formatNumber(value, digits) + kNbsp + units[unit];
+  return formatNumber(value, digits) + nbsp + units[unit];
 }
 
 /** 0 to 100. */
@@ -26,11 +26,11 @@ export function formatPercent(percent: number, digits = 0): string {
 
 /** 2^20 bits per second. */
 export function formatRate(rate: number, digits = 2): string {
-  return formatNumber(rate, digits) + kNbsp + 'Mb/s';
+  return formatNumber(rate, digits) + nbsp + 'Mb/s';
 }
 
 export function formatTemperature(celsius: number): string {
-  return formatNumber(celsius) + kNbsp + '°C';
+  return formatNumber(celsius) + nbsp + '°C';
 }
 
 /** Whole minutes, rounded down: "2 h 05 min". */

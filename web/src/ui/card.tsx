@@ -11,11 +11,11 @@ interface Props {
 }
 
 export function Card({ title, children, aside, class: extra = '' }: Props) {
-  const title_id = useId();
+  const titleId = useId();
   return (
-    <section class={`card ${extra}`} aria-labelledby={title_id}>
+    <section class={`card ${extra}`} aria-labelledby={titleId}>
       <div class="card-head">
-        <h2 id={title_id}>{title}</h2>
+        <h2 id={titleId}>{title}</h2>
         {aside}
       </div>
       {children}

@@ -18,7 +18,7 @@ export const isDialogOpen = () => document.querySelector('dialog[open]') !== nul
 
 export function Dialog({ title, children, actions, onClose }: DialogProps) {
   const dialog = useRef<HTMLDialogElement>(null);
-  const title_id = useId();
+  const titleId = useId();
   useEffect(() => {
     const before = document.activeElement;
     dialog.current!.showModal();
@@ -32,13 +32,13 @@ export function Dialog({ title, children, actions, onClose }: DialogProps) {
     <dialog
       ref={dialog}
       class="dialog"
-      aria-labelledby={title_id}
+      aria-labelledby={titleId}
       onCancel={(event) => {
         event.preventDefault();
         onClose();
       }}
     >
-      <h2 id={title_id}>{title}</h2>
+      <h2 id={titleId}>{title}</h2>
       <div class="dialog-body">{children}</div>
       <div class="dialog-actions">{actions}</div>
     </dialog>
@@ -51,14 +51,14 @@ interface Question {
   /** What it happens to: the first five are named, the rest counted. */
   items?: string[];
   /** Names every item: for a short list whose every member matters. */
-  name_all?: boolean;
+  nameAll?: boolean;
   /** The verb on the button that does it. */
   verb: string;
   /** It destroys something. */
   danger?: boolean;
 }
 
-const kNamedItems = 5;
+const namedItems = 5;
 const question = createStore<(Question & { answer(yes: boolean): void }) | undefined>(undefined);
 
 /** Asks before an act; resolves to false on Esc. One question at a time: a new one cancels the one that is open. */
@@ -77,7 +77,7 @@ export function ConfirmDialog() {
   const asked = useStore(question);
   if (!asked) return null;
   const items = asked.items ?? [];
-  const named = asked.name_all ? items.length : kNamedItems;
+  const named = asked.nameAll ? items.length : namedItems;
   return (
     <Dialog
       key={asked.title}

@@ -1,8 +1,8 @@
-import { formatPercent, kNothing } from '../text/format.ts';
+import { formatPercent, noValue } from '../text/format.ts';
 
-const kRadius = 52;
-const kSweep = 0.75; // of a full turn, open at the bottom
-const kLength = 2 * Math.PI * kRadius * kSweep;
+const arcRadius = 52;
+const arcSweep = 0.75; // of a full turn, open at the bottom
+const arcLength = 2 * Math.PI * arcRadius * arcSweep;
 
 interface Props {
   label: string;
@@ -23,18 +23,18 @@ export function Gauge({ label, percent, caption }: Props) {
       aria-valuemin={0}
       aria-valuemax={100}
       aria-valuenow={Math.round(value)}
-      aria-valuetext={known ? formatPercent(value) : kNothing}
+      aria-valuetext={known ? formatPercent(value) : noValue}
     >
       <svg viewBox="0 0 120 108" aria-hidden="true">
         <path class="gauge-track" d={arc} />
         <path
           class={known && value >= 0.5 ? 'gauge-value' : 'gauge-value gauge-none'}
           d={arc}
-          stroke-dasharray={`${(kLength * value) / 100} 999`}
+          stroke-dasharray={`${(arcLength * value) / 100} 999`}
         />
       </svg>
       <div class="gauge-text" aria-hidden="true">
-        <span class="gauge-number">{known ? formatPercent(value) : kNothing}</span>
+        <span class="gauge-number">{known ? formatPercent(value) : noValue}</span>
         <span class="gauge-caption">{caption}</span>
       </div>
     </div>

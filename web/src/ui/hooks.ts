@@ -58,15 +58,15 @@ export function useElapsed(since: number | undefined): number {
   return since === undefined ? 0 : Math.max(0, Math.floor((now - since) / 1000));
 }
 
-/** Calls `poll` now and every `period_ms`, but not while the window is hidden. */
-export function usePolling(poll: () => void, period_ms: number) {
+/** Calls `poll` now and every `periodMs`, but not while the window is hidden. */
+export function usePolling(poll: () => void, periodMs: number) {
   useEffect(() => {
     let timer: ReturnType<typeof setInterval> | undefined;
     const follow = () => {
       clearInterval(timer);
       if (document.hidden) return;
       poll();
-      timer = setInterval(poll, period_ms);
+      timer = setInterval(poll, periodMs);
     };
     follow();
     document.addEventListener('visibilitychange', follow);
@@ -74,5 +74,5 @@ export function usePolling(poll: () => void, period_ms: number) {
       clearInterval(timer);
       document.removeEventListener('visibilitychange', follow);
     };
-  }, [poll, period_ms]);
+  }, [poll, periodMs]);
 }

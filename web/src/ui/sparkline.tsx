@@ -1,28 +1,28 @@
 import { sparkline, stats, type Point } from '../lib/series.ts';
-import { kNothing } from '../text/format.ts';
+import { noValue } from '../text/format.ts';
 import { t } from '../text/text.ts';
 
 interface Props {
   name: string;
   points: readonly Point[];
-  window_ms: number;
+  windowMs: number;
   /** Two points further apart are not joined. */
-  gap_ms: number;
+  gapMs: number;
   /** The value at the top edge. */
   top: number;
-  top_text: string;
+  topText: string;
   format(value: number): string;
 }
 
-const kWidth = 300;
-const kHeight = 64;
+const plotWidth = 300;
+const plotHeight = 64;
 
 /** The course of one figure, with what it is now, on average and at most. */
-export function Sparkline({ name, points, window_ms, gap_ms, top, top_text, format }: Props) {
+export function Sparkline({ name, points, windowMs, gapMs, top, topText, format }: Props) {
   const figures = stats(points);
   const now = points.at(-1)?.at ?? 0;
-  const { line, area } = sparkline(points, { width: kWidth, height: kHeight, now, window_ms, top, gap_ms });
-  const shown = (value: number | undefined) => (value === undefined ? kNothing : format(value));
+  const { line, area } = sparkline(points, { width: plotWidth, height: plotHeight, now, windowMs, top, gapMs });
+  const shown = (value: number | undefined) => (value === undefined ? noValue : format(value));
   const label = figures
     ? t('dashboard.spark', {
         name,
@@ -35,18 +35,18 @@ export function Sparkline({ name, points, window_ms, gap_ms, top, top_text, form
     <div class="spark">
       <div class="spark-head">
         <span class="spark-name">{name}</span>
-        <span class="spark-top muted">{top_text}</span>
+        <span class="spark-top muted">{topText}</span>
       </div>
       <svg
         class="spark-plot"
-        viewBox={`0 0 ${kWidth} ${kHeight}`}
+        viewBox={`0 0 ${plotWidth} ${plotHeight}`}
         preserveAspectRatio="none"
         role="img"
         aria-label={label}
       >
         <path
           class="spark-grid"
-          d={`M0 .5H${kWidth}M0 ${kHeight / 2}H${kWidth}M0 ${kHeight - 0.5}H${kWidth}`}
+          d={`M0 .5H${plotWidth}M0 ${plotHeight / 2}H${plotWidth}M0 ${plotHeight - 0.5}H${plotWidth}`}
         />
         <path class="spark-area" d={area} />
         <path class="spark-line" d={line} />

@@ -4,7 +4,7 @@ import {
   filterRows,
   keepExisting,
   keepPlaces,
-  kNoSelection,
+  noSelection,
   moveTo,
   select,
   sortRows,
@@ -66,18 +66,18 @@ export type SelectionState = readonly [Selection, (next: Selection) => void];
 
 /** Selection of a table, kept by the view that acts on it: `const selection = useSelection()`, `selection[0].keys`. */
 export function useSelection(): SelectionState {
-  return useState<Selection>(kNoSelection);
+  return useState<Selection>(noSelection);
 }
 
-const kWindowedAbove = 500;
-const kMarginRows = 12;
+const windowedAbove = 500;
+const marginRows = 12;
 
 export function Table<Row>({
   label,
   rows,
   rowKey,
   columns,
-  sort: first_sort,
+  sort: firstSort,
   selection: shared,
   selectable,
   menu,
@@ -87,11 +87,11 @@ export function Table<Row>({
   tools,
 }: Props<Row>) {
   const [query, setQuery] = useState('');
-  const [sort, setSort] = useState(first_sort);
+  const [sort, setSort] = useState(firstSort);
   const own = useSelection();
   const [stored, setSelection] = shared ?? own;
   const many = shared !== undefined;
-  const [menu_at, setMenuAt] = useState<{ x: number; y: number }>();
+  const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
   const id = useId();
   const grid = useRef<HTMLTableElement>(null);
   const scroller = useScroller();
@@ -122,7 +122,7 @@ export function Table<Row>({
     const keep = held && rules.every((rule, i) => rule === placed.current.rules[i]);
     const result = keep
       ? keepPlaces(placed.current.rows, found, rowKey)
-      : { rows: found, gone: kNoSelection.keys };
+      : { rows: found, gone: noSelection.keys };
     placed.current = { rows: result.rows, rules };
     return result;
   }, [sorted, query, held]);
@@ -140,50 +140,50 @@ export function Table<Row>({
   }, [selection]);
   const hidden = selection.keys.size - order.filter((key) => selection.keys.has(key)).length;
 
-  const windowed = shown.length > kWindowedAbove;
+  const windowed = shown.length > windowedAbove;
   const { first, end } = windowed
-    ? visibleRange(scroller.top, scroller.height, scroller.row_height, shown.length, kMarginRows)
+    ? visibleRange(scroller.top, scroller.height, scroller.rowHeight, shown.length, marginRows)
     : { first: 0, end: shown.length };
-  const active_index = selection.active === undefined ? -1 : order.indexOf(selection.active);
-  const active_drawn = active_index >= first && active_index < end;
-  const row_id = (index: number) => `${id}-${index}`;
+  const activeIndex = selection.active === undefined ? -1 : order.indexOf(selection.active);
+  const activeDrawn = activeIndex >= first && activeIndex < end;
+  const rowId = (index: number) => `${id}-${index}`;
 
   function reveal(index: number) {
     const box = scroller.ref.current;
     if (!box) return;
     const head = grid.current?.tHead?.offsetHeight ?? 0;
-    const top = index * scroller.row_height;
+    const top = index * scroller.rowHeight;
     if (top < box.scrollTop) box.scrollTop = top;
-    else if (top + scroller.row_height + head > box.scrollTop + box.clientHeight)
-      box.scrollTop = top + scroller.row_height + head - box.clientHeight;
+    else if (top + scroller.rowHeight + head > box.scrollTop + box.clientHeight)
+      box.scrollTop = top + scroller.rowHeight + head - box.clientHeight;
   }
 
   // A view that leads to a row selects it beforehand.
   useLayoutEffect(() => {
-    if (active_index >= 0) reveal(active_index);
+    if (activeIndex >= 0) reveal(activeIndex);
   }, []);
 
   // New data may move the row that the user is at: it stays in sight if it was.
-  const in_sight = useRef(false);
+  const inSight = useRef(false);
   useLayoutEffect(() => {
-    if (in_sight.current && active_index >= 0) reveal(active_index);
+    if (inSight.current && activeIndex >= 0) reveal(activeIndex);
   }, [rows, held]);
   useLayoutEffect(() => {
-    const top = active_index * scroller.row_height;
-    in_sight.current =
-      active_index >= 0 &&
+    const top = activeIndex * scroller.rowHeight;
+    inSight.current =
+      activeIndex >= 0 &&
       top >= scroller.top &&
-      top < scroller.top + scroller.height - 2 * scroller.row_height;
+      top < scroller.top + scroller.height - 2 * scroller.rowHeight;
   });
 
   // After the effects above, which have their say about the same rows.
-  const last_subject = useRef(subject);
+  const lastSubject = useRef(subject);
   useEffect(() => {
-    if (subject === last_subject.current) return;
-    const from = rows.map(rowKey).indexOf(last_subject.current!) < 0 ? undefined : last_subject.current!;
-    last_subject.current = subject;
+    if (subject === lastSubject.current) return;
+    const from = rows.map(rowKey).indexOf(lastSubject.current!) < 0 ? undefined : lastSubject.current!;
+    lastSubject.current = subject;
     setQuery('');
-    setSelection(from === undefined ? kNoSelection : { keys: new Set([from]), active: from, anchor: from });
+    setSelection(from === undefined ? noSelection : { keys: new Set([from]), active: from, anchor: from });
     scroller.ref.current!.scrollTop = 0;
     if (from !== undefined) reveal(order.indexOf(from));
   }, [subject]);
@@ -191,7 +191,7 @@ export function Table<Row>({
   /** The selected rows that are visible, or the active one. */
   function chosen(): Row[] {
     const marked = shown.filter((_, i) => selection.keys.has(order[i]!));
-    return marked.length > 0 ? marked : shown.filter((_, i) => i === active_index);
+    return marked.length > 0 ? marked : shown.filter((_, i) => i === activeIndex);
   }
 
   function copy() {
@@ -208,9 +208,9 @@ export function Table<Row>({
     const { key, shiftKey: shift, ctrlKey: ctrl } = event;
     const target = moveTo(
       key,
-      active_index,
+      activeIndex,
       shown.length,
-      Math.max(1, Math.floor(scroller.height / scroller.row_height) - 2),
+      Math.max(1, Math.floor(scroller.height / scroller.rowHeight) - 2),
     );
     if (target !== undefined) {
       const to = order[target]!;
@@ -218,20 +218,20 @@ export function Table<Row>({
       else if (ctrl && !shift) setSelection({ ...selection, active: to });
       else setSelection(select(selection, order, to, { shift, ctrl }));
       reveal(target);
-    } else if (key === ' ' && active_index >= 0) {
+    } else if (key === ' ' && activeIndex >= 0) {
       setSelection(
         many
-          ? toggle(selection, order[active_index]!)
-          : select(selection, order, order[active_index]!, { shift: false, ctrl: false }),
+          ? toggle(selection, order[activeIndex]!)
+          : select(selection, order, order[activeIndex]!, { shift: false, ctrl: false }),
       );
     } else if (many && ctrl && key.toLowerCase() === 'a') {
       setSelection({ ...selection, keys: new Set([...selection.keys, ...order]) });
     } else if (ctrl && key.toLowerCase() === 'c') {
       copy();
-    } else if (key === 'Enter' && active_index >= 0 && onActivate) {
-      onActivate(shown[active_index]!);
+    } else if (key === 'Enter' && activeIndex >= 0 && onActivate) {
+      onActivate(shown[activeIndex]!);
     } else if (key === 'ContextMenu' || (shift && key === 'F10')) {
-      const row = document.getElementById(row_id(active_index))?.getBoundingClientRect();
+      const row = document.getElementById(rowId(activeIndex))?.getBoundingClientRect();
       if (row) openMenu(row.left + 24, row.bottom);
     } else {
       return;
@@ -239,9 +239,9 @@ export function Table<Row>({
     event.preventDefault();
   }
 
-  const can_be_ticked = useMemo(() => order.filter((_, i) => canSelect(shown[i]!)), [order, selectable]);
-  const all_ticked = can_be_ticked.length > 0 && can_be_ticked.every((key) => selection.keys.has(key));
-  const column_count = columns.length + Number(many);
+  const canBeTicked = useMemo(() => order.filter((_, i) => canSelect(shown[i]!)), [order, selectable]);
+  const allTicked = canBeTicked.length > 0 && canBeTicked.every((key) => selection.keys.has(key));
+  const columnCount = columns.length + Number(many);
 
   return (
     <div class="table">
@@ -283,9 +283,9 @@ export function Table<Row>({
           tabIndex={0}
           aria-label={label}
           aria-rowcount={shown.length + 1}
-          aria-colcount={column_count}
+          aria-colcount={columnCount}
           aria-multiselectable={many}
-          aria-activedescendant={active_drawn ? row_id(active_index) : undefined}
+          aria-activedescendant={activeDrawn ? rowId(activeIndex) : undefined}
           onKeyDown={onKeyDown}
         >
           <thead>
@@ -295,12 +295,12 @@ export function Table<Row>({
                   <input
                     type="checkbox"
                     aria-label={t('table.selectAll')}
-                    checked={all_ticked}
-                    disabled={can_be_ticked.length === 0}
-                    indeterminate={!all_ticked && selection.keys.size > hidden}
+                    checked={allTicked}
+                    disabled={canBeTicked.length === 0}
+                    indeterminate={!allTicked && selection.keys.size > hidden}
                     onChange={() => {
                       const keys = new Set(selection.keys);
-                      for (const key of order) all_ticked ? keys.delete(key) : keys.add(key);
+                      for (const key of order) allTicked ? keys.delete(key) : keys.add(key);
                       setSelection({ ...selection, keys });
                     }}
                   />
@@ -319,7 +319,7 @@ export function Table<Row>({
             </tr>
           </thead>
           <tbody onPointerEnter={() => setHeld(steady === true)} onPointerLeave={() => setHeld(false)}>
-            <Spacer rows={first} height={scroller.row_height} columns={column_count} />
+            <Spacer rows={first} height={scroller.rowHeight} columns={columnCount} />
             {shown.slice(first, end).map((row, i) => {
               const index = first + i;
               const key = order[index]!;
@@ -327,8 +327,8 @@ export function Table<Row>({
               return (
                 <tr
                   key={key}
-                  id={row_id(index)}
-                  class={index === active_index ? 'active' : gone.has(key) ? 'gone' : undefined}
+                  id={rowId(index)}
+                  class={index === activeIndex ? 'active' : gone.has(key) ? 'gone' : undefined}
                   aria-rowindex={index + 2}
                   aria-selected={canSelect(row) ? selected : undefined}
                   onClick={(event) => {
@@ -371,7 +371,7 @@ export function Table<Row>({
                 </tr>
               );
             })}
-            <Spacer rows={shown.length - end} height={scroller.row_height} columns={column_count} />
+            <Spacer rows={shown.length - end} height={scroller.rowHeight} columns={columnCount} />
           </tbody>
         </table>
         {shown.length === 0 && query !== '' && (
@@ -381,10 +381,10 @@ export function Table<Row>({
           </div>
         )}
       </div>
-      {menu_at && (
+      {menuAt && (
         <Menu
           label={t('table.menu')}
-          {...menu_at}
+          {...menuAt}
           items={[...(menu?.(chosen()) ?? []), { label: t('table.copyRows'), icon: 'copy', run: copy }]}
           onClose={() => {
             setMenuAt(undefined);
@@ -430,13 +430,13 @@ function Spacer({ rows, height, columns }: { rows: number; height: number; colum
 /** Scroll position and size of the table's box; a row is 2.25 rem high (styles/table.css). */
 function useScroller() {
   const ref = useRef<HTMLDivElement>(null);
-  const [box, setBox] = useState({ top: 0, height: 600, row_height: 36 });
+  const [box, setBox] = useState({ top: 0, height: 600, rowHeight: 36 });
   const measure = () => {
     const { scrollTop: top, clientHeight: height } = ref.current!;
     setBox({
       top,
       height,
-      row_height: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize),
+      rowHeight: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize),
     });
   };
   useLayoutEffect(() => {

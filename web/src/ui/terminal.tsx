@@ -8,11 +8,11 @@ import { Icon } from './icon.tsx';
 
 /** The pane at the bottom: what the host and the tools print. It follows its end unless the user has scrolled up. */
 export function Terminal() {
-  const { lines, open, at_end, unseen } = useStore(terminal);
+  const { lines, open, atEnd, unseen } = useStore(terminal);
   const output = useRef<HTMLDivElement>(null);
 
   useLayoutEffect(() => {
-    if (output.current && at_end) output.current.scrollTop = output.current.scrollHeight;
+    if (output.current && atEnd) output.current.scrollTop = output.current.scrollHeight;
   }, [lines, open]);
 
   return (

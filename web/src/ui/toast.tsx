@@ -18,12 +18,12 @@ interface Toast {
   about: string;
 }
 
-const kShownMs = 5000;
-const kErrorShownMs = 12_000;
-const kMaxToasts = 4;
+const toastMs = 5000;
+const errorToastMs = 12_000;
+const maxToasts = 4;
 
 const toasts = createStore<readonly Toast[]>([]);
-let last_id = 0;
+let lastId = 0;
 
 /** A short notice in the corner. It replaces the one before it that was `about` the same thing, or had the same text. */
 export function toast(
@@ -34,8 +34,8 @@ export function toast(
     about = text,
   }: { error?: boolean; action?: ToastAction | undefined; about?: string } = {},
 ) {
-  const next: Toast = { id: ++last_id, text, error, action, about };
-  toasts.set([...toasts.get().filter((other) => other.about !== about), next].slice(-kMaxToasts));
+  const next: Toast = { id: ++lastId, text, error, action, about };
+  toasts.set([...toasts.get().filter((other) => other.about !== about), next].slice(-maxToasts));
 }
 
 function dismiss(id: number) {
@@ -46,7 +46,7 @@ function ToastCard({ id, text, error, action }: Toast) {
   const [held, setHeld] = useState(false);
   useEffect(() => {
     if (held) return;
-    const timer = setTimeout(() => dismiss(id), error || action ? kErrorShownMs : kShownMs);
+    const timer = setTimeout(() => dismiss(id), error || action ? errorToastMs : toastMs);
     return () => clearTimeout(timer);
   }, [id, held]);
   return (

@@ -7,9 +7,9 @@ import { copyText } from './clipboard.ts';
 /** What a tool has printed, as it came. It follows its end unless the user has scrolled up. */
 export function ToolLog({ label, lines }: { label: string; lines: readonly Line[] }) {
   const box = useRef<HTMLDivElement>(null);
-  const at_end = useRef(true);
+  const atEnd = useRef(true);
   useLayoutEffect(() => {
-    if (at_end.current) box.current!.scrollTop = box.current!.scrollHeight;
+    if (atEnd.current) box.current!.scrollTop = box.current!.scrollHeight;
   }, [lines]);
   return (
     <div class="tool-log">
@@ -20,7 +20,7 @@ export function ToolLog({ label, lines }: { label: string; lines: readonly Line[
         aria-label={label}
         tabIndex={0}
         onScroll={({ currentTarget: { scrollTop, clientHeight, scrollHeight } }) => {
-          at_end.current = scrollTop + clientHeight >= scrollHeight - 8;
+          atEnd.current = scrollTop + clientHeight >= scrollHeight - 8;
         }}
       >
         {lines.map(({ id, text }) => (

@@ -3,7 +3,7 @@ import { host } from '../bridge/host.ts';
 import type { Message, Reply } from '../bridge/protocol.ts';
 import { categories, tick, tickedBytes, type Category, type Outcome } from '../lib/junk.ts';
 import { cleaning, cleanJunk, freedBytes, junk, measureJunk } from '../state/cleaning.ts';
-import { formatBytes, kNothing } from '../text/format.ts';
+import { formatBytes, noValue } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
 import { Card } from '../ui/card.tsx';
@@ -105,7 +105,7 @@ function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps
         <span id={`${id}-name`}>{t(`junk.${category}`)}</span>
       </span>
       <span class="junk-size" id={`${id}-size`} title={measured === undefined ? undefined : exact(measured)}>
-        {measured === undefined ? kNothing : formatBytes(measured)}
+        {measured === undefined ? noValue : formatBytes(measured)}
       </span>
       <span class={outcome && !kept ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
         {kept ? (
@@ -153,7 +153,7 @@ async function askAndClean({ categories: sizes, kept = [] }: Sizes) {
     items: categories
       .filter((category) => ticks[category] && !kept.includes(category))
       .map((category) => `${t(`junk.${category}`)} (${formatBytes(sizes[category])})`),
-    name_all: true,
+    nameAll: true,
     verb: t('cleaning.clean'),
     danger: true,
   });
@@ -174,7 +174,7 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
         data-testid="junk-total"
         title={chosen === undefined || done ? undefined : exact(chosen)}
       >
-        {done ? formatBytes(freedBytes(done)) : chosen === undefined ? kNothing : formatBytes(chosen)}
+        {done ? formatBytes(freedBytes(done)) : chosen === undefined ? noValue : formatBytes(chosen)}
       </span>
       <span class="muted small">
         {busy ? (

@@ -2,14 +2,14 @@ import type { Message } from '../bridge/protocol.ts';
 import { niceCeiling, stats } from '../lib/series.ts';
 import { place } from '../state/navigation.ts';
 import { status } from '../state/status.ts';
-import { kHistoryMs, kTelemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
+import { historyMs, telemetryPeriodMs, telemetry, type Telemetry } from '../state/telemetry.ts';
 import {
   formatBytes,
   formatDuration,
   formatPercent,
   formatRate,
   formatTemperature,
-  kNothing,
+  noValue,
 } from '../text/format.ts';
 import { t } from '../text/text.ts';
 import { Bar } from '../ui/bar.tsx';
@@ -23,7 +23,7 @@ import { Icon } from '../ui/icon.tsx';
 import { Sparkline } from '../ui/sparkline.tsx';
 import { View } from '../ui/view.tsx';
 
-const kFullDiskPercent = 90;
+const fullDiskPercent = 90;
 
 function pollTelemetry() {
   void telemetry.reload();
@@ -36,7 +36,7 @@ function refresh() {
 
 export function Dashboard() {
   const live = useStore(telemetry);
-  usePolling(pollTelemetry, kTelemetryPeriodMs);
+  usePolling(pollTelemetry, telemetryPeriodMs);
   return (
     <View id="dashboard" refresh={refresh} at={live.at}>
       <div class="dashboard">
@@ -58,7 +58,7 @@ export function Dashboard() {
   );
 }
 
-const spark = { window_ms: kHistoryMs, gap_ms: kTelemetryPeriodMs * 2.5 };
+const spark = { windowMs: historyMs, gapMs: telemetryPeriodMs * 2.5 };
 
 function Processor({ rates }: Telemetry) {
   const load = stats(rates.cpu)?.current;
@@ -74,7 +74,7 @@ function Processor({ rates }: Telemetry) {
           name={t('dashboard.load')}
           points={rates.cpu}
           top={100}
-          top_text={formatPercent(100)}
+          topText={formatPercent(100)}
           format={formatPercent}
           {...spark}
         />
@@ -108,7 +108,7 @@ function Temperatures({ sample, rates }: Telemetry) {
         {rows.map(([name, value]) => (
           <div>
             <dt>{name}</dt>
-            <dd>{known ? formatTemperature(value) : kNothing}</dd>
+            <dd>{known ? formatTemperature(value) : noValue}</dd>
           </div>
         ))}
       </dl>
@@ -133,7 +133,7 @@ function Network({ sample, rates }: Telemetry) {
               name={name}
               points={points}
               top={top}
-              top_text={formatRate(top, 0)}
+              topText={formatRate(top, 0)}
               format={formatRate}
               {...spark}
             />
@@ -160,7 +160,7 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
                 <span class="disk-share">{formatPercent(percent)}</span>
                 <span class="unseen">{t('dashboard.diskOpen')}</span>
                 <Icon name="chevronRight" />
-                <Bar percent={percent} warn={percent >= kFullDiskPercent} />
+                <Bar percent={percent} warn={percent >= fullDiskPercent} />
               </button>
             </li>
           );
@@ -195,7 +195,7 @@ function specLines({ specs }: Message<'status'>) {
     .filter((name) => name !== 'motherboard' || specs.motherboard !== 'Unknown')
     .map((name) => ({
       name: t(`spec.${name}`),
-      text: specs[name].trim() || (name === 'motherboard' ? kNothing : t(`spec.${name}.unknown`)),
+      text: specs[name].trim() || (name === 'motherboard' ? noValue : t(`spec.${name}.unknown`)),
       hint: name === 'ram' ? specs.ramTooltip : undefined,
     }));
 }

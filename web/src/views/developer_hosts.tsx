@@ -7,8 +7,8 @@ import { DataView } from '../ui/data_view.tsx';
 import { isDialogOpen } from '../ui/dialog.tsx';
 import { useStore } from '../ui/hooks.ts';
 
-const kShownProblems = 200;
-const kCheckDelayMs = 250;
+const shownProblems = 200;
+const checkDelayMs = 250;
 
 export function Hosts() {
   const file = useStore(hosts);
@@ -40,7 +40,7 @@ function Editor({ text }: { text: string }) {
         const lines = shown.split('\n');
         setChecked({ lines: lines.length, problems: checkHosts(lines) });
       },
-      checked.lines === 0 ? 0 : kCheckDelayMs,
+      checked.lines === 0 ? 0 : checkDelayMs,
     );
     return () => clearTimeout(timer);
   }, [shown]);
@@ -107,7 +107,7 @@ function Editor({ text }: { text: string }) {
             {problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}
           </h2>
           <ul>
-            {problems.slice(0, kShownProblems).map((problem) => (
+            {problems.slice(0, shownProblems).map((problem) => (
               <li key={`${problem.line} ${problem.word}`} data-problem={problem.kind}>
                 <button type="button" onClick={() => goTo(problem.line)}>
                   <strong>{t('hosts.line', { line: problem.line })}</strong> {problemText(problem)}
@@ -115,8 +115,8 @@ function Editor({ text }: { text: string }) {
               </li>
             ))}
           </ul>
-          {problems.length > kShownProblems && (
-            <p class="muted small">{t('confirm.more', { n: problems.length - kShownProblems })}</p>
+          {problems.length > shownProblems && (
+            <p class="muted small">{t('confirm.more', { n: problems.length - shownProblems })}</p>
           )}
         </section>
       </div>

@@ -11,12 +11,12 @@ import { useStore } from '../ui/hooks.ts';
 import { Table, type Column } from '../ui/table.tsx';
 import { toast } from '../ui/toast.tsx';
 
-const kTimeoutMs = 120_000;
+const timeoutMs = 120_000;
 
 type ServiceRow = DevService & { key: number };
 
 export const services = createSource(async () => {
-  const reply = await explained(host.request('getDevServices', undefined, kTimeoutMs), () =>
+  const reply = await explained(host.request('getDevServices', undefined, timeoutMs), () =>
     t('services.refused'),
   );
   return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
@@ -25,9 +25,9 @@ export const services = createSource(async () => {
 /** The service that a command is under way for: one at a time. */
 const commanded = createStore<ServiceRow | undefined>(undefined);
 
-const known_commands = ['start', 'stop', 'restart'] as const;
-const isKnown = (command: string): command is (typeof known_commands)[number] =>
-  known_commands.includes(command as never);
+const knownCommands = ['start', 'stop', 'restart'] as const;
+const isKnown = (command: string): command is (typeof knownCommands)[number] =>
+  knownCommands.includes(command as never);
 const commandText = (command: string) => (isKnown(command) ? t(`services.${command}`) : command);
 
 async function control(service: ServiceRow, command: string) {
@@ -43,7 +43,7 @@ async function control(service: ServiceRow, command: string) {
   let missing = false;
   const stop = host.on('show_service_error_modal', () => (missing = true));
   try {
-    await host.request('controlDevService', { service_type: type, command }, kTimeoutMs);
+    await host.request('controlDevService', { service_type: type, command }, timeoutMs);
     toast(t('services.done', { verb, title }));
   } catch (error) {
     toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), {
@@ -127,7 +127,7 @@ interface Device {
 }
 
 export const devices = createSource(async () => {
-  const reply = await explained(host.request('getPnpDevices', undefined, kTimeoutMs), () =>
+  const reply = await explained(host.request('getPnpDevices', undefined, timeoutMs), () =>
     t('devices.refused'),
   );
   // Windows writes the classes in capitals, the host names what has none "System".

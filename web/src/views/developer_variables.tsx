@@ -17,7 +17,7 @@ async function remove(list: Variable[]) {
     title: t('variables.deleteTitle', { n: list.length }),
     body: t('variables.deleteBody'),
     items: list.map((one) => `${one.name} (${scopeText(one)})`),
-    name_all: true,
+    nameAll: true,
     verb: t('variables.delete'),
     danger: true,
   });

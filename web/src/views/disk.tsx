@@ -11,7 +11,7 @@ import {
 } from '../state/disk.ts';
 import { place } from '../state/navigation.ts';
 import { telemetry, type Telemetry } from '../state/telemetry.ts';
-import { formatBytes, formatPercent, kNothing } from '../text/format.ts';
+import { formatBytes, formatPercent, noValue } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Bar } from '../ui/bar.tsx';
 import { Button } from '../ui/button.tsx';
@@ -116,13 +116,13 @@ function Progress({
   root,
   since,
   scanned,
-  per_second,
+  perSecond,
   folder: current,
 }: NonNullable<ReturnType<typeof analysis.get>['running']>) {
   const seconds = useElapsed(since);
   const figures = [
     [t('disk.scanned'), formatNumber(scanned)],
-    [t('disk.perSecond'), scanned === 0 ? kNothing : formatNumber(Math.round(per_second))],
+    [t('disk.perSecond'), scanned === 0 ? noValue : formatNumber(Math.round(perSecond))],
     [t('disk.elapsed'), t('disk.seconds', { n: seconds })],
   ];
   return (
@@ -219,7 +219,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
   const sum = useMemo(() => items.reduce((total, { size }) => total + size, 0), [items]);
   const columns = useMemo<Column<Entry>[]>(() => {
     const share = ({ size }: Entry) => (sum > 0 ? (size / sum) * 100 : 0);
-    const shareText = (entry: Entry) => (isUnknown(entry) ? kNothing : formatPercent(share(entry)));
+    const shareText = (entry: Entry) => (isUnknown(entry) ? noValue : formatPercent(share(entry)));
     return [
       {
         id: 'name',
@@ -236,7 +236,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
         id: 'size',
         title: t('app.size'),
         value: ({ size }) => size,
-        text: (entry) => (isUnknown(entry) ? kNothing : formatBytes(entry.size)),
+        text: (entry) => (isUnknown(entry) ? noValue : formatBytes(entry.size)),
         numeric: true,
         width: '6.25rem',
       },

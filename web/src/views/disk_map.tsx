@@ -6,8 +6,8 @@ import { currentSettings } from '../state/settings.ts';
 import { formatBytes } from '../text/format.ts';
 import { t } from '../text/text.ts';
 
-const kLeastArea = 36; // square pixels; smaller tiles can neither be told apart nor hit
-const kPadding = 6;
+const leastTileArea = 36; // square pixels; smaller tiles can neither be told apart nor hit
+const tilePadding = 6;
 
 /** The folder as a treemap. Only a picture for the pointer: the table beside it says and does the same. */
 export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
@@ -25,7 +25,7 @@ export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
   }, []);
 
   const tiles = useMemo(
-    () => (box.width > 0 && box.height > 0 ? tilesOf(items, box.width, box.height, kLeastArea) : []),
+    () => (box.width > 0 && box.height > 0 ? tilesOf(items, box.width, box.height, leastTileArea) : []),
     [items, box],
   );
   useLayoutEffect(() => {
@@ -101,14 +101,14 @@ function draw(canvas: HTMLCanvasElement, tiles: readonly Tile<Entry>[]) {
   for (const { entry, size, count, x, y, width, height } of tiles) {
     context.fillStyle = colours[entry ? kindOf(entry) : 'other'];
     context.fillRect(x, y, Math.max(width - 1, 0.5), Math.max(height - 1, 0.5));
-    const room = width - 2 * kPadding;
-    if (room < line * 1.5 || height < line + kPadding) continue;
+    const room = width - 2 * tilePadding;
+    if (room < line * 1.5 || height < line + tilePadding) continue;
     const name = fitText(entry ? entry.name : t('disk.rest', { n: count }), room, measure);
     if (name === '') continue;
     context.fillStyle = '#fff';
-    context.fillText(name, x + kPadding, y + kPadding / 2 + line / 2);
+    context.fillText(name, x + tilePadding, y + tilePadding / 2 + line / 2);
     const amount = formatBytes(size);
-    if (height >= 2 * line + kPadding && measure(amount) <= room)
-      context.fillText(amount, x + kPadding, y + kPadding / 2 + line * 1.5);
+    if (height >= 2 * line + tilePadding && measure(amount) <= room)
+      context.fillText(amount, x + tilePadding, y + tilePadding / 2 + line * 1.5);
   }
 }

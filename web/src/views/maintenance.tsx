@@ -5,7 +5,7 @@ import {
   abandonFileCheck,
   applyUpdate,
   download,
-  kComeBack,
+  leaveSafeMode,
   repairs,
   repairStates,
   startRepair,
@@ -31,7 +31,7 @@ import { View } from '../ui/view.tsx';
 const check = () => void update.reload();
 
 // What the host says when nobody answers.
-const kUnreachable = 'Download failed from update server';
+const unreachableReason = 'Download failed from update server';
 
 export function Maintenance() {
   const { at, phase } = useStore(update);
@@ -104,7 +104,7 @@ function Update() {
           <Failure
             error={error}
             text={
-              (error as BridgeError).reason === kUnreachable
+              (error as BridgeError).reason === unreachableReason
                 ? t('update.unreachable')
                 : t('update.unreadable')
             }
@@ -177,7 +177,7 @@ async function ask(repair: Repair) {
     const agreed = await confirm({
       title: t(`repair.${repair}.confirm`),
       body: restarts ? withQueue(body) : body,
-      items: restarts ? [kComeBack] : [],
+      items: restarts ? [leaveSafeMode] : [],
       verb: t(`repair.${repair}.verb`),
       danger: restarts,
     });
@@ -187,7 +187,7 @@ async function ask(repair: Repair) {
 }
 
 // A phase of the file check without a line for so long is worth a word.
-const kSilentSeconds = 60;
+const silentSeconds = 60;
 
 function RepairCard({ repair }: { repair: Repair }) {
   const { since, heard, percent, lines, result } = useStore(repairStates)[repair] ?? {};
@@ -207,11 +207,11 @@ function RepairCard({ repair }: { repair: Repair }) {
         <>
           <p class="small">{t('repair.comeBack')}</p>
           <div class="tool-log">
-            <code>{kComeBack}</code>
+            <code>{leaveSafeMode}</code>
             <IconButton
               icon="copy"
               label={t('repair.copyComeBack')}
-              onClick={() => void copyText(kComeBack)}
+              onClick={() => void copyText(leaveSafeMode)}
             />
           </div>
         </>
@@ -229,7 +229,7 @@ function RepairCard({ repair }: { repair: Repair }) {
             </span>
           </>
         )}
-        {silent >= kSilentSeconds && <Button onClick={abandonFileCheck}>{t('jobs.abandon')}</Button>}
+        {silent >= silentSeconds && <Button onClick={abandonFileCheck}>{t('jobs.abandon')}</Button>}
       </div>
       {result && (
         <p class={result.good ? 'outcome good' : 'outcome'} role="status" data-result={repair}>

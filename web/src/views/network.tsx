@@ -18,13 +18,13 @@ import { View } from '../ui/view.tsx';
 
 type Port = Message<'getOpenPorts'>['ports'][number];
 
-const kPortsTimeoutMs = 60_000;
+const portsTimeoutMs = 60_000;
 
 /** The tool can print a row twice. */
 const portKey = ({ proto, local, pid }: Port) => `${proto} ${local} ${pid}`;
 
 const ports = createSource(async () => {
-  const list = (await host.request('getOpenPorts', undefined, kPortsTimeoutMs)).ports;
+  const list = (await host.request('getOpenPorts', undefined, portsTimeoutMs)).ports;
   return [...new Map(list.map((port) => [portKey(port), port])).values()];
 });
 

@@ -1,16 +1,16 @@
 import { useMemo, useState } from 'preact/hooks';
 import { clockText, isMeasured, type ProcessRow } from '../lib/processes.ts';
-import { kNoSelection } from '../lib/table.ts';
+import { noSelection } from '../lib/table.ts';
 import { place } from '../state/navigation.ts';
 import {
   endProcesses,
-  kProcessesPeriodMs,
+  processesPeriodMs,
   paused,
   pollProcesses,
   processes,
   togglePaused,
 } from '../state/processes.ts';
-import { formatPercent, kNothing } from '../text/format.ts';
+import { formatPercent, noValue } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button } from '../ui/button.tsx';
 import { DataView } from '../ui/data_view.tsx';
@@ -24,7 +24,7 @@ const reload = () => void processes.reload();
 function useLinkedSelection(): SelectionState {
   return useState(() => {
     const { pid } = place.get();
-    return pid === undefined ? kNoSelection : { keys: new Set([pid]), active: pid, anchor: pid };
+    return pid === undefined ? noSelection : { keys: new Set([pid]), active: pid, anchor: pid };
   });
 }
 
@@ -48,7 +48,7 @@ export function Processes() {
         id: 'share',
         title: t('processes.share'),
         value: ({ share }) => share,
-        text: ({ share }) => (share === undefined ? kNothing : formatPercent(share, 1)),
+        text: ({ share }) => (share === undefined ? noValue : formatPercent(share, 1)),
         numeric: true,
         width: '8rem',
       },
@@ -56,7 +56,7 @@ export function Processes() {
         id: 'mem',
         title: t('processes.memory'),
         value: (one) => (isMeasured(one) ? one.memUsageMB : undefined),
-        text: (one) => (isMeasured(one) ? `${formatNumber(one.mem)}\u00a0MB` : kNothing),
+        text: (one) => (isMeasured(one) ? `${formatNumber(one.mem)}\u00a0MB` : noValue),
         numeric: true,
         width: '8rem',
       },
@@ -64,7 +64,7 @@ export function Processes() {
         id: 'time',
         title: t('processes.time'),
         value: (one) => (isMeasured(one) ? one.cpuTimeSec : undefined),
-        text: (one) => (isMeasured(one) ? clockText(one.cpuTimeSec) : kNothing),
+        text: (one) => (isMeasured(one) ? clockText(one.cpuTimeSec) : noValue),
         numeric: true,
         width: '9rem',
       },
@@ -88,8 +88,8 @@ export function Processes() {
   );
   const ended = (rows: ProcessRow[]) => rows.filter(({ isSystem }) => !isSystem);
   const chosen = ended((list.data ?? []).filter(({ pid }) => selection[0].keys.has(pid)));
-  const only_system = selection[0].keys.size > 0 && chosen.length === 0;
-  usePolling(pollProcesses, kProcessesPeriodMs);
+  const onlySystem = selection[0].keys.size > 0 && chosen.length === 0;
+  usePolling(pollProcesses, processesPeriodMs);
   return (
     <View
       id="processes"
@@ -131,7 +131,7 @@ export function Processes() {
             }}
             tools={
               <span class="muted small">
-                {only_system ? t('processes.systemHint') : stopped && t('processes.paused')}
+                {onlySystem ? t('processes.systemHint') : stopped && t('processes.paused')}
               </span>
             }
           />

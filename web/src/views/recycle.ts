@@ -6,7 +6,7 @@ import { confirm } from '../ui/dialog.tsx';
 import { errorText } from '../ui/error_text.ts';
 import { toast } from '../ui/toast.tsx';
 
-const kTimeoutMs = 10 * 60_000;
+const timeoutMs = 10 * 60_000;
 
 /** Asks, moves files to the recycle bin and says how many went. Resolves to false when the user declined. */
 export async function recycle(files: { path: string; size: number }[]): Promise<boolean> {
@@ -23,7 +23,7 @@ export async function recycle(files: { path: string; size: number }[]): Promise<
     const { deletedCount } = await host.request(
       'deleteSpecificFiles',
       { paths: files.map(({ path }) => path) },
-      kTimeoutMs,
+      timeoutMs,
     );
     if (deletedCount >= n) toast(t('recycle.done', { n }));
     else toast(t('recycle.some', { n: deletedCount, total: n }), { error: true });

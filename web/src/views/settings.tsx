@@ -86,11 +86,11 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
   );
 }
 
-const scan_intervals = [1, 6, 12, 24, 72, 168];
+const scanIntervals = [1, 6, 12, 24, 72, 168];
 
 function ScanInterval({ hours }: { hours: number }) {
   // An interval that another version stored stays on offer.
-  const offered = [...new Set([...scan_intervals, hours])].sort((a, b) => a - b);
+  const offered = [...new Set([...scanIntervals, hours])].sort((a, b) => a - b);
   const name = (n: number) => (n % 24 === 0 ? t('settings.days', { n: n / 24 }) : t('settings.hours', { n }));
   return (
     <Choice
@@ -104,7 +104,7 @@ function ScanInterval({ hours }: { hours: number }) {
 }
 
 // The service has no time limit; giving up early would leave a schedule that the switch denies.
-const kScheduleTimeoutMs = 120_000;
+const scheduleTimeoutMs = 120_000;
 
 /** The service keeps the schedule, so it is asked first; what it refuses is not stored and the switch goes back. */
 function AutoClean({ on }: { on: boolean }) {
@@ -112,7 +112,7 @@ function AutoClean({ on }: { on: boolean }) {
   async function change(enabled: boolean) {
     setWanted(enabled);
     try {
-      await host.request('toggleScheduleClean', { enabled }, kScheduleTimeoutMs);
+      await host.request('toggleScheduleClean', { enabled }, scheduleTimeoutMs);
       saveSettings({ autoClean: enabled });
     } catch (error) {
       toast(

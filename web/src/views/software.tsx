@@ -19,7 +19,7 @@ import {
   type Drivers,
 } from '../state/software.ts';
 import { openTerminal } from '../state/terminal.ts';
-import { formatDate, kNothing } from '../text/format.ts';
+import { formatDate, noValue } from '../text/format.ts';
 import { formatNumber, locale, t } from '../text/text.ts';
 import { Button, IconButton } from '../ui/button.tsx';
 import { DataView, Notice } from '../ui/data_view.tsx';
@@ -194,12 +194,12 @@ function Listed<T>({ source, state, count, nothing: [title, why], children }: Li
   );
 }
 
-const kIgnoredType = 'software';
+const ignoredType = 'software';
 
 function ignoredIds(): Set<string> {
   return new Set(
     currentSettings()
-      .ignoreList.filter(({ type }) => type === kIgnoredType)
+      .ignoreList.filter(({ type }) => type === ignoredType)
       .map(({ id }) => id),
   );
 }
@@ -207,8 +207,8 @@ function ignoredIds(): Set<string> {
 function setIgnored(rows: Row[], on: boolean) {
   const ids = rows.map(({ id }) => id);
   const before = currentSettings().ignoreList;
-  const others = before.filter(({ id, type }) => type !== kIgnoredType || !ids.includes(id));
-  const added = on ? ids.map((id) => ({ id, type: kIgnoredType })) : [];
+  const others = before.filter(({ id, type }) => type !== ignoredType || !ids.includes(id));
+  const added = on ? ids.map((id) => ({ id, type: ignoredType })) : [];
   const action = { label: t('app.undo'), run: () => saveSettings({ ignoreList: before }) };
   saveSettings(
     { ignoreList: [...others, ...added] },
@@ -241,7 +241,7 @@ interface TasksProps {
 }
 
 /** Where Windows itself does what a row cannot. */
-const settings_pages: Partial<Record<JobKind, string>> = {
+const settingsPages: Partial<Record<JobKind, string>> = {
   uninstall: 'ms-settings:appsfeatures',
   driver: 'ms-settings:windowsupdate-optionalupdates',
 };
@@ -288,7 +288,7 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
           id,
           title: t(`software.${id}`),
           value,
-          text: (row) => words(value(row)) || kNothing,
+          text: (row) => words(value(row)) || noValue,
           ...(width && { width }),
         };
       }),
@@ -331,7 +331,7 @@ function Tasks({ kind, label, rows, columns: described, menu, tools }: TasksProp
           };
           return [
             ...(ready.length > 0 ? [act] : []),
-            ...(settings_pages[kind] && marked.some(({ block }) => block) ? [help] : []),
+            ...(settingsPages[kind] && marked.some(({ block }) => block) ? [help] : []),
             ...(menu?.(marked) ?? []),
           ];
         }}
@@ -369,7 +369,7 @@ const obstacles = ['windows', 'shifted', 'cut', 'characters', 'skipped'] as cons
 
 function openSettings(kind: JobKind) {
   void host
-    .openUrl(settings_pages[kind] ?? '')
+    .openUrl(settingsPages[kind] ?? '')
     .catch((error: unknown) => toast(errorText(error), { error: true }));
 }
 
@@ -387,7 +387,7 @@ function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
           {t(`obstacle.${block}.why`)}
         </p>
       ))}
-      {settings_pages[kind] && (
+      {settingsPages[kind] && (
         <Button icon="settings" onClick={() => openSettings(kind)}>
           {t('obstacle.settings')}
         </Button>

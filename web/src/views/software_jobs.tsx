@@ -21,7 +21,7 @@ import { Icon } from '../ui/icon.tsx';
 import { ToolLog } from '../ui/tool_log.tsx';
 
 // Silence that is worth a word; a large installer can be silent for longer and be well.
-const kSilentSeconds = 60;
+const silentSeconds = 60;
 
 /** How far a job is, in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
@@ -122,7 +122,7 @@ function JobRow(job: Job) {
         </p>
       )}
       {alone && <p class="small muted">{t('jobs.alone')}</p>}
-      {silent >= kSilentSeconds && (
+      {silent >= silentSeconds && (
         <p class="outcome small">
           {t('jobs.silent', { n: silent })}
           <Button onClick={abandonRunning}>{t('jobs.abandon')}</Button>

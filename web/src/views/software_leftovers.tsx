@@ -25,7 +25,7 @@ function Choice({ job, items }: { job: Task; items: Leftover[] }) {
       title: t('leftovers.confirm', { n: chosen.length }),
       body: t('leftovers.confirmBody'),
       items: chosen.map(({ path }) => path),
-      name_all: true,
+      nameAll: true,
       verb: t('leftovers.verb'),
       danger: true,
     });
