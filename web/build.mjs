@@ -5,14 +5,13 @@ import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { build } from 'esbuild';
 import { lucide } from './lucide.mjs';
-import { texts } from './texts.mjs';
 
 const web = dirname(fileURLToPath(import.meta.url));
 const at = (...parts) => join(web, ...parts);
-const out_flag = process.argv.indexOf('--out');
-const out = resolve(out_flag > 0 ? process.argv[out_flag + 1] : at('dist'));
+const outFlag = process.argv.indexOf('--out');
+const out = resolve(outFlag > 0 ? process.argv[outFlag + 1] : at('dist'));
 
-const kBudgets = { 'index.html': 4_000, 'css/style.css': 40_000, 'js/app.js': 230_000 };
+const budgets = { 'index.html': 4_000, 'css/style.css': 40_000, 'js/app.js': 230_000 };
 
 // The licences of what is compiled into the script travel with it.
 const notices = ['preact', 'lucide-static'].map(
@@ -36,30 +35,30 @@ async function bundle(entry, options = {}) {
 
 const { version } = JSON.parse(readFileSync(at('package.json'), 'utf8'));
 const files = {
-  'index.html': readFileSync(at('src/index.html')),
-  'css/style.css': await bundle('styles/style.css'),
-  'js/app.js': await bundle('src/main.tsx', {
+  'index.html': readFileSync(at('src/app/index.html')),
+  'css/style.css': await bundle('src/app/style.css'),
+  'js/app.js': await bundle('src/app/main.tsx', {
     format: 'iife',
     jsx: 'automatic',
     jsxImportSource: 'preact',
     define: { VARNEL_VERSION: JSON.stringify(version) },
     footer: { js: notices.join('\n') },
-    plugins: [lucide, texts],
+    plugins: [lucide],
   }),
   'app.png': readFileSync(at('icons/app.png')),
   'app.ico': readFileSync(at('icons/app.ico')),
 };
 
-let too_big = false;
+let tooBig = false;
 for (const [name, bytes] of Object.entries(files)) {
-  const budget = kBudgets[name];
+  const budget = budgets[name];
   const over = budget !== undefined && bytes.length > budget;
-  too_big ||= over;
+  tooBig ||= over;
   console.log(
     `${name.padEnd(14)} ${String(bytes.length).padStart(7)} B${budget ? ` of ${budget}` : ''}${over ? '  OVER BUDGET' : ''}`,
   );
 }
-if (too_big) process.exit(1);
+if (tooBig) process.exit(1);
 
 for (const [name, bytes] of Object.entries(files)) {
   const path = join(out, name);

@@ -11,7 +11,10 @@ const require = createRequire(import.meta.url);
 
 // The page's own texts, bundled as the page has them.
 const { outputFiles } = require('../../web/node_modules/esbuild').buildSync({
-  entryPoints: [join(root, 'web/src/text/text.ts')],
+  stdin: {
+    contents: "import './app/all_texts.ts'; export { setLanguage, t } from './base/text.ts';",
+    resolveDir: join(root, 'web/src'),
+  },
   bundle: true,
   write: false,
   format: 'esm',

@@ -1,17 +1,17 @@
-// The rules that keep the folders apart, checked on the include lines.
-import { readdirSync, readFileSync, existsSync } from 'node:fs';
+// The rules that keep the folders apart: include lines of the program, imports of the page.
+import { existsSync, readdirSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
 
-const kSubsystems = ['system', 'clean', 'software', 'disk', 'startup', 'net', 'maint'];
+const kRooms = ['system', 'clean', 'software', 'disk', 'startup', 'net', 'maint'];
 
-// Which folders a folder may include from, beside itself.
-const kMayUse = {
-  base: [],
-  exec: ['base'],
-  ...Object.fromEntries(kSubsystems.map((name) => [name, ['exec', 'base']])),
-  app: [...kSubsystems, 'exec', 'base'],
-  testing: ['app', ...kSubsystems, 'exec', 'base'],
-};
+// The floors from the lowest up: a folder uses its own files and those of the floors below.
+const kFloors = [['base'], ['exec'], kRooms, ['app'], ['testing']];
+const kPageFloors = [['base'], ['bridge'], ['kit'], ['shell'], kRooms, ['app']];
+
+const mayUse = (floors) =>
+  Object.fromEntries(floors.flatMap((names, i) => names.map((name) => [name, floors.slice(0, i).flat()])));
+const kMayUse = mayUse(kFloors);
+const kPageMayUse = mayUse(kPageFloors);
 
 // Headers that need Windows although their names, fixed by their kind, do not say so.
 const kWindowsHeaders = new Set(['app/webview2.h']);
@@ -21,12 +21,12 @@ const isTest = (path) =>
   path.startsWith('testing/') || /_(test|fuzz|bench|fixture|fixture_win)\.(cpp|h)$/.test(path);
 const isWindows = (path) => /_win(_test|_bench)?\.(cpp|h)$/.test(path) || kWindowsHeaders.has(path);
 
-function sourcesBelow(root, folder) {
+function sourcesBelow(root, folder, kind) {
   const found = [];
   for (const entry of readdirSync(join(root, folder), { withFileTypes: true })) {
     const path = `${folder}/${entry.name}`;
-    if (entry.isDirectory() && entry.name !== 'node_modules') found.push(...sourcesBelow(root, path));
-    else if (/\.(cpp|h)$/.test(entry.name)) found.push(path);
+    if (entry.isDirectory() && entry.name !== 'node_modules') found.push(...sourcesBelow(root, path, kind));
+    else if (kind.test(entry.name)) found.push(path);
   }
   return found;
 }
@@ -45,11 +45,10 @@ function breachOfInclude(root, path, quoted, included) {
   return isWindows(included) && !isWindows(path) && `portable, but includes "${included}"`;
 }
 
-// Every breach in the tree at `root`, as "path: what".
-export function findBreaches(root) {
+function findProgramBreaches(root) {
   const breaches = [];
   for (const folder of Object.keys(kMayUse).filter((name) => existsSync(join(root, name)))) {
-    for (const path of sourcesBelow(root, folder)) {
+    for (const path of sourcesBelow(root, folder, /\.(cpp|h)$/)) {
       const text = readFileSync(join(root, path), 'utf8');
       if (path.endsWith('.h') && !/^(\/\/.*\n|\n)*#pragma once\n/.test(text))
         breaches.push(`${path}: does not start with #pragma once`);
@@ -60,4 +59,50 @@ export function findBreaches(root) {
     }
   }
   return breaches;
+}
+
+// The circles of imports, each from its first file in the order of `imports`.
+function findCircles(imports) {
+  const circles = [];
+  const done = new Set();
+  const trail = [];
+  const visit = (path) => {
+    if (trail.includes(path)) return circles.push([...trail.slice(trail.indexOf(path)), path].join(' -> '));
+    if (done.has(path)) return;
+    trail.push(path);
+    for (const target of imports.get(path) ?? []) visit(target);
+    done.add(trail.pop());
+  };
+  for (const path of imports.keys()) visit(path);
+  return circles;
+}
+
+const kPage = 'web/src';
+
+function findPageBreaches(root) {
+  if (!existsSync(join(root, kPage))) return [];
+  const breaches = [];
+  const imports = new Map();
+  for (const path of sourcesBelow(root, kPage, /\.(tsx?|css)$/)) {
+    const folder = path.split('/')[2];
+    const text = readFileSync(join(root, path), 'utf8');
+    const targets = [...text.matchAll(/^(?:import|export|\} from|@import)\b[^'\n]*'(\.[^']+)'/gm)].map(
+      ([, target]) => join(path, '..', target),
+    );
+    imports.set(path, targets);
+    for (const target of targets) {
+      const below = target.split('/')[2];
+      if (!target.startsWith(`${kPage}/`) || !existsSync(join(root, target)))
+        breaches.push(`${path}: imports "${target}", which is no file of the page`);
+      else if (/\.test\.ts$/.test(target)) breaches.push(`${path}: uses the test "${target}"`);
+      else if (below !== folder && !kPageMayUse[folder]?.includes(below))
+        breaches.push(`${path}: ${folder} may not use ${below}: "${target}"`);
+    }
+  }
+  return [...breaches, ...findCircles(imports).map((circle) => `a circle: ${circle}`)];
+}
+
+// Every breach in the tree at `root`, as "path: what".
+export function findBreaches(root) {
+  return [...findProgramBreaches(root), ...findPageBreaches(root)];
 }

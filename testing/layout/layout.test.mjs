@@ -24,6 +24,11 @@ const kSound = {
   'app/main_win.cpp': '#include "app/webview2.h"\n#include "net/ports.h"\n',
   'testing/page.h': '#pragma once\n#include "app/frame.h"\n',
   'app/frame.h': '#pragma once\n',
+  'web/src/base/text.ts': "import { something } from 'library';\n",
+  'web/src/kit/button.tsx': "import type { Key } from '../base/text.ts';\nimport './button.css';\n",
+  'web/src/kit/button.css': '',
+  'web/src/net/ports.ts': "import {\n  Button,\n} from '../kit/button.tsx';\n",
+  'web/src/net/ports.test.ts': "import { ports } from './ports.ts';\n",
 };
 
 function breachesWith(changes) {
@@ -54,8 +59,30 @@ for (const [path, text, want] of [
   ['net/near.cpp', '#include "ports.h"\n', '"ports.h" is not named from the root'],
   ['net/product.cpp', '#include "testing/page.h"\n', 'uses "testing/page.h" outside a test'],
   ['net/product.cpp', '#include "net/ports_fixture.h"\n', 'uses "net/ports_fixture.h" outside a test'],
+  ['web/src/base/up.ts', "import '../kit/button.tsx';\n", 'base may not use kit: "web/src/kit/button.tsx"'],
+  [
+    'web/src/kit/up.css',
+    "@import '../net/x.css';\n",
+    'imports "web/src/net/x.css", which is no file of the page',
+  ],
+  [
+    'web/src/disk/aside.ts',
+    "export * from '../net/ports.ts';\n",
+    'disk may not use net: "web/src/net/ports.ts"',
+  ],
+  ['web/src/net/product.ts', "import './ports.test.ts';\n", 'uses the test "web/src/net/ports.test.ts"'],
   ['net/late.h', '#include <string>\n#pragma once\n', 'does not start with #pragma once'],
 ]) {
   test(`found: ${path} ${want}`, () =>
     assert.deepEqual(breachesWith({ [path]: text }), [`${path}: ${want}`]));
 }
+
+test('found: a circle of the page', () => {
+  const changes = {
+    'web/src/net/a.ts': "import type { B } from './b.ts';\n",
+    'web/src/net/b.ts': "import {\n  a,\n} from './a.ts';\n",
+  };
+  assert.deepEqual(breachesWith(changes), [
+    'a circle: web/src/net/a.ts -> web/src/net/b.ts -> web/src/net/a.ts',
+  ]);
+});

@@ -1,4 +1,4 @@
-import { isRecord } from '../lib/shape.ts';
+import { isRecord } from '../base/shape.ts';
 import {
   messages,
   replies,
@@ -30,12 +30,10 @@ export class BridgeError extends Error {
   }
 }
 
-const defaultTimeoutMs = 30_000;
-
-/** The action's data, required where it reads any, and how long to wait for the answer. */
+/** The action's data, required where it reads any. */
 export type RequestArgs<A extends Action> = A extends keyof RequestData
-  ? [data: RequestData[A], timeoutMs?: number]
-  : [data?: undefined, timeoutMs?: number];
+  ? [data: RequestData[A]]
+  : [data?: undefined];
 
 interface Pending {
   type: MessageType;
@@ -56,8 +54,8 @@ export class Bridge {
   }
 
   /** Asks and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
-  request<A extends Action>(action: A, ...[data, timeoutMs]: RequestArgs<A>): Promise<Reply<A>> {
-    return this.#ask(action, { data: data ?? {} }, timeoutMs ?? defaultTimeoutMs);
+  request<A extends Action>(action: A, ...[data]: RequestArgs<A>): Promise<Reply<A>> {
+    return this.#ask(action, { data: data ?? {} });
   }
 
   /**
@@ -73,7 +71,7 @@ export class Bridge {
 
   /** Opens an address with the system's own program. The host reads `url` beside `action`, not inside `data`. */
   openUrl(url: string): Promise<Reply<'openUrl'>> {
-    return this.#ask('openUrl', { url, data: {} }, defaultTimeoutMs);
+    return this.#ask('openUrl', { url, data: {} });
   }
 
   /** Listens to every message of one type, also to replies. Returns the function that stops listening. */
@@ -83,13 +81,17 @@ export class Bridge {
     return () => listeners.delete(listener);
   }
 
-  #ask<A extends Action>(action: A, members: Record<string, unknown>, timeoutMs: number): Promise<Reply<A>> {
+  #ask<A extends Action>(action: A, members: Record<string, unknown>): Promise<Reply<A>> {
     const webView = this.#webView;
     if (!webView) return Promise.reject(new BridgeError('absent'));
     const requestId = ++this.#lastId;
+    const [type, waitSeconds] = replies[action];
     return new Promise((resolve, reject) => {
-      const timer = setTimeout(() => this.#take(requestId)?.reject(new BridgeError('timeout')), timeoutMs);
-      this.#pending.set(requestId, { type: replies[action], resolve, reject, timer });
+      const timer = setTimeout(
+        () => this.#take(requestId)?.reject(new BridgeError('timeout')),
+        waitSeconds * 1000,
+      );
+      this.#pending.set(requestId, { type, resolve, reject, timer });
       webView.postMessage(JSON.stringify({ action, requestId, ...members }));
     });
   }

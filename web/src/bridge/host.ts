@@ -1,10 +1,8 @@
 import { Bridge, type WebView } from './bridge.ts';
 
 declare global {
-  interface Window {
-    chrome?: { webview?: WebView };
-  }
+  var chrome: { webview?: WebView } | undefined;
 }
 
 /** The one line to the program around the page. */
-export const host = new Bridge(window.chrome?.webview);
+export const host = new Bridge(globalThis.chrome?.webview);

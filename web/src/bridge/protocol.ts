@@ -1,6 +1,16 @@
 // Everything page and host say to each other: a message type or action is added here and nowhere else.
 // Sizes are bytes unless a comment says otherwise.
-import { anything, array, bool, number, object, optional, record, text, type Guarded } from '../lib/shape.ts';
+import {
+  anything,
+  array,
+  bool,
+  number,
+  object,
+  optional,
+  record,
+  text,
+  type Guarded,
+} from '../base/shape.ts';
 
 const file = object({ path: text, size: number });
 const folderEntry = object({ name: text, path: text, isDirectory: bool, size: number });
@@ -195,50 +205,53 @@ export const messages = {
 export type MessageType = keyof typeof messages;
 export type Message<T extends MessageType> = Guarded<(typeof messages)[T]>;
 
-/** Page to host: each action that has one answer, with the `type` of that answer. */
+/**
+ * Page to host: each action that has one answer, with the `type` of that answer and how many seconds it is waited for. Long
+ * ones walk whole folder trees, ask servers, or wait for the helper service, which has no limit of its own.
+ */
 export const replies = {
-  testBridge: 'testBridge',
-  openUrl: 'openUrl',
-  openMailto: 'openMailto',
-  getCPU: 'cpu_info',
-  getStatus: 'status',
-  getTelemetry: 'telemetry',
-  debugSystem: 'debugSystem',
-  getSettings: 'settings',
-  saveSettings: 'saveSettings',
-  reboot: 'reboot',
-  getProcesses: 'processes',
-  killProcess: 'killProcess',
-  getJunk: 'junk',
-  cleanJunk: 'cleanJunk',
-  getDownloadsJunk: 'getDownloadsJunk',
-  deleteSpecificFiles: 'deleteSpecificFiles',
-  getSystemFilesAdvisor: 'getSystemFilesAdvisor',
-  setHibernation: 'setHibernation',
-  getSoftwareUpdates: 'software_updates',
-  getInstalledApps: 'apps',
-  getDriverUpdates: 'driver_updates',
-  findLeftovers: 'findLeftovers',
-  cleanLeftovers: 'cleanLeftovers',
-  getFolderContents: 'getFolderContents',
-  getStartupItems: 'startup',
-  toggleStartupItem: 'toggleStartupItem',
-  toggleScheduleClean: 'toggleScheduleClean',
-  getOpenPorts: 'getOpenPorts',
-  getHostsFile: 'getHostsFile',
-  saveHostsFile: 'saveHostsFile',
-  getEnvVariables: 'getEnvVariables',
-  saveEnvVariable: 'saveEnvVariable',
-  getDevServices: 'getDevServices',
-  controlDevService: 'controlDevService',
-  getPnpDevices: 'getPnpDevices',
-  quickAction: 'quickAction',
-  checkForUpdates: 'checkForUpdates',
-  downloadAndApplyUpdate: 'downloadAndApplyUpdate',
-} as const satisfies Record<string, MessageType>;
+  testBridge: ['testBridge', 5],
+  openUrl: ['openUrl', 30],
+  openMailto: ['openMailto', 30],
+  getCPU: ['cpu_info', 30],
+  getStatus: ['status', 30],
+  getTelemetry: ['telemetry', 10],
+  debugSystem: ['debugSystem', 30],
+  getSettings: ['settings', 30],
+  saveSettings: ['saveSettings', 30],
+  reboot: ['reboot', 30],
+  getProcesses: ['processes', 30],
+  killProcess: ['killProcess', 30],
+  getJunk: ['junk', 900],
+  cleanJunk: ['cleanJunk', 3600],
+  getDownloadsJunk: ['getDownloadsJunk', 120],
+  deleteSpecificFiles: ['deleteSpecificFiles', 600],
+  getSystemFilesAdvisor: ['getSystemFilesAdvisor', 30],
+  setHibernation: ['setHibernation', 60],
+  getSoftwareUpdates: ['software_updates', 300],
+  getInstalledApps: ['apps', 300],
+  getDriverUpdates: ['driver_updates', 300],
+  findLeftovers: ['findLeftovers', 300],
+  cleanLeftovers: ['cleanLeftovers', 300],
+  getFolderContents: ['getFolderContents', 120],
+  getStartupItems: ['startup', 30],
+  toggleStartupItem: ['toggleStartupItem', 30],
+  toggleScheduleClean: ['toggleScheduleClean', 120],
+  getOpenPorts: ['getOpenPorts', 60],
+  getHostsFile: ['getHostsFile', 120],
+  saveHostsFile: ['saveHostsFile', 120],
+  getEnvVariables: ['getEnvVariables', 30],
+  saveEnvVariable: ['saveEnvVariable', 120],
+  getDevServices: ['getDevServices', 120],
+  controlDevService: ['controlDevService', 120],
+  getPnpDevices: ['getPnpDevices', 120],
+  quickAction: ['quickAction', 120],
+  checkForUpdates: ['checkForUpdates', 120],
+  downloadAndApplyUpdate: ['downloadAndApplyUpdate', 3600],
+} as const satisfies Record<string, readonly [type: MessageType, waitSeconds: number]>;
 
 export type Action = keyof typeof replies;
-export type Reply<A extends Action> = Message<(typeof replies)[A]>;
+export type Reply<A extends Action> = Message<(typeof replies)[A][0]>;
 
 /** What goes into `data`; `{}` for an action that is not listed. */
 export interface RequestData {

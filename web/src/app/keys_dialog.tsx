@@ -1,0 +1,52 @@
+import { createStore } from '../base/store.ts';
+import { t } from '../base/text.ts';
+import { Button } from '../kit/button.tsx';
+import { Dialog } from '../kit/dialog.tsx';
+import { useStore } from '../kit/hooks.ts';
+
+const help = createStore(false);
+
+export function showKeys() {
+  help.set(true);
+}
+
+export function KeysDialog() {
+  if (!useStore(help)) return null;
+  const close = () => help.set(false);
+  const space = t('keys.space');
+  const arrows = t('keys.arrows');
+  const rows: [keys: string[], meaning: string][] = [
+    [['Ctrl', '1–9'], t('keys.views')],
+    [['F5'], t('keys.refresh')],
+    [['Ctrl', 'F'], t('keys.filter')],
+    [['Esc'], t('keys.escape')],
+    [[arrows, 'Home', 'End', 'PgUp', 'PgDn'], t('keys.rows')],
+    [[space], t('keys.select')],
+    [['Shift', arrows], t('keys.range')],
+    [['Ctrl', 'A'], t('keys.all')],
+    [['Ctrl', 'C'], t('keys.copy')],
+    [['Shift', 'F10'], t('keys.menu')],
+    [['Backspace'], t('keys.up')],
+    [['?'], t('keys.help')],
+  ];
+  return (
+    <Dialog
+      title={t('keys.title')}
+      onClose={close}
+      actions={<Button onClick={close}>{t('app.close')}</Button>}
+    >
+      <dl class="keys">
+        {rows.map(([keys, meaning]) => (
+          <div>
+            <dt>
+              {keys.map((key) => (
+                <kbd>{key}</kbd>
+              ))}
+            </dt>
+            <dd>{meaning}</dd>
+          </div>
+        ))}
+      </dl>
+    </Dialog>
+  );
+}

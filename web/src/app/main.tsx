@@ -1,0 +1,30 @@
+import { render } from 'preact';
+import { host } from '../bridge/host.ts';
+import { toast } from '../kit/toast.tsx';
+import { startDiagnostics } from '../net/diagnostics.ts';
+import { startServiceDialog } from '../shell/service.tsx';
+import { settingsDocument } from '../shell/settings.ts';
+import { startStatus } from '../shell/status.ts';
+import { startTerminal } from '../shell/terminal.ts';
+import { startQueue } from '../software/queue.ts';
+import { startAutoScan } from '../software/scan.ts';
+import { App } from './app.tsx';
+import './all_texts.ts';
+
+const settingsGraceMs = 500;
+
+startStatus();
+startTerminal();
+startAutoScan();
+startQueue();
+startServiceDialog();
+startDiagnostics();
+host.on('error', ({ message }) => toast(message, { error: true }));
+
+// The skeleton stays until theme and language are known, so that neither is seen to change; but not for long.
+const grace = new Promise((resolve) => setTimeout(resolve, settingsGraceMs));
+void Promise.race([settingsDocument.reload(), grace]).then(() => {
+  const root = document.getElementById('app')!;
+  root.replaceChildren();
+  render(<App />, root);
+});

@@ -1,0 +1,42 @@
+import { t } from '../base/text.ts';
+import { useStore } from '../kit/hooks.ts';
+import { Icon, Mark } from '../kit/icon.tsx';
+import { route } from '../shell/navigation.ts';
+import { views } from './views.ts';
+
+export function Sidebar() {
+  const current = useStore(route).view;
+  const groups = [...new Set(views.map(({ group }) => group))];
+  return (
+    <nav class="sidebar" aria-label={t('app.nav')}>
+      <div class="sidebar-brand">
+        <Mark />
+        <span>Varnel</span>
+      </div>
+      {groups.map((group) => (
+        <div class={group ? 'sidebar-group' : 'sidebar-group sidebar-foot'}>
+          {group && <p class="sidebar-heading">{t(`group.${group}`)}</p>}
+          <ul>
+            {views
+              .filter((entry) => entry.group === group)
+              .map(({ id }) => (
+                <li key={id}>
+                  <button
+                    type="button"
+                    class="sidebar-item"
+                    aria-current={id === current ? 'page' : undefined}
+                    title={t(`view.${id}`)}
+                    data-nav={id}
+                    onClick={() => route.set({ view: id })}
+                  >
+                    <Icon name={id} />
+                    <span>{t(`view.${id}`)}</span>
+                  </button>
+                </li>
+              ))}
+          </ul>
+        </div>
+      ))}
+    </nav>
+  );
+}

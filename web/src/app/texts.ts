@@ -1,0 +1,118 @@
+import type { TextTable } from '../base/text.ts';
+
+export const texts = {
+  'app.nav': ['Hlavní navigace', 'Main navigation'],
+
+  'group.overview': ['Stav', 'Status'],
+  'group.tidy': ['Úklid', 'Clean-up'],
+  'group.system': ['Systém', 'System'],
+  'group.tools': ['Nástroje', 'Tools'],
+
+  'keys.title': ['Klávesové zkratky', 'Keyboard shortcuts'],
+  'keys.filter': ['Filtrovat tabulku', 'Filter the table'],
+  'keys.refresh': ['Obnovit údaje', 'Refresh the data'],
+  'keys.views': ['Přejít na část podle pořadí', 'Go to a part by its position'],
+  'keys.escape': ['Zavřít nebo vymazat filtr', 'Close, or clear the filter'],
+  'keys.help': ['Zobrazit tento seznam', 'Show this list'],
+  'keys.rows': ['Pohyb v tabulce', 'Move in a table'],
+  'keys.select': ['Vybrat řádek', 'Select a row'],
+  'keys.range': ['Rozšířit výběr', 'Extend the selection'],
+  'keys.all': ['Vybrat vše', 'Select all'],
+  'keys.copy': ['Kopírovat vybrané řádky', 'Copy the selected rows'],
+  'keys.menu': ['Nabídka řádku', 'Row menu'],
+  'keys.up': ['O složku výš (Disk)', 'Up one folder (Disk)'],
+  'keys.space': ['Mezerník', 'Space'],
+  'keys.arrows': ['Šipky', 'Arrows'],
+
+  'settings.appearance': ['Vzhled a jazyk', 'Appearance and language'],
+  'settings.theme': ['Motiv', 'Theme'],
+  'settings.language': ['Jazyk', 'Language'],
+  'settings.scan': ['Kontrola systému', 'System scan'],
+  'settings.autoScan': ['Kontrolovat systém automaticky', 'Scan the system automatically'],
+  'settings.autoScanHint': [
+    'Po spuštění a potom v nastaveném intervalu, dokud Varnel běží. Jen hledá, nic neinstaluje.',
+    'At the start and then at the interval, while Varnel is running. It only looks and installs nothing.',
+  ],
+  'settings.autoOpen': ['Při kontrole otevřít terminál', 'Open the terminal during a scan'],
+  'settings.autoOpenHint': [
+    'V terminálu je vidět, co kontrola právě dělá.',
+    'It shows what the scan is doing.',
+  ],
+  'settings.scanInterval': ['Interval kontroly', 'Scan interval'],
+  'settings.scanIntervalHint': [
+    'Jak často má automatická kontrola hledat, co je nového.',
+    'How often the automatic scan looks for what is new.',
+  ],
+  'settings.hours': [
+    { one: 'každou hodinu', few: 'každé {n} hodiny', many: 'každých {n} hodiny', other: 'každých {n} hodin' },
+    { one: 'every hour', other: 'every {n} hours' },
+  ],
+  'settings.days': [
+    { one: 'jednou denně', few: 'každé {n} dny', many: 'každých {n} dne', other: 'každých {n} dní' },
+    { one: 'once a day', other: 'every {n} days' },
+  ],
+  'settings.clean': ['Automatické čištění', 'Automatic cleaning'],
+  'settings.autoClean': ['Čistit pravidelně bez ptaní', 'Clean regularly without asking'],
+  'settings.autoCleanHint': [
+    'Pomocná služba bude spouštět Varnel bez okna, aby vyčistil všech sedm kategorií části Čištění. Kdy, určuje služba.',
+    'The helper service will start Varnel without a window to clean all seven categories of the Cleaning part. The service decides when.',
+  ],
+  'settings.autoCleanNotOn': [
+    'Automatické čištění zůstává vypnuté. {reason}',
+    'Automatic cleaning stays off. {reason}',
+  ],
+  'settings.autoCleanNotOff': [
+    'Automatické čištění zůstává zapnuté. {reason}',
+    'Automatic cleaning stays on. {reason}',
+  ],
+  'settings.ignored': ['Seznam ignorovaných', 'Ignore list'],
+  'settings.ignoredHint': [
+    'Aktualizace na tomto seznamu Varnel nenabízí.',
+    'Updates on this list are not offered.',
+  ],
+  'settings.ignoredEmpty': [
+    'Seznam je prázdný. Aktualizaci sem přidáte z nabídky řádku v části Software.',
+    'The list is empty. Updates are added from the row menu in Software.',
+  ],
+  'settings.ignored.id': ['Položka', 'Item'],
+  'settings.ignored.type': ['Druh', 'Kind'],
+  'settings.remove': ['Odebrat ze seznamu', 'Remove from the list'],
+  'settings.removed': [
+    {
+      one: 'Odebrána {n} položka',
+      few: 'Odebrány {n} položky',
+      many: 'Odebráno {n} položky',
+      other: 'Odebráno {n} položek',
+    },
+    { one: '{n} item removed', other: '{n} items removed' },
+  ],
+  'settings.removeTitle': [
+    {
+      one: 'Odebrat {n} položku ze seznamu?',
+      few: 'Odebrat {n} položky ze seznamu?',
+      many: 'Odebrat {n} položky ze seznamu?',
+      other: 'Odebrat {n} položek ze seznamu?',
+    },
+    { one: 'Remove {n} item from the list?', other: 'Remove {n} items from the list?' },
+  ],
+  'settings.removeBody': ['Varnel je začne znovu nabízet:', 'Varnel will offer them again:'],
+  'settings.about': ['O programu', 'About'],
+  'settings.version': ['Verze', 'Version'],
+  'settings.purpose': ['Správce systému pro Windows 10 a 11', 'System manager for Windows 10 and 11'],
+  'settings.libraries': ['Použité knihovny', 'Libraries used'],
+  'settings.test': ['Ověřit spojení s programem', 'Check the link to the program'],
+  'settings.testOk': ['Program odpověděl za {ms} ms', 'The program answered in {ms} ms'],
+  'settings.testFailed': ['Spojení nefunguje. {reason}', 'The link does not work. {reason}'],
+  'settings.diagnostics': ['Vypsat diagnostiku do terminálu', 'Print diagnostics to the terminal'],
+  'settings.diagnosticsFailed': [
+    'Diagnostiku se nepodařilo vypsat. {reason}',
+    'The diagnostics could not be printed. {reason}',
+  ],
+  'settings.shortcuts': ['Klávesové zkratky', 'Keyboard shortcuts'],
+
+  'theme.amethyst': ['Ametyst', 'Amethyst'],
+  'theme.sapphire': ['Safír', 'Sapphire'],
+  'theme.emerald': ['Smaragd', 'Emerald'],
+  'theme.ember': ['Žár', 'Ember'],
+  'theme.light': ['Světlý', 'Light'],
+} as const satisfies TextTable;

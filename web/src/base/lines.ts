@@ -1,0 +1,71 @@
+// The terminal pane's lines.
+
+export interface Line {
+  id: number;
+  text: string;
+  style: string;
+  isProgress: boolean;
+}
+
+export interface Incoming {
+  text: string;
+  /** Class of the line; letters, digits and hyphens, "system-line" when empty. */
+  style?: string;
+  /** The tool ended the line with a bare or preceding carriage return, so it may be a redraw of the one before. */
+  isProgress?: boolean;
+}
+
+const maxLines = 2000;
+
+const spinner = /^\s*[-\\|/]\s*$/;
+const redrawLooks = [
+  /[█▉▊▋▌▍▎▏▒░■]/, // progress bar
+  spinner,
+  /\d+([.,]\d+)?\s*%/,
+  /\d+([.,]\d+)?\s*[kKMGT]?i?B\s*\/\s*\d+([.,]\d+)?\s*[kKMGT]?i?B/, // 12.0 MB / 80.1 MB
+];
+
+/** What a console would show of a line with carriage returns in it: what was written last. */
+const afterRedraws = (text: string) => text.split('\r').findLast((part) => part.trim() !== '') ?? text;
+
+export function looksLikeRedraw(text: string): boolean {
+  return redrawLooks.some((look) => look.test(text));
+}
+
+/**
+ * Appends lines, the oldest falling out beyond the limit. A progress line takes the place of the one before it only when
+ * both look like a redraw: tools end ordinary lines with CR LF too, and those are marked as progress as well. A spinner goes
+ * with whatever comes after it.
+ */
+export function appendLines(lines: readonly Line[], incoming: readonly Incoming[]): Line[] {
+  const next = lines.slice();
+  for (const { text: printed, style = '', isProgress = false } of incoming) {
+    const text = afterRedraws(printed);
+    const before = next.at(-1);
+    const replaces =
+      before?.isProgress &&
+      (spinner.test(before.text) || (isProgress && looksLikeRedraw(text) && looksLikeRedraw(before.text)));
+    const id = replaces ? before.id : (before?.id ?? 0) + 1;
+    if (replaces) next.pop();
+    next.push({ id, text, style: /^[\w-]+$/.test(style) ? style : 'system-line', isProgress });
+  }
+  return next.slice(-maxLines);
+}
+
+const unitBytes: Record<string, number> = { B: 1, KB: 2 ** 10, MB: 2 ** 20, GB: 2 ** 30, TB: 2 ** 40 };
+
+/** 0 to 100 out of a line of progress: "40%", or "30.1 MB / 63.0 MB". */
+export function percentOf(text: string): number | undefined {
+  if (!looksLikeRedraw(text)) return undefined;
+  const percent = /(\d+(?:[.,]\d+)?)\s*%/.exec(text)?.[1];
+  const sizes = /(\d+(?:[.,]\d+)?)\s*([KMGT]?B)\s*\/\s*(\d+(?:[.,]\d+)?)\s*([KMGT]?B)/i.exec(text);
+  const number = (figure = '') => Number(figure.replace(',', '.'));
+  const bytes = (figure = '', unit = '') => number(figure) * (unitBytes[unit.toUpperCase()] ?? 1);
+  const share =
+    percent !== undefined
+      ? number(percent)
+      : sizes
+        ? (100 * bytes(sizes[1], sizes[2])) / bytes(sizes[3], sizes[4])
+        : NaN;
+  return Number.isFinite(share) ? Math.min(100, share) : undefined;
+}

@@ -1,0 +1,10 @@
+/** Calls `onSilence` once no `reset` has come for so long; nothing is watched before the first one. */
+export function createWatchdog(silenceMs: number, onSilence: () => void) {
+  let timer: ReturnType<typeof setTimeout> | undefined;
+  const stop = () => clearTimeout(timer);
+  const reset = () => {
+    stop();
+    timer = setTimeout(onSilence, silenceMs);
+  };
+  return { reset, stop };
+}

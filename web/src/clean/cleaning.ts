@@ -1,0 +1,56 @@
+import { formatBytes } from '../base/format.ts';
+import { createSource } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
+import { t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { errorText } from '../kit/error_text.ts';
+import { toast } from '../kit/toast.tsx';
+import { status } from '../shell/status.ts';
+import { allTicked, outcomes, type Category, type Outcome, type Ticks } from './junk.ts';
+
+export const junk = createSource(() => host.request('getJunk'));
+export const downloads = createSource(() => host.request('getDownloadsJunk'));
+export const systemFiles = createSource(() => host.request('getSystemFilesAdvisor'));
+
+interface Cleaning {
+  ticks: Ticks;
+  /** When the running clean began (ms since the epoch). */
+  since?: number;
+  /** Of the last clean, until the next measuring. */
+  done?: Partial<Record<Category, Outcome>>;
+}
+
+/** Outlives the view: a clean goes on while another one is shown. */
+export const cleaning = createStore<Cleaning>({ ticks: allTicked });
+
+export function measureJunk() {
+  const { ticks, since } = cleaning.get();
+  if (since !== undefined) return; // the clean measures at its end
+  cleaning.set({ ticks });
+  void junk.reload();
+}
+
+export function freedBytes(done: NonNullable<Cleaning['done']>): number {
+  return Object.values(done).reduce((sum, { freed }) => sum + freed, 0);
+}
+
+export async function cleanJunk() {
+  const before = junk.get().data;
+  const { ticks } = cleaning.get();
+  if (!before) return;
+  cleaning.set({ ticks, since: Date.now() });
+  try {
+    let after = await host.request('cleanJunk', ticks);
+    // That answer holds what the user may see. Figures of the service, which sees more, compare only with its own.
+    await status.reload();
+    if (status.get().data?.serviceActive) after = await host.request('getJunk').catch(() => after);
+    const done = outcomes(before.categories, after.categories, ticks);
+    junk.put(after);
+    cleaning.set({ ticks, done });
+    toast(t('cleaning.freed', { size: formatBytes(freedBytes(done)) }));
+  } catch (error) {
+    cleaning.set({ ticks });
+    toast(t('cleaning.failed', { reason: errorText(error) }), { error: true });
+    void junk.reload();
+  }
+}

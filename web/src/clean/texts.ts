@@ -1,0 +1,118 @@
+import type { TextTable } from '../base/text.ts';
+
+export const texts = {
+  'cleaning.junk': ['Nepotřebné soubory', 'Disposable files'],
+  'cleaning.total': ['K vyčištění', 'To be cleaned'],
+  'cleaning.ofAll': [
+    'z {size} nalezených. Uvolní se nejvýše tolik.',
+    'of {size} found. At most this much is freed.',
+  ],
+  'cleaning.nothing': ['Není co čistit.', 'There is nothing to clean.'],
+  'cleaning.measuring': ['Měří se, {n} s', 'Measuring, {n} s'],
+  'cleaning.cleaning': ['Čistí se, {n} s', 'Cleaning, {n} s'],
+  'cleaning.clean': ['Vyčistit', 'Clean'],
+  'cleaning.confirm': ['Vyčistit vybrané kategorie?', 'Clean the ticked categories?'],
+  'cleaning.confirmBody': [
+    'Obsah jejich složek, dohromady až {size}, se smaže natrvalo, nepůjde do koše. Co právě používá jiný program, zůstane.',
+    'The contents of their folders, up to {size} together, are deleted for good; they do not go to the recycle bin. What another program is using stays.',
+  ],
+  'cleaning.freed': ['Uvolněno {size}', 'Freed {size}'],
+  'cleaning.freedTotal': ['Uvolněno', 'Freed'],
+  'cleaning.stays': ['Ve všech kategoriích zůstává {size}.', '{size} stay in all the categories.'],
+  'cleaning.left': [
+    'Zůstalo {size}: některé soubory právě používá jiný program nebo k nim chybí oprávnění.',
+    '{size} stayed: some files are in use by another program, or you have no right to delete them.',
+  ],
+  'cleaning.leftMeasured': [
+    'Zůstalo {size}: {what} Varnel jen měří a některé soubory může právě používat jiný program.',
+    '{size} stayed: Varnel only measures {what}, and another program may be using some files.',
+  ],
+  'cleaning.failed': ['Čištění se nedokončilo. {reason}', 'The clean did not finish. {reason}'],
+
+  'junk.windowsTemp': ['Dočasné soubory Windows', 'Windows temporary files'],
+  'junk.windowsTemp.about': [
+    'Zbytky po instalacích a službách ve složkách Temp a SystemTemp. Druhou z nich Varnel jen měří.',
+    'What installers and services left in the folders Temp and SystemTemp. Varnel only measures the second one.',
+  ],
+  'junk.windowsTemp.measured': ['složku SystemTemp', 'the folder SystemTemp'],
+  'junk.prefetch': ['Prefetch', 'Prefetch'],
+  'junk.prefetch.about': [
+    'Záznamy pro rychlejší start programů, Windows si je vytvoří znovu. Čistí se vždy spolu s dočasnými soubory Windows.',
+    'Records that let programs start faster; Windows makes them anew. Always cleaned together with Windows temporary files.',
+  ],
+  'junk.userTemp': ['Vaše dočasné soubory', 'Your temporary files'],
+  'junk.userTemp.about': [
+    'Co si programy odložily do vaší dočasné složky a neuklidily po sobě.',
+    'What programs put into your temporary folder and did not tidy away.',
+  ],
+  'junk.kept': [
+    'Složka leží v místě, které Varnel nevyprazdňuje.',
+    'It lies in a folder that Varnel does not empty.',
+  ],
+  'junk.winUpdate': ['Stažené aktualizace', 'Downloaded updates'],
+  'junk.winUpdate.about': [
+    'Instalační soubory aktualizací Windows. Co bude ještě potřeba, stáhne se znovu.',
+    'Installation files of Windows updates. What is still needed is downloaded again.',
+  ],
+  'junk.browserCache': ['Mezipaměť prohlížečů', 'Browser caches'],
+  'junk.browserCache.about': [
+    'Uložené kopie stránek z Chromu, Edge a Brave. Profily Firefoxu Varnel jen měří.',
+    'Saved copies of pages from Chrome, Edge and Brave. Varnel only measures Firefox profiles.',
+  ],
+  'junk.browserCache.measured': ['profily Firefoxu', 'Firefox profiles'],
+  'junk.shaderCache': ['Mezipaměť grafiky', 'Graphics cache'],
+  'junk.shaderCache.about': [
+    'Shadery přeložené pro hry a programy. Po vyčištění se poprvé načtou pomaleji.',
+    'Shaders compiled for games and programs. The first start after cleaning is slower.',
+  ],
+  'junk.systemLogs': ['Protokoly a hlášení chyb', 'Logs and error reports'],
+  'junk.systemLogs.about': [
+    'Záznamy systému a hlášení o pádech programů. Výpisy paměti ve složce Minidump Varnel jen měří.',
+    'System records and reports of crashed programs. Varnel only measures memory dumps in the folder Minidump.',
+  ],
+  'junk.systemLogs.measured': ['výpisy paměti ve složce Minidump', 'memory dumps in the folder Minidump'],
+
+  'downloads.title': ['Stará velká stahování', 'Large old downloads'],
+  'downloads.about': [
+    'Instalační soubory, obrazy disků a archivy větší než 1 MB, které leží ve složce Stažené soubory beze změny aspoň 30 dní.',
+    'Installers, disk images and archives over 1 MB that have lain unchanged in the Downloads folder for at least 30 days.',
+  ],
+  'downloads.none': ['Žádná stará velká stahování tu nejsou', 'There are no large old downloads'],
+  'downloads.total': ['celkem {size}', '{size} in total'],
+  'downloads.age': ['Stáří', 'Age'],
+  'downloads.days': [
+    { one: '{n} den', few: '{n} dny', many: '{n} dne', other: '{n} dní' },
+    { one: '{n} day', other: '{n} days' },
+  ],
+
+  'recycle.verbSize': ['Přesunout do koše ({size})', 'Move to recycle bin ({size})'],
+
+  'system.title': ['Systémové soubory', 'System files'],
+  'system.hiberfil': ['hiberfil.sys', 'hiberfil.sys'],
+  'system.hiberfil.about': [
+    'Obsah paměti pro hibernaci a rychlé spuštění. Vypnutím hibernace zmizí.',
+    'The contents of memory for hibernation and fast start-up. Switching hibernation off removes it.',
+  ],
+  'system.pagefile': ['pagefile.sys', 'pagefile.sys'],
+  'system.pagefile.about': [
+    'Stránkovací soubor: Windows do něj odkládají, co se nevejde do paměti. Nemažte ho.',
+    'The paging file: Windows puts there what does not fit into memory. Do not delete it.',
+  ],
+  'system.swapfile': ['swapfile.sys', 'swapfile.sys'],
+  'system.swapfile.about': [
+    'Odkládací soubor aplikací ze Store, které zrovna nepoužíváte. Spravují ho Windows.',
+    'Where Store apps that you are not using are put aside. Windows looks after it.',
+  ],
+  'system.absent': ['neexistuje', 'does not exist'],
+  'system.hibernation': ['Hibernace', 'Hibernation'],
+  'system.hibernation.about': [
+    'Bez ní nefunguje ani rychlé spuštění. Přepíná ji pomocná služba.',
+    'Fast start-up does not work without it either. The helper service switches it.',
+  ],
+  'system.hibernationOn': ['Hibernace zapnuta', 'Hibernation switched on'],
+  'system.hibernationOff': ['Hibernace vypnuta', 'Hibernation switched off'],
+  'system.hibernationFailed': [
+    'Hibernaci se nepodařilo přepnout. {reason}',
+    'Hibernation could not be switched. {reason}',
+  ],
+} as const satisfies TextTable;

@@ -1,0 +1,53 @@
+import { useEffect, useReducer, useRef, useState } from 'preact/hooks';
+import type { Store } from '../base/store.ts';
+
+/** The store's value, or what is chosen of it; the component is drawn again when that changes. */
+export function useStore<T, V = T>(
+  store: Pick<Store<T>, 'get' | 'subscribe'>,
+  choose: (value: T) => V = (value) => value as unknown as V,
+): V {
+  const [, redraw] = useReducer((count: number, _: void) => count + 1, 0);
+  const value = choose(store.get());
+  const drawn = useRef({ value, choose });
+  drawn.current = { value, choose };
+  useEffect(() => {
+    const check = () => {
+      if (!Object.is(drawn.current.choose(store.get()), drawn.current.value)) redraw();
+    };
+    check(); // it may have changed between drawing and subscribing
+    return store.subscribe(check);
+  }, [store]);
+  return value;
+}
+
+/** Whole seconds since a moment (ms since the epoch), counting on while the component is shown; 0 without a moment. */
+export function useElapsed(since: number | undefined): number {
+  const [now, setNow] = useState(Date.now());
+  useEffect(() => {
+    if (since === undefined) return;
+    const tick = () => setNow(Date.now());
+    tick();
+    const timer = setInterval(tick, 1000);
+    return () => clearInterval(timer);
+  }, [since]);
+  return since === undefined ? 0 : Math.max(0, Math.floor((now - since) / 1000));
+}
+
+/** Calls `poll` now and every `periodMs`, but not while the window is hidden. */
+export function usePolling(poll: () => void, periodMs: number) {
+  useEffect(() => {
+    let timer: ReturnType<typeof setInterval> | undefined;
+    const follow = () => {
+      clearInterval(timer);
+      if (document.hidden) return;
+      poll();
+      timer = setInterval(poll, periodMs);
+    };
+    follow();
+    document.addEventListener('visibilitychange', follow);
+    return () => {
+      clearInterval(timer);
+      document.removeEventListener('visibilitychange', follow);
+    };
+  }, [poll, periodMs]);
+}

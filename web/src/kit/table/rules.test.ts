@@ -1,0 +1,103 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import type { CellValue, Selection } from './rules.ts';
+import * as table from './rules.ts';
+
+test('order: by language, numbers by value, rows without a value last in both directions', () => {
+  const cases: [name: string, values: CellValue[], descending: boolean, want: CellValue[]][] = [
+    ['Czech letters', ['čep', 'chata', 'Cukr', 'hora'], false, ['Cukr', 'čep', 'hora', 'chata']],
+    ['numbers inside texts', ['app 10', 'app 9', 'App 1'], false, ['App 1', 'app 9', 'app 10']],
+    ['numbers', [10, 9, -1, 100], true, [100, 10, 9, -1]],
+    ['booleans', [true, false, true], false, [false, true, true]],
+    ['nothing last', [null, 2, undefined, 1, NaN], false, [1, 2, null, undefined, NaN]],
+    ['nothing last, descending', ['', 'a', 'b'], true, ['b', 'a', '']],
+    ['equal ones keep their order', ['b', 'A', 'B', 'a'], true, ['b', 'B', 'A', 'a']],
+  ];
+  for (const [name, values, descending, want] of cases) {
+    const sorted = table.sortRows(values, (value) => value, descending, 'cs-CZ');
+    assert.deepEqual(sorted, want, name);
+  }
+});
+
+test('filter: every word somewhere in the row, without case and accents', () => {
+  const rows = ['Čištění disku;C:', 'Síť;Ethernet', 'disk;D:'].map((row) => row.split(';'));
+  const cases = { '  ': '012', CISTENI: '0', 'c: disk': '0', síť: '1', 'disk ethernet': '', '.*': '' };
+  for (const [query, want] of Object.entries(cases)) {
+    const found = table.filterRows(rows, query, (row) => row);
+    assert.equal(found.map((row) => rows.indexOf(row)).join(''), want, query);
+  }
+});
+
+test('selection: plain, Ctrl (^) and Shift (+) clicks', () => {
+  const cases: [name: string, clicks: string, want: string, active: string][] = [
+    ['plain replaces', 'a c', 'c', 'c'],
+    ['Ctrl adds', 'a ^c', 'ac', 'c'],
+    ['Ctrl takes away', 'a ^a', '', 'a'],
+    ['Shift extends', 'b +d', 'bcd', 'd'],
+    ['Shift turns round at the anchor', 'c +e +a', 'abc', 'a'],
+    ['Shift without an anchor', '+c', 'c', 'c'],
+    ['Ctrl and Shift add a range', 'a ^c ^+e', 'acde', 'e'],
+  ];
+  for (const [name, clicks, want, active] of cases) {
+    const end = clicks.split(' ').reduce<Selection>((at, click) => {
+      const modifiers = { ctrl: click.includes('^'), shift: click.includes('+') };
+      return table.select(at, ['a', 'b', 'c', 'd', 'e'], click.at(-1)!, modifiers);
+    }, table.noSelection);
+    assert.deepEqual([[...end.keys].sort().join(''), end.active], [want, active], name);
+  }
+  const before: Selection = { keys: new Set(['a']), active: 'a', anchor: 'a' };
+  table.toggle(before, 'b');
+  assert.deepEqual([...before.keys], ['a'], 'a selection is never changed in place');
+});
+
+test('selection survives new data as far as its rows do', () => {
+  const selection: Selection = { keys: new Set([1, 2, 3]), active: 2, anchor: 3 };
+  const gone = { keys: new Set([1, 3]), active: undefined, anchor: 3 };
+  const locked = { keys: new Set([3]), active: 2, anchor: 3 };
+  assert.equal(table.keepExisting(selection, [3, 2, 1, 0]), selection, 'the same: nothing is drawn again');
+  assert.deepEqual(table.keepExisting(selection, [1, 3]), gone);
+  assert.deepEqual(table.keepExisting(selection, [3, 2, 1, 0], [3, 0]), locked, 'an active row stays');
+});
+
+test('keys move within the table', () => {
+  const cases: [key: string, index: number, want: number | undefined][] = [
+    ['ArrowDown', -1, 0],
+    ['ArrowDown', 99, 99],
+    ['ArrowUp', -1, 99],
+    ['ArrowUp', 0, 0],
+    ['Home', 50, 0],
+    ['End', 50, 99],
+    ['PageDown', 95, 99],
+    ['PageUp', 5, 0],
+    ['PageUp', 50, 40],
+    ['a', 3, undefined],
+  ];
+  for (const [key, at, want] of cases)
+    assert.equal(table.moveTo(key, at, 100, 10), want, `${key} from ${at}`);
+  assert.equal(table.moveTo('ArrowDown', -1, 0, 10), undefined, 'nowhere to go in an empty table');
+});
+
+test('the drawn rows cover what is seen, within the table', () => {
+  assert.deepEqual(table.visibleRange(0, 360, 36, 1000, 12), { first: 0, end: 22 });
+  assert.deepEqual(table.visibleRange(3618, 360, 36, 1000, 12), { first: 88, end: 123 });
+  const shrunk = table.visibleRange(36_000, 360, 36, 600, 12);
+  assert.ok(shrunk.first < 600 && shrunk.end === 600, 'scrolled far down, then filtered');
+});
+
+test('new data in the places of the old', () => {
+  const cases: [name: string, before: string, now: string, want: string][] = [
+    ['another order', 'abc', 'CBA', 'ABC '],
+    ['new ones last', 'bc', 'AXBC', 'BCAX '],
+    ['gone ones keep place and data', 'abc', 'CA', 'AbC b'],
+    ['all gone', 'ab', '', 'ab ab'],
+  ];
+  for (const [name, before, now, want] of cases) {
+    const { rows, gone } = table.keepPlaces([...before], [...now], (row) => row.toLowerCase());
+    assert.equal(`${rows.join('')} ${[...gone].join('')}`, want, name);
+  }
+});
+
+test('copied rows keep their columns', () => {
+  const tsv = table.toTsv([['a\tb', 'c\r\nd'], ['č']]);
+  assert.equal(tsv, 'a b\tc d\r\nč');
+});

@@ -1,0 +1,22 @@
+import { createSource } from '../base/source.ts';
+import { t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { explained } from '../kit/error_text.ts';
+
+export interface Device {
+  key: number;
+  name: string;
+  group: string;
+  status: string;
+}
+
+export const devices = createSource(async () => {
+  const reply = await explained(host.request('getPnpDevices'), () => t('devices.refused'));
+  // Windows writes the classes in capitals, the host names what has none "System".
+  return reply.devices.map((one, key): Device => ({
+    key,
+    name: String(one.FriendlyName),
+    group: String(one.Class).toUpperCase(),
+    status: String(one.Status),
+  }));
+});

@@ -1,0 +1,43 @@
+import { useEffect } from 'preact/hooks';
+import { t } from '../base/text.ts';
+import { Card } from '../kit/card.tsx';
+import { DataView, Notice } from '../kit/data_view.tsx';
+import { useStore } from '../kit/hooks.ts';
+import { processes } from '../shell/processes.ts';
+import { View } from '../shell/view.tsx';
+import { Diagnostics } from './diagnostics.tsx';
+import { ports } from './ports.ts';
+import { Ports } from './ports.tsx';
+
+function reload() {
+  void ports.reload();
+  void processes.reload();
+}
+
+export function Network() {
+  const list = useStore(ports);
+  useEffect(reload, []);
+  return (
+    <View id="network" refresh={reload} at={list.at}>
+      <div class="network">
+        <Card title={t('network.ports')} aside={<span class="muted">{t('network.portsHint')}</span>}>
+          <DataView
+            source={list}
+            reload={reload}
+            empty={{
+              when: (rows) => rows.length === 0,
+              notice: (
+                <Notice icon="network" title={t('network.none')}>
+                  <p>{t('network.noneHint')}</p>
+                </Notice>
+              ),
+            }}
+          >
+            {(rows) => <Ports rows={rows} />}
+          </DataView>
+        </Card>
+        <Diagnostics />
+      </div>
+    </View>
+  );
+}

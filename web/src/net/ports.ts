@@ -1,0 +1,25 @@
+import { distinctBy } from '../base/distinct.ts';
+import { createSource } from '../base/source.ts';
+import { host } from '../bridge/host.ts';
+import type { Message } from '../bridge/protocol.ts';
+
+export type Port = Message<'getOpenPorts'>['ports'][number];
+
+export type Reach = 'machine' | 'all' | 'address';
+
+/** From where a listening address ("127.0.0.1:80", "[::1]:80") can be reached. */
+export function reachOf(local: string): Reach {
+  const host = local
+    .slice(0, local.lastIndexOf(':'))
+    .replace(/^\[|\]$/g, '')
+    .replace(/^::ffff:(?=\d+\.)/i, '');
+  if (host === '0.0.0.0' || host === '::') return 'all';
+  return host === '::1' || /^127\./.test(host) ? 'machine' : 'address';
+}
+
+export const portKey = ({ proto, local, pid }: Port) => `${proto} ${local} ${pid}`;
+
+/** The tool can print a row twice. */
+export const ports = createSource(async () =>
+  distinctBy((await host.request('getOpenPorts')).ports, portKey),
+);

@@ -1,0 +1,35 @@
+// What the helper service reports about development services. Nothing but the list itself is agreed on: what is there is
+// shown, and a command is offered only where the report names both the service and the command.
+import { isRecord } from '../base/shape.ts';
+
+export interface DevService {
+  title: string;
+  /** A status in words, if there is one. */
+  status: string;
+  /** The other members as they came. */
+  facts: string;
+  /** For commands; absent when the report does not name it. */
+  type?: string;
+  commands: string[];
+}
+
+const textOf = (value: unknown) => (typeof value === 'string' ? value : JSON.stringify(value));
+const titleMembers = ['display_name', 'displayName', 'name', 'title', 'service_type'];
+
+export function readService(element: unknown): DevService {
+  if (!isRecord(element)) return { title: textOf(element), status: '', facts: '', commands: [] };
+  const { service_type: type, commands, status } = element;
+  const inWords = typeof status === 'string';
+  const title = titleMembers.find((member) => typeof element[member] === 'string' && element[member] !== '');
+  const said = [title, 'service_type', 'commands', inWords && 'status'];
+  const shown = Object.entries(element).filter(([name]) => !said.includes(name));
+  return {
+    title: title === undefined ? textOf(element) : textOf(element[title]),
+    status: inWords ? status : '',
+    facts: shown.map(([name, value]) => `${name}: ${textOf(value)}`).join(', '),
+    ...(typeof type === 'string' && type !== '' && { type }),
+    commands: Array.isArray(commands)
+      ? commands.filter((one): one is string => typeof one === 'string' && one !== '')
+      : [],
+  };
+}

@@ -1,0 +1,48 @@
+import { createSource } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
+import { t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { confirm } from '../kit/dialog.tsx';
+import { errorText, explained } from '../kit/error_text.ts';
+import { toast } from '../kit/toast.tsx';
+import { readService, type DevService } from './service_report.ts';
+
+export type ServiceRow = DevService & { key: number };
+
+export const services = createSource(async () => {
+  const reply = await explained(host.request('getDevServices'), () => t('services.refused'));
+  return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
+});
+
+/** The service that a command is under way for: one at a time. */
+export const commanded = createStore<ServiceRow | undefined>(undefined);
+
+const knownCommands = ['start', 'stop', 'restart'] as const;
+const isKnown = (command: string): command is (typeof knownCommands)[number] =>
+  knownCommands.includes(command as never);
+export const commandText = (command: string) => (isKnown(command) ? t(`services.${command}`) : command);
+
+export async function control(service: ServiceRow, command: string) {
+  const { title, type = '' } = service;
+  const verb = commandText(command);
+  const question = {
+    title: t('services.title', { verb, title }),
+    body: isKnown(command) ? t('services.body') : '',
+    verb,
+  };
+  if (commanded.get() || (command !== 'start' && !(await confirm(question)))) return;
+  commanded.set(service);
+  let missing = false;
+  const stop = host.on('show_service_error_modal', () => (missing = true));
+  try {
+    await host.request('controlDevService', { service_type: type, command });
+    toast(t('services.done', { verb, title }));
+  } catch (error) {
+    toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), {
+      error: true,
+    });
+  }
+  stop();
+  if (!missing) await services.reload(); // else its dialog would only open a second time
+  commanded.set(undefined);
+}

@@ -1,0 +1,221 @@
+import type { TextTable } from '../base/text.ts';
+
+export const texts = {
+  'network.ports': ['Otevřené porty', 'Open ports'],
+  'network.portsHint': [
+    'Porty TCP, na kterých čeká nějaký program',
+    'TCP ports on which a program waits for connections',
+  ],
+  'network.port': ['Port', 'Port'],
+  'network.address': ['Adresa', 'Address'],
+  'network.reach': ['Dostupnost', 'Listens on'],
+  'network.show': ['Zobrazit proces {pid}', 'Show process {pid}'],
+  'network.copy': ['Kopírovat adresu', 'Copy address'],
+  'network.none': ['Žádný port se nenašel', 'No port was found'],
+  'network.noneHint': [
+    'Buď na žádném nikdo nečeká, nebo nástroj netstat v tomto systému chybí či píše stavy jinak než anglicky.',
+    'Either nothing waits on any, or the netstat tool is missing from this system or prints states in another language than English.',
+  ],
+
+  'reach.machine': ['jen tento počítač', 'this machine only'],
+  'reach.all': ['všechna rozhraní', 'all interfaces'],
+  'reach.address': ['jedna adresa', 'one address'],
+  'reach.machine.hint': [
+    'Spojit se dá jen z tohoto počítače.',
+    'Connections are possible from this machine only.',
+  ],
+  'reach.all.hint': [
+    'Čeká na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
+    'Waits on every network interface. If the firewall allows it, others can connect too.',
+  ],
+  'reach.address.hint': ['Čeká jen na této adrese.', 'Waits on this address only.'],
+
+  'diagnostics.title': ['Diagnostika spojení', 'Connection check'],
+  'diagnostics.target': ['Počítač nebo adresa', 'Computer or address'],
+  'diagnostics.ping': ['Ping', 'Ping'],
+  'diagnostics.dns': ['Dotaz DNS', 'DNS query'],
+  'diagnostics.recent': ['Naposledy:', 'Recent:'],
+  'diagnostics.none': ['Ověřte, jestli druhá strana odpovídá', 'See whether the other side answers'],
+  'diagnostics.noneHint': [
+    'Ping pošle čtyři výzvy a změří odezvu. Dotaz DNS zjistí, jaké adresy má název.',
+    'Ping sends four requests and measures the response. A DNS query finds the addresses of a name.',
+  ],
+  'diagnostics.running': ['Běží…', 'Running…'],
+  'diagnostics.stop': ['Přestat zobrazovat', 'Stop showing'],
+  'diagnostics.owed': [
+    'Předchozí nástroj ještě dobíhá na pozadí, proto se konec tohoto nemusí poznat.',
+    'The tool before is still finishing in the background, so the end of this one may go unnoticed.',
+  ],
+  'diagnostics.stopped': [
+    'Výpis se už nezobrazuje, nástroj dobíhá na pozadí.',
+    'The output is not shown any more; the tool finishes in the background.',
+  ],
+  'diagnostics.mixed': [
+    'Skončilo. Návratový kód nejde přiřadit, současně dobíhal předchozí nástroj.',
+    'Ended. Its exit code is not known for certain: the tool before was finishing at the same time.',
+  ],
+  'diagnostics.output': ['Výpis nástroje', 'Output of the tool'],
+
+  'exit.code': ['kód {code}', 'code {code}'],
+  'exit.replied': ['Přišla aspoň jedna odpověď.', 'At least one reply came.'],
+  'exit.silent': [
+    'Nepřišla žádná odpověď, nebo název neexistuje.',
+    'No reply came, or the name does not exist.',
+  ],
+  'exit.asked': [
+    'Dotaz proběhl. Zda název existuje, říká výpis, ne kód.',
+    'The query was made. Whether the name exists is in the output, not in the code.',
+  ],
+  'exit.failed': ['Nástroj skončil chybou.', 'The tool ended with an error.'],
+  'exit.early': [
+    'Výpis je celý, kód ale nástroj ještě nestačil ohlásit.',
+    'The output is complete, but the tool had no time to report its code.',
+  ],
+  'exit.missing': ['Nástroj v tomto systému není.', 'This system does not have the tool.'],
+  'exit.interrupted': ['Nástroj byl přerušen.', 'The tool was interrupted.'],
+  'exit.notStarted': ['Nástroj se nepodařilo spustit.', 'The tool could not be started.'],
+
+  'developer.hosts': ['Soubor hosts', 'Hosts file'],
+  'developer.variables': ['Proměnné prostředí', 'Environment variables'],
+  'developer.services': ['Služby', 'Services'],
+  'developer.devices': ['Zařízení', 'Devices'],
+
+  'hosts.text': ['Obsah souboru hosts', 'Content of the hosts file'],
+  'hosts.path': ['C:\\Windows\\System32\\drivers\\etc\\hosts', 'C:\\Windows\\System32\\drivers\\etc\\hosts'],
+  'hosts.save': ['Uložit', 'Save'],
+  'hosts.discard': ['Zahodit změny', 'Discard changes'],
+  'hosts.discardTitle': ['Zahodit neuložené změny?', 'Discard unsaved changes?'],
+  'hosts.discardBody': [
+    'Soubor hosts se načte znovu tak, jak je na disku.',
+    'The hosts file is loaded again as it is on the disk.',
+  ],
+  'hosts.clean': ['Beze změn', 'No changes'],
+  'hosts.dirty': ['Změny nejsou uložené (Ctrl+S)', 'Changes are not saved (Ctrl+S)'],
+  'hosts.unsaved': ['neuloženo', 'unsaved'],
+  'hosts.changedTitle': [
+    'Soubor hosts mezitím někdo změnil',
+    'Somebody has changed the hosts file meanwhile',
+  ],
+  'hosts.changedBody': [
+    'Na disku je jiný, než jak se načetl. Uložením se ta změna přepíše.',
+    'On the disk it is not what was loaded. Saving overwrites that change.',
+  ],
+  'hosts.overwrite': ['Přepsat', 'Overwrite'],
+  'hosts.saved': ['Soubor hosts uložen', 'Hosts file saved'],
+  'hosts.saveFailed': [
+    'Soubor hosts se nepodařilo uložit. {reason}',
+    'The hosts file could not be saved. {reason}',
+  ],
+  'hosts.unreadable': [
+    'Varnel k souboru nemá přístup a pomocná služba ho nepřečetla.',
+    'Varnel has no access to the file, and the helper service did not read it.',
+  ],
+  'hosts.refused': [
+    'Zapisuje ho pomocná služba, a ta to neprovedla.',
+    'The helper service writes it, and it did not do so.',
+  ],
+  'hosts.problems': ['Nalezené problémy', 'Problems found'],
+  'hosts.noProblems': ['Bez problémů', 'No problems'],
+  'hosts.problemCount': [
+    { one: '{n} problém', few: '{n} problémy', many: '{n} problému', other: '{n} problémů' },
+    { one: '{n} problem', other: '{n} problems' },
+  ],
+  'hosts.line': ['Řádek {line}:', 'Line {line}:'],
+  'hosts.address': ['{word} není adresa', '{word} is no address'],
+  'hosts.noName': ['za adresou {word} chybí název', 'no name after the address {word}'],
+  'hosts.name': ['{word} není platný název', '{word} is no valid name'],
+  'hosts.twice': ['{word} se opakuje, platí řádek {first}', '{word} is repeated, line {first} counts'],
+
+  'variables.user': ['jen pro vás', 'only you'],
+  'variables.system': ['celý počítač', 'this computer'],
+  'variables.value': ['Hodnota', 'Value'],
+  'variables.scope': ['Pro koho', 'For whom'],
+  'variables.add': ['Přidat proměnnou', 'Add a variable'],
+  'variables.edit': ['Upravit', 'Edit'],
+  'variables.delete': ['Smazat', 'Delete'],
+  'variables.save': ['Uložit', 'Save'],
+  'variables.saved': ['Proměnná {name} uložena', 'Variable {name} saved'],
+  'variables.deleted': ['Proměnná {name} smazána', 'Variable {name} deleted'],
+  'variables.failed': [
+    'Proměnnou {name} se nepodařilo změnit. {reason}',
+    'The variable {name} could not be changed. {reason}',
+  ],
+  'variables.refused': [
+    'Windows zápis do registru nepovolily.',
+    'Windows did not allow writing to the registry.',
+  ],
+  'variables.needsService': [
+    'Proměnné celého počítače mění pomocná služba, a ta to neprovedla.',
+    'Variables of the whole computer are changed by the helper service, and it did not do so.',
+  ],
+  'variables.deleteTitle': [
+    {
+      one: 'Smazat {n} proměnnou?',
+      few: 'Smazat {n} proměnné?',
+      many: 'Smazat {n} proměnné?',
+      other: 'Smazat {n} proměnných?',
+    },
+    { one: 'Delete {n} variable?', other: 'Delete {n} variables?' },
+  ],
+  'variables.deleteBody': [
+    'Programy, které s tím počítají, mohou přestat fungovat. Vrátit to nejde.',
+    'Programs that rely on this may stop working. This cannot be undone.',
+  ],
+  'variables.equals': ['Název nesmí obsahovat znak =.', 'A name cannot contain the character =.'],
+  'variables.exists': ['Taková proměnná už existuje.', 'There is such a variable already.'],
+  'variables.asList': ['Upravit jako seznam', 'Edit as a list'],
+  'variables.asText': ['Upravit jako text', 'Edit as text'],
+  'variables.entry': ['Položka {n}', 'Entry {n}'],
+  'variables.emptyEntry': ['prázdná položka', 'empty entry'],
+  'variables.repeated': ['opakuje se', 'repeated'],
+  'variables.missing': ['chybí na disku', 'not on the disk'],
+  'variables.changed': [
+    'Proměnnou {name} mezitím někdo změnil',
+    'Somebody has changed the variable {name} meanwhile',
+  ],
+  'variables.changedBody': ['Přepsáním se ztratí nynější hodnota:', 'Overwriting loses its present value:'],
+  'variables.up': ['Posunout položku {n} výš', 'Move entry {n} up'],
+  'variables.down': ['Posunout položku {n} níž', 'Move entry {n} down'],
+  'variables.removeEntry': ['Odebrat položku {n}', 'Remove entry {n}'],
+  'variables.addEntry': ['Přidat položku', 'Add an entry'],
+
+  'services.name': ['Služba', 'Service'],
+  'services.facts': ['Údaje', 'Facts'],
+  'services.commands': ['Příkazy', 'Commands'],
+  'services.start': ['Spustit', 'Start'],
+  'services.stop': ['Zastavit', 'Stop'],
+  'services.restart': ['Restartovat', 'Restart'],
+  'services.title': ['{verb}: {title}?', '{verb}: {title}?'],
+  'services.body': [
+    'Co se službou právě pracuje, ztratí spojení.',
+    'Whatever works with the service now loses its connection.',
+  ],
+  'services.done': ['{verb}: {title}, hotovo', '{verb}: {title}, done'],
+  'services.failed': ['{verb}: {title} se nepovedlo. {reason}', '{verb}: {title} did not succeed. {reason}'],
+  'services.refused': [
+    'Vývojářské služby spravuje pomocná služba, a ta požadavek nesplnila.',
+    'Developer services are managed by the helper service, and it did not fulfil the request.',
+  ],
+  'services.none': [
+    'Pomocná služba žádnou vývojářskou službu nehlásí',
+    'The helper service reports no developer service',
+  ],
+
+  'devices.name': ['Zařízení', 'Device'],
+  'devices.class': ['Třída', 'Class'],
+  'devices.status': ['Stav', 'Status'],
+  'devices.hint': [
+    'Jen zařízení s podepsaným ovladačem. Jejich stav se tu neověřuje.',
+    'Only devices with a signed driver. Their state is not tested here.',
+  ],
+  'devices.all': ['Všechny třídy', 'All classes'],
+  'devices.none': ['Seznam zařízení je prázdný', 'The list of devices is empty'],
+  'devices.noneHint': [
+    'Vypisuje ho PowerShell. Nejspíš v tomto systému chybí nebo ho váš účet nemůže spustit.',
+    'PowerShell prints it. It is probably missing from this system, or your account may not run it.',
+  ],
+  'devices.refused': [
+    'Výpis zařízení z PowerShellu se nepodařilo přečíst.',
+    'The list of devices from PowerShell could not be read.',
+  ],
+} as const satisfies TextTable;

@@ -1,0 +1,29 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { clockText, withShares, type ProcessRow } from './process_shares.ts';
+
+const one = (cpuTimeSec: number, more: Partial<ProcessRow> = {}): ProcessRow => {
+  return { name: 'a.exe', pid: 7, mem: 5, memUsageMB: 5, cpuTimeSec, isSystem: false, ...more };
+};
+
+test('share of the processors between two lists', () => {
+  const closed = one(0, { memUsageMB: 0 });
+  type Case = [name: string, before: ProcessRow[], now: ProcessRow, elapsedSeconds: number, want?: number];
+  const cases: Case[] = [
+    ['first list', [], one(1), 3],
+    ['half of one of four', [one(1)], one(2.5), 3, 12.5],
+    ['idle', [one(1)], one(1), 3, 0],
+    ['never more than all', [one(0)], one(100), 3, 100],
+    ['number taken over by another program', [one(1)], one(2, { name: 'b.exe' }), 3],
+    ['number taken over by the same program', [one(9)], one(2), 3],
+    ['not opened by the host', [closed], closed, 3],
+    ['soon after the first list', [one(1)], one(2), 0.02],
+    ['soon after a later one', [{ ...one(1), share: 40 }], one(1.016), 0.02, 40],
+  ];
+  for (const [name, before, now, elapsedSeconds, want] of cases)
+    assert.equal(withShares(before, [now], elapsedSeconds, 4)[0]!.share, want, name);
+});
+
+test('processor time as a clock', () => {
+  assert.deepEqual([59.9, 3723, 360_000].map(clockText), ['0:00:59', '1:02:03', '100:00:00']);
+});

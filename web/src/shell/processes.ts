@@ -1,0 +1,86 @@
+import { createSource, type Source } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
+import { t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { confirm } from '../kit/dialog.tsx';
+import { errorText } from '../kit/error_text.ts';
+import { toast } from '../kit/toast.tsx';
+import { route } from './navigation.ts';
+import { isSameProcess, shortestSpanSeconds, withShares, type ProcessRow } from './process_shares.ts';
+
+// The host lists them on its window's thread.
+export const processesPeriodMs = 3000;
+const endingMs = 500;
+
+let compared: { rows: ProcessRow[]; atMs: number } | undefined;
+
+export const processes: Source<ProcessRow[]> = createSource(async () => {
+  const list = (await host.request('getProcesses')).processes;
+  const atMs = performance.now();
+  const elapsedSeconds = compared ? (atMs - compared.atMs) / 1000 : Infinity;
+  const rows = withShares(compared?.rows ?? [], list, elapsedSeconds, navigator.hardwareConcurrency);
+  if (elapsedSeconds >= shortestSpanSeconds) compared = { rows, atMs };
+  return rows;
+});
+
+/** The user wants the list to stand still. */
+export const paused = createStore(false);
+
+export function togglePaused() {
+  paused.set(!paused.get());
+  pollProcesses();
+}
+
+export function pollProcesses() {
+  if (!paused.get() || !processes.get().data) void processes.reload();
+}
+
+/** Leads to a process in the processes view, if it still runs. */
+export async function showProcess(pid: number) {
+  await processes.reload();
+  const { data, error } = processes.get();
+  if (data?.some((one) => one.pid === pid)) route.set({ view: 'processes', pid });
+  else
+    toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), {
+      error: true,
+    });
+}
+
+const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
+
+/** Asks, then ends those that are still the ones the user has seen. */
+export async function endProcesses(wanted: ProcessRow[]) {
+  const n = wanted.length;
+  const agreed = await confirm({
+    title: t('processes.endTitle', { n }),
+    body: t('processes.endBody'),
+    items: wanted.map(fullName),
+    listAll: true,
+    verb: t('processes.end'),
+    danger: true,
+  });
+  if (!agreed) return;
+  await processes.reload();
+  const now = processes.get();
+  for (const one of wanted) {
+    const { name } = one;
+    const pid = String(one.pid);
+    if (!now.data?.some((other) => isSameProcess(one, other))) {
+      toast(t('processes.gone', { name, pid }), { error: true });
+      continue;
+    }
+    try {
+      if (now.error !== undefined) throw now.error; // whose number that is now is not known
+      await host.request('killProcess', { pid: one.pid });
+      toast(t('processes.ended', { name, pid }));
+    } catch (error) {
+      toast(t('processes.endFailed', { name, pid, reason: errorText(error, t('processes.endRefused')) }), {
+        error: true,
+      });
+    }
+  }
+  await processes.reload();
+  // Windows ends a process in its own time, and a list that is paused is not loaded again.
+  if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one))))
+    setTimeout(processes.reload, endingMs);
+}

@@ -1,0 +1,40 @@
+import { createSource } from '../base/source.ts';
+import { t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { errorText } from '../kit/error_text.ts';
+import { toast, type ToastAction } from '../kit/toast.tsx';
+import { changeSettings, readSettings, type Settings } from './settings_document.ts';
+
+/** The stored document as it is; `undefined` inside while it has not arrived. */
+export const settingsDocument = createSource(async () => ({
+  value: (await host.request('getSettings')).settings,
+}));
+
+export function currentSettings(): Settings {
+  return readSettings(settingsDocument.get().data?.value);
+}
+
+// One save at a time, in the order of the changes: each one stores the whole document.
+let lastSave: Promise<unknown> = Promise.resolve();
+
+/** Takes effect at once, then is stored and confirmed by a toast (none for null); a failed save is undone. */
+export function saveSettings(
+  changes: Partial<Settings>,
+  confirmation?: { text: string; action?: ToastAction } | null,
+) {
+  const before = settingsDocument.get().data;
+  // Without the stored document a save would wipe the keys that nobody has read.
+  if (!before) return;
+  const value = changeSettings(before.value, changes);
+  settingsDocument.put({ value });
+  lastSave = lastSave.then(async () => {
+    try {
+      await host.request('saveSettings', value);
+      if (confirmation !== null)
+        toast(confirmation?.text ?? t('settings.saved'), { action: confirmation?.action });
+    } catch (error) {
+      if (settingsDocument.get().data?.value === value) settingsDocument.put(before);
+      toast(t('settings.saveFailed', { reason: errorText(error) }), { error: true });
+    }
+  });
+}

@@ -1,0 +1,61 @@
+// The settings document belongs to the page, but it can hold anything: an old version's keys, null, an array.
+import { isRecord, object, text } from '../base/shape.ts';
+
+export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light'] as const;
+
+/** One thing that views leave out: `type` says which kind `id` is of. Further members are kept as they are. */
+export interface Ignored {
+  id: string;
+  type: string;
+}
+
+export interface Settings {
+  theme: (typeof themes)[number];
+  language: 'cs' | 'en';
+  /** Clean regularly without asking; the helper service keeps the schedule. */
+  autoClean: boolean;
+  /** Look for updates at the start and then every `scanInterval`. */
+  autoScan: boolean;
+  /** Show the terminal when a scan begins. */
+  autoOpen: boolean;
+  /** Hours. */
+  scanInterval: number;
+  /** When the last scan has succeeded (ms since the epoch); 0 for never. */
+  lastScan: number;
+  ignoreList: Ignored[];
+}
+
+function oneOf<T extends string>(value: unknown, allowed: readonly T[], fallback: T): T {
+  return allowed.includes(value as T) ? (value as T) : fallback;
+}
+
+const isIgnored = object({ id: text, type: text });
+
+/** Reads what is usable; every key that is missing, null or of the wrong type is its default. */
+export function readSettings(document: unknown): Settings {
+  const stored = isRecord(document) ? document : {};
+  const { scanInterval, lastScan, ignoreList } = stored;
+  return {
+    theme: oneOf(stored.theme, themes, 'amethyst'),
+    language: oneOf(stored.language, ['cs', 'en'], 'cs'),
+    autoClean: stored.autoClean === true,
+    autoScan: stored.autoScan !== false,
+    autoOpen: stored.autoOpen === true,
+    scanInterval:
+      typeof scanInterval === 'number' && scanInterval > 0 && Number.isFinite(scanInterval)
+        ? scanInterval
+        : 24,
+    lastScan: typeof lastScan === 'number' ? lastScan : 0,
+    ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
+  };
+}
+
+/** The document to store after a change. Keys that this version does not know stay untouched. */
+export function changeSettings(document: unknown, changes: Partial<Settings>): Record<string, unknown> {
+  return { ...(isRecord(document) ? document : {}), ...changes };
+}
+
+/** Whether it is time to scan by itself. A last scan in the future comes from a clock that was wrong. */
+export function scanIsDue({ autoScan, scanInterval, lastScan }: Settings, now: number): boolean {
+  return autoScan && (lastScan > now || now - lastScan >= scanInterval * 3_600_000);
+}

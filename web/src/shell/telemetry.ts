@@ -1,0 +1,47 @@
+import { createSource, type Source } from '../base/source.ts';
+import { host } from '../bridge/host.ts';
+import type { Message } from '../bridge/protocol.ts';
+
+export const telemetryPeriodMs = 3000;
+export const historyMs = 120_000;
+
+export interface Point {
+  /** Milliseconds since the epoch. */
+  at: number;
+  value: number;
+}
+
+export type Rates = Record<'cpu' | 'download' | 'upload', Point[]>;
+
+export interface Telemetry {
+  sample: Message<'telemetry'>;
+  /** Load and rates are differences between two samples: the first sample of a page has none yet. */
+  rates: Rates;
+}
+
+// The host needs a previous sample; the page's own first one may span any time at all.
+let first = true;
+
+export const telemetry: Source<Telemetry> = createSource(takeSample);
+
+async function takeSample(): Promise<Telemetry> {
+  const sample = await host.request('getTelemetry');
+  const rates: Rates = telemetry.get().data?.rates ?? { cpu: [], download: [], upload: [] };
+  if (first) {
+    first = false;
+    return { sample, rates };
+  }
+  const at = Date.now();
+  const extend = (points: Point[], value: number) => [
+    ...points.filter((point) => at - point.at <= historyMs),
+    { at, value },
+  ];
+  return {
+    sample,
+    rates: {
+      cpu: extend(rates.cpu, sample.cpu),
+      download: extend(rates.download, sample.download),
+      upload: extend(rates.upload, sample.upload),
+    },
+  };
+}

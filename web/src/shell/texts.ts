@@ -1,0 +1,161 @@
+import type { TextTable } from '../base/text.ts';
+
+export const texts = {
+  'app.undo': ['Vrátit zpět', 'Undo'],
+  'app.refresh': ['Obnovit', 'Refresh'],
+  'app.updated': ['Aktualizováno {time}', 'Updated {time}'],
+  'app.name': ['Název', 'Name'],
+  'app.size': ['Velikost', 'Size'],
+
+  'view.dashboard': ['Přehled', 'Dashboard'],
+  'view.cleaning': ['Čištění', 'Cleaning'],
+  'view.software': ['Software', 'Software'],
+  'view.disk': ['Disk', 'Disk'],
+  'view.startup': ['Po spuštění', 'Start-up'],
+  'view.processes': ['Procesy', 'Processes'],
+  'view.network': ['Síť', 'Network'],
+  'view.developer': ['Vývojář', 'Developer'],
+  'view.maintenance': ['Údržba', 'Maintenance'],
+  'view.settings': ['Nastavení', 'Settings'],
+
+  'badge.admin': ['Správce', 'Administrator'],
+  'badge.user': ['Běžný uživatel', 'Standard user'],
+  'badge.admin.hint': ['Varnel běží s právy správce.', 'Varnel runs with administrator rights.'],
+  'badge.user.hint': [
+    'Varnel běží bez práv správce. Co je potřebuje, předává pomocné službě.',
+    'Varnel runs without administrator rights. What needs them is handed to the helper service.',
+  ],
+  'badge.service.on': ['Služba běží', 'Service running'],
+  'badge.service.off': ['Služba neběží', 'Service not running'],
+  'badge.service.on.hint': ['Pomocná služba odpovídá.', 'The helper service answers.'],
+  'badge.service.off.hint': [
+    'Pomocná služba neodpovídá. Zobrazit, co to znamená.',
+    'The helper service does not answer. Show what that means.',
+  ],
+  'badge.checking': ['Zjišťuje se stav', 'Checking the status'],
+  'badge.unknown': ['Stav neznámý', 'Status unknown'],
+
+  'service.title': ['Pomocná služba neběží', 'The helper service is not running'],
+  'service.what': [
+    'Varnel sám pracuje s vašimi běžnými právy. Zásahy, které vyžadují práva správce, předává pomocné službě systému Windows, a ta teď neodpovídá.',
+    'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service does not answer now.',
+  ],
+  'service.stops': ['Dokud služba neběží, nejde', 'Until the service runs, you cannot'],
+  'service.stops.1': [
+    'uložit soubor hosts a systémové proměnné prostředí, spravovat vývojářské služby,',
+    'save the hosts file and system environment variables, manage developer services,',
+  ],
+  'service.stops.2': [
+    'měnit položky po spuštění společné pro všechny uživatele, čistit složky Windows, instalovat ovladače,',
+    'change start-up items that all users share, clean the folders of Windows, install drivers,',
+  ],
+  'service.stops.3': [
+    'ověřovat systémové soubory, přepínat hibernaci, plánovat čištění a restartovat do nouzového režimu.',
+    'verify system files, switch hibernation, schedule cleaning or restart into safe mode.',
+  ],
+  'service.works': ['Vše ostatní funguje dál', 'Everything else still works'],
+  'service.works.text': [
+    'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',
+    'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
+  ],
+  'service.refused': [
+    'Pomocná služba požadavek nesplnila.',
+    'The helper service did not fulfil the request.',
+  ],
+  'service.back': ['Pomocná služba znovu běží', 'The helper service is running again'],
+
+  'terminal.title': ['Terminál', 'Terminal'],
+  'terminal.show': ['Zobrazit terminál', 'Show terminal'],
+  'terminal.hide': ['Skrýt terminál', 'Hide terminal'],
+  'terminal.output': ['Výpis terminálu', 'Terminal output'],
+  'terminal.clear': ['Vymazat výpis', 'Clear output'],
+  'terminal.empty': [
+    'Zatím žádný výpis. Objeví se tu, co Varnel a nástroje systému právě dělají.',
+    'No output yet. What Varnel and the system tools are doing will appear here.',
+  ],
+  'terminal.unseen': [
+    { one: '{n} nový řádek', few: '{n} nové řádky', many: '{n} nového řádku', other: '{n} nových řádků' },
+    { one: '{n} new line', other: '{n} new lines' },
+  ],
+
+  'dashboard.noDisks': ['Nebyl nalezen žádný pevný disk.', 'No fixed disk was found.'],
+
+  'recycle.verb': ['Přesunout do koše', 'Move to recycle bin'],
+  'recycle.title': [
+    {
+      one: 'Přesunout {n} soubor do koše?',
+      few: 'Přesunout {n} soubory do koše?',
+      many: 'Přesunout {n} souboru do koše?',
+      other: 'Přesunout {n} souborů do koše?',
+    },
+    { one: 'Move {n} file to the recycle bin?', other: 'Move {n} files to the recycle bin?' },
+  ],
+  'recycle.body': [
+    'Dohromady {size}. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
+    '{size} together. You can restore them from the bin until you empty it. What does not fit into the bin, or lies on a drive without one, Windows deletes for good.',
+  ],
+  'recycle.done': [
+    {
+      one: 'Do koše přesunut {n} soubor',
+      few: 'Do koše přesunuty {n} soubory',
+      many: 'Do koše přesunuto {n} souboru',
+      other: 'Do koše přesunuto {n} souborů',
+    },
+    { one: '{n} file moved to the recycle bin', other: '{n} files moved to the recycle bin' },
+  ],
+  'recycle.some': [
+    'Do koše přesunuto jen {n} z {total}. Ostatní nejspíš používá jiný program nebo k nim chybí oprávnění.',
+    'Only {n} of {total} moved to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
+  ],
+  'recycle.none': [
+    'Do koše se nepodařilo přesunout nic. Soubory nejspíš používá jiný program, chybí k nim oprávnění, nebo už neexistují.',
+    'Nothing could be moved to the recycle bin. The files are probably in use by another program, you have no right to delete them, or they are already gone.',
+  ],
+
+  'disk.seconds': ['{n} s', '{n} s'],
+  'disk.copyPath': ['Kopírovat cestu', 'Copy path'],
+
+  'scan.elapsed': ['{n} s', '{n} s'],
+
+  'jobs.log': ['Výpis nástroje', 'Tool output'],
+  'jobs.abandon': ['Nečekat dál', 'Stop waiting'],
+
+  'update.willClose': [
+    'Po stažení se Varnel zavře a spustí se znovu už v nové verzi.',
+    'After the download Varnel closes, and starts again in the new version.',
+  ],
+  'update.downloading': ['Stahuje se instalační program…', 'Downloading the installer…'],
+
+  'processes.end': ['Ukončit', 'End'],
+  'processes.endTitle': [
+    {
+      one: 'Ukončit {n} proces?',
+      few: 'Ukončit {n} procesy?',
+      many: 'Ukončit {n} procesu?',
+      other: 'Ukončit {n} procesů?',
+    },
+    { one: 'End {n} process?', other: 'End {n} processes?' },
+  ],
+  'processes.endBody': [
+    'Stane se to hned a bez ptaní. Neuložená práce se ztratí.',
+    'This happens at once, without asking. Unsaved work is lost.',
+  ],
+  'processes.ended': ['{name} (PID {pid}) ukončen', '{name} (PID {pid}) ended'],
+  'processes.gone': ['{name} (PID {pid}) už neběží', '{name} (PID {pid}) is not running any more'],
+  'processes.endFailed': [
+    '{name} (PID {pid}) se nepodařilo ukončit. {reason}',
+    '{name} (PID {pid}) could not be ended. {reason}',
+  ],
+  'processes.endRefused': [
+    'Buď už skončil, nebo k tomu Varnel nemá právo.',
+    'Either it has ended already, or Varnel has no right to end it.',
+  ],
+
+  'network.process': ['Proces', 'Process'],
+
+  'settings.saved': ['Nastavení uloženo', 'Settings saved'],
+  'settings.saveFailed': [
+    'Nastavení se nepodařilo uložit. {reason}',
+    'The settings could not be saved. {reason}',
+  ],
+} as const satisfies TextTable;

@@ -1,0 +1,35 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { tickedAtFirst } from './leftover_ticks.ts';
+
+test("only what lies in a publisher's folder or key is ticked from the start", () => {
+  const ticked = [
+    'C:\\Users\\Žofie\\AppData\\Local\\Brook\\TarnSync',
+    'c:\\users\\eva\\appdata\\roaming\\Brook\\Tarn Sync',
+    'D:\\ProgramData\\Brook\\TarnSync',
+    'C:\\Program Files (x86)\\Brook\\Tarn.Sync',
+    'HKCU\\Software\\Brook\\TarnSync',
+    'HKLM\\Software\\Brook\\TarnSync',
+  ];
+  const notTicked = [
+    'C:\\Users\\Žofie\\AppData\\Local\\Tarn Sync',
+    'C:\\Program Files\\Brook',
+    'C:\\Program Files\\Brook.TarnSync',
+    'HKLM\\Software\\Brook',
+    // Names that are empty or lead out of the root.
+    'C:\\Program Files\\',
+    'C:\\Program Files\\Brook\\',
+    'C:\\Program Files\\..\\Windows',
+    'C:\\Program Files\\Brook\\..',
+    // Known by the names of its publisher, but part of Windows.
+    'HKLM\\Software\\Microsoft\\Windows',
+    'C:\\Users\\eva\\AppData\\Local\\Microsoft\\Edge',
+    // No root that is known.
+    'C:\\Brook\\TarnSync',
+    'C:\\Users\\eva\\Documents\\Brook\\TarnSync',
+    'C:\\Users\\eva\\AppData\\LocalLow\\Brook\\TarnSync',
+  ];
+  const isTicked = (path: string) => tickedAtFirst({ type: 'directory', path, size: 1 });
+  for (const path of ticked) assert.ok(isTicked(path), path);
+  for (const path of notTicked) assert.ok(!isTicked(path), path);
+});

@@ -1,0 +1,72 @@
+import { useState } from 'preact/hooks';
+import { formatBytes } from '../base/format.ts';
+import { formatNumber, t } from '../base/text.ts';
+import { Button } from '../kit/button.tsx';
+import { confirm, Dialog } from '../kit/dialog.tsx';
+import { useStore } from '../kit/hooks.ts';
+import type { Task } from './jobs.ts';
+import { tickedAtFirst, type Leftover } from './leftover_ticks.ts';
+import { cleanLeftovers, closeLeftovers, leftovers } from './leftovers.ts';
+
+/** Offers what an uninstalled program has left behind; of several programs, one after another. */
+export function LeftoversDialog() {
+  const [first] = useStore(leftovers);
+  // A new list is a new dialog: nothing of the ticks of the one before stays.
+  return first ? <Choice key={`${first.job.id} ${first.items.length}`} {...first} /> : null;
+}
+
+function Choice({ job, items }: { job: Task; items: Leftover[] }) {
+  const [ticked, setTicked] = useState<ReadonlySet<string>>(
+    () => new Set(items.filter(tickedAtFirst).map(({ path }) => path)),
+  );
+  const chosen = items.filter(({ path }) => ticked.has(path));
+  async function remove() {
+    const agreed = await confirm({
+      title: t('leftovers.confirm', { n: chosen.length }),
+      body: t('leftovers.confirmBody'),
+      items: chosen.map(({ path }) => path),
+      listAll: true,
+      verb: t('leftovers.verb'),
+      danger: true,
+    });
+    if (!agreed) return;
+    closeLeftovers();
+    void cleanLeftovers(job, chosen);
+  }
+  function toggle(path: string) {
+    const next = new Set(ticked);
+    if (!next.delete(path)) next.add(path);
+    setTicked(next);
+  }
+  return (
+    <Dialog
+      title={t('leftovers.title', { name: job.name })}
+      onClose={closeLeftovers}
+      actions={
+        <>
+          <Button onClick={closeLeftovers}>{t('leftovers.keep')}</Button>
+          <Button kind="danger" disabled={chosen.length === 0} onClick={() => void remove()}>
+            {t('leftovers.remove', { n: chosen.length })}
+          </Button>
+        </>
+      }
+    >
+      <p>{t('leftovers.body')}</p>
+      <ul class="leftovers">
+        {items.map(({ type, path, size }) => (
+          <li key={path} data-leftover={path}>
+            <label class="check">
+              <input type="checkbox" checked={ticked.has(path)} onChange={() => toggle(path)} />
+              <span>{path}</span>
+              <span class="muted small" title={type === 'directory' ? `${formatNumber(size)} B` : undefined}>
+                {type === 'directory'
+                  ? t('leftovers.directory', { size: formatBytes(size) })
+                  : t('leftovers.registry')}
+              </span>
+            </label>
+          </li>
+        ))}
+      </ul>
+    </Dialog>
+  );
+}
