@@ -1,22 +1,30 @@
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "maint/quick_actions.h"
 #include "maint/update_reply.h"
+#include "maint/version.h"
 #include "testing/recorded_message.h"
 
+using nlohmann::json;
+
 TEST(UpdateCheckReply, ReadsTheDescription) {
+  json want = json::parse(RecordedMessage("checkForUpdates"));
+  want["currentVersion"] = kCurrentVersion;
   EXPECT_EQ(
       BuildUpdateCheckReply(
-          5, R"({"version":"1.10.0","download_url":"https://releases.varnel.example/1.10.0/VarnelSetup.exe",)"
-             R"("changelog":"Rychlejší analýza disku\nOpravy","mandatory":true})"),
-      RecordedMessage("checkForUpdates"));
+          5,
+          R"({"version":"99.10.0","download_url":"https://releases.varnel.example/99.10.0/VarnelSetup.exe",)"
+          R"("changelog":"Rychlejší analýza disku\nOpravy","mandatory":true})"),
+      want.dump());
 }
 
 TEST(UpdateCheckReply, MissingMembersHaveDefaults) {
-  EXPECT_EQ(
-      BuildUpdateCheckReply(5, R"({"downloadUrl":"https://other.example","extra":1})"),
-      R"({"changelog":"","currentVersion":"1.4.0","downloadUrl":"","hasUpdate":false,"mandatory":false,)"
-      R"("onlineVersion":"1.4.0","requestId":5,"success":true,"type":"checkForUpdates"})");
+  const std::string version(kCurrentVersion);
+  EXPECT_EQ(BuildUpdateCheckReply(5, R"({"downloadUrl":"https://other.example","extra":1})"),
+            R"({"changelog":"","currentVersion":")" + version +
+                R"(","downloadUrl":"","hasUpdate":false,"mandatory":false,"onlineVersion":")" + version +
+                R"(","requestId":5,"success":true,"type":"checkForUpdates"})");
 }
 
 TEST(UpdateCheckReply, RefusesWhatIsNoDescription) {

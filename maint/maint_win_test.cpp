@@ -13,6 +13,7 @@
 #include "maint/quick_actions.h"
 #include "maint/quick_actions_win.h"
 #include "maint/update_win.h"
+#include "maint/version.h"
 #include "testing/recording_page.h"
 #include "testing/service_action_win.h"
 
@@ -90,8 +91,9 @@ TEST_F(Download, StoresWhateverBodyTheServerSends) {
   StandInHttpServer server(Http("200 OK", body, body.size()));
   EXPECT_TRUE(DownloadFile(server.url, path_.wstring()));
   EXPECT_EQ(Content(), body);
-  EXPECT_NE(server.request.find("User-Agent: Mozilla/5.0 (Windows NT 10.0; Win64; x64) Varnel/1.4.0\r\n"),
-            std::string::npos);
+  const std::string agent =
+      "User-Agent: Mozilla/5.0 (Windows NT 10.0; Win64; x64) Varnel/" + std::string(kCurrentVersion) + "\r\n";
+  EXPECT_NE(server.request.find(agent), std::string::npos) << server.request;
   EXPECT_NE(server.request.find("no-cache"), std::string::npos) << server.request;
 
   StandInHttpServer error_page(Http("404 Not Found", "gone", 4));

@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "maint/release_url.h"
 #include "maint/update_reply.h"
+#include "maint/version.h"
 
 namespace {
 
@@ -23,7 +24,9 @@ struct InternetHandleKind {
 };
 using InternetHandle = Owned<InternetHandleKind>;
 
-constexpr wchar_t kUserAgent[] = L"Mozilla/5.0 (Windows NT 10.0; Win64; x64) Varnel/1.4.0";
+std::wstring UserAgent() {
+  return L"Mozilla/5.0 (Windows NT 10.0; Win64; x64) Varnel/" + Utf8ToWide(kCurrentVersion);
+}
 
 std::wstring TemporaryFile(const wchar_t* name) {
   wchar_t folder[260] = {};
@@ -61,7 +64,8 @@ void StartInstaller(const std::wstring& path) {
 
 bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   DeleteUrlCacheEntryW(url.c_str());
-  InternetHandle session(InternetOpenW(kUserAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+  InternetHandle session(
+      InternetOpenW(UserAgent().c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
   if (!session) return false;
   DWORD flags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_PRAGMA_NOCACHE;
   if (url.starts_with(L"https://")) flags |= INTERNET_FLAG_SECURE;

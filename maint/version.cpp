@@ -6,6 +6,8 @@
 #include <limits>
 #include <optional>
 
+constinit const std::string_view kCurrentVersion = VARNEL_VERSION;
+
 namespace {
 
 // Takes one integer off the front of `text`.

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-// The program's own version, as the page and the update server see it.
-inline constexpr std::string_view kCurrentVersion = "1.4.0";
+// The program's own version, "major.minor.patch", as the page and the update server see it: the build's.
+extern const std::string_view kCurrentVersion;
 
 struct Version {
   int major = 0;

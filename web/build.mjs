@@ -1,15 +1,17 @@
-// Builds the page: node build.mjs [--out DIR]
+// Builds the page: node build.mjs --version X.Y.Z [--out DIR]
 // Writes index.html, css/style.css, js/app.js, app.png and app.ico, and fails when one of them outgrows its budget.
 import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
+import { parseArgs } from 'node:util';
 import { build } from 'esbuild';
 import { lucide } from './lucide.mjs';
 
 const web = dirname(fileURLToPath(import.meta.url));
 const at = (...parts) => join(web, ...parts);
-const outFlag = process.argv.indexOf('--out');
-const out = resolve(outFlag > 0 ? process.argv[outFlag + 1] : at('dist'));
+const { values: options } = parseArgs({ options: { version: { type: 'string' }, out: { type: 'string' } } });
+if (!options.version) throw new Error('--version is missing');
+const out = resolve(options.out ?? at('dist'));
 
 const budgets = { 'index.html': 4_000, 'css/style.css': 40_000, 'js/app.js': 230_000 };
 
@@ -18,7 +20,7 @@ const notices = ['preact', 'lucide-static'].map(
   (name) => `/*! ${name}\n${readFileSync(at('node_modules', name, 'LICENSE'), 'utf8').trim()}\n*/`,
 );
 
-async function bundle(entry, options = {}) {
+async function bundle(entry, more = {}) {
   const result = await build({
     entryPoints: [at(entry)],
     bundle: true,
@@ -28,12 +30,11 @@ async function bundle(entry, options = {}) {
     target: 'es2022',
     legalComments: 'none',
     logLevel: 'warning',
-    ...options,
+    ...more,
   });
   return result.outputFiles[0].contents;
 }
 
-const { version } = JSON.parse(readFileSync(at('package.json'), 'utf8'));
 const files = {
   'index.html': readFileSync(at('src/app/index.html')),
   'css/style.css': await bundle('src/app/style.css'),
@@ -41,7 +42,7 @@ const files = {
     format: 'iife',
     jsx: 'automatic',
     jsxImportSource: 'preact',
-    define: { VARNEL_VERSION: JSON.stringify(version) },
+    define: { VARNEL_VERSION: JSON.stringify(options.version) },
     footer: { js: notices.join('\n') },
     plugins: [lucide],
   }),

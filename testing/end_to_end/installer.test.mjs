@@ -20,6 +20,7 @@ import {
   standIn,
   startInPrefix,
   unixPath,
+  version,
 } from './wine.mjs';
 
 const runFile = promisify(execFile);
@@ -118,7 +119,7 @@ afterEach(async () => {
 });
 
 test('the package: a zip, the setup, and check sums that are right', async () => {
-  assert.equal(kZip, 'Varnel-1.4.0.zip');
+  assert.equal(kZip, `Varnel-${version}.zip`);
   assert.equal(
     (await runFile('sha256sum', ['-c', 'SHA256SUMS'], { cwd: kPackage })).stdout,
     `./${kZip}: OK\n./VarnelSetup.exe: OK\n`,
@@ -164,7 +165,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
   );
   assert.deepEqual(values, {
     DisplayName: 'Varnel',
-    DisplayVersion: '1.4.0',
+    DisplayVersion: version,
     DisplayIcon: kProgram,
     Publisher: 'Varnel',
     InstallLocation: kInstalled,

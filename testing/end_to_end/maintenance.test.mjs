@@ -9,14 +9,31 @@ import { test } from 'node:test';
 
 import { checkAccessibility, closeServiceDialog, openView, screenshot, withVarnel } from './harness.mjs';
 import { cut, kErrorPage, kReleasePort, serve, startReleaseServer } from './release_server.mjs';
-import { buildFolder, prepareWine, runInPrefix, standIn, unixPath } from './wine.mjs';
+import { buildFolder, prepareWine, runInPrefix, standIn, unixPath, version } from './wine.mjs';
 
 const repair = (page, type) => page.click(`[data-repair=${type}] button`);
 const resultOf = (page, type) => page.locator(`[data-result=${type}] > span`).first().innerText();
+const [kMajor, kMinor] = version.split('.').map(Number);
+const kNewer = `${kMajor}.${kMinor + 1}.0`;
+const kMuchNewer = `${kMajor}.${kMinor + 10}.0`; // by number, not by text
 await prepareWine();
 const kTemporary = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 const temporary = (name) => unixPath(`${kTemporary}\\${name}`);
 const putBack = (path) => rename(`${path}.away`, path).catch(() => {}); // a program that did not start has moved nothing
+// What Explorer shows of an executable: the numbers of its fixed part (after their signature), and its texts.
+async function versionBlock(path) {
+  const bytes = await readFile(path);
+  const at = bytes.indexOf(Buffer.from([0xbd, 0x04, 0xef, 0xfe]));
+  assert.ok(at > 0, `${path} has a version block`);
+  const words = [10, 8, 14, 12].map((offset) => bytes.readUInt16LE(at + offset));
+  const texts = bytes.toString('utf16le', at, at + 2000);
+  const value = (name) => new RegExp(`${name}\\0+([\\d.]+)\\0`).exec(texts)?.[1];
+  return {
+    numbers: words.join('.'),
+    FileVersion: value('FileVersion'),
+    ProductVersion: value('ProductVersion'),
+  };
+}
 const serviceActions = async (app, action) =>
   (await app.serviceRequests()).filter((request) => request.action === action);
 
@@ -285,25 +302,31 @@ test('what the check for an update finds and shows', () =>
       const server = await startReleaseServer(answers);
       const changes = 'Rychlejší <b>analýza</b> disku\n<img src=x onerror="document.title=1">\n- opravy';
       const cases = [
-        ['the same version', serve('{"version":"1.4.0","changelog":"x"}'), '1.4.0', kNone, false],
-        ['an older one', serve('{"version":"1.3.99"}'), '1.3.99', kNone, false],
-        ['a newer one', serve(JSON.stringify({ version: '1.10.0', changelog: changes })), '1.10.0', '', true],
-        ['an error page', serve(kErrorPage, 404, 'text/html'), '1.10.0', kUnreadable, true], // what was known before stays
-        ['no keys', serve('{}'), '1.4.0', kNone, false],
-        ['a server error', serve(kErrorPage, 500, 'text/html'), '1.4.0', kUnreadable, false],
-        ['broken JSON', serve('{"version":"1.5.0",'), '1.4.0', kUnreadable, false],
-        ['nothing', serve(''), '1.4.0', kUnreadable, false],
-        ['a number for a version', serve('{"version":2}'), '1.4.0', kUnreadable, false],
-        ['a text for mandatory', serve('{"version":"2.0.0","mandatory":"yes"}'), '1.4.0', kUnreadable, false],
-        ['not an object', serve('["2.0.0"]'), '1.4.0', kUnreadable, false],
+        ['the same version', serve(`{"version":"${version}","changelog":"x"}`), version, kNone, false],
+        ['an older one', serve('{"version":"0.9.99"}'), '0.9.99', kNone, false],
+        [
+          'a newer one',
+          serve(JSON.stringify({ version: kMuchNewer, changelog: changes })),
+          kMuchNewer,
+          '',
+          true,
+        ],
+        ['an error page', serve(kErrorPage, 404, 'text/html'), kMuchNewer, kUnreadable, true], // what was known before stays
+        ['no keys', serve('{}'), version, kNone, false],
+        ['a server error', serve(kErrorPage, 500, 'text/html'), version, kUnreadable, false],
+        ['broken JSON', serve('{"version":"1.5.0",'), version, kUnreadable, false],
+        ['nothing', serve(''), version, kUnreadable, false],
+        ['a number for a version', serve('{"version":2}'), version, kUnreadable, false],
+        ['a text for mandatory', serve('{"version":"2.0.0","mandatory":"yes"}'), version, kUnreadable, false],
+        ['not an object', serve('["2.0.0"]'), version, kUnreadable, false],
         [
           'a connection cut in the middle',
           cut('{"version":"2.0.0","changelog":"aaaa'),
-          '1.4.0',
+          version,
           kUnreadable,
           false,
         ],
-        ['a connection cut behind the description', cut('{"version":"1.5"}'), '1.5', '', true],
+        ['a connection cut behind the description', cut('{"version":"99.5"}'), '99.5', '', true],
       ];
       try {
         for (const [name, answer, online, sentence, offered] of cases) {
@@ -313,7 +336,7 @@ test('what the check for an update finds and shows', () =>
               ? card.getByRole('button', { name: 'Zkusit znovu' })
               : page.getByRole('button', { name: 'Obnovit', exact: true });
           const [installed, shown, said, offers, reply] = await checked(() => again.click());
-          assert.deepEqual([installed, shown, said, offers], ['1.4.0', online, sentence, offered], name);
+          assert.deepEqual([installed, shown, said, offers], [version, online, sentence, offered], name);
           if (name === 'a newer one') {
             assert.deepEqual(
               { ...reply, requestId: 0 },
@@ -321,14 +344,19 @@ test('what the check for an update finds and shows', () =>
                 type: 'checkForUpdates',
                 requestId: 0,
                 success: true,
-                onlineVersion: '1.10.0',
-                currentVersion: '1.4.0',
+                onlineVersion: kMuchNewer,
+                currentVersion: version,
                 hasUpdate: true,
                 downloadUrl: '',
                 changelog: changes,
                 mandatory: false,
               },
             );
+            assert.deepEqual(await versionBlock(join(buildFolder, 'bin/Varnel.exe')), {
+              numbers: `${reply.currentVersion}.0`,
+              FileVersion: reply.currentVersion,
+              ProductVersion: reply.currentVersion,
+            });
             assert.equal(await card.locator('.changelog').textContent(), changes);
             await checkAccessibility(page);
           }
@@ -338,7 +366,7 @@ test('what the check for an update finds and shows', () =>
         assert.deepEqual(server.requests, Array(cases.length).fill('/version.json'));
 
         answers['/version.json'] = serve(
-          JSON.stringify({ version: '2.0.0', mandatory: true, changelog: `${changes}\n`.repeat(12) }),
+          JSON.stringify({ version: '99.0.0', mandatory: true, changelog: `${changes}\n`.repeat(12) }),
         );
         await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
         const dialog = page.getByRole('dialog', { name: 'Tuto aktualizaci je potřeba nainstalovat' });
@@ -358,7 +386,7 @@ test('what the check for an update finds and shows', () =>
         let answerNow;
         const asked = new Promise((resolve) => {
           answers['/version.json'] = (response) =>
-            resolve((answerNow = () => serve('{"version":"2.1.0","mandatory":true}')(response)));
+            resolve((answerNow = () => serve('{"version":"99.1.0","mandatory":true}')(response)));
         });
         await page.getByRole('button', { name: 'Obnovit', exact: true }).click();
         await asked;
@@ -366,7 +394,7 @@ test('what the check for an update finds and shows', () =>
         const other = page.getByRole('dialog', { name: 'Odinstalovat Varnel?' });
         await other.waitFor();
         answerNow();
-        await card.getByText('2.1.0').waitFor();
+        await card.getByText('99.1.0').waitFor();
         await page.evaluate(
           () =>
             new Promise((done) => {
@@ -392,7 +420,11 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
   let finishDownload;
   const answers = {
     '/version.json': serve(
-      '{"version":"1.5.0","download_url":"http://127.0.0.1:1/VarnelSetup.exe","changelog":"The disk view is twice as fast.\\nCzech names sort as they should."}',
+      JSON.stringify({
+        version: kNewer,
+        download_url: 'http://127.0.0.1:1/VarnelSetup.exe',
+        changelog: 'The disk view is twice as fast.\nCzech names sort as they should.',
+      }),
     ),
     '/VarnelSetup.exe': (response) => {
       response.write(installer.subarray(0, 100_000));
@@ -424,7 +456,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
         const agree = async () => {
           await install.click();
           await page
-            .getByRole('dialog', { name: 'Update Varnel to version 1.5.0?' })
+            .getByRole('dialog', { name: `Update Varnel to version ${kNewer}?` })
             .getByRole('button', { name: 'Download and install' })
             .click();
         };
@@ -461,7 +493,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
         await page.getByText('Tarn: done').waitFor();
 
         answers['/version.json'] = serve(
-          '{"version":"1.5.0","downloadUrl":"http://127.0.0.1:1/","changelog":"Faster"}',
+          JSON.stringify({ version: kNewer, downloadUrl: 'http://127.0.0.1:1/', changelog: 'Faster' }),
         );
         await page.keyboard.press('F5');
         await app.waitUntilShown(

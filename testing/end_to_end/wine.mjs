@@ -13,7 +13,7 @@ import {
   unlink,
   writeFile,
 } from 'node:fs/promises';
-import { existsSync, readdirSync } from 'node:fs';
+import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
@@ -21,6 +21,10 @@ import { promisify } from 'node:util';
 export const root = fileURLToPath(new URL('../..', import.meta.url));
 export const buildFolder = process.env.VARNEL_BUILD ?? join(root, 'build/mingw');
 export const prefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ?? join(root, 'build/wine');
+// What a release changes, and all the rest follows.
+export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
+  readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),
+);
 export const driveC = join(prefix, 'drive_c');
 
 const runFile = promisify(execFile);
