@@ -79,14 +79,22 @@ void Configure(ICoreWebView2& view) {
 }
 
 // Files beside the executable are reachable under the page's host wherever the embedded files have nothing.
+// Without such a folder nothing is mapped: requests to a mapped host may take longer.
 void MapPublicFolder(ICoreWebView2& view) {
-  std::wstring folder = GetExeDirectory() + L"\\public";
-  if (GetFileAttributesW(folder.c_str()) == INVALID_FILE_ATTRIBUTES)
-    folder = GetExeDirectory() + L"\\..\\public";
-  const auto mapping = QueryFor<ICoreWebView2_3>(&view);
-  if (mapping)
-    mapping->SetVirtualHostNameToFolderMapping(VirtualHostName, folder.c_str(),
-                                               COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND_ALLOW);
+  for (const wchar_t* place : {L"\\public", L"\\..\\public"}) {
+    const std::wstring folder = GetExeDirectory() + place;
+    if (GetFileAttributesW(folder.c_str()) == INVALID_FILE_ATTRIBUTES) continue;
+    if (const auto mapping = QueryFor<ICoreWebView2_3>(&view))
+      mapping->SetVirtualHostNameToFolderMapping(VirtualHostName, folder.c_str(),
+                                                 COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND_ALLOW);
+    return;
+  }
+}
+
+// Until the page's first frame the control shows the colour of the caption. An older runtime stays white.
+void SetBackground(ICoreWebView2Controller& controller) {
+  if (const auto with_color = QueryFor<ICoreWebView2Controller2>(&controller))
+    with_color->put_DefaultBackgroundColor({.A = 255, .R = 13, .G = 13, .B = 23});
 }
 
 void ConnectEvents(ICoreWebView2& view) {
@@ -109,13 +117,15 @@ HRESULT OnControllerCreated(HRESULT result, ICoreWebView2Controller* controller)
   state.view = view;
   if (!view) return E_FAIL;
 
+  SetBackground(*controller);
   Configure(*view.Get());
-  RECT client = {};
-  GetClientRect(state.main_window, &client);
-  controller->put_Bounds(client);
+  FitBrowser();
   MapPublicFolder(*view.Get());
   ConnectEvents(*view.Get());
-  return view->Navigate((kOrigin + L"/index.html").c_str());
+  const HRESULT navigated = view->Navigate((kOrigin + L"/index.html").c_str());
+  // The window's own turn, WM_SETFOCUS, was before there was a control.
+  if (GetFocus() == state.main_window) controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC);
+  return navigated;
 }
 
 HRESULT OnEnvironmentCreated(HRESULT result, ICoreWebView2Environment* environment) {

@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <dwmapi.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,7 +15,9 @@ namespace {
 
 constexpr wchar_t kClassName[] = L"VarnelWebView2Window";
 constexpr int kIconResource = 1;
-constexpr POINT kMinimumSize = {1250, 700};
+// Of the whole window, for a display of 96 dpi.
+constexpr SIZE kFirstSize = {1400, 900};
+constexpr SIZE kMinimumSize = {1250, 700};
 
 // The control interface of the window for other processes, in WM_SYSCOMMAND. No menu holds these commands.
 constexpr WPARAM kCommandCheckForUpdate = 1000;
@@ -75,11 +78,42 @@ HICON IconFor(WPARAM kind) {
   }
 }
 
-void FitBrowser(HWND window) {
-  if (!State().controller) return;
-  RECT client = {};
-  GetClientRect(window, &client);
-  State().controller->put_Bounds(client);
+RECT WorkArea(HWND window) {
+  MONITORINFO info = {};
+  info.cbSize = sizeof(info);
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &info);
+  return info.rcWork;
+}
+
+// Returns a size for a display of 96 dpi in pixels of the window's own display. On a finer one it looks as
+// large, but is cut to the work area.
+SIZE ScaleToDisplay(HWND window, SIZE size) {
+  const int dpi = static_cast<int>(GetDpiForWindow(window));
+  if (dpi <= USER_DEFAULT_SCREEN_DPI) return size;
+  const RECT work = WorkArea(window);
+  return {std::min<LONG>(MulDiv(size.cx, dpi, USER_DEFAULT_SCREEN_DPI), work.right - work.left),
+          std::min<LONG>(MulDiv(size.cy, dpi, USER_DEFAULT_SCREEN_DPI), work.bottom - work.top)};
+}
+
+// The place that CreateWindowExW has chosen is one for a window of the unscaled size.
+void ScaleFirstSize(HWND window) {
+  const SIZE size = ScaleToDisplay(window, kFirstSize);
+  if (size.cx == kFirstSize.cx && size.cy == kFirstSize.cy) return;
+  RECT place = {};
+  GetWindowRect(window, &place);
+  const RECT work = WorkArea(window);
+  SetWindowPos(window, nullptr, std::min(place.left, work.right - size.cx),
+               std::min(place.top, work.bottom - size.cy), size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+// A child window is not told of what happens to the window around it.
+void TellBrowser(UINT message) {
+  ICoreWebView2Controller* controller = State().controller.Get();
+  if (!controller) return;
+  if (message == WM_SETFOCUS)
+    controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC);
+  else
+    controller->NotifyParentWindowPositionChanged();
 }
 
 void DeliverJson(LPARAM carried) {
@@ -112,11 +146,13 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM
       PostQuitMessage(0);
       return 0;
     case WM_SIZE:
-      FitBrowser(window);
+      FitBrowser();
       return 0;
-    case WM_GETMINMAXINFO:
-      reinterpret_cast<MINMAXINFO*>(lparam)->ptMinTrackSize = kMinimumSize;
+    case WM_GETMINMAXINFO: {
+      const SIZE size = ScaleToDisplay(window, kMinimumSize);
+      reinterpret_cast<MINMAXINFO*>(lparam)->ptMinTrackSize = {size.cx, size.cy};
       return 0;
+    }
     case WM_GETICON:
       return reinterpret_cast<LRESULT>(IconFor(wparam));
     case WM_NCLBUTTONDOWN:
@@ -127,9 +163,21 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM
     case WM_POST_JSON:
       DeliverJson(lparam);
       return 0;
+    case WM_SETFOCUS:
+    case WM_MOVE:
+    case WM_MOVING:
+      TellBrowser(message);
+      break;
+    case WM_DPICHANGED: {
+      const RECT& suggested = *reinterpret_cast<const RECT*>(lparam);
+      SetWindowPos(window, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
+                   suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+      break;
+    }
     default:
-      return DefWindowProcW(window, message, wparam, lparam);
+      break;
   }
+  return DefWindowProcW(window, message, wparam, lparam);
 }
 
 bool RegisterMainWindowClass(HINSTANCE instance) {
@@ -179,16 +227,27 @@ bool CreateMainWindow(HINSTANCE instance, int show_command) {
     MessageBoxW(nullptr, L"Call to RegisterClassEx failed!", L"Varnel", 0);
     return false;
   }
-  state.main_window = CreateWindowExW(0, kClassName, L"Varnel", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                                      CW_USEDEFAULT, 1400, 900, nullptr, nullptr, instance, nullptr);
+  state.main_window =
+      CreateWindowExW(0, kClassName, L"Varnel", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
+                      kFirstSize.cx, kFirstSize.cy, nullptr, nullptr, instance, nullptr);
   if (!state.main_window) {
     MessageBoxW(nullptr, L"Call to CreateWindow failed!", L"Varnel", 0);
     return false;
   }
+  ScaleFirstSize(state.main_window);
   SetFrame(state.main_window);
   ShowWindow(state.main_window, show_command);
   UpdateWindow(state.main_window);
   return true;
+}
+
+void FitBrowser() {
+  const AppState& state = State();
+  if (!state.controller) return;
+  state.controller->put_IsVisible(!IsIconic(state.main_window));
+  RECT client = {};
+  GetClientRect(state.main_window, &client);
+  state.controller->put_Bounds(client);
 }
 
 int RunMessageLoop() {

@@ -28,5 +28,9 @@ AppState& State();
 // DwmSetWindowAttribute). False after a message box when the class or the window cannot be made.
 bool CreateMainWindow(HINSTANCE instance, int show_command);
 
+// Gives the browser control, once it is there, the window's client area in pixels, and lets the page know
+// whether the window is minimized (put_Bounds, put_IsVisible). On the UI thread.
+void FitBrowser();
+
 // Runs until WM_QUIT and returns its exit code.
 int RunMessageLoop();

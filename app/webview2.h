@@ -18,6 +18,12 @@ enum COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND {
   COREWEBVIEW2_HOST_RESOURCE_ACCESS_KIND_DENY_CORS = 2,
 };
 
+enum COREWEBVIEW2_MOVE_FOCUS_REASON { COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC = 0 };
+
+struct COREWEBVIEW2_COLOR {
+  BYTE A, R, G, B;
+};
+
 #define VARNEL_UNCALLED(name)                \
   virtual HRESULT STDMETHODCALLTYPE name() { \
     return E_NOTIMPL;                        \
@@ -259,7 +265,7 @@ struct ICoreWebView2_3 : ICoreWebView2_2 {
 struct ICoreWebView2Controller : IUnknown {
   static constexpr IID kIid = {0x4D00C0D1, 0x9434, 0x4EB6, {0x80, 0x78, 0x86, 0x97, 0xA5, 0x60, 0x33, 0x4F}};
   VARNEL_UNCALLED(get_IsVisible)
-  VARNEL_UNCALLED(put_IsVisible)
+  virtual HRESULT STDMETHODCALLTYPE put_IsVisible(BOOL is_visible) = 0;
   VARNEL_UNCALLED(get_Bounds)
   virtual HRESULT STDMETHODCALLTYPE put_Bounds(RECT bounds) = 0;
   VARNEL_UNCALLED(get_ZoomFactor)
@@ -267,7 +273,7 @@ struct ICoreWebView2Controller : IUnknown {
   VARNEL_UNCALLED(add_ZoomFactorChanged)
   VARNEL_UNCALLED(remove_ZoomFactorChanged)
   VARNEL_UNCALLED(SetBoundsAndZoomFactor)
-  VARNEL_UNCALLED(MoveFocus)
+  virtual HRESULT STDMETHODCALLTYPE MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON reason) = 0;
   VARNEL_UNCALLED(add_MoveFocusRequested)
   VARNEL_UNCALLED(remove_MoveFocusRequested)
   VARNEL_UNCALLED(add_GotFocus)
@@ -278,12 +284,21 @@ struct ICoreWebView2Controller : IUnknown {
   VARNEL_UNCALLED(remove_AcceleratorKeyPressed)
   VARNEL_UNCALLED(get_ParentWindow)
   VARNEL_UNCALLED(put_ParentWindow)
-  VARNEL_UNCALLED(NotifyParentWindowPositionChanged)
+  virtual HRESULT STDMETHODCALLTYPE NotifyParentWindowPositionChanged() = 0;
   VARNEL_UNCALLED(Close)
   virtual HRESULT STDMETHODCALLTYPE get_CoreWebView2(ICoreWebView2** view) = 0;
 
  protected:
   ~ICoreWebView2Controller() = default;
+};
+
+struct ICoreWebView2Controller2 : ICoreWebView2Controller {
+  static constexpr IID kIid = {0xC979903E, 0xD4CA, 0x4228, {0x92, 0xEB, 0x47, 0xEE, 0x3F, 0xA9, 0x6E, 0xAB}};
+  VARNEL_UNCALLED(get_DefaultBackgroundColor)
+  virtual HRESULT STDMETHODCALLTYPE put_DefaultBackgroundColor(COREWEBVIEW2_COLOR color) = 0;
+
+ protected:
+  ~ICoreWebView2Controller2() = default;
 };
 
 struct ICoreWebView2CreateCoreWebView2ControllerCompletedHandler : IUnknown {

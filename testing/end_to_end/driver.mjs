@@ -105,6 +105,7 @@ class Varnel {
   recorded = {
     settings: {},
     bounds: [],
+    calls: [], // of the controller, but for put_Bounds: [name, argument]
     filters: [],
     handlers: [],
     folder: undefined,
@@ -380,6 +381,9 @@ class Varnel {
     });
     on('bounds', ({ left, top, right, bottom }) => {
       recorded.bounds.push({ left, top, right, bottom });
+    });
+    on('call', ({ name, argument }) => {
+      recorded.calls.push([name, argument]);
     });
     on('filter', ({ uri, context }) => {
       recorded.filters.push({ uri, context });

@@ -29,11 +29,11 @@ test('the control is set up as the page needs it', () =>
       'WebMessageReceived',
       'WebResourceRequested',
     ]);
-    assert.deepEqual(recorded.folder, {
-      host: 'varnel.local',
-      folder: `${app.folder.windows}\\bin\\..\\public`,
-      access: 1,
-    });
+    assert.equal(recorded.folder, undefined, 'no folder is mapped that is not there');
+    assert.deepEqual(recorded.calls.slice(0, 2), [
+      ['put_DefaultBackgroundColor', [255, 13, 13, 23]],
+      ['put_IsVisible', true],
+    ]);
     assert.deepEqual(recorded.navigations, [`${kOrigin}/index.html`]);
   }));
 
@@ -71,26 +71,34 @@ test('the executable serves its five files and nothing else', () =>
     assert.equal(await app.resource('https://example.com/index.html'), undefined);
   }));
 
-test('other paths come from the public folder', () =>
-  withVarnel({}, async (app) => {
-    await mkdir(join(app.folder.unix, 'public'));
-    await writeFile(join(app.folder.unix, 'public/extra.txt'), 'from the folder');
-    const text = await app.page.evaluate(() => fetch('/extra.txt?v=1').then((response) => response.text()));
-    assert.equal(text, 'from the folder');
-  }));
-
-test('the public folder beside the executable comes before the one above', async () => {
-  const folder = await makeFolder();
-  const binFolder = join(folder.unix, 'bin');
-  await copyInto(binFolder, {
-    'Varnel.exe': join(buildFolder, 'bin/Varnel.exe'),
-    'WebView2Loader.dll': standIn('WebView2Loader.dll'),
-  });
-  await mkdir(join(binFolder, 'public'));
-  await mkdir(join(folder.unix, 'public'));
-  await withVarnel({ page: false, folder }, (app) => {
-    assert.equal(app.recorded.folder.folder, `${folder.windows}\\bin\\public`);
-  });
+test('other paths come from the public folder, the one beside the executable before the one above', async (t) => {
+  for (const [inside, wanted] of [
+    [['public'], '..\\public'],
+    [['public', 'bin/public'], 'public'],
+  ]) {
+    await t.test(inside.join(' and '), async () => {
+      const folder = await makeFolder();
+      await copyInto(join(folder.unix, 'bin'), {
+        'Varnel.exe': join(buildFolder, 'bin/Varnel.exe'),
+        'WebView2Loader.dll': standIn('WebView2Loader.dll'),
+      });
+      for (const name of inside) {
+        await mkdir(join(folder.unix, name));
+        await writeFile(join(folder.unix, name, 'extra.txt'), `from ${name}`);
+      }
+      await withVarnel({ folder }, async (app) => {
+        assert.deepEqual(app.recorded.folder, {
+          host: 'varnel.local',
+          folder: `${folder.windows}\\bin\\${wanted}`,
+          access: 1,
+        });
+        assert.equal(
+          await app.page.evaluate(() => fetch('/extra.txt?v=1').then((response) => response.text())),
+          `from ${inside.at(-1)}`,
+        );
+      });
+    });
+  }
 });
 
 test('each load of the page pushes the status', () =>

@@ -3,6 +3,8 @@
 //   find                    waits for the window; without any word the probe only tells whether there is one
 //   send:MESSAGE,W,L        SendMessageW, numbers in decimal; the results stand in "results"
 //   resize:WIDTH,HEIGHT     SetWindowPos
+//   move:X,Y                SetWindowPos
+//   dpi:X,Y,WIDTH,HEIGHT    WM_DPICHANGED, as a display of another scale would send it, with this suggestion
 //   wait_exit               waits until the process of the window has ended: its exit code
 #include <windows.h>
 
@@ -49,6 +51,21 @@ json Describe(HWND window) {
           {"clientHeight", inner.bottom}};
 }
 
+DWORD ProcessOf(HWND window) {
+  DWORD process_id = 0;
+  GetWindowThreadProcessId(window, &process_id);
+  return process_id;
+}
+
+// Sends a message whose LPARAM points to a rectangle, which has to lie in the process of the window.
+void SendRect(HWND window, UINT message, WPARAM wparam, const RECT& rect) {
+  const Owned<KernelHandleKind> process(
+      OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, ProcessOf(window)));
+  void* there = VirtualAllocEx(process.get(), nullptr, sizeof rect, MEM_COMMIT, PAGE_READWRITE);
+  if (there && WriteProcessMemory(process.get(), there, &rect, sizeof rect, nullptr))
+    SendMessageW(window, message, wparam, reinterpret_cast<LPARAM>(there));
+}
+
 void Step(HWND window, const std::string& word, json& answer) {
   long long a = 0, b = 0;
   unsigned message = 0;
@@ -57,11 +74,17 @@ void Step(HWND window, const std::string& word, json& answer) {
         SendMessageW(window, message, static_cast<WPARAM>(a), static_cast<LPARAM>(b)));
   } else if (std::sscanf(word.c_str(), "resize:%lld,%lld", &a, &b) == 2) {
     SetWindowPos(window, nullptr, 0, 0, static_cast<int>(a), static_cast<int>(b), SWP_NOMOVE | SWP_NOZORDER);
+  } else if (std::sscanf(word.c_str(), "move:%lld,%lld", &a, &b) == 2) {
+    SetWindowPos(window, nullptr, static_cast<int>(a), static_cast<int>(b), 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  } else if (RECT rect{}; std::sscanf(word.c_str(), "dpi:%ld,%ld,%ld,%ld", &rect.left, &rect.top, &rect.right,
+                                      &rect.bottom) == 4) {
+    rect.right += rect.left;
+    rect.bottom += rect.top;
+    SendRect(window, WM_DPICHANGED, MAKEWPARAM(144, 144), rect);
   } else if (word == "wait_exit") {
-    DWORD process_id = 0, code = 0;
-    GetWindowThreadProcessId(window, &process_id);
+    DWORD code = 0;
     const Owned<KernelHandleKind> process(
-        OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process_id));
+        OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, ProcessOf(window)));
     WaitForSingleObject(process.get(), 10'000);
     GetExitCodeProcess(process.get(), &code);
     answer["exitCode"] = code;
@@ -71,6 +94,7 @@ void Step(HWND window, const std::string& word, json& answer) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);  // sizes in the display's pixels
   const HWND window = Find(argc > 1);
   if (!window) {
     std::cout << R"({"found":false})" << std::endl;
