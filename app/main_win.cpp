@@ -6,6 +6,8 @@
 #include "app/browser_host_win.h"
 #include "app/main_window_win.h"
 #include "app/silent_clean_win.h"
+#include "base/worker_win.h"
+#include "maint/update_win.h"
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_command) {
   const std::string arguments = command_line;
@@ -18,6 +20,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_c
   // ShellExecuteW.
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
   StartBrowser();
+  StartWorker(DeleteDownloadedInstaller);
   const int exit_code = RunMessageLoop();
   // Workers may still run. They end here, before anything that they use is destroyed.
   ExitProcess(static_cast<UINT>(exit_code));

@@ -43,7 +43,9 @@ bool StartExplorer() {
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process = {};
-  if (!CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+  // A shell that stood in this program's folder would keep it from being removed.
+  if (!CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, L"C:\\Windows", &startup,
+                      &process))
     return false;
   const KernelHandle process_handle(process.hProcess), thread_handle(process.hThread);
   return true;

@@ -34,6 +34,10 @@ std::wstring TemporaryFile(const wchar_t* name) {
   return std::wstring(folder) + name;
 }
 
+std::wstring DownloadedInstaller() {
+  return TemporaryFile(L"VarnelUpdate.exe");
+}
+
 // False only when a block could not be written whole. A read that fails ends the copy like the end of the
 // body does.
 bool CopyToFile(HINTERNET source, HANDLE file) {
@@ -102,15 +106,28 @@ std::string DefaultInstallerUrl() {
 
 void downloadAndApplyUpdate(int request_id, const std::string& download_url) {
   const std::wstring url = Utf8ToWide(download_url);
-  const std::wstring installer = TemporaryFile(L"VarnelUpdate.exe");
+  const std::wstring installer = DownloadedInstaller();
   DeleteFileW(installer.c_str());
   DeleteUrlCacheEntryW(url.c_str());
   if (!DownloadFile(url, installer) || GetFileAttributesW(installer.c_str()) == INVALID_FILE_ATTRIBUTES) {
     PostJsonToJs(BuildApplyUpdateReply(request_id, "Failed to download update executable"));
     return;
   }
+  // While the user is asked to let it run as administrator, the file can be read, but neither written, nor
+  // renamed, nor deleted.
+  const FileHandle held(CreateFileW(installer.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
   PostJsonToJs(BuildApplyUpdateReply(request_id, ""));
   Sleep(500);
   StartInstaller(installer);
   ExitProcess(0);
+}
+
+void DeleteDownloadedInstaller() {
+  const std::wstring installer = DownloadedInstaller();
+  // The installer that has started this program may still be ending.
+  for (int tries = 0; tries < 30 && !DeleteFileW(installer.c_str()); ++tries) {
+    if (GetLastError() == ERROR_FILE_NOT_FOUND) return;
+    Sleep(1000);
+  }
 }

@@ -16,5 +16,9 @@ void checkForUpdates(int request_id);
 // when the download fails.
 void downloadAndApplyUpdate(int request_id, const std::string& download_url);
 
+// Worker body, at the start of the program: deletes the installer that an update has left in the temporary
+// folder, which may run for a while yet (tries for 30 s).
+void DeleteDownloadedInstaller();
+
 // The installer's address at the release endpoint (UTF-8).
 std::string DefaultInstallerUrl();

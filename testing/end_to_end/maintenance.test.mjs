@@ -147,7 +147,7 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
       {
         language: 'en',
         tools: {
-          'Explorer.exe': { ...running, cases: [{ when: 'C:\\Windows\\explorer.exe', steps: [] }] },
+          'Explorer.exe': { ...running, cases: [{ when: 'C:\\Windows\\explorer.exe', log_folder: true }] },
           'explorer2.exe': running,
         },
       },
@@ -172,10 +172,11 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
         assert.deepEqual((await readdir(cache)).sort(), [...stays].sort());
         assert.deepEqual(await readdir(join(cache, 'inner')), ['iconcache_32.db']);
         await app.waitUntilShown(
-          async () => (await app.toolCalls('Explorer')).length === 2,
+          async () => (await app.toolCalls('Explorer')).length === 3,
           'the new Explorer',
         );
-        assert.equal((await app.toolCalls('Explorer'))[1], 'C:\\Windows\\explorer.exe');
+        const [command, folder] = (await app.toolCalls('Explorer')).slice(1);
+        assert.deepEqual([command, folder.toLowerCase()], ['C:\\Windows\\explorer.exe', 'c:\\windows']);
         other.kill('SIGKILL');
       },
     );
@@ -523,8 +524,10 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
         assert.match(call, /\\VarnelUpdate\.exe"? --update-restart$/);
         assert.deepEqual(server.requests, ['/version.json', '/version.json', '/VarnelSetup.exe']);
         assert.deepEqual(await readFile(temporary('VarnelUpdate.exe')), installer);
-        await rm(temporary('VarnelUpdate.exe'));
       },
+    );
+    await withVarnel({}, (app) =>
+      app.waitUntilShown(() => !existsSync(temporary('VarnelUpdate.exe')), 'the old installer to go'),
     );
   } finally {
     await server.close();

@@ -109,10 +109,12 @@ int wmain(int argc, wchar_t** argv) {
   if (!folder) return 250;
   const std::filesystem::path base = std::filesystem::path(folder) / OwnName();
   const std::string line = WideToUtf8(GetCommandLineW());
-  Log(std::filesystem::path(base).concat(L".log"), line);
+  const auto log = std::filesystem::path(base).concat(L".log");
+  Log(log, line);
   std::ifstream file(std::filesystem::path(base).concat(L".json"), std::ios::binary);
   const json script = ForCommandLine(json::parse(file, nullptr, false), line);
   if (script.is_discarded()) return 251;
+  if (script.value("log_folder", false)) Log(log, std::filesystem::current_path().string());
   for (const json& step : script.value("steps", json::array())) Perform(step);
   return static_cast<int>(script.value("exit", 0u));
 }
