@@ -1,7 +1,7 @@
 # Looks for driver updates with the Windows Update agent and prints one JSON object on one line:
 #   {"scannedDriversCount":143,"updates":[{"Title":...,"Description":...,"Categories":...,"KBArticles":...,"CurrentVersion":...,
 #    "AvailableVersion":...,"ReleaseDate":...,"Severity":...,"HardwareId":...,"IsSkipped":false}]}
-# Exit code 0. After an error the object has an empty "updates" and the reason in "error", and the exit code is 1.
+# Exit code 0. When Windows Update cannot be searched, the reason is printed as plain text instead, and the exit code is 1.
 # For Windows PowerShell 5.1, without elevation. Dot-sourced, it only defines its functions.
 
 $ErrorActionPreference = 'Stop'
@@ -67,10 +67,16 @@ function ConvertTo-Entry($Update, $Drivers) {
     }
 }
 
-# Entries of the driver updates that are not installed and not hidden.
-function Get-Entries($Session, $Drivers) {
-    $found = $Session.CreateUpdateSearcher().Search("IsInstalled=0 and Type='Driver' and IsHidden=0").Updates
-    $found | Where-Object { $null -ne $_ } | ForEach-Object { ConvertTo-Entry $_ $Drivers }
+# Updates that fit the criteria. Optional drivers are left out unless they are asked for; an older agent does not know how.
+function Find-Updates($Session, [string]$Criteria) {
+    $searcher = $Session.CreateUpdateSearcher()
+    try {
+        $result = $searcher.Search("($Criteria) or ($Criteria and DeploymentAction='OptionalInstallation')")
+    } catch {
+        if ($_.Exception.GetBaseException().HResult -ne 0x80240032) { throw } # invalid criteria
+        $result = $searcher.Search($Criteria)
+    }
+    $result.Updates | Where-Object { $null -ne $_ }
 }
 
 # One line of ASCII, which every console encoding prints alike.
@@ -81,28 +87,30 @@ function ConvertTo-AsciiJson($Report) {
     [regex]::Replace($json, '[^\x20-\x7E]', { '\u{0:x4}' -f [int]$args[0].Value[0] })
 }
 
-# The object to print and the exit code. $NewSession makes the update session.
+# The text to print and the exit code. $NewSession makes the update session.
 function Get-Report([scriptblock]$NewSession) {
-    $report = [ordered]@{ updates = @() }
+    $report = [ordered]@{}
     # Without the list of drivers the updates are still worth showing.
     try { $drivers = @(Get-CimInstance -ClassName Win32_PnPSignedDriver) } catch { $drivers = @() }
     if ($drivers.Count -gt 0) { $report.scannedDriversCount = $drivers.Count }
     try {
-        $report.updates = @(Get-Entries (& $NewSession) $drivers)
-        $exitCode = 0
+        # Hidden ones as well: the page marks them.
+        $report.updates = @(Find-Updates (& $NewSession) "IsInstalled=0 and Type='Driver'" |
+            ForEach-Object { ConvertTo-Entry $_ $drivers })
     } catch {
-        $report.error = [string]$_.Exception.Message
-        $exitCode = 1
+        return @{ Text = "Windows Update could not be searched: $($_.Exception.Message)"; ExitCode = 1 }
     }
-    @{ Json = ConvertTo-AsciiJson $report; ExitCode = $exitCode }
+    @{ Text = ConvertTo-AsciiJson $report; ExitCode = 0 }
 }
 
 if ($MyInvocation.InvocationName -ne '.') {
+    # Fails without a console; a reason is then in the console's code page.
+    try { [Console]::OutputEncoding = New-Object Text.UTF8Encoding $false } catch { }
     $result = Get-Report {
         $session = New-Object -ComObject Microsoft.Update.Session
         $session.ClientApplicationID = 'Varnel'
         $session
     }
-    $result.Json
+    $result.Text
     exit $result.ExitCode
 }

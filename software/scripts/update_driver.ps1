@@ -1,6 +1,7 @@
 # Installs the driver update whose title equals -UpdateTitle exactly (several devices can have one of the same title: then all of
 # them) with the Windows Update agent, and says in a line a step what it does. Prints SYSTEM_REBOOT_REQUIRED when Windows must be restarted.
-# Exit codes: 0 installed, 1 any other error, 2 no such update, 3 download failed, 4 installation failed, 5 no administrator rights.
+# Exit codes: 0 installed, 2 no such update, 3 download failed, 4 installation failed, 5 no administrator rights,
+# 6 search failed, 7 no Windows Update agent. PowerShell itself ends with 1 when it cannot run the script.
 # For Windows PowerShell 5.1, as an administrator. Dot-sourced, it only defines its functions.
 
 param([string]$UpdateTitle)
@@ -9,11 +10,12 @@ $ErrorActionPreference = 'Stop'
 $ProgressPreference = 'SilentlyContinue'
 
 $ExitInstalled = 0
-$ExitError = 1
 $ExitNotFound = 2
 $ExitDownloadFailed = 3
 $ExitInstallFailed = 4
 $ExitNoRights = 5
+$ExitSearchFailed = 6
+$ExitNoAgent = 7
 
 # Reaches the reader at once, and is no part of a function's result.
 function Write-Line([string]$Text) {
@@ -30,8 +32,16 @@ function Test-AccessDenied([Exception]$Exception) {
     $Exception.GetBaseException().HResult -in 0x80070005, 0x80240044
 }
 
-function Select-ByTitle($Updates, [string]$Title) {
-    $Updates | Where-Object { $null -ne $_ -and $_.Title -ceq $Title }
+# Updates that fit the criteria. Optional drivers are left out unless they are asked for; an older agent does not know how.
+function Find-Updates($Session, [string]$Criteria) {
+    $searcher = $Session.CreateUpdateSearcher()
+    try {
+        $result = $searcher.Search("($Criteria) or ($Criteria and DeploymentAction='OptionalInstallation')")
+    } catch {
+        if ($_.Exception.GetBaseException().HResult -ne 0x80240032) { throw } # invalid criteria
+        $result = $searcher.Search($Criteria)
+    }
+    $result.Updates | Where-Object { $null -ne $_ }
 }
 
 function New-Collection($Updates) {
@@ -52,11 +62,11 @@ function Get-FailureCode($Result, [int]$Count) {
 
 # The exit code. All that can fail is said in a line.
 function Install-Driver($Session, [string]$Title) {
-    $exitCode = $ExitError
+    $exitCode = $ExitSearchFailed
     try {
         Write-Line "Searching Windows Update for the driver: $Title"
-        $found = $Session.CreateUpdateSearcher().Search("IsInstalled=0 and Type='Driver' and IsHidden=0").Updates
-        $chosen = @(Select-ByTitle $found $Title)
+        $chosen = @(Find-Updates $Session "IsInstalled=0 and Type='Driver' and IsHidden=0" |
+            Where-Object { $_.Title -ceq $Title })
         if ($chosen.Count -eq 0) {
             Write-Line 'Windows Update does not offer this driver (any more).'
             return $ExitNotFound
@@ -114,7 +124,7 @@ if ($MyInvocation.InvocationName -ne '.') {
         $session.ClientApplicationID = 'Varnel'
     } catch {
         Write-Line "The Windows Update agent is not available: $($_.Exception.Message)"
-        exit $ExitError
+        exit $ExitNoAgent
     }
     exit (Install-Driver $session $UpdateTitle)
 }
