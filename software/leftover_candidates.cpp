@@ -106,7 +106,14 @@ LeftoverRemoval ChooseLeftoverRemoval(const LeftoverItem& item) {
                                                            : LeftoverRemoval::kServiceFolder;
   }
   if (item.type == "registry") {
-    return item.path.starts_with(kMachineHive) ? LeftoverRemoval::kServiceKey : LeftoverRemoval::kLocal;
+    if (!item.path.starts_with(kMachineHive)) return LeftoverRemoval::kLocal;
+    return KeyBelow(item.path, kMachineHive).empty() ? LeftoverRemoval::kNone : LeftoverRemoval::kServiceKey;
   }
   return LeftoverRemoval::kNone;
+}
+
+std::string_view KeyBelow(std::string_view path, std::string_view hive) {
+  if (!path.starts_with(hive)) return {};
+  path.remove_prefix(hive.size());
+  return path.find_first_not_of('\\') == path.npos ? std::string_view() : path;
 }

@@ -46,3 +46,6 @@ enum class LeftoverRemoval {
   kNone,  // not a kind of item that can be removed
 };
 LeftoverRemoval ChooseLeftoverRemoval(const LeftoverItem& item);
+
+// The key below `hive` that `path` names; empty when it names another hive, or all of this one.
+std::string_view KeyBelow(std::string_view path, std::string_view hive);

@@ -74,6 +74,8 @@ TEST(LeftoverRemoval, IsChosenByTypeAndPath) {
       {"directory", "D:\\Users\\me\\Tarn", LeftoverRemoval::kServiceFolder},
       {"directory", "C:\\Program Files\\Tarn", LeftoverRemoval::kServiceFolder},
       {"registry", "HKLM\\Software\\Tarn", LeftoverRemoval::kServiceKey},
+      {"registry", "HKLM\\", LeftoverRemoval::kNone},
+      {"registry", "HKLM\\\\", LeftoverRemoval::kNone},
       {"registry", "HKCU\\Software\\Tarn", LeftoverRemoval::kLocal},
       {"registry", "hklm\\Software\\Tarn", LeftoverRemoval::kLocal},
       {"Directory", "C:\\Users\\me\\Tarn", LeftoverRemoval::kNone},

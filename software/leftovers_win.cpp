@@ -62,26 +62,31 @@ std::vector<LeftoverItem> FindItems(const LeftoverNameParts& parts) {
   return items;
 }
 
-bool RemoveDirectoryTree(const std::wstring& path) {
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  DWORD error = GetLastError();
-  if (attributes == INVALID_FILE_ATTRIBUTES)
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);  // what is marked read-only would refuse to go
+bool RemoveEntry(const std::wstring& path, DWORD attributes) {
   if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return DeleteFileW(path.c_str());
   if (RemoveDirectoryW(path.c_str())) return true;
-  error = GetLastError();
+  const DWORD error = GetLastError();
   // What a link leads to is not the item.
   if (error != ERROR_DIR_NOT_EMPTY || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return false;
   ClearDirectoryContents(path);
   return RemoveDirectoryW(path.c_str());
 }
 
+bool RemoveDirectoryTree(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  const DWORD error = GetLastError();
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);  // what is marked read-only would refuse to go
+  if (RemoveEntry(path, attributes)) return true;
+  SetFileAttributesW(path.c_str(), attributes);
+  return false;
+}
+
 bool RemoveKeyTree(std::string_view path) {
   for (const Hive& hive : kHives) {
-    // The prefix alone would name everything in the hive.
-    if (path.starts_with(hive.prefix) && path.size() > hive.prefix.size())
-      return RegDeleteTreeW(hive.key, Utf8ToWide(path.substr(hive.prefix.size())).c_str()) == ERROR_SUCCESS;
+    const std::string_view key = KeyBelow(path, hive.prefix);
+    if (!key.empty()) return RegDeleteTreeW(hive.key, Utf8ToWide(key).c_str()) == ERROR_SUCCESS;
   }
   return false;
 }
@@ -93,7 +98,7 @@ bool RemoveItem(const LeftoverItem& item) {
     case LeftoverRemoval::kServiceFolder:
       return SendServiceCommand("cleanLeftoverPath", {{"path", item.path}});
     case LeftoverRemoval::kServiceKey:
-      return SendServiceCommand("cleanHKLMRegistry", {{"subKey", item.path.substr(kMachineHive.size())}});
+      return SendServiceCommand("cleanHKLMRegistry", {{"subKey", KeyBelow(item.path, kMachineHive)}});
     case LeftoverRemoval::kNone:
       break;
   }
