@@ -34,6 +34,21 @@ nlohmann::json BuildDriverUpdateEntry(const nlohmann::json& update) {
 
 }  // namespace
 
+std::string DriverCheckFailure(std::string_view output) {
+  constexpr std::string_view kBlank = "\xEF\xBB\xBF \t\r\n";
+  constexpr size_t kMaxCodePoints = 300;
+  const std::string text = ConsoleTextToUtf8(output);
+  const size_t begin = text.find_first_not_of(kBlank);
+  if (begin == text.npos) return {};
+  std::string line = text.substr(begin, text.find_first_of("\r\n", begin) - begin);
+  size_t code_points = 0;
+  for (size_t i = 0; i < line.size(); ++i) {
+    const bool continues = (static_cast<unsigned char>(line[i]) & 0xC0) == 0x80;
+    if (!continues && ++code_points > kMaxCodePoints) line.resize(i);
+  }
+  return line;
+}
+
 DriverCheck ParseDriverCheck(std::string_view output) {
   const nlohmann::json document = ParseJson(ConsoleTextToUtf8(output));
   DriverCheck check;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
@@ -19,3 +20,7 @@ struct DriverCheck {
 // A document that is no object, or has no array `updates`, gives no entries. Throws std::exception for text
 // that is not JSON.
 DriverCheck ParseDriverCheck(std::string_view output);
+
+// Why there is no such document: the first line of the output with text in it, as UTF-8, cut to 300 code
+// points.
+std::string DriverCheckFailure(std::string_view output);

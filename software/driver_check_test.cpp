@@ -54,6 +54,23 @@ TEST(ParseDriverCheck, ThrowsForAnythingElseThanJson) {
     EXPECT_THROW(ParseDriverCheck(output), std::exception) << output;
 }
 
+TEST(DriverCheckFailure, IsTheFirstLineWithText) {
+  std::string long_line, cut;
+  for (int i = 0; i < 301; ++i) long_line += "ž";
+  cut = long_line.substr(0, 600);
+  const struct {
+    std::string output, want;
+  } cases[] = {
+      {"", ""},
+      {"\r\n \r\n", ""},
+      {"\xEF\xBB\xBF\r\n  No agent: 0x80040154\r\nAt line 1\r\n", "No agent: 0x80040154"},
+      {"Není", "Není"},
+      {long_line, cut},
+      {cut + "\n", cut},
+  };
+  for (const auto& c : cases) EXPECT_EQ(DriverCheckFailure(c.output), c.want);
+}
+
 TEST(ParseDriverCheck, BrokenBytesStayServable) {
   const DriverCheck check = ParseDriverCheck("{\"updates\":[{\"Title\":\"Zvukov\xA0 karta\"}]}");
   const std::string title = check.updates[0]["title"];

@@ -30,6 +30,14 @@ json StreamMessage(PackageStream stream, int request_id, const char* stream_type
           {"requestId", request_id}};
 }
 
+json DriverUpdates(int request_id, const DriverCheck& check, bool success) {
+  json reply = MakeReply("driver_updates", success, request_id);
+  reply["updates"] = check.updates;
+  reply["count"] = check.updates.size();
+  reply["scannedDriversCount"] = check.scanned_drivers_count;
+  return reply;
+}
+
 }  // namespace
 
 std::string SoftwareUpdatesReply(int request_id, const std::vector<SoftwareUpdateEntry>& updates) {
@@ -49,11 +57,13 @@ std::string InstalledAppsReply(int request_id, const std::vector<InstalledAppEnt
   return reply.dump();
 }
 
-std::string DriverUpdatesReply(int request_id, const DriverCheck& check, bool success) {
-  json reply = MakeReply("driver_updates", success, request_id);
-  reply["updates"] = check.updates;
-  reply["count"] = check.updates.size();
-  reply["scannedDriversCount"] = check.scanned_drivers_count;
+std::string DriverUpdatesReply(int request_id, const DriverCheck& check) {
+  return DriverUpdates(request_id, check, true).dump();
+}
+
+std::string DriverUpdatesFailedReply(int request_id, std::string_view reason) {
+  json reply = DriverUpdates(request_id, {}, false);
+  reply["error"] = reason;
   return reply.dump();
 }
 

@@ -12,8 +12,9 @@
 
 std::string SoftwareUpdatesReply(int request_id, const std::vector<SoftwareUpdateEntry>& updates);
 std::string InstalledAppsReply(int request_id, const std::vector<InstalledAppEntry>& apps);
-// `success` is false when the script ran and printed something else than JSON.
-std::string DriverUpdatesReply(int request_id, const DriverCheck& check, bool success);
+std::string DriverUpdatesReply(int request_id, const DriverCheck& check);
+// The script printed something else than JSON.
+std::string DriverUpdatesFailedReply(int request_id, std::string_view reason);
 
 // Messages "scan_progress" of a system scan, in the order in which they are sent.
 std::string ScanningAppsMessage(int request_id);

@@ -74,7 +74,14 @@ DriverCheck ScanDrivers(int request_id) {
   if (result.exit_code != 0) {
     SendConsoleLog("PowerShell check returned exit code: " + std::to_string(result.exit_code), kErrorLine);
   }
-  return ParseDriverCheck(result.output);
+  try {
+    return ParseDriverCheck(result.output);
+  } catch (const std::exception&) {
+    // The error itself quotes only the first character.
+    const std::string reason = DriverCheckFailure(result.output);
+    if (!reason.empty()) SendConsoleLog(reason, kErrorLine);
+    throw;
+  }
 }
 
 void Scan(int request_id) {
@@ -110,12 +117,11 @@ void startSystemScan(int request_id) {
 
 void getDriverUpdates(int request_id) {
   const CmdResult result = ExecuteCmd(ScriptCommand(kCheckDriversScript));
-  DriverCheck check;
-  bool success = true;
+  std::string reply;
   try {
-    if (result.started) check = ParseDriverCheck(result.output);
+    reply = DriverUpdatesReply(request_id, result.started ? ParseDriverCheck(result.output) : DriverCheck{});
   } catch (const std::exception&) {
-    success = false;
+    reply = DriverUpdatesFailedReply(request_id, DriverCheckFailure(result.output));
   }
-  PostJsonToJs(DriverUpdatesReply(request_id, check, success));
+  PostJsonToJs(reply);
 }

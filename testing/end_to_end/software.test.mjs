@@ -730,17 +730,15 @@ test('a scan is given up after four minutes of silence, and any line of the host
     },
   ));
 
-test('a script for drivers that Windows blocks costs only the drivers', () =>
-  withVarnel(
+test('a script for drivers that Windows blocks costs only the drivers', () => {
+  const kReason = 'File C:\\check_updates.ps1 cannot be loaded because running scripts is disabled here.';
+  return withVarnel(
     {
       language: 'en',
       service: {},
       tools: {
         ...winget(),
-        'powershell.exe': prints(
-          'File C:\\check_updates.ps1 cannot be loaded because running scripts is disabled on this system.\n',
-          { exit: 1 },
-        ),
+        'powershell.exe': prints(`${kReason}\nAt line 1\n`, { exit: 1 }),
       },
     },
     async (app) => {
@@ -761,8 +759,11 @@ test('a script for drivers that Windows blocks costs only the drivers', () =>
       await page.click('[data-tab=drivers]');
       await page.keyboard.press('F5');
       await page.getByRole('button', { name: 'Try again' }).waitFor();
+      await page.getByText(kReason, { exact: true }).waitFor();
+      assert.ok(app.messages.some(({ type, message }) => type === 'console_log' && message === kReason));
     },
-  ));
+  );
+});
 
 test('thousands of programs, one of which the tool is no longer there to uninstall', () => {
   const kCount = 4000;
