@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lower_case.h"
 #include "base/text.h"
 #include "clean/downloads.h"
 #include "clean/junk.h"
@@ -12,16 +13,19 @@
 using nlohmann::json;
 
 TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
+  const auto same = [](std::wstring_view a, std::wstring_view b) {
+    return LowerCase(std::wstring(a)) == LowerCase(std::wstring(b));
+  };
   const KeptFolders kept = {LR"(C:\Windows)", {LR"(D:\Apps\Varnel\bin)", LR"(C:\Users\Jiří Novák\)"}};
   for (const wchar_t* folder :
        {LR"(C:\Users\Jiří Novák\AppData\Local\Temp\)", LR"(R:\)", LR"(E:\Temp)", LR"(C:\Temp\)",
         LR"(C:\Windows\Temp)", LR"(c:\windows\SYSTEMTEMP\)", LR"(C:\WindowsTemp)", LR"(C:\Users\Jiří)"})
-    EXPECT_TRUE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
+    EXPECT_TRUE(MayBeEmptied(folder, kept, same)) << WideToUtf8(folder);
   for (const wchar_t* folder : {LR"(C:\)", LR"(C:)", LR"(C:/)", LR"(c:\users)", LR"(C:\USERS\Jiří novák)",
                                 LR"(C:\Users\Jiří Novák\\)", LR"(C:\Windows\)", LR"(C:\Windows\System32\)",
                                 LR"(C:\Windows\Temporary)", LR"(D:\Apps)", LR"(D:\Apps\Varnel\bin\)"})
-    EXPECT_FALSE(MayBeEmptied(folder, kept)) << WideToUtf8(folder);
-  EXPECT_FALSE(MayBeEmptied(LR"(W:\)", {LR"(W:\Windows)", {}})) << "above Windows alone";
+    EXPECT_FALSE(MayBeEmptied(folder, kept, same)) << WideToUtf8(folder);
+  EXPECT_FALSE(MayBeEmptied(LR"(W:\)", {LR"(W:\Windows)", {}}, same)) << "above Windows alone";
 }
 
 TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {
@@ -67,6 +71,7 @@ TEST(BuildJunkReply, IsWhatThePageReads) {
             RecordedMessage("junk"));
   EXPECT_EQ(BuildJunkReply("cleanJunk", 8, {{9007199254740992, 15, 0, 0, 0, 0, 3}}),
             RecordedMessage("cleanJunk"));
+  EXPECT_EQ(BuildJunkReply("junk", 7, {{}, {false, true}}), RecordedMessage("junk.kept"));
 }
 
 TEST(BuildJunkReply, GivesTheIdentifierBackAsItCame) {

@@ -4,15 +4,14 @@
 #include <numeric>
 #include <utility>
 
-#include "base/lower_case.h"
 #include "exec/service_protocol.h"
 
 namespace {
 
-// Folders in one form: lower case, one separator at the end.
-std::wstring Normalized(std::wstring_view folder) {
+// With one separator at its end.
+std::wstring Closed(std::wstring_view folder) {
   while (folder.ends_with(L'\\') || folder.ends_with(L'/')) folder.remove_suffix(1);
-  return LowerCase(std::wstring(folder)) + L'\\';
+  return std::wstring(folder) + L'\\';
 }
 
 // What the service counts, and where its figure goes.
@@ -50,20 +49,25 @@ void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes) {
 std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes) {
   nlohmann::json categories;
   for (size_t i = 0; i < kJunkCategoryCount; ++i) categories[kJunkCategories[i].key] = sizes.bytes[i];
-  return nlohmann::json{{"type", type},
-                        {"success", true},
-                        {"requestId", request_id},
-                        {"categories", std::move(categories)},
-                        {"total", sizes.Total()},
-                        {"bytes", sizes.Total()}}
-      .dump();
+  nlohmann::json reply = {{"type", type},
+                          {"success", true},
+                          {"requestId", request_id},
+                          {"categories", std::move(categories)},
+                          {"total", sizes.Total()},
+                          {"bytes", sizes.Total()}};
+  for (size_t i = 0; i < kJunkCategoryCount; ++i)
+    if (sizes.kept[i]) reply["kept"].push_back(kJunkCategories[i].key);
+  return reply.dump();
 }
 
-bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept) {
-  const std::wstring path = Normalized(folder), windows = Normalized(kept.windows);
+bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept, SamePath same) {
+  const auto is_within = [same](std::wstring_view path, std::wstring_view above) {
+    return path.size() >= above.size() && same(path.substr(0, above.size()), above);
+  };
+  const std::wstring path = Closed(folder), windows = Closed(kept.windows);
   for (const std::wstring& other : kept.others)
-    if (Normalized(other).starts_with(path)) return false;
-  if (windows.starts_with(path)) return false;
-  if (!path.starts_with(windows)) return true;
-  return path.starts_with(windows + L"temp\\") || path.starts_with(windows + L"systemtemp\\");
+    if (is_within(Closed(other), path)) return false;
+  if (is_within(windows, path)) return false;
+  if (!is_within(path, windows)) return true;
+  return is_within(path, windows + L"Temp\\") || is_within(path, windows + L"SystemTemp\\");
 }

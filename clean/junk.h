@@ -37,7 +37,7 @@ inline constexpr JunkFolder kBrowserCacheFolders[] = {
     {LR"(\Microsoft\Edge\User Data\Default\Cache)", true},
     {LR"(\Microsoft\Edge\User Data\Default\Code Cache)", true},
     {LR"(\BraveSoftware\Brave-Browser\User Data\Default\Cache)", true},
-    {LR"(\Mozilla\Firefox\Profiles)", false},  // holds bookmarks and passwords too
+    {LR"(\Mozilla\Firefox\Profiles)", false},  // not caches alone
 };
 inline constexpr JunkFolder kShaderCacheFolders[] = {
     {LR"(\NVIDIA\DXCache)", true},
@@ -67,19 +67,23 @@ struct KeptFolders {
   std::vector<std::wstring> others;  // neither they nor a folder above them may be
 };
 
-// Whether the folder that the system names as temporary may be emptied. Environment variables decide which it
-// is, so it can be the profile, a whole drive or the system's own folder.
-bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept);
+// Whether two texts of the same length are the same to the file system.
+using SamePath = bool (*)(std::wstring_view, std::wstring_view);
 
-// Bytes of each category, in the order of kJunkCategories.
+// Whether the folder that the system names as temporary may be emptied. Environment variables decide which it
+// is, so it can be the profile, a whole drive or the system's own folder. All paths are in their long form.
+bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept, SamePath same);
+
+// One flag a category, in the order of kJunkCategories.
+using JunkFlags = std::array<bool, kJunkCategoryCount>;
+
+// Bytes of each category, in the same order.
 struct JunkSizes {
   std::array<uint64_t, kJunkCategoryCount> bytes = {};
+  JunkFlags kept = {};  // its folder may not be emptied, and is not measured either
 
   uint64_t Total() const;
 };
-
-// One flag a category, in the same order.
-using JunkFlags = std::array<bool, kJunkCategoryCount>;
 
 // What a cleanJunk request asks for.
 struct JunkSelection {
@@ -99,5 +103,6 @@ nlohmann::json BuildCleanRequest(const JunkFlags& flags);
 //   {"prefetchBytes":1048576,"success":true,"windowsTempBytes":52428800}
 void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes);
 
-// Reply of type "junk" or "cleanJunk".
+// Reply of type "junk" or "cleanJunk". `kept` lists the keys of categories that are left alone, if there are
+// any.
 std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes);

@@ -13,15 +13,42 @@
 
 namespace {
 
+// C:\Users\John Doe for C:\USERS\JOHNDO~1. A folder that is missing keeps its name.
+std::wstring LongPath(const std::wstring& path) {
+  wchar_t long_path[MAX_PATH] = {};
+  const DWORD length = GetLongPathNameW(path.c_str(), long_path, MAX_PATH);
+  return length > 0 && length < MAX_PATH ? long_path : path;
+}
+
+bool SameInFileSystem(std::wstring_view a, std::wstring_view b) {
+  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                              TRUE) == CSTR_EQUAL;
+}
+
 KeptFolders FoldersToKeep() {
   wchar_t path[MAX_PATH] = {};
   KeptFolders kept;
   GetWindowsDirectoryW(path, MAX_PATH);
   kept.windows = path;
-  kept.others.push_back(GetExeDirectory());
+  kept.others.push_back(LongPath(GetExeDirectory()));
   const DWORD length = GetEnvironmentVariableW(L"USERPROFILE", path, MAX_PATH);
-  if (length > 0 && length < MAX_PATH) kept.others.emplace_back(path);
+  if (length > 0 && length < MAX_PATH) kept.others.push_back(LongPath(path));
+  TaskMemoryString profile;  // also without that variable
+  if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Profile, 0, nullptr, profile.put())))
+    kept.others.push_back(LongPath(profile.get()));
   return kept;
+}
+
+// Empty when the system names none.
+std::wstring UserTempPath() {
+  wchar_t path[MAX_PATH] = {};
+  const DWORD length = GetTempPathW(MAX_PATH, path);
+  return length < MAX_PATH ? std::wstring(path, length) : std::wstring();
+}
+
+bool IsKept(const JunkCategory& category) {
+  return category.base == JunkBase::kUserTemp &&
+         !MayBeEmptied(LongPath(UserTempPath()), FoldersToKeep(), SameInFileSystem);
 }
 
 // Nothing when the folder cannot be found.
@@ -31,15 +58,9 @@ std::optional<std::wstring> BasePath(JunkBase base) {
     case JunkBase::kNone:
       return L"";
     case JunkBase::kUserTemp: {
-      const DWORD length = GetTempPathW(MAX_PATH, path);
-      if (length == 0 || length >= MAX_PATH) return std::nullopt;
-      // A short name such as C:\USERS\JOHNDO~1 would not be recognised; a folder that is missing keeps its
-      // name.
-      wchar_t long_path[MAX_PATH] = {};
-      const DWORD long_length = GetLongPathNameW(path, long_path, MAX_PATH);
-      const bool is_known = long_length > 0 && long_length < MAX_PATH;
-      if (!MayBeEmptied(is_known ? long_path : path, FoldersToKeep())) return std::nullopt;
-      return path;
+      std::wstring temp = UserTempPath();
+      if (temp.empty()) return std::nullopt;
+      return temp;
     }
     case JunkBase::kLocalAppData:
       if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, path) != S_OK) return std::nullopt;
@@ -48,9 +69,10 @@ std::optional<std::wstring> BasePath(JunkBase base) {
   return std::nullopt;
 }
 
-// Calls `use(path, is_cleaned)` for each folder of a category.
+// Calls `use(path, is_cleaned)` for each folder of a category that is not kept.
 template <typename Use>
 void ForEachFolder(const JunkCategory& category, Use use) {
+  if (IsKept(category)) return;
   const std::optional<std::wstring> base = BasePath(category.base);
   if (!base) return;
   for (const JunkFolder& folder : category.folders) use(*base + folder.path, folder.is_cleaned);
@@ -60,9 +82,11 @@ void ForEachFolder(const JunkCategory& category, Use use) {
 
 JunkSizes MeasureJunkSizes() {
   JunkSizes sizes;
-  for (size_t i = 0; i < kJunkCategoryCount; ++i)
+  for (size_t i = 0; i < kJunkCategoryCount; ++i) {
+    sizes.kept[i] = IsKept(kJunkCategories[i]);
     ForEachFolder(kJunkCategories[i],
                   [&](const std::wstring& path, bool) { sizes.bytes[i] += DirectorySize(path); });
+  }
   return sizes;
 }
 

@@ -528,3 +528,27 @@ test('--silent-clean cleans all categories without a window, a browser or the se
     assert.equal(before[0], 3 * kFilesAFolder);
     for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
   }));
+
+test('a temporary folder that holds more than junk is left alone, and says so', async () => {
+  const setTemp = (path) => runInPrefix('reg', ['add', 'HKCU\\Environment', '/v', 'TMP', '/d', path, '/f']);
+  await setTemp(kUser);
+  try {
+    await withVarnel({ language: 'en', service: {} }, async (app) => {
+      const { page, text } = app;
+      await openView(page, 'cleaning');
+      const card = page.locator('[data-junk=userTemp]');
+      await card.getByText(text('junk.kept')).waitFor();
+      assert.equal(await card.locator('.junk-size').innerText(), '—');
+      assert.ok(await card.getByRole('checkbox').isDisabled());
+      await mkdir(unixPath(kUser), { recursive: true });
+      const canary = join(unixPath(kUser), 'canary');
+      await writeFile(canary, '');
+      const only = Object.fromEntries(kNames.map((name) => [name, name === 'userTemp']));
+      assert.deepEqual((await app.request('cleanJunk', only)).kept, ['userTemp']);
+      assert.ok(existsSync(canary));
+      await rm(canary);
+    });
+  } finally {
+    await setTemp(kUserTemp);
+  }
+});
