@@ -1,6 +1,7 @@
 #include "disk/disk_actions.h"
 
 #include <atomic>
+#include <exception>
 #include <memory>
 
 #include "base/page.h"
@@ -26,12 +27,18 @@ void startDiskAnalysis(int request_id, const std::string& drive) {
   const std::wstring root = Utf8ToWide(drive);
   auto folder_sizes = std::make_shared<FolderSizes>();
   std::vector<SystemHelper::DiskFileItem> files;
-  SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files,
-                                 [request_id](int scanned, const std::wstring& folder) {
-                                   PostJsonToJs(DiskProgressMessage(request_id, scanned, folder));
-                                 });
+  bool is_complete = true;
+  try {
+    SystemHelper::AnalyzeDiskSpace(root, *folder_sizes, files,
+                                   [request_id](int scanned, const std::wstring& folder) {
+                                     PostJsonToJs(DiskProgressMessage(request_id, scanned, folder));
+                                   });
+  } catch (const std::exception&) {
+    is_complete = false;  // the page waits for the end all the same
+  }
   FolderSizeCache() = folder_sizes;
-  PostJsonToJs(DiskDoneMessage(request_id, drive, ListFolderContents(root, *folder_sizes), files));
+  PostJsonToJs(
+      DiskDoneMessage(request_id, drive, ListFolderContents(root, *folder_sizes), files, is_complete));
 }
 
 void getFolderContents(int request_id, const std::string& path) {

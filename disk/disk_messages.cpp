@@ -37,10 +37,10 @@ std::string DiskProgressMessage(int request_id, int scanned, std::wstring_view c
 }
 
 std::string DiskDoneMessage(int request_id, std::string_view drive, const std::vector<FolderEntry>& folders,
-                            const std::vector<SystemHelper::DiskFileItem>& files) {
+                            const std::vector<SystemHelper::DiskFileItem>& files, bool is_complete) {
   return json{{"type", "disk_analysis_progress"},
               {"status", "done"},
-              {"success", true},
+              {"success", is_complete},
               {"requestId", request_id},
               {"drive", drive},
               {"folders", Rows(folders)},

@@ -12,7 +12,8 @@ namespace SystemHelper {
 // first. Both are cleared first and stay empty when the root cannot be read; a folder that cannot be read
 // counts as 0. Junctions and symbolic links are neither counted nor followed. One task reads each folder of
 // the root; `progress` (may be empty) is called from these tasks, at once, at every 5000th item.
-// FindFirstFileExW with basic information and large fetch.
+// Throws std::bad_alloc when a folder of the root could not be measured for want of memory; the outputs then
+// hold the others. FindFirstFileExW with basic information and large fetch.
 void AnalyzeDiskSpace(const std::wstring& root, FolderSizes& folder_sizes, std::vector<DiskFileItem>& files,
                       ScanProgress progress);
 

@@ -29,7 +29,7 @@ using Tree =
 // Stands in for the calls of Windows: answers from a tree in memory.
 struct TreeReader {
   const Tree& tree;
-  std::wstring slow_folder = {};
+  std::wstring slow_folder = {}, costly_folder = {};
 
   template <typename Visit>
   bool operator()(const std::wstring& pattern, Visit&& visit) const {
@@ -38,6 +38,7 @@ struct TreeReader {
     if (!path.ends_with(L"\\*") || (!verbatim && path.size() > 259)) return false;
     path.resize(path.size() - 2);
     if (path == slow_folder) std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    if (path == costly_folder) throw std::bad_alloc();
     const auto folder = tree.find(path);
     if (folder == tree.end()) return false;
     for (const wchar_t* dots : {L".", L".."}) visit(FoundEntry{dots, true, false, 0});
@@ -177,6 +178,16 @@ TEST(AnalyzeFolders, MergesBranchesInTheOrderOfTheRoot) {
     EXPECT_TRUE(file.path.starts_with(L"C:\\first\\")) << "the later of two equal files took a place";
 }
 
+TEST(AnalyzeFolders, KeepsWhatItHasWhenMemoryRunsOut) {
+  const Tree tree{{L"C:", {{L"costly", kFolder, 0}, {L"other", kFolder, 0}}}, {L"C:\\other", Files(1, 7)}};
+  const TreeReader reader{.tree = tree, .costly_folder = L"C:\\costly"};
+  FolderSizes folder_sizes;
+  std::vector<DiskFileItem> files;
+  EXPECT_THROW(AnalyzeFolders(reader, L"C:\\", folder_sizes, files, {}), std::bad_alloc);
+  EXPECT_EQ(folder_sizes, (FolderSizes{{L"C:", 7}, {L"C:\\", 7}, {L"C:\\other", 7}}));
+  EXPECT_EQ(files.size(), 1u);
+}
+
 TEST(AnalyzeFolders, WalksADeepTree) {
   Tree tree{{L"C:", {{L"d", kFolder, 0}}}};
   std::wstring path = L"C:";
@@ -225,13 +236,14 @@ TEST(DiskMessages, AreTheRecordedOnes) {
                              {L"Perfect Logs", L"C:\\Perfect Logs", true, 0},
                              {L"pagefile.sys", L"C:\\pagefile.sys", false, uint64_t{1} << 34}},
                             {{uint64_t{1} << 34, L"C:\\pagefile.sys"},
-                             {photo_bytes, L"C:\\Users\\Žofie\\写真\\dovolená.mp4"}}),
+                             {photo_bytes, L"C:\\Users\\Žofie\\写真\\dovolená.mp4"}},
+                            true),
             RecordedMessage("disk_analysis_progress.done"));
   EXPECT_EQ(FolderContentsMessage(8, "C:\\Users\\Žofie",
                                   {{L"写真", L"C:\\Users\\Žofie\\写真", true, photo_bytes},
                                    {L"úkoly.txt", L"C:\\Users\\Žofie\\úkoly.txt", false, 512}}),
             RecordedMessage("getFolderContents"));
-  EXPECT_EQ(DiskDoneMessage(1, "Q:\\", {}, {}),
-            R"({"drive":"Q:\\","files":[],"folders":[],"requestId":1,"status":"done","success":true,)"
+  EXPECT_EQ(DiskDoneMessage(1, "Q:\\", {}, {}, false),
+            R"({"drive":"Q:\\","files":[],"folders":[],"requestId":1,"status":"done","success":false,)"
             R"("type":"disk_analysis_progress"})");
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <future>
 #include <string>
@@ -135,7 +136,7 @@ uint64_t ScanFolder(const Reader& read, std::wstring_view path, FolderSizes& fol
   return FolderScan<Reader>(read, path, folder_sizes, largest_files, counter, progress).Run();
 }
 
-// SystemHelper::AnalyzeDiskSpace over any reader.
+// SystemHelper::AnalyzeDiskSpace over any reader, with that reader's exceptions.
 template <typename Reader>
 void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_sizes,
                     std::vector<SystemHelper::DiskFileItem>& files, const ScanProgress& progress) {
@@ -180,17 +181,23 @@ void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_s
       tasks.push_back(std::async(std::launch::deferred, scan_branch, std::cref(branch)));
     }
   }
+  std::exception_ptr failure;
   for (std::future<BranchResult>& task : tasks) {
-    BranchResult result = task.get();
-    total += result.total_size;
-    folder_sizes.merge(result.folder_sizes);
-    for (SystemHelper::DiskFileItem& file : result.files)
-      largest_files.Offer(file.size, [&] { return std::move(file.path); });
+    try {
+      BranchResult result = task.get();
+      total += result.total_size;
+      folder_sizes.merge(result.folder_sizes);
+      for (SystemHelper::DiskFileItem& file : result.files)
+        largest_files.Offer(file.size, [&] { return std::move(file.path); });
+    } catch (const std::exception&) {
+      failure = std::current_exception();
+    }
   }
 
   folder_sizes[root] = total;
   if (root.size() > 1) folder_sizes[root.substr(0, root.size() - 1)] = total;
   files = largest_files.TakeLargestFirst();
+  if (failure) std::rethrow_exception(failure);
 }
 
 // SystemHelper::ListFolderContents over any reader. Links are listed like what they look like.
