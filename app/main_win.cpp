@@ -9,7 +9,22 @@
 #include "base/worker_win.h"
 #include "maint/update_win.h"
 
+namespace {
+
+// Lets cloud folders, whose files may be only online, look like what they hold: Windows marks them as reparse
+// points, which no walk follows. Junctions and symbolic links keep that mark. RtlSetProcessPlaceholder-
+// CompatibilityMode, which Windows 10 has from version 1803 and no import library.
+void DisguiseCloudPlaceholders() {
+  constexpr char kDisguise = 1;  // PHCM_DISGUISE_PLACEHOLDER
+  const auto set_mode = reinterpret_cast<char(NTAPI*)(char)>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlSetProcessPlaceholderCompatibilityMode")));
+  if (set_mode) set_mode(kDisguise);
+}
+
+}  // namespace
+
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_command) {
+  DisguiseCloudPlaceholders();
   const std::string arguments = command_line;
   if (arguments.find("--silent-clean") != std::string::npos) {
     RunSilentClean();
