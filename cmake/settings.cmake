@@ -11,6 +11,7 @@ if(MSVC)
   set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
   target_compile_options(varnel_settings INTERFACE /W4 /permissive- /utf-8 /EHsc /Zc:__cplusplus /Zc:preprocessor
                                                    $<$<BOOL:${VARNEL_WERROR}>:/WX>)
+  target_compile_definitions(varnel_settings INTERFACE _CRT_SECURE_NO_WARNINGS) # getenv, sscanf
   target_link_options(varnel_settings INTERFACE /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT /STACK:${kStackReserve})
 else()
   target_compile_options(

@@ -121,7 +121,7 @@ TEST_F(Download, FailsWithoutAServerOrAFile) {
 
 TEST_F(Download, ApplyingAnUpdateThatCannotBeFetchedKeepsTheProgram) {
   TakePostedTexts();
-  downloadAndApplyUpdate(6, "http://127.0.0.1:1/VarnelSetup.exe");
+  downloadAndApplyUpdate(6, "nobody://127.0.0.1/VarnelSetup.exe");  // not even by a proxy
   EXPECT_EQ(TakePostedTexts(),
             std::vector<std::string>{
                 R"({"error":"Failed to download update executable","requestId":6,"success":false,)"

@@ -34,7 +34,7 @@ ApprovalValue MakeApprovalValue(bool enable) {
   return {enable ? kEnabled : kDisabled};
 }
 
-bool IsDisabledByApproval(uint32_t type, std::basic_string_view<uint8_t> data) {
+bool IsDisabledByApproval(uint32_t type, std::span<const uint8_t> data) {
   return type == kRegistryBinary && !data.empty() && data[0] != kEnabled;
 }
 

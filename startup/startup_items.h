@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +27,7 @@ std::wstring EstimateImpact(const std::wstring& command);
 using ApprovalValue = std::array<uint8_t, 12>;
 ApprovalValue MakeApprovalValue(bool enable);
 // `type` is the registry's type number. A value that is empty or not binary disables nothing.
-bool IsDisabledByApproval(uint32_t type, std::basic_string_view<uint8_t> data);
+bool IsDisabledByApproval(uint32_t type, std::span<const uint8_t> data);
 
 // The page's message, one compact JSON document.
 std::string BuildStartupItems(int request_id, const std::vector<StartupItem>& items);

@@ -25,7 +25,7 @@ TEST(EstimateImpact, FirstWordOfTheCommandDecides) {
 }
 
 TEST(Approval, OnlyTheFirstByteOfBinaryDataCounts) {
-  using Bytes = std::basic_string<uint8_t>;
+  using Bytes = std::vector<uint8_t>;
   struct {
     const char* name;
     uint32_t type;
