@@ -37,7 +37,7 @@ export function KeysDialog() {
     >
       <dl class="keys">
         {rows.map(([keys, meaning]) => (
-          <div>
+          <div class="line">
             <dt>
               {keys.map((key) => (
                 <kbd>{key}</kbd>

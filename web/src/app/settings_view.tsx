@@ -1,4 +1,4 @@
-import { useId, useMemo, useState } from 'preact/hooks';
+import { useId } from 'preact/hooks';
 import { languages, t, type Language } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { Button } from '../kit/button.tsx';
@@ -6,10 +6,12 @@ import { Card } from '../kit/card.tsx';
 import { DataView, Notice } from '../kit/data_view.tsx';
 import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
-import { useStore } from '../kit/hooks.ts';
+import { usePending } from '../kit/hooks.ts';
 import { Mark } from '../kit/icon.tsx';
 import { Switch } from '../kit/switch.tsx';
-import { Table, useSelection, type Column } from '../kit/table/table.tsx';
+import type { Column } from '../kit/table/column.ts';
+import { useSelection } from '../kit/table/rows.ts';
+import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
 import { currentSettings, saveSettings, settingsDocument } from '../shell/settings.ts';
 import { themes, type Ignored, type Settings } from '../shell/settings_document.ts';
@@ -22,13 +24,10 @@ function reload() {
 }
 
 export function SettingsView() {
-  const document = useStore(settingsDocument);
   return (
     <View id="settings" refresh={reload}>
       <div class="settings">
-        <DataView source={document} reload={reload}>
-          {() => <Preferences {...currentSettings()} />}
-        </DataView>
+        <DataView source={settingsDocument}>{() => <Preferences {...currentSettings()} />}</DataView>
         <About />
       </div>
     </View>
@@ -39,11 +38,11 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
   return (
     <>
       <Card title={t('settings.appearance')}>
-        <fieldset class="row">
+        <fieldset class="row line">
           <legend>{t('settings.theme')}</legend>
           <div class="themes">
             {themes.map((name) => (
-              <label class="theme" data-theme={name}>
+              <label class="theme line" data-theme={name}>
                 <input
                   type="radio"
                   name="theme"
@@ -104,37 +103,29 @@ function ScanInterval({ hours }: { hours: number }) {
 }
 
 /** The service keeps the schedule, so it is asked first; what it refuses is not stored and the switch goes back. */
-function AutoClean({ on }: { on: boolean }) {
-  const [wanted, setWanted] = useState<boolean>();
-  async function change(enabled: boolean) {
-    setWanted(enabled);
-    try {
-      await host.request('toggleScheduleClean', { enabled });
-      saveSettings({ autoClean: enabled });
-    } catch (error) {
-      toast(
-        t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', {
-          reason: errorText(error, t('service.refused')),
-        }),
-        { error: true },
-      );
-    }
-    setWanted(undefined);
+async function setAutoClean(enabled: boolean) {
+  try {
+    await host.request('toggleScheduleClean', { enabled });
+    saveSettings({ autoClean: enabled });
+  } catch (error) {
+    const reason = errorText(error, t('service.refused'));
+    toast(t(enabled ? 'settings.autoCleanNotOn' : 'settings.autoCleanNotOff', { reason }), { error: true });
   }
+}
+
+function AutoClean({ on }: { on: boolean }) {
   return (
     <Toggle
       label={t('settings.autoClean')}
       hint={t('settings.autoCleanHint')}
-      on={wanted ?? on}
-      disabled={wanted !== undefined}
-      onToggle={(enabled) => void change(enabled)}
+      {...usePending(on, setAutoClean)}
     />
   );
 }
 
 function Toggle({ hint, ...props }: { hint: string } & Parameters<typeof Switch>[0]) {
   return (
-    <div class="row">
+    <div class="row line">
       <span>
         {props.label}
         <span class="muted small">{hint}</span>
@@ -155,7 +146,7 @@ interface ChoiceProps {
 function Choice({ label, hint, value, options, onChoose }: ChoiceProps) {
   const id = useId();
   return (
-    <div class="row">
+    <div class="row line">
       <span>
         <label for={id}>{label}</label>
         {hint && (
@@ -200,16 +191,13 @@ async function removeEntries(entries: Ignored[], gone: Ignored[]) {
   );
 }
 
+const columns: Column<Ignored>[] = [
+  { id: 'id', title: 'settings.ignored.id', value: ({ id }) => id },
+  { id: 'type', title: 'settings.ignored.type', value: ({ type }) => type, width: '12rem' },
+];
+
 function IgnoreList({ entries }: { entries: Ignored[] }) {
   const selection = useSelection();
-  const language = currentSettings().language;
-  const columns = useMemo<Column<Ignored>[]>(
-    () => [
-      { id: 'id', title: t('settings.ignored.id'), value: ({ id }) => id },
-      { id: 'type', title: t('settings.ignored.type'), value: ({ type }) => type, width: '12rem' },
-    ],
-    [language],
-  );
   const remove = (gone: Ignored[]) => void removeEntries(entries, gone);
   const selected = entries.filter((entry) => selection[0].keys.has(keyOf(entry)));
   return (
@@ -260,7 +248,7 @@ async function printDiagnostics() {
 function About() {
   return (
     <Card title={t('settings.about')}>
-      <div class="about">
+      <div class="about line">
         <Mark />
         <div>
           <p class="about-name">
@@ -270,7 +258,7 @@ function About() {
           <p class="muted small">{t('settings.libraries')}: Preact (MIT), Lucide (ISC)</p>
         </div>
       </div>
-      <div class="buttons">
+      <div class="buttons line">
         <Button icon="terminal" onClick={() => void printDiagnostics()}>
           {t('settings.diagnostics')}
         </Button>

@@ -9,7 +9,7 @@ export function Sidebar() {
   const groups = [...new Set(views.map(({ group }) => group))];
   return (
     <nav class="sidebar" aria-label={t('app.nav')}>
-      <div class="sidebar-brand">
+      <div class="sidebar-brand line">
         <Mark />
         <span>Varnel</span>
       </div>
@@ -23,7 +23,7 @@ export function Sidebar() {
                 <li key={id}>
                   <button
                     type="button"
-                    class="sidebar-item"
+                    class="sidebar-item line"
                     aria-current={id === current ? 'page' : undefined}
                     title={t(`view.${id}`)}
                     data-nav={id}

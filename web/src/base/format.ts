@@ -19,6 +19,9 @@ export function formatBytes(bytes: number): string {
   return formatNumber(value, digits) + nbsp + units[unit];
 }
 
+/** Every byte: for tool tips of figures that are rounded. */
+export const exactBytes = (bytes: number) => `${formatNumber(bytes)} B`;
+
 /** 0 to 100. */
 export function formatPercent(percent: number, digits = 0): string {
   return formatNumber(percent / 100, digits, 'percent');

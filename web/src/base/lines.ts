@@ -28,7 +28,7 @@ const redrawLooks = [
 /** What a console would show of a line with carriage returns in it: what was written last. */
 const afterRedraws = (text: string) => text.split('\r').findLast((part) => part.trim() !== '') ?? text;
 
-export function looksLikeRedraw(text: string): boolean {
+function looksLikeRedraw(text: string): boolean {
   return redrawLooks.some((look) => look.test(text));
 }
 

@@ -13,9 +13,13 @@ export interface SourceState<T> {
   since?: number;
 }
 
-export interface Source<T> extends Pick<Store<SourceState<T>>, 'get' | 'subscribe'> {
+/** A source as its readers see it. */
+export interface Readable<T> extends Pick<Store<SourceState<T>>, 'get' | 'subscribe'> {
   /** Loads; while a load runs, a second call joins it. Never rejects: a failure becomes the state. */
   reload(): Promise<void>;
+}
+
+export interface Source<T> extends Readable<T> {
   /** Takes data that came by another way, for example unasked from the host; a running load's result is then dropped. */
   put(data: T): void;
 }

@@ -1,23 +1,17 @@
-import { useEffect, useId, useMemo, useState } from 'preact/hooks';
-import { formatBytes, noValue } from '../base/format.ts';
-import { formatNumber, locale, t } from '../base/text.ts';
-import { host } from '../bridge/host.ts';
-import type { Message, Reply } from '../bridge/protocol.ts';
+import { useEffect, useId } from 'preact/hooks';
+import { exactBytes, formatBytes, noValue } from '../base/format.ts';
+import { t } from '../base/text.ts';
+import type { Message } from '../bridge/protocol.ts';
 import { Button } from '../kit/button.tsx';
-import { Card } from '../kit/card.tsx';
-import { copyText } from '../kit/clipboard.ts';
-import { DataView, Notice } from '../kit/data_view.tsx';
+import { DataView, Spinner } from '../kit/data_view.tsx';
 import { confirm } from '../kit/dialog.tsx';
-import { errorText } from '../kit/error_text.ts';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
-import { Switch } from '../kit/switch.tsx';
-import { Table, useSelection, type Column } from '../kit/table/table.tsx';
-import { toast } from '../kit/toast.tsx';
-import { recycle } from '../shell/recycle.ts';
 import { View } from '../shell/view.tsx';
 import { cleaning, cleanJunk, downloads, freedBytes, junk, measureJunk, systemFiles } from './cleaning.ts';
+import { Downloads } from './downloads.tsx';
 import { categories, tick, tickedBytes, type Category, type Outcome } from './junk.ts';
+import { SystemFiles } from './system_files.tsx';
 
 type Sizes = Message<'junk'>;
 
@@ -38,7 +32,7 @@ export function Cleaning() {
         {unmeasured ? (
           <Junk />
         ) : (
-          <DataView source={state} reload={measureJunk}>
+          <DataView source={junk} reload={measureJunk}>
             {(data) => <Junk data={data} />}
           </DataView>
         )}
@@ -48,8 +42,6 @@ export function Cleaning() {
     </View>
   );
 }
-
-const exact = (bytes: number) => `${formatNumber(bytes)} B`;
 
 function Junk({ data }: { data?: Sizes }) {
   const { ticks, since, done } = useStore(cleaning);
@@ -91,7 +83,7 @@ function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps
   };
   return (
     <label class="card junk" data-junk={category}>
-      <span class="junk-name">
+      <span class="junk-name line">
         <input
           type="checkbox"
           aria-labelledby={`${id}-name`}
@@ -102,7 +94,11 @@ function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps
         />
         <span id={`${id}-name`}>{t(`junk.${category}`)}</span>
       </span>
-      <span class="junk-size" id={`${id}-size`} title={measured === undefined ? undefined : exact(measured)}>
+      <span
+        class="junk-size"
+        id={`${id}-size`}
+        title={measured === undefined ? undefined : exactBytes(measured)}
+      >
         {measured === undefined ? noValue : formatBytes(measured)}
       </span>
       <span class={outcome && !kept ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
@@ -122,7 +118,7 @@ function JunkOutcome({ category, freed, left }: Outcome & { category: Category }
   const went = freed > 0 || left === 0;
   return (
     <>
-      <span class={went ? undefined : 'junk-stuck'}>
+      <span class={went ? 'line' : 'line junk-stuck'}>
         <Icon name={went ? 'success' : 'alert'} />
         {t('cleaning.freed', { size: formatBytes(freed) })}
       </span>
@@ -166,18 +162,18 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
   const busy = since !== undefined || phase === 'loading';
   return (
     <div class="card junk junk-total" aria-busy={busy}>
-      <span class="junk-name">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
+      <span class="junk-name line">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
       <span
         class="junk-size"
         data-testid="junk-total"
-        title={chosen === undefined || done ? undefined : exact(chosen)}
+        title={chosen === undefined || done ? undefined : exactBytes(chosen)}
       >
         {done ? formatBytes(freedBytes(done)) : chosen === undefined ? noValue : formatBytes(chosen)}
       </span>
       <span class="muted small">
         {busy ? (
-          <span class="junk-busy">
-            <span class="spinner" aria-hidden="true" />
+          <span class="junk-busy line">
+            <Spinner />
             {since === undefined
               ? t('cleaning.measuring', { n: seconds })
               : t('cleaning.cleaning', { n: seconds })}
@@ -197,153 +193,5 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
         {t('cleaning.clean')}
       </Button>
     </div>
-  );
-}
-
-type Download = Reply<'getDownloadsJunk'>['items'][number];
-const pathOf = ({ path }: Download) => path;
-
-const reload = () => void downloads.reload();
-
-function Downloads() {
-  const source = useStore(downloads);
-  const nothing = (
-    <Notice icon="success" title={t('downloads.none')}>
-      <p>{t('downloads.about')}</p>
-    </Notice>
-  );
-  return (
-    <Card
-      title={t('downloads.title')}
-      class="at-downloads"
-      aside={
-        source.data !== undefined &&
-        source.data.count > 0 && (
-          <span class="muted">{t('downloads.total', { size: formatBytes(source.data.totalBytes) })}</span>
-        )
-      }
-    >
-      <DataView
-        source={source}
-        reload={reload}
-        empty={{ when: ({ items }) => items.length === 0, notice: nothing }}
-      >
-        {({ items }) => <DownloadsTable items={items} reload={reload} />}
-      </DataView>
-    </Card>
-  );
-}
-
-function DownloadsTable({ items, reload }: { items: Download[]; reload(): void }) {
-  const selection = useSelection();
-  const language = locale();
-  const columns = useMemo<Column<Download>[]>(
-    () => [
-      { id: 'name', title: t('app.name'), value: ({ name }) => name },
-      {
-        id: 'size',
-        title: t('app.size'),
-        value: ({ size }) => size,
-        text: ({ size }) => formatBytes(size),
-        numeric: true,
-        width: '7rem',
-      },
-      {
-        id: 'age',
-        title: t('downloads.age'),
-        value: ({ daysOld }) => daysOld,
-        text: ({ daysOld }) => t('downloads.days', { n: daysOld }),
-        numeric: true,
-        width: '7rem',
-      },
-    ],
-    [language],
-  );
-  const selected = items.filter((item) => selection[0].keys.has(item.path));
-  const remove = async (files: Download[]) => {
-    if (await recycle(files)) reload();
-  };
-  return (
-    <>
-      <p class="muted small">{t('downloads.about')}</p>
-      <Table
-        label={t('downloads.title')}
-        rows={items}
-        rowKey={pathOf}
-        columns={columns}
-        sort={{ column: 'size', descending: true }}
-        selection={selection}
-        menu={(rows) => [
-          {
-            label: t('disk.copyPath'),
-            icon: 'copy',
-            run: () => void copyText(rows.map(pathOf).join('\r\n')),
-          },
-          { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => void remove(rows) },
-        ]}
-        tools={
-          <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
-            {selected.length === 0
-              ? t('recycle.verb')
-              : t('recycle.verbSize', {
-                  size: formatBytes(selected.reduce((sum, { size }) => sum + size, 0)),
-                })}
-          </Button>
-        }
-      />
-    </>
-  );
-}
-
-function SystemFiles() {
-  const source = useStore(systemFiles);
-  const [wanted, setWanted] = useState<boolean>();
-
-  async function hibernate(enabled: boolean) {
-    setWanted(enabled);
-    try {
-      await host.request('setHibernation', { enabled });
-      toast(enabled ? t('system.hibernationOn') : t('system.hibernationOff'));
-    } catch (error) {
-      toast(t('system.hibernationFailed', { reason: errorText(error, t('service.refused')) }), {
-        error: true,
-      });
-    }
-    await systemFiles.reload();
-    setWanted(undefined);
-  }
-
-  return (
-    <Card title={t('system.title')} class="at-system">
-      <DataView source={source} reload={() => void systemFiles.reload()}>
-        {(files) => (
-          <>
-            {(['hiberfil', 'pagefile', 'swapfile'] as const).map((file) => (
-              <div class="row system-file" key={file}>
-                <span>
-                  <strong>{t(`system.${file}`)}</strong>
-                  <span class="muted small">{t(`system.${file}.about`)}</span>
-                </span>
-                <span class="system-size" title={exact(files[file].size)}>
-                  {files[file].exists ? formatBytes(files[file].size) : t('system.absent')}
-                </span>
-              </div>
-            ))}
-            <div class="row">
-              <span>
-                <strong>{t('system.hibernation')}</strong>
-                <span class="muted small">{t('system.hibernation.about')}</span>
-              </span>
-              <Switch
-                label={t('system.hibernation')}
-                on={wanted ?? files.hiberfil.enabled}
-                disabled={wanted !== undefined}
-                onToggle={(enabled) => void hibernate(enabled)}
-              />
-            </div>
-          </>
-        )}
-      </DataView>
-    </Card>
   );
 }

@@ -6,6 +6,7 @@ import { host } from '../bridge/host.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
+import { telemetry } from '../shell/telemetry.ts';
 
 export type Entry = Reply<'getFolderContents'>['items'][number];
 export type BigFile = { path: string; size: number };
@@ -114,4 +115,16 @@ export async function forgetGone(files: BigFile[]) {
   const { result } = analysis.get();
   if (result)
     analysis.set({ result: { ...result, files: result.files.filter(({ path }) => !paths.has(path)) } });
+}
+
+export function goUp() {
+  const parent = parentOf(folder.get().path);
+  if (parent !== undefined) void openFolder(parent);
+}
+
+/** Loads the drives and the folder that is shown. */
+export function refreshDisk() {
+  void telemetry.reload();
+  const { result, running } = analysis.get();
+  if (result && !running) void openFolder(folder.get().path);
 }

@@ -1,6 +1,7 @@
 import { useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import { formatBytes } from '../base/format.ts';
 import { t } from '../base/text.ts';
+import { useSize } from '../kit/hooks.ts';
 import { currentSettings } from '../shell/settings.ts';
 import { openFolder, type Entry } from './analysis.ts';
 import { kindOf, kinds, type Kind } from './kinds.ts';
@@ -16,13 +17,7 @@ export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
   const [hover, setHover] = useState<Tile<Entry>>();
   const { theme, language } = currentSettings();
 
-  useLayoutEffect(() => {
-    const measure = () =>
-      setBox({ width: canvas.current!.clientWidth, height: canvas.current!.clientHeight });
-    const observer = new ResizeObserver(measure);
-    observer.observe(canvas.current!);
-    return () => observer.disconnect();
-  }, []);
+  useSize(canvas, () => setBox({ width: canvas.current!.clientWidth, height: canvas.current!.clientHeight }));
 
   const tiles = useMemo(
     () => (box.width > 0 && box.height > 0 ? tilesOf(items, box.width, box.height, leastTileArea) : []),
@@ -57,7 +52,7 @@ export function DiskMap({ path, items }: { path: string; items: Entry[] }) {
       </div>
       <figcaption class="legend small muted" aria-hidden="true">
         {kinds.map((kind) => (
-          <span key={kind}>
+          <span class="line" key={kind}>
             <i style={{ background: `var(--kind-${kind})` }} />
             {t(`kind.${kind}`)}
           </span>

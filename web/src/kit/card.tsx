@@ -14,7 +14,7 @@ export function Card({ title, children, aside, class: extra = '' }: Props) {
   const titleId = useId();
   return (
     <section class={`card ${extra}`} aria-labelledby={titleId}>
-      <div class="card-head">
+      <div class="card-head line">
         <h2 id={titleId}>{title}</h2>
         {aside}
       </div>

@@ -1,26 +1,26 @@
 import type { ComponentChildren } from 'preact';
 import { formatTime } from '../base/format.ts';
-import type { SourceState } from '../base/source.ts';
+import type { Readable } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { Button } from './button.tsx';
 import { errorText } from './error_text.ts';
-import { useElapsed } from './hooks.ts';
+import { useElapsed, useStore } from './hooks.ts';
 import { Icon, type IconName } from './icon.tsx';
 
-/** A calm sentence where content would be: why there is none, and what next. */
-export function Notice({
-  icon,
-  title,
-  children,
-}: {
+interface NoticeProps {
   icon: IconName;
   title: string;
+  hint?: string;
   children?: ComponentChildren;
-}) {
+}
+
+/** A calm sentence where content would be: why there is none, and what next. */
+export function Notice({ icon, title, hint, children }: NoticeProps) {
   return (
     <div class="notice">
       <Icon name={icon} />
       <p class="notice-title">{title}</p>
+      {hint && <p>{hint}</p>}
       {children}
     </div>
   );
@@ -31,23 +31,38 @@ function Loading({ since }: { since: number }) {
   const seconds = useElapsed(since);
   return (
     <div class="notice" aria-busy="true">
-      <span class="spinner" aria-hidden="true" />
+      <Spinner />
       <p class="notice-title">{seconds > 2 ? t('data.elapsed', { n: seconds }) : t('data.loading')}</p>
     </div>
   );
 }
 
-interface Props<T> {
-  source: SourceState<T>;
-  reload(): void;
-  children(data: T): ComponentChildren;
-  /** Shown instead of the children when the data has nothing in it. */
-  empty?: { when(data: T): boolean; notice: ComponentChildren };
+/** Decoration beside the words that say what is going on. */
+export function Spinner() {
+  return <span class="spinner" aria-hidden="true" />;
 }
 
+interface Props<T> {
+  source: Readable<T>;
+  /** What "Try again" does; reloads the source when left out. */
+  reload?(): void;
+  children(data: T): ComponentChildren;
+  /** Shown instead of the children when the data is an empty list, or what `isEmpty` says. */
+  nothing?: ComponentChildren;
+  isEmpty?(data: T): boolean;
+}
+
+const isEmptyList = (data: unknown) => Array.isArray(data) && data.length === 0;
+
 /** Shows a data source in whatever state it is. Data that is already there stays while newer data loads or fails. */
-export function DataView<T>({ source, reload, children, empty }: Props<T>) {
-  const { phase, data, error, at, since } = source;
+export function DataView<T>({
+  source,
+  reload = () => void source.reload(),
+  children,
+  nothing,
+  isEmpty = isEmptyList,
+}: Props<T>) {
+  const { phase, data, error, at, since } = useStore(source);
   const retry = (
     <Button icon="refresh" onClick={reload}>
       {t('app.retry')}
@@ -56,8 +71,7 @@ export function DataView<T>({ source, reload, children, empty }: Props<T>) {
   if (data === undefined) {
     if (phase !== 'failed') return <Loading since={since ?? Date.now()} />;
     return (
-      <Notice icon="alert" title={t('data.failed')}>
-        <p>{errorText(error)}</p>
+      <Notice icon="alert" title={t('data.failed')} hint={errorText(error)}>
         {retry}
       </Notice>
     );
@@ -73,7 +87,7 @@ export function DataView<T>({ source, reload, children, empty }: Props<T>) {
           {retry}
         </div>
       )}
-      {empty?.when(data) ? empty.notice : children(data)}
+      {nothing && isEmpty(data) ? nothing : children(data)}
     </>
   );
 }

@@ -1,4 +1,5 @@
-import { useEffect, useReducer, useRef, useState } from 'preact/hooks';
+import type { RefObject } from 'preact';
+import { useEffect, useLayoutEffect, useReducer, useRef, useState } from 'preact/hooks';
 import type { Store } from '../base/store.ts';
 
 /** The store's value, or what is chosen of it; the component is drawn again when that changes. */
@@ -50,4 +51,26 @@ export function usePolling(poll: () => void, periodMs: number) {
       document.removeEventListener('visibilitychange', follow);
     };
   }, [poll, periodMs]);
+}
+
+/** Calls `measure` when the element is first drawn and whenever its size changes. */
+export function useSize(ref: RefObject<HTMLElement | null>, measure: () => void) {
+  useLayoutEffect(() => {
+    const observer = new ResizeObserver(measure);
+    observer.observe(ref.current!);
+    return () => observer.disconnect();
+  }, []);
+}
+
+/** What a `Switch` shows while the host is asked for the change. */
+export function usePending(on: boolean, change: (on: boolean) => Promise<void>) {
+  const [wanted, setWanted] = useState<boolean>();
+  return {
+    on: wanted ?? on,
+    disabled: wanted !== undefined,
+    onToggle(next: boolean) {
+      setWanted(next);
+      void change(next).finally(() => setWanted(undefined));
+    },
+  };
 }

@@ -57,7 +57,7 @@ export function Menu({ label, x, y, items, onClose }: Props) {
           type="button"
           role="menuitem"
           tabIndex={-1}
-          class={item.danger ? 'danger' : undefined}
+          class={item.danger ? 'line danger' : 'line'}
           onClick={() => {
             onClose();
             item.run();

@@ -51,7 +51,7 @@ function ToastCard({ id, text, error, action }: Toast) {
   }, [id, held]);
   return (
     <div
-      class={error ? 'toast toast-error' : 'toast'}
+      class={error ? 'toast toast-error line' : 'toast line'}
       onMouseEnter={() => setHeld(true)}
       onMouseLeave={() => setHeld(false)}
       onFocusIn={() => setHeld(true)}

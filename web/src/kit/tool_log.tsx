@@ -4,35 +4,68 @@ import { t } from '../base/text.ts';
 import { IconButton } from './button.tsx';
 import { copyText } from './clipboard.ts';
 
-/** What a tool has printed, as it came. It follows its end unless the user has scrolled up. */
-export function ToolLog({ label, lines }: { label: string; lines: readonly Line[] }) {
+/** Silence of a tool that is worth a word. A large installer can be silent for longer and be well. */
+export const silentSeconds = 60;
+
+export function CopyLines({ lines }: { lines: readonly Line[] }) {
+  return (
+    <IconButton
+      icon="copy"
+      label={t('terminal.copy')}
+      disabled={lines.length === 0}
+      onClick={() => void copyText(lines.map(({ text }) => text).join('\r\n'))}
+    />
+  );
+}
+
+interface OutputProps {
+  label: string;
+  lines: readonly Line[];
+  class?: string;
+  /** Shown while there are no lines. */
+  empty?: string;
+  /** Whether it follows its end; until the user scrolls up when left out. */
+  follow?: boolean;
+  /** The output was scrolled: to its end, or away from it. */
+  onScrolled?(atEnd: boolean): void;
+}
+
+/** Lines as they came. */
+export function Output({ label, lines, class: name, empty, follow, onScrolled }: OutputProps) {
   const box = useRef<HTMLDivElement>(null);
   const atEnd = useRef(true);
   useLayoutEffect(() => {
-    if (atEnd.current) box.current!.scrollTop = box.current!.scrollHeight;
+    if (follow ?? atEnd.current) box.current!.scrollTop = box.current!.scrollHeight;
   }, [lines]);
   return (
+    <div
+      ref={box}
+      class={name}
+      role="log"
+      aria-live="off"
+      aria-label={label}
+      tabIndex={0}
+      onScroll={({ currentTarget: { scrollTop, clientHeight, scrollHeight } }) => {
+        atEnd.current = scrollTop + clientHeight >= scrollHeight - 8;
+        onScrolled?.(atEnd.current);
+      }}
+    >
+      {lines.length === 0 && empty && <p class="muted">{empty}</p>}
+      {lines.map(({ id, text, style }) => (
+        <div key={id} class={style || undefined}>
+          {text}
+        </div>
+      ))}
+    </div>
+  );
+}
+
+/** What a tool has printed, with a button that copies it. */
+export function ToolLog({ label, lines }: { label: string; lines: readonly Line[] }) {
+  return (
     <div class="tool-log">
-      <div
-        ref={box}
-        role="log"
-        aria-live="off"
-        aria-label={label}
-        tabIndex={0}
-        onScroll={({ currentTarget: { scrollTop, clientHeight, scrollHeight } }) => {
-          atEnd.current = scrollTop + clientHeight >= scrollHeight - 8;
-        }}
-      >
-        {lines.map(({ id, text }) => (
-          <div key={id}>{text}</div>
-        ))}
-      </div>
-      <IconButton
-        icon="copy"
-        label={t('terminal.copy')}
-        disabled={lines.length === 0}
-        onClick={() => void copyText(lines.map(({ text }) => text).join('\r\n'))}
-      />
+      <Output label={label} lines={lines} />
+      <CopyLines lines={lines} />
     </div>
   );
 }

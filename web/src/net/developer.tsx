@@ -1,9 +1,11 @@
+import type { ComponentType } from 'preact';
 import { useEffect } from 'preact/hooks';
-import { createStore } from '../base/store.ts';
+import type { Readable } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { useStore } from '../kit/hooks.ts';
 import { panelOf, Tabs } from '../kit/tabs.tsx';
 import { View } from '../shell/view.tsx';
+import { openedPart, type Part } from './developer.ts';
 import { devices } from './devices.ts';
 import { Devices } from './devices.tsx';
 import { draft, hosts, reloadHosts } from './hosts.ts';
@@ -13,32 +15,30 @@ import { Services } from './services.tsx';
 import { variables } from './variables.ts';
 import { Variables } from './variables.tsx';
 
-const parts = {
-  hosts: { source: hosts, reload: reloadHosts, Panel: Hosts },
-  variables: { source: variables, reload: variables.reload, Panel: Variables },
-  services: { source: services, reload: services.reload, Panel: Services },
-  devices: { source: devices, reload: devices.reload, Panel: Devices },
-};
-type Part = keyof typeof parts;
-
-const shown = createStore<Part>('hosts');
+const parts: Record<Part, { source: Readable<unknown>; reload?: () => Promise<void>; Panel: ComponentType }> =
+  {
+    hosts: { source: hosts, reload: reloadHosts, Panel: Hosts },
+    variables: { source: variables, Panel: Variables },
+    services: { source: services, Panel: Services },
+    devices: { source: devices, Panel: Devices },
+  };
 
 export function Developer() {
-  const part = useStore(shown);
+  const part = useStore(openedPart);
   const unsaved = useStore(draft) !== undefined;
-  const { source, reload, Panel } = parts[part];
-  const { at } = useStore<{ at?: number }>(source);
+  const { source, reload = source.reload, Panel } = parts[part];
+  const { at } = useStore(source);
   // Asked for when it is looked at, until it is there: two of them need the helper service or many seconds.
   useEffect(() => {
-    if (!(source.get() as { data?: unknown }).data) void source.reload();
+    if (!source.get().data) void source.reload();
   }, [source]);
   return (
-    <View id="developer" refresh={reload as () => void} at={at}>
-      <div class="software">
+    <View id="developer" refresh={() => void reload()} at={at}>
+      <div class="tabbed">
         <Tabs
           label={t('view.developer')}
           active={part}
-          onChoose={(id: Part) => shown.set(id)}
+          onChoose={(id: Part) => openedPart.set(id)}
           tabs={(Object.keys(parts) as Part[]).map((id) => ({
             id,
             title: (
@@ -49,7 +49,7 @@ export function Developer() {
             ),
           }))}
         />
-        <div class="software-list" role="tabpanel" id={panelOf(part)} aria-label={t(`developer.${part}`)}>
+        <div class="tab-panel" role="tabpanel" id={panelOf(part)} aria-label={t(`developer.${part}`)}>
           <Panel key={part} />
         </div>
       </div>

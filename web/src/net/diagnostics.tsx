@@ -1,7 +1,7 @@
 import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { Card } from '../kit/card.tsx';
-import { Notice } from '../kit/data_view.tsx';
+import { Notice, Spinner } from '../kit/data_view.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { ToolLog } from '../kit/tool_log.tsx';
@@ -14,7 +14,7 @@ export function Diagnostics() {
   return (
     <Card title={t('diagnostics.title')} class="diagnostics">
       <form
-        class="buttons"
+        class="buttons line"
         onSubmit={(event) => {
           event.preventDefault();
           runTool('ping');
@@ -36,7 +36,7 @@ export function Diagnostics() {
         </Button>
       </form>
       {recent.length > 0 && (
-        <p class="buttons small">
+        <p class="buttons line small">
           <span class="muted">{t('diagnostics.recent')}</span>
           {recent.map((one) => (
             <button key={one} type="button" class="link" onClick={() => setTarget(one)}>
@@ -46,13 +46,11 @@ export function Diagnostics() {
         </p>
       )}
       {!run ? (
-        <Notice icon="network" title={t('diagnostics.none')}>
-          <p>{t('diagnostics.noneHint')}</p>
-        </Notice>
+        <Notice icon="network" title={t('diagnostics.none')} hint={t('diagnostics.noneHint')} />
       ) : (
         <>
           <div class="diagnostics-state">
-            {run.outcome ? <Icon name={run.outcome.icon} /> : <span class="spinner" aria-hidden="true" />}
+            {run.outcome ? <Icon name={run.outcome.icon} /> : <Spinner />}
             <p>
               <strong>{`${t(`diagnostics.${run.tool}`)} ${run.target}`}</strong>
               <span>

@@ -2,8 +2,8 @@ import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { DataView } from '../kit/data_view.tsx';
-import { isDialogOpen } from '../kit/dialog.tsx';
-import { useStore } from '../kit/hooks.ts';
+import { useSize, useStore } from '../kit/hooks.ts';
+import { useKey } from '../kit/keyboard.ts';
 import { draft, editHosts, hosts, reloadHosts, saveHosts, savingHosts } from './hosts.ts';
 import { checkHosts, type Problem } from './hosts_text.ts';
 
@@ -11,20 +11,20 @@ const shownProblems = 200;
 const checkDelayMs = 250;
 
 export function Hosts() {
-  const file = useStore(hosts);
   return (
-    <DataView source={file} reload={() => void reloadHosts()}>
+    <DataView source={hosts} reload={() => void reloadHosts()}>
       {({ text }) => <Editor text={text} />}
     </DataView>
   );
 }
+
+const isSaveKey = ({ ctrlKey, key }: KeyboardEvent) => ctrlKey && key.toLowerCase() === 's';
 
 const problemText = ({ kind, word, first = 0 }: Problem) => t(`hosts.${kind}`, { word, first });
 
 /** The text area belongs to the browser: a file of a hundred thousand lines is not drawn anew at every key. */
 function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
-  const saving = useStore(savingHosts);
   const area = useRef<HTMLTextAreaElement>(null);
   const held = useRef(''); // what the area holds: reading it anew costs as much as the file is long
   const shown = edited ?? text;
@@ -50,22 +50,10 @@ function Editor({ text }: { text: string }) {
     const { scrollTop: top, clientHeight: height } = area.current;
     setBox({ top, height, line: parseFloat(getComputedStyle(area.current).lineHeight) });
   }
-  useEffect(() => {
-    const observer = new ResizeObserver(measure);
-    observer.observe(area.current!);
-    return () => observer.disconnect();
-  }, []);
+  useSize(area, measure);
 
   // Wherever the focus is: a toast or a dialog may have taken it.
-  useEffect(() => {
-    const onKeyDown = (event: KeyboardEvent) => {
-      if (!event.ctrlKey || event.key.toLowerCase() !== 's') return;
-      event.preventDefault();
-      if (!isDialogOpen()) void saveHosts();
-    };
-    document.addEventListener('keydown', onKeyDown);
-    return () => document.removeEventListener('keydown', onKeyDown);
-  }, []);
+  useKey(isSaveKey, () => void saveHosts());
 
   function goTo(line: number) {
     const lines = shown.split('\n');
@@ -75,21 +63,9 @@ function Editor({ text }: { text: string }) {
     area.current!.scrollTop = (line - 1) * box.line - box.height / 2;
   }
 
-  const { problems } = checked;
   return (
     <div class="hosts">
-      <div class="table-bar">
-        <Button kind="primary" disabled={edited === undefined || saving} onClick={() => void saveHosts()}>
-          {t('hosts.save')}
-        </Button>
-        <Button disabled={edited === undefined || saving} onClick={() => void reloadHosts()}>
-          {t('hosts.discard')}
-        </Button>
-        <span class="muted" role="status">
-          {t(edited === undefined ? 'hosts.clean' : 'hosts.dirty')}
-        </span>
-        <span class="table-tools muted small">{t('hosts.path')}</span>
-      </div>
+      <HostsBar edited={edited !== undefined} />
       <div class="hosts-body">
         <div class="editor">
           <Gutter {...box} {...checked} />
@@ -102,25 +78,50 @@ function Editor({ text }: { text: string }) {
             onScroll={measure}
           />
         </div>
-        <section class="hosts-problems" aria-label={t('hosts.problems')}>
-          <h2>
-            {problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}
-          </h2>
-          <ul>
-            {problems.slice(0, shownProblems).map((problem) => (
-              <li key={`${problem.line} ${problem.word}`} data-problem={problem.kind}>
-                <button type="button" onClick={() => goTo(problem.line)}>
-                  <strong>{t('hosts.line', { line: problem.line })}</strong> {problemText(problem)}
-                </button>
-              </li>
-            ))}
-          </ul>
-          {problems.length > shownProblems && (
-            <p class="muted small">{t('confirm.more', { n: problems.length - shownProblems })}</p>
-          )}
-        </section>
+        <Problems problems={checked.problems} goTo={goTo} />
       </div>
     </div>
+  );
+}
+
+function HostsBar({ edited }: { edited: boolean }) {
+  const saving = useStore(savingHosts);
+  const idle = !edited || saving;
+  return (
+    <div class="table-bar line">
+      <Button kind="primary" disabled={idle} onClick={() => void saveHosts()}>
+        {t('hosts.save')}
+      </Button>
+      <Button disabled={idle} onClick={() => void reloadHosts()}>
+        {t('hosts.discard')}
+      </Button>
+      <span class="muted" role="status">
+        {t(edited ? 'hosts.dirty' : 'hosts.clean')}
+      </span>
+      <span class="table-tools line muted small">{t('hosts.path')}</span>
+    </div>
+  );
+}
+
+function Problems({ problems, goTo }: { problems: Problem[]; goTo(line: number): void }) {
+  return (
+    <section class="hosts-problems" aria-label={t('hosts.problems')}>
+      <h2>
+        {problems.length === 0 ? t('hosts.noProblems') : t('hosts.problemCount', { n: problems.length })}
+      </h2>
+      <ul>
+        {problems.slice(0, shownProblems).map((problem) => (
+          <li key={`${problem.line} ${problem.word}`} data-problem={problem.kind}>
+            <button type="button" onClick={() => goTo(problem.line)}>
+              <strong>{t('hosts.line', { line: problem.line })}</strong> {problemText(problem)}
+            </button>
+          </li>
+        ))}
+      </ul>
+      {problems.length > shownProblems && (
+        <p class="muted small">{t('confirm.more', { n: problems.length - shownProblems })}</p>
+      )}
+    </section>
   );
 }
 

@@ -15,25 +15,17 @@ function reload() {
 }
 
 export function Network() {
-  const list = useStore(ports);
   useEffect(reload, []);
   return (
-    <View id="network" refresh={reload} at={list.at}>
+    <View id="network" refresh={reload} at={useStore(ports).at}>
       <div class="network">
         <Card title={t('network.ports')} aside={<span class="muted">{t('network.portsHint')}</span>}>
           <DataView
-            source={list}
+            source={ports}
             reload={reload}
-            empty={{
-              when: (rows) => rows.length === 0,
-              notice: (
-                <Notice icon="network" title={t('network.none')}>
-                  <p>{t('network.noneHint')}</p>
-                </Notice>
-              ),
-            }}
+            nothing={<Notice icon="network" title={t('network.none')} hint={t('network.noneHint')} />}
           >
-            {(rows) => <Ports rows={rows} />}
+            {(list) => <Ports ports={list} />}
           </DataView>
         </Card>
         <Diagnostics />

@@ -14,6 +14,9 @@ export interface Variable {
   value: string;
 }
 
+export const variableKey = ({ scope, name }: Variable) => `${scope}\n${name}`;
+export const scopeText = ({ scope }: Pick<Variable, 'scope'>) => t(`variables.${scope}`);
+
 export const variables = createSource(async () => {
   const reply = await host.request('getEnvVariables');
   return scopes.flatMap((scope) =>
@@ -40,16 +43,16 @@ export function createLookup() {
   };
 }
 
-/** Says that it was stored; resolves to why it was not. */
+/** Stores or deletes a variable and confirms that with a toast. Resolves to the reason if it fails. */
 export async function saveVariable(
   { scope, name, value }: Variable,
-  is_delete = false,
+  remove = false,
 ): Promise<string | undefined> {
   const data: RequestData['saveEnvVariable'] = {
     type: scope,
     name,
-    value: is_delete ? '' : value,
-    is_delete,
+    value: remove ? '' : value,
+    is_delete: remove,
   };
   try {
     await host.request('saveEnvVariable', data);
@@ -57,6 +60,6 @@ export async function saveVariable(
     const unexplained = t(scope === 'user' ? 'variables.refused' : 'variables.needsService');
     return t('variables.failed', { name, reason: errorText(error, unexplained) });
   }
-  toast(t(is_delete ? 'variables.deleted' : 'variables.saved', { name }));
+  toast(t(remove ? 'variables.deleted' : 'variables.saved', { name }));
   void variables.reload();
 }

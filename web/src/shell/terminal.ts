@@ -16,7 +16,7 @@ export const terminal = createStore<TerminalState>({ lines: [], open: false, atE
 // Tools print in bursts: what arrives within one frame is drawn together.
 let waiting: Incoming[] = [];
 
-export function printLine(line: Incoming) {
+function printLine(line: Incoming) {
   if (waiting.push(line) > 1) return;
   setTimeout(() => {
     const before = terminal.get();

@@ -31,9 +31,9 @@ export function View({ id, children, actions, refresh, at }: Props) {
   });
   return (
     <>
-      <header class="head">
+      <header class="head line">
         <h1 tabIndex={-1}>{t(`view.${id}`)}</h1>
-        <div class="head-actions">
+        <div class="head-actions line">
           {actions}
           {refresh && <IconButton icon="refresh" label={t('app.refresh')} onClick={refresh} />}
           {at !== undefined && <span class="muted small">{t('app.updated', { time: formatTime(at) })}</span>}

@@ -30,7 +30,7 @@ export type Jobs = readonly Job[];
 
 export const sameJob = (a: Task, b: Task) => a.kind === b.kind && a.id === b.id;
 /** The messages that a job is told of. They do not say which job they belong to. */
-export const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
+const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
 export type Stream = ReturnType<typeof streamOf>;
 /** What is said of a job; an end that is not known is no failure. */
 export const stateWord = ({ state, code }: Job) =>

@@ -1,6 +1,6 @@
 import { useState } from 'preact/hooks';
-import { formatBytes } from '../base/format.ts';
-import { formatNumber, t } from '../base/text.ts';
+import { exactBytes, formatBytes } from '../base/format.ts';
+import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { confirm, Dialog } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
@@ -12,10 +12,10 @@ import { cleanLeftovers, closeLeftovers, leftovers } from './leftovers.ts';
 export function LeftoversDialog() {
   const [first] = useStore(leftovers);
   // A new list is a new dialog: nothing of the ticks of the one before stays.
-  return first ? <Choice key={`${first.job.id} ${first.items.length}`} {...first} /> : null;
+  return first ? <LeftoversChoice key={`${first.job.id} ${first.items.length}`} {...first} /> : null;
 }
 
-function Choice({ job, items }: { job: Task; items: Leftover[] }) {
+function LeftoversChoice({ job, items }: { job: Task; items: Leftover[] }) {
   const [ticked, setTicked] = useState<ReadonlySet<string>>(
     () => new Set(items.filter(tickedAtFirst).map(({ path }) => path)),
   );
@@ -58,7 +58,7 @@ function Choice({ job, items }: { job: Task; items: Leftover[] }) {
             <label class="check">
               <input type="checkbox" checked={ticked.has(path)} onChange={() => toggle(path)} />
               <span>{path}</span>
-              <span class="muted small" title={type === 'directory' ? `${formatNumber(size)} B` : undefined}>
+              <span class="muted small" title={type === 'directory' ? exactBytes(size) : undefined}>
                 {type === 'directory'
                   ? t('leftovers.directory', { size: formatBytes(size) })
                   : t('leftovers.registry')}

@@ -1,5 +1,6 @@
 import { distinctBy } from '../base/distinct.ts';
 import { createSource } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
 import { host } from '../bridge/host.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import { parseApp, parseUpdate, type Package } from './package_rows.ts';
@@ -19,3 +20,9 @@ export const drivers = createSource<Drivers>(() => host.request('getDriverUpdate
 export const apps = createSource(async () =>
   distinctBy((await host.request('getInstalledApps')).apps.map(parseApp), packageKey),
 );
+
+export const lists = { updates, installed: apps, drivers };
+export type List = keyof typeof lists;
+
+/** The list that is shown; outlives the view. */
+export const openedList = createStore<List>('updates');

@@ -4,27 +4,25 @@ import { t } from '../base/text.ts';
 import { Bar } from '../kit/bar.tsx';
 import { Button, IconButton } from '../kit/button.tsx';
 import { Card } from '../kit/card.tsx';
+import { Spinner } from '../kit/data_view.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
-import { ToolLog } from '../kit/tool_log.tsx';
+import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
 import { wordOf, type JobKind } from './exit_codes.ts';
 import { isPending, pendingOnly, sameJob, stateWord, withoutWaiting, type Job } from './jobs.ts';
 import { abandonRunning, jobs } from './queue.ts';
 
-// Silence that is worth a word; a large installer can be silent for longer and be well.
-const silentSeconds = 60;
-
 /** How far a job is, in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
   const job = useStore(jobs, (all) => all.findLast((one) => sameJob(one, { kind, id, name: '' })));
-  return job ? <Progress {...job} /> : null;
+  return job ? <JobProgress {...job} /> : null;
 }
 
-function Progress(job: Job) {
+function JobProgress(job: Job) {
   const { state, percent } = job;
   return (
     <span class="job-state" data-state={state}>
-      {state === 'running' && percent === undefined && <span class="spinner" aria-hidden="true" />}
+      {state === 'running' && percent === undefined && <Spinner />}
       {state === 'done' && <Icon name="success" />}
       {state === 'restart' && <Icon name="refresh" />}
       {state === 'failed' && <Icon name="alert" />}
@@ -43,7 +41,7 @@ function Progress(job: Job) {
 const order: Job['state'][] = ['running', 'waiting', 'failed', 'restart', 'done'];
 
 /** Everything that is installed and removed, with what the tools print. */
-export function JobsPanel() {
+export function QueuePanel() {
   const all = useStore(jobs);
   const [folded, setFolded] = useState(false);
   if (all.length === 0) return null;
@@ -57,7 +55,7 @@ export function JobsPanel() {
           <span class="muted">
             {t('jobs.ended', { n: all.filter((job) => !isPending(job)).length, total: all.length })}
           </span>
-          <span class="buttons">
+          <span class="buttons line">
             {all.some(({ state }) => state === 'waiting') && (
               <Button onClick={() => jobs.set(withoutWaiting(jobs.get()))}>{t('jobs.cancelWaiting')}</Button>
             )}
@@ -101,7 +99,7 @@ function JobRow(job: Job) {
         <summary>
           <strong title={name}>{name}</strong>
           <span class="muted small">{t(`jobs.${kind}`)}</span>
-          <Progress {...job} />
+          <JobProgress {...job} />
         </summary>
         {lines.length > 0 && <ToolLog label={`${t('jobs.log')}: ${name}`} lines={lines} />}
       </details>

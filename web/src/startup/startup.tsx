@@ -1,11 +1,12 @@
-import { useEffect, useMemo } from 'preact/hooks';
-import { locale, t } from '../base/text.ts';
+import { useEffect } from 'preact/hooks';
+import { t } from '../base/text.ts';
 import { IconButton } from '../kit/button.tsx';
 import { copyText } from '../kit/clipboard.ts';
-import { DataView, Notice } from '../kit/data_view.tsx';
+import { Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
+import { ListView } from '../kit/list_view.tsx';
 import { Switch } from '../kit/switch.tsx';
-import { Table, type Column } from '../kit/table/table.tsx';
+import type { Column } from '../kit/table/column.ts';
 import { View } from '../shell/view.tsx';
 import { startup, startupKey, switching, switchItem, type StartupItem } from './startup.ts';
 
@@ -18,7 +19,46 @@ const impacts = {
 } as const;
 const impactOf = ({ impact }: StartupItem) => impacts[impact as keyof typeof impacts] ?? impacts.Low;
 
-const scopeText = ({ scope }: StartupItem) => t(scope === 'HKCU' ? 'startup.user' : 'startup.machine');
+const columns: Column<StartupItem>[] = [
+  { id: 'name', title: 'startup.name', value: ({ name }) => name, width: '24%' },
+  {
+    id: 'on',
+    title: 'startup.runs',
+    value: ({ enabled }) => !enabled,
+    text: ({ enabled }) => t(enabled ? 'startup.yes' : 'startup.no'),
+    cell: (item) => <ItemSwitch {...item} />,
+    width: '7rem',
+  },
+  {
+    id: 'impact',
+    title: 'startup.impact',
+    value: (item) => impactOf(item).rank,
+    text: (item) => t(impactOf(item).text),
+    cell: (item) => <span class={impactOf(item).tag}>{t(impactOf(item).text)}</span>,
+    width: '8rem',
+  },
+  {
+    id: 'scope',
+    title: 'startup.scope',
+    value: ({ scope }) => t(scope === 'HKCU' ? 'startup.user' : 'startup.machine'),
+    width: '10rem',
+  },
+  {
+    id: 'command',
+    title: 'startup.command',
+    value: ({ command }) => command,
+    cell: ({ command, name }) => (
+      <span class="command line">
+        <IconButton
+          icon="copy"
+          label={t('startup.copyCommand', { name })}
+          onClick={() => void copyText(command)}
+        />
+        <code title={command}>{command}</code>
+      </span>
+    ),
+  },
+];
 
 function ItemSwitch(item: StartupItem) {
   const wanted = useStore(switching).get(startupKey(item));
@@ -33,75 +73,21 @@ function ItemSwitch(item: StartupItem) {
 }
 
 export function Startup() {
-  const list = useStore(startup);
-  const language = locale();
   useEffect(reload, []);
-  const columns = useMemo<Column<StartupItem>[]>(
-    () => [
-      { id: 'name', title: t('startup.name'), value: ({ name }) => name, width: '24%' },
-      {
-        id: 'on',
-        title: t('startup.runs'),
-        value: ({ enabled }) => !enabled,
-        text: ({ enabled }) => t(enabled ? 'startup.yes' : 'startup.no'),
-        cell: (item) => <ItemSwitch {...item} />,
-        width: '7rem',
-      },
-      {
-        id: 'impact',
-        title: t('startup.impact'),
-        value: (item) => impactOf(item).rank,
-        text: (item) => t(impactOf(item).text),
-        cell: (item) => <span class={impactOf(item).tag}>{t(impactOf(item).text)}</span>,
-        width: '8rem',
-      },
-      { id: 'scope', title: t('startup.scope'), value: scopeText, width: '10rem' },
-      {
-        id: 'command',
-        title: t('startup.command'),
-        value: ({ command }) => command,
-        cell: ({ command, name }) => (
-          <span class="command">
-            <IconButton
-              icon="copy"
-              label={t('startup.copyCommand', { name })}
-              onClick={() => void copyText(command)}
-            />
-            <code title={command}>{command}</code>
-          </span>
-        ),
-      },
-    ],
-    [language],
-  );
   return (
-    <View id="startup" refresh={reload} at={list.at}>
-      <DataView
-        source={list}
-        reload={reload}
-        empty={{
-          when: (items) => items.length === 0,
-          notice: (
-            <Notice icon="startup" title={t('startup.none')}>
-              <p>{t('startup.noneHint')}</p>
-            </Notice>
-          ),
-        }}
-      >
-        {(items) => (
-          <Table
-            label={t('view.startup')}
-            rows={items}
-            rowKey={startupKey}
-            columns={columns}
-            sort={{ column: 'impact', descending: true }}
-            menu={([item]) =>
-              item ? [{ label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) }] : []
-            }
-            tools={<span class="muted small">{t('startup.impactHint')}</span>}
-          />
-        )}
-      </DataView>
+    <View id="startup" refresh={reload} at={useStore(startup).at}>
+      <ListView
+        source={startup}
+        label={t('view.startup')}
+        columns={columns}
+        rowKey={startupKey}
+        sort={{ column: 'impact', descending: true }}
+        nothing={<Notice icon="startup" title={t('startup.none')} hint={t('startup.noneHint')} />}
+        menu={([item]) =>
+          item ? [{ label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) }] : []
+        }
+        tools={<span class="muted small">{t('startup.impactHint')}</span>}
+      />
     </View>
   );
 }

@@ -34,7 +34,7 @@ export function Dashboard() {
   return (
     <View id="dashboard" refresh={refresh} at={live.at}>
       <div class="dashboard">
-        <DataView source={live} reload={pollTelemetry}>
+        <DataView source={telemetry}>
           {(data) => (
             <>
               <Processor {...data} />
@@ -152,7 +152,7 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
                 <span class="disk-name">{drive}</span>
                 <span class="muted">{t('dashboard.diskFree', sizes)}</span>
                 <span class="disk-share">{formatPercent(percent)}</span>
-                <span class="unseen">{t('dashboard.diskOpen')}</span>
+                <span class="hidden">{t('dashboard.diskOpen')}</span>
                 <Icon name="chevronRight" />
                 <Bar percent={percent} warn={percent >= fullDiskPercent} />
               </button>
@@ -212,7 +212,7 @@ function Machine() {
         )
       }
     >
-      <DataView source={state} reload={() => void status.reload()}>
+      <DataView source={status}>
         {(data) => (
           <dl class="facts">
             {specLines(data).map(({ name, text, hint }) => (

@@ -42,6 +42,7 @@ export const texts = {
   'dashboard.window': ['poslední 2 minuty', 'last 2 minutes'],
 
   'processes.name': ['Proces', 'Process'],
+  'processes.pid': ['PID', 'PID'],
   'processes.share': ['Procesor', 'Processor'],
   'processes.memory': ['Paměť', 'Memory'],
   'processes.time': ['Čas procesoru', 'Processor time'],

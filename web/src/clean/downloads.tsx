@@ -1,0 +1,99 @@
+import { formatBytes } from '../base/format.ts';
+import { t } from '../base/text.ts';
+import type { Reply } from '../bridge/protocol.ts';
+import { Button } from '../kit/button.tsx';
+import { Card } from '../kit/card.tsx';
+import { copyText } from '../kit/clipboard.ts';
+import { DataView, Notice } from '../kit/data_view.tsx';
+import { useStore } from '../kit/hooks.ts';
+import type { Column } from '../kit/table/column.ts';
+import { useSelection } from '../kit/table/rows.ts';
+import { Table } from '../kit/table/table.tsx';
+import { recycle } from '../shell/recycle.ts';
+import { downloads } from './cleaning.ts';
+
+type Download = Reply<'getDownloadsJunk'>['items'][number];
+const pathOf = ({ path }: Download) => path;
+
+const columns: Column<Download>[] = [
+  { id: 'name', title: 'app.name', value: ({ name }) => name },
+  {
+    id: 'size',
+    title: 'app.size',
+    value: ({ size }) => size,
+    text: ({ size }) => formatBytes(size),
+    numeric: true,
+    width: '7rem',
+  },
+  {
+    id: 'age',
+    title: 'downloads.age',
+    value: ({ daysOld }) => daysOld,
+    text: ({ daysOld }) => t('downloads.days', { n: daysOld }),
+    numeric: true,
+    width: '7rem',
+  },
+];
+
+const remove = async (files: Download[]) => {
+  if (await recycle(files)) await downloads.reload();
+};
+
+export function Downloads() {
+  const { data } = useStore(downloads);
+  return (
+    <Card
+      title={t('downloads.title')}
+      class="at-downloads"
+      aside={
+        data !== undefined &&
+        data.count > 0 && (
+          <span class="muted">{t('downloads.total', { size: formatBytes(data.totalBytes) })}</span>
+        )
+      }
+    >
+      <DataView
+        source={downloads}
+        isEmpty={({ items }) => items.length === 0}
+        nothing={<Notice icon="success" title={t('downloads.none')} hint={t('downloads.about')} />}
+      >
+        {({ items }) => <DownloadsTable items={items} />}
+      </DataView>
+    </Card>
+  );
+}
+
+function DownloadsTable({ items }: { items: Download[] }) {
+  const selection = useSelection();
+  const selected = items.filter((item) => selection[0].keys.has(item.path));
+  return (
+    <>
+      <p class="muted small">{t('downloads.about')}</p>
+      <Table
+        label={t('downloads.title')}
+        rows={items}
+        rowKey={pathOf}
+        columns={columns}
+        sort={{ column: 'size', descending: true }}
+        selection={selection}
+        menu={(rows) => [
+          {
+            label: t('disk.copyPath'),
+            icon: 'copy',
+            run: () => void copyText(rows.map(pathOf).join('\r\n')),
+          },
+          { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => void remove(rows) },
+        ]}
+        tools={
+          <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
+            {selected.length === 0
+              ? t('recycle.verb')
+              : t('recycle.verbSize', {
+                  size: formatBytes(selected.reduce((sum, { size }) => sum + size, 0)),
+                })}
+          </Button>
+        }
+      />
+    </>
+  );
+}

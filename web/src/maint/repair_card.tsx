@@ -1,0 +1,97 @@
+import { formatPercent, formatTime } from '../base/format.ts';
+import { t } from '../base/text.ts';
+import { Bar } from '../kit/bar.tsx';
+import { Button, IconButton } from '../kit/button.tsx';
+import { Card } from '../kit/card.tsx';
+import { copyText } from '../kit/clipboard.ts';
+import { Spinner } from '../kit/data_view.tsx';
+import { confirm } from '../kit/dialog.tsx';
+import { useElapsed, useStore } from '../kit/hooks.ts';
+import { Icon } from '../kit/icon.tsx';
+import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
+import { abandonFileCheck, leaveSafeMode, repairStates, startRepair, type Repair } from './repairs.ts';
+import { withQueue } from './update.ts';
+
+/** What interrupts the user's work asks first. */
+async function ask(repair: Repair) {
+  if (repair === 'rebuild-icons' || repair === 'safemode-reboot') {
+    const restarts = repair === 'safemode-reboot';
+    const body = t(`repair.${repair}.confirmBody`);
+    const agreed = await confirm({
+      title: t(`repair.${repair}.confirm`),
+      body: restarts ? withQueue(body) : body,
+      items: restarts ? [leaveSafeMode] : [],
+      verb: t(`repair.${repair}.verb`),
+      danger: restarts,
+    });
+    if (!agreed) return;
+  }
+  startRepair(repair);
+}
+
+export function RepairCard({ repair }: { repair: Repair }) {
+  const { since, lines, result } = useStore(repairStates)[repair] ?? {};
+  return (
+    <Card title={t(`repair.${repair}`)} class="repair">
+      <p>{t(`repair.${repair}.about`)}</p>
+      <dl class="small">
+        <dt>{t('repair.needs')}</dt>
+        <dd>{t(`repair.${repair}.needs`)}</dd>
+        <dt>{t('repair.next')}</dt>
+        <dd>{t(`repair.${repair}.next`)}</dd>
+      </dl>
+      {repair === 'safemode-reboot' && (
+        <>
+          <p class="small">{t('repair.comeBack')}</p>
+          <div class="tool-log">
+            <code>{leaveSafeMode}</code>
+            <IconButton
+              icon="copy"
+              label={t('repair.copyComeBack')}
+              onClick={() => void copyText(leaveSafeMode)}
+            />
+          </div>
+        </>
+      )}
+      <RepairButton repair={repair} />
+      {result && (
+        <p class={result.good ? 'outcome good' : 'outcome'} role="status" data-result={repair}>
+          <Icon name={result.good ? 'success' : 'alert'} />
+          <span>{result.text}</span>
+          <span class="muted small">{formatTime(result.at)}</span>
+        </p>
+      )}
+      {lines && (
+        <details open={since !== undefined}>
+          <summary>{t('jobs.log')}</summary>
+          <ToolLog label={`${t('jobs.log')}: ${t(`repair.${repair}`)}`} lines={lines} />
+        </details>
+      )}
+    </Card>
+  );
+}
+
+/** Starts a repair and shows how far it is. */
+function RepairButton({ repair }: { repair: Repair }) {
+  const { since, lastOutput, percent } = useStore(repairStates)[repair] ?? {};
+  const running = since !== undefined;
+  const seconds = useElapsed(since);
+  const silent = useElapsed(running ? lastOutput : undefined);
+  return (
+    <div class="buttons line" data-repair={repair} aria-busy={running}>
+      <Button icon="maintenance" disabled={running} onClick={() => void ask(repair)}>
+        {t(`repair.${repair}.verb`)}
+      </Button>
+      {running && (
+        <>
+          {percent === undefined ? <Spinner /> : <Bar percent={percent} />}
+          <span class="muted">
+            {percent !== undefined && `${formatPercent(percent)}, `}
+            {t('scan.elapsed', { n: seconds })}
+          </span>
+        </>
+      )}
+      {silent >= silentSeconds && <Button onClick={abandonFileCheck}>{t('jobs.abandon')}</Button>}
+    </div>
+  );
+}

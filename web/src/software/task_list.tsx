@@ -1,0 +1,205 @@
+import type { ComponentChildren } from 'preact';
+import { useMemo } from 'preact/hooks';
+import { distinctBy } from '../base/distinct.ts';
+import { formatDate, noValue } from '../base/format.ts';
+import { formatNumber, t } from '../base/text.ts';
+import { host } from '../bridge/host.ts';
+import { Button } from '../kit/button.tsx';
+import { confirm } from '../kit/dialog.tsx';
+import { errorText } from '../kit/error_text.ts';
+import { useStore } from '../kit/hooks.ts';
+import type { MenuItem } from '../kit/menu.tsx';
+import type { Column } from '../kit/table/column.ts';
+import { useSelection } from '../kit/table/rows.ts';
+import { Table } from '../kit/table/table.tsx';
+import { toast } from '../kit/toast.tsx';
+import { updateBusy } from '../shell/busy.ts';
+import type { JobKind } from './exit_codes.ts';
+import { isPending } from './jobs.ts';
+import type { Obstacle } from './package_rows.ts';
+import { enqueue, jobs } from './queue.ts';
+import { JobState } from './queue_panel.tsx';
+
+type Block = Obstacle | 'skipped';
+
+type Cell = 'name' | 'id' | 'version' | 'available' | 'source' | 'date' | 'severity';
+
+/** What the three lists have in common: a row is a task that can be queued, unless something stands in its way. */
+export interface Row {
+  key: string;
+  /** Identifier of the package, title of the driver. */
+  id: string;
+  name: string;
+  block: Block | undefined;
+  ignored?: boolean;
+  cells: Partial<Record<Cell, string>>;
+}
+
+interface TaskListProps {
+  kind: JobKind;
+  label: string;
+  rows: Row[];
+  columns: readonly Column<Row>[];
+  menu?(rows: Row[]): MenuItem[];
+  tools?: ComponentChildren;
+}
+
+const cell =
+  (id: Cell) =>
+  ({ cells }: Row) =>
+    cells[id] ?? '';
+
+/** Columns of these cells, and of the state of the row's job. */
+export function taskColumns(kind: JobKind, described: [id: Cell, width?: string][]): Column<Row>[] {
+  return [
+    ...described.map(([id, width]): Column<Row> => ({
+      id,
+      title: `software.${id}`,
+      value: cell(id),
+      text: (row) => (id === 'date' ? formatDate(cell(id)(row)) : cell(id)(row)) || noValue,
+      ...(width && { width }),
+    })),
+    {
+      id: 'state',
+      title: 'software.state',
+      value: ({ block, ignored }) => (block ? t(`obstacle.${block}`) : ignored ? t('software.ignored') : ''),
+      cell: (row) => <State kind={kind} {...row} />,
+      width: '12.5rem',
+    },
+  ];
+}
+
+/** Says which rows can be queued: not what something stands in the way of, nor what is queued already. */
+function useUsable(kind: JobKind): (row: Row) => boolean {
+  // One text, so that it changes only when a job comes or ends, and not with every line that a tool prints.
+  const pending = useStore(jobs, (all) =>
+    all
+      .filter((job) => job.kind === kind && isPending(job))
+      .map(({ id }) => id)
+      .join('\n'),
+  );
+  return useMemo(() => {
+    const ids = new Set(pending.split('\n'));
+    return ({ block, ignored, id }) => !block && !ignored && !ids.has(id);
+  }, [pending]);
+}
+
+export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListProps) {
+  const selection = useSelection();
+  const isUsable = useUsable(kind);
+  const verb = (n: number) =>
+    n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
+  const removes = kind === 'uninstall';
+  function menuOf(marked: Row[]): MenuItem[] {
+    const ready = marked.filter(isUsable);
+    const act: MenuItem = {
+      label: verb(ready.length),
+      icon: removes ? 'remove' : 'software',
+      danger: removes,
+      run: () => void start(kind, ready),
+    };
+    const help: MenuItem = {
+      label: t('obstacle.settings'),
+      icon: 'settings',
+      run: () => openSettings(kind),
+    };
+    return [
+      ...(ready.length > 0 ? [act] : []),
+      ...(settingsPages[kind] && marked.some(({ block }) => block) ? [help] : []),
+      ...(menu?.(marked) ?? []),
+    ];
+  }
+  return (
+    <>
+      <Table
+        label={label}
+        rows={rows}
+        rowKey={({ key }) => key}
+        columns={columns}
+        sort={{ column: 'name', descending: false }}
+        selection={selection}
+        selectable={isUsable}
+        menu={menuOf}
+        tools={(chosen) => (
+          <>
+            {tools}
+            <Button
+              kind={removes ? undefined : 'primary'}
+              icon={removes ? 'remove' : undefined}
+              disabled={chosen.length === 0}
+              onClick={() => void start(kind, chosen)}
+            >
+              {verb(chosen.length)}
+            </Button>
+          </>
+        )}
+      />
+      <Obstacles kind={kind} rows={rows} />
+    </>
+  );
+}
+
+/** Where Windows itself does what a row cannot. */
+const settingsPages: Partial<Record<JobKind, string>> = {
+  uninstall: 'ms-settings:appsfeatures',
+  driver: 'ms-settings:windowsupdate-optionalupdates',
+};
+
+/** An update can be repeated by hand; what changes more is asked about first. */
+async function start(kind: JobKind, rows: Row[]) {
+  // Varnel ends as soon as its own update is there.
+  if (updateBusy.get()) return toast(`${t('update.downloading')} ${t('update.willClose')}`, { error: true });
+  const tasks = distinctBy(rows, ({ id }) => id).map(({ id, name }) => ({ kind, id, name }));
+  const agreed =
+    kind === 'update' ||
+    (await confirm({
+      title: t(`software.${kind}.title`, { n: tasks.length }),
+      body: t(`software.${kind}.body`),
+      items: tasks.map(({ name }) => name),
+      verb: t(`software.${kind}`),
+      danger: kind === 'uninstall',
+    }));
+  if (agreed) enqueue(tasks);
+}
+
+function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
+  if (block)
+    return (
+      <span class="tag" title={t(`obstacle.${block}.why`)}>
+        {t(`obstacle.${block}`)}
+      </span>
+    );
+  if (ignored) return <span class="tag">{t('software.ignored')}</span>;
+  return <JobState kind={kind} id={id} />;
+}
+
+const obstacles = ['windows', 'shifted', 'cut', 'characters', 'skipped'] as const;
+
+function openSettings(kind: JobKind) {
+  void host
+    .openUrl(settingsPages[kind] ?? '')
+    .catch((error: unknown) => toast(errorText(error), { error: true }));
+}
+
+/** Why some rows cannot be acted on, in words: their marks only name it. */
+function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
+  const count = (wanted: Block) => rows.filter(({ block }) => block === wanted).length;
+  const n = rows.filter(({ block }) => block).length;
+  if (n === 0) return null;
+  return (
+    <details class="obstacles small">
+      <summary>{t('obstacle.some', { n })}</summary>
+      {obstacles.filter(count).map((block) => (
+        <p key={block}>
+          <strong>{`${t(`obstacle.${block}`)} (${formatNumber(count(block))})`}</strong>:{' '}
+          {t(`obstacle.${block}.why`)}
+        </p>
+      ))}
+      {settingsPages[kind] && (
+        <Button icon="settings" onClick={() => openSettings(kind)}>
+          {t('obstacle.settings')}
+        </Button>
+      )}
+    </details>
+  );
+}
