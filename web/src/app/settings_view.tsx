@@ -42,7 +42,7 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
           <legend>{t('settings.theme')}</legend>
           <div class="themes">
             {themes.map((name) => (
-              <label class="theme line" data-theme={name}>
+              <label class="theme choice line" data-theme={name}>
                 <input
                   type="radio"
                   name="theme"

@@ -28,7 +28,7 @@ export function Cleaning() {
   const unmeasured = state.data === undefined && state.phase !== 'failed';
   return (
     <View id="cleaning" refresh={refresh} at={since === undefined ? state.at : undefined}>
-      <div class="cleaning">
+      <div class="board cleaning">
         {unmeasured ? (
           <Junk />
         ) : (
@@ -95,7 +95,7 @@ function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps
         <span id={`${id}-name`}>{t(`junk.${category}`)}</span>
       </span>
       <span
-        class="junk-size"
+        class="junk-size big"
         id={`${id}-size`}
         title={measured === undefined ? undefined : exactBytes(measured)}
       >
@@ -164,7 +164,7 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
     <div class="card junk junk-total" aria-busy={busy}>
       <span class="junk-name line">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
       <span
-        class="junk-size"
+        class="junk-size big"
         data-testid="junk-total"
         title={chosen === undefined || done ? undefined : exactBytes(chosen)}
       >

@@ -23,7 +23,7 @@ export function Drives({ disks }: { disks: Drive[] }) {
     <div class="drives line">
       <div class="drive-list" role="radiogroup" aria-label={t('disk.drives')}>
         {disks.map(({ drive, percent, freeBytes, totalBytes, usedBytes }) => (
-          <label class="drive" key={drive} data-drive={drive}>
+          <label class="drive choice" key={drive} data-drive={drive}>
             <input
               type="radio"
               name="drive"

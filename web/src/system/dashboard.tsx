@@ -33,7 +33,7 @@ export function Dashboard() {
   usePolling(pollTelemetry, telemetryPeriodMs);
   return (
     <View id="dashboard" refresh={refresh} at={live.at}>
-      <div class="dashboard">
+      <div class="board dashboard">
         <DataView source={telemetry}>
           {(data) => (
             <>
@@ -102,7 +102,7 @@ function Temperatures({ sample, rates }: Telemetry) {
         {rows.map(([name, value]) => (
           <div>
             <dt>{name}</dt>
-            <dd>{known ? formatTemperature(value) : noValue}</dd>
+            <dd class="big">{known ? formatTemperature(value) : noValue}</dd>
           </div>
         ))}
       </dl>
