@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'app.nav': ['Hlavní navigace', 'Main navigation'],
 
@@ -115,4 +113,4 @@ export const texts = {
   'theme.emerald': ['Smaragd', 'Emerald'],
   'theme.ember': ['Žár', 'Ember'],
   'theme.light': ['Světlý', 'Light'],
-} as const satisfies TextTable;
+} as const;

@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'cleaning.junk': ['Nepotřebné soubory', 'Disposable files'],
   'cleaning.total': ['K vyčištění', 'To be cleaned'],
@@ -115,4 +113,4 @@ export const texts = {
     'Hibernaci se nepodařilo přepnout. {reason}',
     'Hibernation could not be switched. {reason}',
   ],
-} as const satisfies TextTable;
+} as const;

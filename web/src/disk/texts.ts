@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'disk.drives': ['Disky k analýze', 'Disks to analyse'],
   'disk.used': ['{used} z {total}, volných {free}', '{used} of {total}, {free} free'],
@@ -69,4 +67,4 @@ export const texts = {
   'kind.archive': ['Archiv', 'Archive'],
   'kind.program': ['Program', 'Program'],
   'kind.other': ['Ostatní', 'Other'],
-} as const satisfies TextTable;
+} as const;

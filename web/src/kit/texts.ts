@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'app.retry': ['Zkusit znovu', 'Try again'],
   'app.cancel': ['Zrušit', 'Cancel'],
@@ -72,4 +70,4 @@ export const texts = {
     { one: 'a {n} další', few: 'a {n} další', many: 'a {n} další', other: 'a dalších {n}' },
     { one: 'and {n} more', other: 'and {n} more' },
   ],
-} as const satisfies TextTable;
+} as const;

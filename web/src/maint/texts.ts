@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'repair.needs': ['Potřebuje', 'Needs'],
   'repair.next': ['Co bude dál', 'What happens next'],
@@ -132,4 +130,4 @@ export const texts = {
     'Odinstalační program se spouští. Když oprávnění odmítnete, nic se nestane.',
     'The uninstaller is starting. If you decline the permission, nothing happens.',
   ],
-} as const satisfies TextTable;
+} as const;

@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'network.ports': ['Otevřené porty', 'Open ports'],
   'network.portsHint': [
@@ -218,4 +216,4 @@ export const texts = {
     'Výpis zařízení z PowerShellu se nepodařilo přečíst.',
     'The list of devices from PowerShell could not be read.',
   ],
-} as const satisfies TextTable;
+} as const;

@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'app.undo': ['Vrátit zpět', 'Undo'],
   'app.refresh': ['Obnovit', 'Refresh'],
@@ -158,4 +156,4 @@ export const texts = {
     'Nastavení se nepodařilo uložit. {reason}',
     'The settings could not be saved. {reason}',
   ],
-} as const satisfies TextTable;
+} as const;

@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'software.lists': ['Seznamy', 'Lists'],
   'software.scan': ['Zkontrolovat systém', 'Scan the system'],
@@ -269,4 +267,4 @@ export const texts = {
     'Neodstraněné položky: {n}. Používá je jiný program, chybí práva nebo neběží pomocná služba.',
     'Items not removed: {n}. They are in use, rights are missing, or the helper service is not running.',
   ],
-} as const satisfies TextTable;
+} as const;

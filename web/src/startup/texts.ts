@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'startup.name': ['Program', 'Program'],
   'startup.runs': ['Spouští se', 'Starts'],
@@ -41,4 +39,4 @@ export const texts = {
     'Varnel hledá v registru v klíči Run, ve vašem i ve společném.',
     'Varnel looks into the Run key of the registry, yours and the shared one.',
   ],
-} as const satisfies TextTable;
+} as const;

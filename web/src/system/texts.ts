@@ -1,5 +1,3 @@
-import type { TextTable } from '../base/text.ts';
-
 export const texts = {
   'duration.hours': ['{hours} h {minutes} min', '{hours} h {minutes} min'],
   'duration.minutes': ['{minutes} min', '{minutes} min'],
@@ -63,4 +61,4 @@ export const texts = {
   'spec.gpu.unknown': ['Neznámé GPU', 'Unknown GPU'],
   'spec.ram.unknown': ['Neznámá RAM', 'Unknown RAM'],
   'spec.os.unknown': ['Neznámý OS', 'Unknown OS'],
-} as const satisfies TextTable;
+} as const;
