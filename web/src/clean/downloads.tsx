@@ -3,13 +3,12 @@ import { t } from '../base/text.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import { Button } from '../kit/button.tsx';
 import { Card } from '../kit/card.tsx';
-import { copyText } from '../kit/clipboard.ts';
 import { DataView, Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/rows.ts';
 import { Table } from '../kit/table/table.tsx';
-import { recycle } from '../shell/recycle.ts';
+import { fileItems, recycle, sizeColumn } from '../shell/recycle.ts';
 import { downloads } from './cleaning.ts';
 
 type Download = Reply<'getDownloadsJunk'>['items'][number];
@@ -17,14 +16,7 @@ const pathOf = ({ path }: Download) => path;
 
 const columns: Column<Download>[] = [
   { id: 'name', title: 'app.name', value: ({ name }) => name },
-  {
-    id: 'size',
-    title: 'app.size',
-    value: ({ size }) => size,
-    text: ({ size }) => formatBytes(size),
-    numeric: true,
-    width: '7rem',
-  },
+  sizeColumn,
   {
     id: 'age',
     title: 'downloads.age',
@@ -76,14 +68,7 @@ function DownloadsTable({ items }: { items: Download[] }) {
         columns={columns}
         sort={{ column: 'size', descending: true }}
         selection={selection}
-        menu={(rows) => [
-          {
-            label: t('disk.copyPath'),
-            icon: 'copy',
-            run: () => void copyText(rows.map(pathOf).join('\r\n')),
-          },
-          { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => void remove(rows) },
-        ]}
+        menu={(rows) => fileItems(rows, (files) => void remove(files))}
         tools={
           <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
             {selected.length === 0
