@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/handle_win.h"
 #include "base/registry_win.h"
 #include "base/text.h"
 #include "base/utf8.h"
@@ -81,17 +80,4 @@ TEST(StartWorker, RunsEachBodyOnceHoweverThreadsBeginAndEnd) {
   done = true;
   loader.join();
   EXPECT_EQ(ran_once(), std::ssize(runs));
-}
-
-TEST(OwnedHandle, ClosesExactlyOnce) {
-  HANDLE raw = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  DWORD flags = 0;
-  {
-    KernelHandle first(raw);
-    KernelHandle second = std::move(first);
-    EXPECT_FALSE(first);
-    EXPECT_EQ(second.get(), raw);
-    EXPECT_TRUE(GetHandleInformation(raw, &flags));
-  }
-  EXPECT_FALSE(GetHandleInformation(raw, &flags));
 }

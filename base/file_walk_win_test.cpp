@@ -1,13 +1,14 @@
 #include "base/file_walk_win.h"
 
+#include <set>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "base/text.h"
-#include "testing/directory_link_win.h"
-#include "testing/stand_ins/ntfs_win.h"
+#include "testing/import_hook_win.h"
 #include "testing/temp_folder_win.h"
 
 namespace {
@@ -23,127 +24,100 @@ std::wstring Extended(const std::wstring& path) {
   return LR"(\\?\)" + path;
 }
 
-void PutLiteral(const std::wstring& path, DWORD size_bytes) {
-  const FileHandle file(
-      CreateFileW(Extended(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-  ASSERT_TRUE(file) << GetLastError();
-  DWORD written = 0;
-  WriteFile(file.get(), std::string(size_bytes, 'x').data(), size_bytes, &written, nullptr);
+bool IsNamed(std::wstring_view path, std::wstring_view prefix) {
+  return path.substr(path.rfind(L'\\') + 1).starts_with(prefix);
+}
+
+// What NTFS has and Wine's file system lacks. An entry named "link..." is listed as a link: its target would be
+// what is in it. A folder named "read-only..." does not go at the first time.
+BOOL WINAPI FindNextMarked(HANDLE find, WIN32_FIND_DATAW* entry) {
+  if (!ImportHook<FindNextMarked>::system(find, entry)) return FALSE;
+  if (IsNamed(entry->cFileName, L"read-only")) entry->dwFileAttributes |= FILE_ATTRIBUTE_READONLY;
+  if (!IsNamed(entry->cFileName, L"link")) return TRUE;
+  entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+  entry->nFileSizeHigh = entry->nFileSizeLow = 0;
+  return TRUE;
+}
+
+BOOL WINAPI RefuseReadOnly(const wchar_t* path) {
+  static std::set<std::wstring> refused;
+  if (!IsNamed(path, L"read-only") || !refused.insert(path).second)
+    return ImportHook<RefuseReadOnly>::system(path);
+  SetLastError(ERROR_ACCESS_DENIED);
+  return FALSE;
+}
+
+// The folder has become a link since it was listed.
+BOOL WINAPI InformationOfLink(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* information, DWORD size) {
+  if (!ImportHook<InformationOfLink>::system(file, kind, information, size)) return FALSE;
+  if (kind == FileBasicInfo)
+    static_cast<FILE_BASIC_INFO*>(information)->FileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+  return TRUE;
 }
 
 }  // namespace
 
-TEST(FileWalk, NeverFollowsALinkThatItMeets) {
-  struct {
-    const char* name;
-    DWORD tag;  // 0: of a file
-    const wchar_t* target;
-  } links[] = {{"junction", IO_REPARSE_TAG_MOUNT_POINT, L""},
-               {"folder link", IO_REPARSE_TAG_SYMLINK, L""},
-               {"broken junction", IO_REPARSE_TAG_MOUNT_POINT, L"\\nothing"},
-               {"file link", 0, L"\\canary"},
-               {"broken file link", 0, L"\\nothing"}};
-  for (const auto& link : links) {
-    for (const wchar_t* place : {L"", L"\\a\\b\\c"}) {
-      SCOPED_TRACE(testing::Message() << link.name << " in \"" << WideToUtf8(place) << "\"");
-      const TempFolder cleaned, elsewhere;
-      PutFile(elsewhere.path + L"\\canary", 1000);
-      PutFile(elsewhere.path + L"\\deep\\canary", 1000);
-      PutFile(cleaned.path + place + L"\\before", 3);
-      PutFile(cleaned.path + place + L"\\zzz\\after", 4);
-      StandInNtfs ntfs;
-      const std::wstring path = cleaned.path + place + L"\\link", target = elsewhere.path + link.target;
-      link.tag == 0 ? ntfs.AddFileLink(path, target) : ntfs.AddFolderLink(path, target, link.tag);
-
-      EXPECT_EQ(DirectorySize(cleaned.path), 7u);
-      ClearDirectoryContents(cleaned.path);
-      EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
-      EXPECT_EQ(DirectorySize(elsewhere.path), 2000u) << "the canaries";
-    }
-  }
-}
-
-// The same with a link that the system itself knows. Wine cannot delete it, so only its target is looked at.
-TEST(FileWalk, LeavesTheTargetOfARealLinkAlone) {
-  const TempFolder cleaned, elsewhere;
-  PutFile(elsewhere.path + L"\\deep\\canary", 1000);
-  PutFile(cleaned.path + L"\\a\\file", 5);
-  ASSERT_TRUE(MakeDirectoryLink(cleaned.path + L"\\link", elsewhere.path));
-  ASSERT_TRUE(MakeDirectoryLink(cleaned.path + L"\\a\\link", elsewhere.path));
-  EXPECT_EQ(DirectorySize(cleaned.path), 5u);
+TEST(FileWalk, TakesALinkAwayAndNeverFollowsIt) {
+  const TempFolder cleaned;
+  PutFile(cleaned.path + L"\\a\\link to a folder\\deep\\canary", 1000);
+  PutFile(cleaned.path + L"\\a\\link to a file", 20);
+  std::filesystem::create_directories(cleaned.path + L"\\a\\b\\link, broken");
+  PutFile(cleaned.path + L"\\a\\z\\after", 4);
+  const ImportHook<FindNextMarked> find_next("FindNextFileW");
+  EXPECT_EQ(DirectorySize(cleaned.path), 4u);
   ClearDirectoryContents(cleaned.path);
-  EXPECT_FALSE(Exists(cleaned.path + L"\\a\\file"));
-  EXPECT_EQ(DirectorySize(elsewhere.path), 1000u);
-}
-
-TEST(FileWalk, EmptiesAFolderThatIsItselfALink) {
-  const TempFolder place, target;
-  PutFile(target.path + L"\\a\\file", 5);
-  StandInNtfs ntfs;
-  ntfs.AddFolderLink(place.path + L"\\temp", target.path, IO_REPARSE_TAG_MOUNT_POINT);
-  EXPECT_EQ(DirectorySize(place.path + L"\\temp"), 5u);
-  ClearDirectoryContents(place.path + L"\\temp");
-  EXPECT_TRUE(std::filesystem::is_empty(target.path));
-  EXPECT_EQ(Names(place.path), std::vector<std::wstring>{L"temp"});
+  EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"link to a folder"});
+  EXPECT_TRUE(Exists(cleaned.path + L"\\a\\link to a folder\\deep\\canary")) << "behind the link";
 }
 
 TEST(FileWalk, DoesNotEnterAFolderThatBecameALinkAfterItWasListed) {
-  const TempFolder cleaned, elsewhere;
-  PutFile(elsewhere.path + L"\\canary", 1000);
-  PutFile(cleaned.path + L"\\folder\\file", 1);
-  StandInNtfs ntfs;
-  ntfs.SwapForJunction(cleaned.path + L"\\folder", elsewhere.path);
-  ClearDirectoryContents(cleaned.path);
-  EXPECT_TRUE(Exists(elsewhere.path + L"\\canary"));
-}
-
-TEST(FileWalk, DeletesWhatIsMarkedReadOnly) {
   const TempFolder cleaned;
-  PutFile(cleaned.path + L"\\file", 1);
-  PutFile(cleaned.path + L"\\empty folder\\x", 1);
-  PutFile(cleaned.path + L"\\folder\\inner\\file", 1);
-  DeleteFileW((cleaned.path + L"\\empty folder\\x").c_str());
-  StandInNtfs ntfs;
-  for (const wchar_t* path :
-       {L"\\file", L"\\empty folder", L"\\folder", L"\\folder\\inner", L"\\folder\\inner\\file"})
-    SetFileAttributesW((cleaned.path + path).c_str(), FILE_ATTRIBUTE_READONLY);
-  ASSERT_FALSE(DeleteFileW((cleaned.path + L"\\file").c_str()));
-  ASSERT_FALSE(RemoveDirectoryW((cleaned.path + L"\\empty folder").c_str()));
-  ClearDirectoryContents(cleaned.path);
-  EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
-}
-
-TEST(FileWalk, LeavesAFileInUseAsItWas) {
-  const TempFolder cleaned;
-  const std::wstring locked = cleaned.path + L"\\a\\b\\locked";
-  PutFile(locked, 10);
-  PutFile(cleaned.path + L"\\a\\b\\free", 1);
-  PutFile(cleaned.path + L"\\a\\z\\free", 1);
-  const StandInNtfs ntfs;
-  for (const std::wstring& path : {locked, cleaned.path + L"\\a\\b"})
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
+  PutFile(cleaned.path + L"\\folder\\canary", 1000);
   {
+    const ImportHook<InformationOfLink> information("GetFileInformationByHandleEx");
+    ClearDirectoryContents(cleaned.path);
+  }
+  EXPECT_TRUE(Exists(cleaned.path + L"\\folder\\canary"));
+  ClearDirectoryContents(cleaned.path);
+  EXPECT_FALSE(Exists(cleaned.path + L"\\folder"));
+}
+
+TEST(FileWalk, DeletesWhatIsMarkedReadOnlyAndLeavesAFileInUseAsItWas) {
+  const TempFolder cleaned;
+  for (const wchar_t* path : {L"\\file", L"\\read-only\\inner\\file", L"\\read-only 2\\locked"}) {
+    PutFile(cleaned.path + path, 1);
+    SetFileAttributesW((cleaned.path + path).c_str(), FILE_ATTRIBUTE_READONLY);
+    ASSERT_FALSE(DeleteFileW((cleaned.path + path).c_str()));
+  }
+  const std::wstring locked = cleaned.path + L"\\read-only 2\\locked";
+  {
+    const ImportHook<FindNextMarked> find_next("FindNextFileW");
+    const ImportHook<RefuseReadOnly> remove("RemoveDirectoryW");
     const FileHandle in_use(CreateFileW(locked.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(in_use);
     ClearDirectoryContents(cleaned.path);
   }
-  EXPECT_EQ(DirectorySize(cleaned.path), 10u);
-  EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"b"});
-  for (const wchar_t* folder : {L"\\a", L"\\a\\b"})
-    EXPECT_NE(FolderListing(cleaned.path + folder).Next()->dwFileAttributes & FILE_ATTRIBUTE_READONLY, 0u);
+  EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{L"read-only 2"});
+  EXPECT_NE(GetFileAttributesW(locked.c_str()) & FILE_ATTRIBUTE_READONLY, 0u);
   SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST(FileWalk, TakesNamesLiterallyHoweverLongThePath) {
   const TempFolder cleaned;
+  const auto put = [](const std::wstring& path, DWORD size_bytes) {
+    const FileHandle file(
+        CreateFileW(Extended(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file.get(), std::string(size_bytes, 'x').data(), size_bytes, &written, nullptr));
+  };
   std::wstring folder = cleaned.path;
   for (int i = 0; i < 40; ++i) CreateDirectoryW(Extended(folder += L"\\Žluťoučký kůň").c_str(), nullptr);
   ASSERT_GT(folder.size(), 500u);
-  PutLiteral(folder + L"\\ďábelské ódy.log", 7);
+  put(folder + L"\\ďábelské ódy.log", 7);
   CreateDirectoryW(Extended(cleaned.path + L"\\dots..").c_str(), nullptr);
-  PutLiteral(cleaned.path + L"\\dots..\\blank ", 20);
-  PutLiteral(cleaned.path + L"\\dot.", 300);
-  PutLiteral(cleaned.path + L"\\nul", 4000);
+  put(cleaned.path + L"\\dots..\\blank ", 20);
+  put(cleaned.path + L"\\dot.", 300);
+  put(cleaned.path + L"\\nul", 4000);
   EXPECT_EQ(DirectorySize(cleaned.path), 4327u);
   ClearDirectoryContents(cleaned.path);
   EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
