@@ -1,21 +1,16 @@
-// Real junk on drive C of the prefix, cleaned through the page; what is on the disk is counted from outside Wine.
+// Real junk on drive C of the prefix; what is on the disk is counted from outside Wine.
 import assert from 'node:assert/strict';
-import { mkdir, readFile, readdir, rename, rm, symlink, truncate, utimes, writeFile } from 'node:fs/promises';
+import { chmod, mkdir, readFile, readdir, rm, symlink, truncate, utimes, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
 import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import {
-  checkAccessibility,
-  closeServiceDialog,
-  inWords,
-  makeHome,
-  openView,
-  screenshot,
-  withVarnel,
-} from './harness.mjs';
-import { filesBelow, makeFolder, prepareWine, runInPrefix, unixPath } from './wine.mjs';
+import * as harness from './harness.mjs';
+import * as wine from './wine.mjs';
+
+const { asked, closeServiceDialog, dialogOf, inWords, openView, press, toastOf, withVarnel } = harness;
+const { makeFolder, prepareWine, registryText, unixPath, withRegistry } = wine;
 
 const kUser = `C:\\users\\${userInfo().username}`;
 const kLocal = `${kUser}\\AppData\\Local`;
@@ -23,532 +18,330 @@ const kBrowsers = ['Google\\Chrome', 'Microsoft\\Edge'].flatMap((name) =>
   ['Cache', 'Code Cache'].map((cache) => `${kLocal}\\${name}\\User Data\\Default\\${cache}`),
 );
 await prepareWine();
-const kUserTemp = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
+const kUserTemp = (await wine.runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 
-// Typed by hand: what is emptied, and what is only counted.
+// Typed by hand: [what is emptied, what is only measured].
 const kCategories = {
-  windowsTemp: { cleaned: ['C:\\Windows\\Temp'], kept: ['C:\\Windows\\SystemTemp'] },
-  prefetch: { cleaned: ['C:\\Windows\\Prefetch'], kept: [] },
-  userTemp: { cleaned: [kUserTemp], kept: [] },
-  winUpdate: { cleaned: ['C:\\Windows\\SoftwareDistribution\\Download'], kept: [] },
-  browserCache: {
-    cleaned: [...kBrowsers, `${kLocal}\\BraveSoftware\\Brave-Browser\\User Data\\Default\\Cache`],
-    kept: [`${kLocal}\\Mozilla\\Firefox\\Profiles`],
-  },
-  shaderCache: {
-    cleaned: [`${kLocal}\\NVIDIA\\DXCache`, `${kLocal}\\NVIDIA\\GLCache`, `${kLocal}\\D3DSCache`],
-    kept: [],
-  },
-  systemLogs: {
-    cleaned: ['C:\\ProgramData\\Microsoft\\Windows\\WER', 'C:\\Windows\\Logs'],
-    kept: ['C:\\Windows\\Minidump'],
-  },
+  windowsTemp: [['C:\\Windows\\Temp'], ['C:\\Windows\\SystemTemp']],
+  prefetch: [['C:\\Windows\\Prefetch'], []],
+  userTemp: [[kUserTemp], []],
+  winUpdate: [['C:\\Windows\\SoftwareDistribution\\Download'], []],
+  browserCache: [
+    [...kBrowsers, `${kLocal}\\BraveSoftware\\Brave-Browser\\User Data\\Default\\Cache`],
+    [`${kLocal}\\Mozilla\\Firefox\\Profiles`],
+  ],
+  shaderCache: [['NVIDIA\\DXCache', 'NVIDIA\\GLCache', 'D3DSCache'].map((name) => `${kLocal}\\${name}`), []],
+  systemLogs: [['C:\\ProgramData\\Microsoft\\Windows\\WER', 'C:\\Windows\\Logs'], ['C:\\Windows\\Minidump']],
 };
 const kNames = Object.keys(kCategories);
-const kFolders = Object.values(kCategories).flatMap(({ cleaned, kept }) => [...cleaned, ...kept]);
-const kFilesAFolder = 200;
-const kEverything = Object.fromEntries(kNames.map((name) => [name, true]));
+const kFolders = Object.values(kCategories).flat(2);
+const kDeep = ['x', 'y', 'z'].map((letter) => letter.repeat(120)).join('/');
+const only = (...names) => Object.fromEntries(kNames.map((name) => [name, names.includes(name)]));
 
-// [number of files, bytes] of folders, links neither counted nor followed.
-async function countFolders(folders) {
-  const files = (await Promise.all(folders.map((folder) => filesBelow(unixPath(folder))))).flat();
-  return [files.length, files.reduce((sum, { size }) => sum + size, 0)];
+// Bytes of every category, links neither counted nor followed; from 1 on only of what its cleaning leaves.
+async function countJunk(from = 0) {
+  const sizes = {};
+  for (const name of kNames) {
+    const folders = kCategories[name].slice(from).flat();
+    const files = await Promise.all(folders.map((folder) => wine.filesBelow(unixPath(folder))));
+    sizes[name] = files.flat().reduce((total, { size }) => total + size, 0);
+  }
+  return sizes;
 }
-
-// Bytes of every category, as the disk has them.
-async function countJunk() {
-  const entries = kNames.map(async (name) => [
-    name,
-    (await countFolders([...kCategories[name].cleaned, ...kCategories[name].kept]))[1],
-  ]);
-  return Object.fromEntries(await Promise.all(entries));
-}
-
-const bytesOf = async (folders) => (await countFolders(folders))[1];
 const sum = (sizes) => Object.values(sizes).reduce((total, size) => total + size, 0);
 
-// Fills every folder anew, with links to canaries as a child and deep inside. `canaries` gives what lives behind the links.
-async function fillJunk() {
+// Runs `body` with two files in every folder, each of another size, and links to canaries beside both. Nothing may
+// be deleted behind a link, nor a folder itself.
+async function withJunk(body) {
   const outside = await makeFolder('varnel-canary-');
-  await mkdir(join(outside.unix, 'deep'));
-  for (const name of ['canary', 'deep/canary']) await writeFile(join(outside.unix, name), name.repeat(1000));
-  const canaries = async () =>
-    (await filesBelow(outside.unix))
-      .map(({ path, size }) => `${path.slice(outside.unix.length + 1)} ${size}`)
-      .sort();
-
-  let seed = 0;
-  for (const folder of kFolders) {
+  await writeFile(join(outside.unix, 'canary'), 'canary');
+  for (const [i, folder] of kFolders.entries()) {
     const path = unixPath(folder);
     await rm(path, { recursive: true, force: true });
-    const inner = [
-      path,
-      join(path, 'žluťoučký'),
-      join(path, 'a b', '漢字'),
-      join(path, 'x'.repeat(120), 'y'.repeat(120), 'z'.repeat(120)),
-    ];
-    for (const one of inner) await mkdir(one, { recursive: true });
-    for (let i = 0; i < kFilesAFolder; ++i) {
-      const mode = i % 50 === 0 ? 0o444 : 0o644;
-      await writeFile(join(inner[i % inner.length], `${i}.tmp`), '', { mode });
-      await truncate(join(inner[i % inner.length], `${i}.tmp`), 1 + ((seed += 7919) % 60_000));
-    }
+    await mkdir(join(path, kDeep), { recursive: true });
     await mkdir(join(path, 'empty'));
-    await symlink(outside.unix, join(path, 'link'));
-    await symlink(join(outside.unix, 'deep'), join(inner[2], 'link'));
+    for (const [name, size] of [
+      ['read-only', 2 ** (i + 12)],
+      [`${kDeep}/žluť 漢字.tmp`, 1000 + i],
+    ]) {
+      await writeFile(join(path, name), '');
+      await truncate(join(path, name), size);
+    }
+    await chmod(join(path, 'read-only'), 0o444);
+    for (const link of ['link', `${kDeep}/link`]) await symlink(outside.unix, join(path, link));
   }
-  const alive = await canaries();
-  assert.equal(alive.length, 2);
-  return { alive, canaries, remove: outside.remove };
-}
-
-async function emptyJunk() {
-  for (const folder of kFolders) {
-    await rm(unixPath(folder), { recursive: true, force: true });
-    await mkdir(unixPath(folder), { recursive: true });
-  }
-}
-
-// Runs `body` on a prefix full of junk and sees to it that nothing was deleted behind a link.
-async function withJunk(body) {
-  const junk = await fillJunk();
   try {
     await body();
-    assert.deepEqual(await junk.canaries(), junk.alive, 'what links lead to is untouched');
+    assert.deepEqual(await readdir(outside.unix), ['canary'], 'what links lead to is untouched');
+    for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
   } finally {
-    await emptyJunk();
-    await junk.remove();
+    for (const folder of kFolders) {
+      await rm(unixPath(folder), { recursive: true, force: true });
+      await mkdir(unixPath(folder), { recursive: true });
+    }
+    await outside.remove();
   }
 }
 
-const last = (app, type) => app.messages.findLast((message) => message.type === type);
-const exactBytes = (title) => Number(title.replace(/[^0-9]/g, ''));
+// --- the host ---------------------------------------------------------------------------------------------------------
 
-// {category: bytes} as the cards show them, and the total.
-const shownSizes = async (page) =>
-  Object.fromEntries(
-    await Promise.all(
-      kNames.map(async (name) => [
-        name,
-        exactBytes(await page.getAttribute(`[data-junk=${name}] .junk-size`, 'title')),
-      ]),
-    ),
-  );
-const shownTotal = async (page) => exactBytes(await page.getAttribute('[data-testid=junk-total]', 'title'));
+test('each category is measured and emptied alone', () =>
+  withJunk(() =>
+    withVarnel({ page: false }, async (app) => {
+      const want = await countJunk();
+      const kept = await countJunk(1);
+      assert.deepEqual((await app.request('getJunk')).categories, want);
+      for (const name of [undefined, ...kNames]) {
+        const { success, categories, total, bytes } = await app.request('cleanJunk', only(name));
+        if (name) want[name] = kept[name];
+        assert.deepEqual(await countJunk(), want, name);
+        assert.deepEqual([success, categories, total, bytes], [true, want, sum(want), sum(want)]);
+      }
+    }),
+  ));
+
+test('with the service the program deletes nothing itself, whatever the service answers', () =>
+  withJunk(() =>
+    withVarnel({ page: false, service: {} }, async (app) => {
+      const want = await countJunk();
+      const windowsTempBytes = want.windowsTemp + 5_000_000;
+      const reply = { success: true, windowsTempBytes, prefetchBytes: 1 };
+      for (const cleanJunk of [{ reply: { success: true } }, { reply: { success: false } }, {}]) {
+        await app.scriptService({ getJunkSizes: { reply }, cleanJunk });
+        const from = (await asked(app, 'cleanJunk')).length;
+        const { categories } = await app.request('cleanJunk', only('prefetch', 'userTemp'));
+        assert.deepEqual([categories, await countJunk()], [want, want]);
+        const requests = (await asked(app, 'cleanJunk')).slice(from);
+        assert.deepEqual(requests, [{ action: 'cleanJunk', data: only('prefetch', 'userTemp') }]);
+      }
+      const { categories } = await app.request('getJunk');
+      assert.deepEqual(categories, { ...want, windowsTemp: windowsTempBytes }, 'the larger figure counts');
+    }),
+  ));
+
+test('--silent-clean cleans all categories without a window, a browser or the service', () =>
+  withJunk(async () => {
+    const kept = await countJunk(1);
+    const service = { '*': { reply: { success: true } } };
+    await withVarnel({ args: ['/x', '--silent-clean', 'more', 'words'], service }, async (app) => {
+      let looks = 0;
+      for (; app.process.exitCode === null && app.process.signalCode === null; ++looks)
+        assert.equal((await app.window()).found, false);
+      assert.ok(looks > 0);
+      assert.deepEqual([await app.exited, app.recorded.environment], [0, undefined]);
+      assert.deepEqual(await app.serviceRequests(), []);
+    });
+    assert.deepEqual(await countJunk(), kept);
+  }));
+
+// Without TMP and TEMP the system answers with the profile folder.
+test('the profile is no temporary folder, and the page says so', async () => {
+  const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Environment';
+  const canary = unixPath(`${kUser}\\canary.txt`);
+  await writeFile(canary, 'canary');
+  for (const folder of [undefined, kUser, 'C:\\users', 'C:\\']) {
+    const values = folder ? { TEMP: registryText(folder), TMP: registryText(folder) } : {};
+    const options = { language: 'cs', service: {}, ...(folder && { page: false }) };
+    await withRegistry({ 'HKCU\\Environment': values, [kMachine]: undefined }, async () => {
+      await wine.writeRegistry({ [kMachine]: { TEMP: undefined, TMP: undefined } });
+      await withVarnel(options, async (app) => {
+        const { categories, kept } = await app.request('getJunk');
+        assert.deepEqual([categories.userTemp, kept], [0, ['userTemp']], folder);
+        await app.scriptService({ cleanJunk: {} });
+        assert.deepEqual((await app.request('cleanJunk', only('userTemp'))).kept, ['userTemp']);
+        await app.stopService();
+        await app.request('cleanJunk', only('userTemp'));
+        assert.ok(existsSync(canary), folder);
+        if (!app.page) return;
+        await app.startService({});
+        await openView(app.page, 'cleaning');
+        const card = app.page.locator('[data-junk=userTemp]');
+        await card.getByText(app.text('junk.kept')).waitFor();
+        assert.ok(await card.getByRole('checkbox').isDisabled());
+      });
+    });
+  }
+  await rm(canary);
+});
+
+test('nothing is recycled by another name than its own', async () => {
+  const folder = await makeFolder();
+  const home = await harness.makeHome();
+  for (const name of ['kept.zip', 'kept.zip.']) await writeFile(join(folder.unix, name), 'kept');
+  const file = `${folder.windows}\\kept.zip`;
+  const paths = [
+    ...[`${file}.`, `${file} `, `${file}\0x`, 'kept.zip', 'C:', '', `${folder.windows}/kept.zip`],
+    ...['.', 'x\\..'].map((step) => `${folder.windows}\\${step}\\kept.zip`),
+  ];
+  await withVarnel({ page: false, env: { HOME: home.unix } }, async (app) => {
+    const { success, deletedCount } = await app.request('deleteSpecificFiles', { paths });
+    assert.deepEqual([success, deletedCount], [false, 0]);
+    assert.deepEqual((await readdir(folder.unix)).filter((name) => name.startsWith('kept')).length, 2);
+  });
+  await Promise.all([folder.remove(), home.remove()]);
+});
+
+// --- the story --------------------------------------------------------------------------------------------------------
+
 const measured = (page) =>
   page.waitForSelector('.junk-total[aria-busy=false] [data-testid=junk-total][title]');
-const cleaned = (page) => page.waitForSelector('.junk-outcome');
+const titleOf = async (page, selector) =>
+  Number((await page.getAttribute(selector, 'title')).replace(/[^0-9]/g, ''));
 const tick = (page, name) => page.click(`[data-junk=${name}] input`);
 
-async function confirmClean(page) {
-  await page.click('.junk-total button');
-  const dialog = page.getByRole('dialog', { name: /Clean the ticked|Vyčistit vybrané/ });
-  await dialog.waitFor();
-  return dialog;
-}
-
 test('junk is measured, cleaned by choice, and what the page says is what the disk has', () =>
-  withJunk(() =>
-    withVarnel(
-      {
-        settings: { theme: 'light', language: 'en' },
-        viewport: { width: 1250, height: 700 },
-        tools: {
-          'holder.exe': {
-            steps: [{ hold: `${kUserTemp}\\locked.tmp`, text: 'held' }, { delay_ms: 600_000 }],
-          },
-        },
-      },
-      async (app) => {
-        const { page } = app;
-        const locked = join(unixPath(kUserTemp), 'locked.tmp');
-        await writeFile(locked, 'x'.repeat(54_321));
-        const holder = await app.startTool('holder');
-        const before = await countJunk();
-        assert.ok((await countFolders(kFolders))[0] > 3000);
+  withJunk(async () => {
+    const locked = join(unixPath(kUserTemp), 'locked.tmp');
+    await writeFile(locked, 'x'.repeat(54_321));
+    const holds = [{ hold: `${kUserTemp}\\locked.tmp`, text: 'held' }, { delay_ms: 600_000 }];
+    const options = {
+      settings: { theme: 'light', language: 'cs' },
+      tools: { 'holder.exe': { steps: holds } },
+    };
+    await withVarnel({ ...options, viewport: { width: 1250, height: 700 } }, async (app) => {
+      const { page } = app;
+      const holder = await app.startTool('holder');
+      const before = await countJunk();
+      const confirm = async (answer) => {
+        await press(page, app.text('cleaning.clean'));
+        const dialog = await dialogOf(page, app.text('cleaning.confirm'));
+        const items = await dialog.getByRole('listitem').allInnerTexts();
+        await press(dialog, app.text(answer));
+        await dialog.waitFor({ state: 'detached' });
+        return items.length;
+      };
+      await openView(page, 'cleaning');
+      await closeServiceDialog(page);
+      await measured(page);
+      for (const name of kNames)
+        assert.equal(await titleOf(page, `[data-junk=${name}] .junk-size`), before[name], name);
+      await page.waitForSelector('.at-system .row');
+      await harness.look(app, 'cleaning-ready-light-cs');
 
-        await openView(page, 'cleaning');
-        await closeServiceDialog(page);
-        await measured(page);
-        assert.deepEqual(await shownSizes(page), before);
-        assert.equal(await shownTotal(page), sum(before));
-        assert.deepEqual(last(app, 'junk').categories, before);
-        assert.deepEqual([last(app, 'junk').total, last(app, 'junk').bytes], [sum(before), sum(before)]);
-        await page.waitForSelector('.at-system .row');
-        await checkAccessibility(page);
-        await screenshot(page, 'cleaning-ready-light-en');
+      // The two folders of Windows go together, and the total follows.
+      await tick(page, 'prefetch');
+      assert.equal(await page.isChecked('[data-junk=windowsTemp] input'), false);
+      await tick(page, 'windowsTemp');
+      await tick(page, 'shaderCache');
+      assert.equal(await titleOf(page, '[data-testid=junk-total]'), sum(before) - before.shaderCache);
+      assert.equal(await confirm('app.cancel'), 6);
+      assert.deepEqual(await countJunk(), before, 'nothing happens before the user agrees');
+      await confirm('cleaning.clean');
+      await page.waitForSelector('.junk-outcome');
 
-        // Ticks: the two folders of Windows go together, the total follows.
-        await tick(page, 'prefetch');
-        assert.equal(await page.isChecked('[data-junk=windowsTemp] input'), false);
-        assert.equal(await shownTotal(page), sum(before) - before.prefetch - before.windowsTemp);
-        await tick(page, 'windowsTemp');
-        assert.equal(await page.isChecked('[data-junk=prefetch] input'), true);
-        await tick(page, 'shaderCache');
-        assert.equal(await shownTotal(page), sum(before) - before.shaderCache);
+      const kept = await countJunk(1);
+      const after = { ...kept, userTemp: 54_321, shaderCache: before.shaderCache };
+      assert.deepEqual(await countJunk(), after);
+      for (const name of kNames) {
+        const [size, freed] = [after[name], before[name] - after[name]].map((n) => inWords(n, 'cs'));
+        const what = kept[name] && app.text(`junk.${name}.measured`);
+        const words =
+          name === 'shaderCache'
+            ? [app.text('junk.shaderCache.about')] // what was not ticked has no outcome
+            : [
+                app.text('cleaning.freed', { size: freed }),
+                what && app.text('cleaning.leftMeasured', { size, what }),
+                !what && after[name] && app.text('cleaning.left', { size }),
+              ].filter(Boolean);
+        assert.equal(await page.innerText(`[data-junk=${name}] .small`), words.join('\n'), name);
+      }
+      assert.equal(await page.innerText('[data-testid=junk-total]'), inWords(sum(before) - sum(after), 'cs'));
 
-        const dialog = await confirmClean(page);
-        assert.equal(await dialog.getByRole('listitem').count(), 6);
-        assert.equal((await dialog.innerText()).includes('Graphics cache'), false);
-        await checkAccessibility(page);
-        await dialog.getByRole('button', { name: 'Cancel' }).click();
-        assert.deepEqual(await countJunk(), before, 'nothing happens before the user agrees');
-        await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
-        await cleaned(page);
-
-        const after = await countJunk();
-        assert.deepEqual(after, {
-          windowsTemp: await bytesOf(kCategories.windowsTemp.kept),
-          prefetch: 0,
-          userTemp: 54_321,
-          winUpdate: 0,
-          browserCache: await bytesOf(kCategories.browserCache.kept),
-          shaderCache: before.shaderCache,
-          systemLogs: await bytesOf(kCategories.systemLogs.kept),
-        });
-        for (const name of ['windowsTemp', 'browserCache', 'systemLogs']) {
-          assert.equal(
-            (await countFolders(kCategories[name].kept))[0],
-            kFilesAFolder * kCategories[name].kept.length,
-            `${name}: what is only measured stays`,
-          );
-        }
-        for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
-        const reply = last(app, 'cleanJunk');
-        assert.deepEqual(reply.categories, after);
-        assert.deepEqual([reply.success, reply.total, reply.bytes], [true, sum(after), sum(after)]);
-
-        for (const name of kNames) {
-          const said = await page.innerText(`[data-junk=${name}] .small`);
-          if (name === 'shaderCache') {
-            assert.doesNotMatch(said, /Freed/, 'what was not ticked has no outcome');
-            continue;
-          }
-          assert.ok(said.includes(`Freed ${inWords(before[name] - after[name])}`), `${name}: ${said}`);
-          assert.equal(said.includes(`${inWords(after[name])} stayed`), after[name] > 0, `${name}: ${said}`);
-        }
-        assert.match(
-          await page.innerText('[data-junk=userTemp] .junk-outcome'),
-          /some files are in use by another program/,
-        );
-        assert.match(
-          await page.innerText('[data-junk=browserCache] .junk-outcome'),
-          /only measures Firefox profiles/,
-        );
-        assert.equal(await page.innerText('[data-testid=junk-total]'), inWords(sum(before) - sum(after)));
-        await checkAccessibility(page);
-        await screenshot(page, 'cleaning-after-light-en');
-
-        // Once nobody holds the file, it goes; measuring anew takes the last outcome off the cards.
-        holder.kill('SIGKILL');
-        await page.keyboard.press('F5');
-        await closeServiceDialog(page);
-        await measured(page);
-        assert.equal(await page.locator('.junk-outcome').count(), 0);
-        assert.deepEqual(await shownSizes(page), after);
-        await (await confirmClean(page)).getByRole('button', { name: 'Clean' }).click();
-        await cleaned(page);
-        assert.equal(existsSync(locked), false);
-      },
-    ),
-  ));
-
-test('the service measures and cleans in the place of the program', () =>
-  withJunk(() =>
-    withVarnel(
-      {
-        settings: { theme: 'amethyst', language: 'cs' },
-        service: {},
-      },
-      async (app) => {
-        const { page } = app;
-        const local = await countJunk();
-        const sees = (windowsTempBytes, prefetchBytes) => ({
-          reply: { success: true, windowsTempBytes, prefetchBytes },
-        });
-        await app.scriptService({ getJunkSizes: sees(local.windowsTemp + 5_000_000, 1) });
-        await openView(page, 'cleaning');
-        await measured(page);
-        const before = { ...local, windowsTemp: local.windowsTemp + 5_000_000 };
-        assert.deepEqual(await shownSizes(page), before, 'the larger figure counts');
-        assert.equal(last(app, 'junk').bytes, sum(before));
-        await page.waitForSelector('[data-testid=badge-service]:has-text("Služba běží")');
-        await checkAccessibility(page);
-        await screenshot(page, 'cleaning-ready-amethyst-cs');
-
-        await app.scriptService({
-          cleanJunk: { chunks: [{ reply: { success: true }, delay_ms: 1500 }] },
-          getJunkSizes: sees(3_000, 0),
-        });
-        await tick(page, 'browserCache');
-        await (await confirmClean(page)).getByRole('button', { name: 'Vyčistit' }).click();
-        const requests = async (action) =>
-          (await app.serviceRequests()).filter((request) => request.action === action);
-        await app.waitUntilShown(
-          async () => (await requests('cleanJunk')).length > 0,
-          'the request to clean',
-        );
-        assert.deepEqual(await requests('cleanJunk'), [
-          { action: 'cleanJunk', data: { ...kEverything, browserCache: false } },
-        ]);
-        assert.equal(await page.getAttribute('.junk-total', 'aria-busy'), 'true');
-        // What the service does while the program waits.
-        await rm(unixPath('C:\\Windows\\SoftwareDistribution\\Download'), { recursive: true });
-        await rm(unixPath('C:\\Windows\\SystemTemp'), { recursive: true });
-        const after = await countJunk();
-        assert.equal(after.winUpdate, 0);
-        await cleaned(page);
-
-        assert.deepEqual(await countJunk(), after, 'the program deletes nothing itself');
-        assert.deepEqual(last(app, 'cleanJunk').categories, after);
-        assert.deepEqual(await shownSizes(page), after);
-        for (const name of ['windowsTemp', 'winUpdate', 'userTemp']) {
-          const said = await page.innerText(`[data-junk=${name}] .junk-outcome`);
-          assert.ok(said.includes(inWords(before[name] - after[name], 'cs')), `${name}: ${said}`);
-        }
-        assert.equal(await page.locator('[data-junk=browserCache] .junk-outcome').count(), 0);
-        await checkAccessibility(page);
-        await screenshot(page, 'cleaning-after-amethyst-cs');
-      },
-    ),
-  ));
+      // Once nobody holds the file, it goes.
+      holder.kill('SIGKILL');
+      await page.keyboard.press('F5');
+      await closeServiceDialog(page);
+      await measured(page);
+      await confirm('cleaning.clean');
+      await page.waitForSelector('.junk-outcome');
+      assert.equal(existsSync(locked), false);
+    });
+  }));
 
 test('old large downloads go to the recycle bin and come back', async () => {
   const folder = unixPath(`${kUser}\\Downloads`);
   const kMiB = 1_048_576;
-  const kHour = 3_600_000;
+  const home = await harness.makeHome();
   await rm(folder, { recursive: true, force: true });
-  await mkdir(join(folder, 'inner'), { recursive: true });
+  await mkdir(folder);
   for (const [name, size, hours] of [
     ['Žluťoučký instalátor.ISO', 2 * kMiB, 31 * 24],
-    ['above.zip', kMiB + 1, 720],
-    ['archive.tar.gz', 3 * kMiB, 4000],
-    ['third.msi', 5 * kMiB, 900],
-    ['exactly.zip', kMiB, 4000],
+    ['above.zip', kMiB + 1, 721],
     ['young.exe', 2 * kMiB, 719],
-    ['tomorrow.exe', 2 * kMiB, -24],
-    ['text.txt', 2 * kMiB, 4000],
-    ['inner/deep.zip', 2 * kMiB, 4000],
   ]) {
     await writeFile(join(folder, name), `first bytes of ${name}`);
     await truncate(join(folder, name), size);
-    const written = new Date(Date.now() - hours * kHour - 60_000);
-    await utimes(join(folder, name), written, written);
+    await utimes(join(folder, name), new Date(), new Date(Date.now() - hours * 3_600_000));
   }
-  const home = await makeHome();
-  try {
-    await withVarnel({ language: 'en', service: {}, env: { HOME: home.unix } }, async (app) => {
-      const { page } = app;
-      const grid = page.getByRole('grid', { name: 'Large old downloads' });
-      const rows = async () =>
-        (await grid.locator('tbody tr').allInnerTexts()).map((text) => text.trim().split(/\s*\t\s*/));
-      const rowOf = (name) => grid.getByRole('row').filter({ hasText: name });
-      await openView(page, 'cleaning');
-      await grid.waitFor();
-      assert.deepEqual(await rows(), [
-        ['third.msi', inWords(5 * kMiB), '37 days'],
-        ['archive.tar.gz', inWords(3 * kMiB), '166 days'],
-        ['Žluťoučký instalátor.ISO', inWords(2 * kMiB), '31 days'],
-        ['above.zip', inWords(kMiB + 1), '30 days'],
-      ]);
-      assert.ok((await page.innerText('.at-downloads')).includes(`${inWords(11 * kMiB + 1)} in total`));
-
-      for (const name of ['Žluťoučký', 'above.zip']) await rowOf(name).getByRole('checkbox').click();
-      await rm(join(folder, 'above.zip'));
-      await page.getByRole('button', { name: `Move to recycle bin (${inWords(3 * kMiB + 1)})` }).click();
-      const dialog = page.getByRole('dialog', { name: 'Move 2 files to the recycle bin?' });
-      await dialog.waitFor();
-      assert.ok((await dialog.innerText()).includes(`${kUser}\\Downloads\\Žluťoučký instalátor.ISO`));
-      await checkAccessibility(page);
-      await dialog.getByRole('button', { name: 'Move to recycle bin' }).click();
-      const reply = await app.waitForMessage(({ type }) => type === 'deleteSpecificFiles');
-      assert.deepEqual([reply.success, reply.deletedCount], [true, 1]);
-      await page.getByRole('alert').filter({ hasText: 'Only 1 of 2 moved to the recycle bin' }).waitFor();
-      await app.waitUntilShown(async () => (await rows()).length === 2, 'the rows to go');
-      await checkAccessibility(page);
-
-      // The bin knows where the file was, and has it whole.
-      assert.equal(existsSync(join(folder, 'Žluťoučký instalátor.ISO')), false);
-      const [note, ...others] = await readdir(join(home.trash, 'info'));
-      assert.deepEqual(others, []);
-      const [, origin] = /^Path=(.*)$/m.exec(await readFile(join(home.trash, 'info', note), 'utf8'));
-      const path = decodeURIComponent(origin);
-      assert.equal(path.endsWith('/Downloads/Žluťoučký instalátor.ISO'), true, path);
-      await rename(
-        join(home.trash, 'files', note.replace(/\.trashinfo$/, '')),
-        join(folder, 'Žluťoučký instalátor.ISO'),
-      );
-      assert.match(
-        await readFile(join(folder, 'Žluťoučký instalátor.ISO'), 'utf8'),
-        /^first bytes of Žluťoučký/,
-      );
-      await page.keyboard.press('F5');
-      await app.waitUntilShown(async () => (await rows()).length === 3, 'the restored file');
-      assert.equal(
-        (await app.request('deleteSpecificFiles', { paths: [`${kUser}\\Downloads\\above.zip`] })).success,
-        false,
-      );
-    });
-  } finally {
-    await home.remove();
-    await rm(folder, { recursive: true });
-    await mkdir(folder);
-  }
-});
-
-test('system files and the hibernation switch', async () => {
-  const kPower = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Power';
-  const hibernation = (on) =>
-    runInPrefix('reg', ['add', kPower, '/v', 'HibernateEnabled', '/t', 'REG_DWORD', '/d', String(on), '/f']);
-  const files = { 'hiberfil.sys': 3_435_973_837, 'pagefile.sys': 17_179_869_184 };
-  const remove = (name) => rm(unixPath(`C:\\${name}`), { force: true });
-  for (const [name, size] of Object.entries(files)) {
-    await writeFile(unixPath(`C:\\${name}`), '');
-    await truncate(unixPath(`C:\\${name}`), size);
-  }
-  assert.equal((await hibernation(1)).code, 0);
-  try {
-    await withVarnel({ language: 'en' }, async (app) => {
-      const { page } = app;
-      await openView(page, 'cleaning');
-      await closeServiceDialog(page);
-      const toggle = page.getByRole('switch', { name: 'Hibernation' });
-      const isOn = (want) =>
-        app.waitUntilShown(
-          async () =>
-            (await toggle.isEnabled()) && (await toggle.getAttribute('aria-checked')) === String(want),
-          `the switch to be ${want}`,
-        );
-      await isOn(true);
-      const sizes = page.locator('.system-file');
-      assert.deepEqual(await sizes.locator('.system-size').allInnerTexts(), [
-        inWords(3_435_973_837),
-        inWords(17_179_869_184),
-        'does not exist',
-      ]);
-      assert.deepEqual(
-        await sizes.locator('.system-size').evaluateAll((all) => all.map(({ title }) => title)),
-        ['3,435,973,837 B', '17,179,869,184 B', '0 B'],
-      );
-
-      // Without the service: the dialog, and the switch goes back.
-      await toggle.click();
-      await closeServiceDialog(page);
-      await page
-        .getByRole('alert')
-        .filter({
-          hasText: 'Hibernation could not be switched. The helper service did not fulfil the request.',
-        })
-        .waitFor();
-      await isOn(true);
-
-      await app.startService({ set_hibernation: { reply: { success: true } } });
-      await hibernation(0);
-      await remove('hiberfil.sys');
-      await toggle.click();
-      await isOn(false);
-      assert.deepEqual(
-        (await app.serviceRequests()).filter(({ action }) => action === 'set_hibernation'),
-        [{ action: 'set_hibernation', data: { enabled: false } }],
-      );
-      assert.equal(await sizes.first().locator('.system-size').innerText(), 'does not exist');
-      await checkAccessibility(page);
-    });
-  } finally {
-    for (const name of Object.keys(files)) await remove(name);
-    await runInPrefix('reg', ['delete', kPower, '/v', 'HibernateEnabled', '/f']);
-  }
-});
-
-test('automatic cleaning is switched by the service or not at all', () =>
-  withVarnel({ language: 'en' }, async (app) => {
+  await withVarnel({ language: 'cs', service: {}, env: { HOME: home.unix } }, async (app) => {
     const { page } = app;
-    await openView(page, 'settings');
-    const toggle = page.getByRole('switch', { name: /^Clean regularly/ });
-    const isOn = (want) =>
-      app.waitUntilShown(
-        async () =>
-          (await toggle.isEnabled()) && (await toggle.getAttribute('aria-checked')) === String(want),
-        `the switch to be ${want}`,
-      );
-    const stored = async () => (await app.settingsFile()).autoClean === true;
-    const saved = () => app.messages.filter(({ type }) => type === 'saveSettings').length;
-    await isOn(false);
-    await toggle.click();
-    await closeServiceDialog(page);
-    await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).waitFor();
-    await isOn(false);
-    assert.deepEqual([saved(), await stored()], [0, false]);
+    const label = app.text('downloads.title');
+    const rows = () => harness.rowsOf(page, label);
+    await openView(page, 'cleaning');
+    await page.getByRole('grid', { name: label }).waitFor();
+    assert.deepEqual(await rows(), [
+      ['Žluťoučký instalátor.ISO', inWords(2 * kMiB, 'cs'), app.text('downloads.days', { n: 31 })],
+      ['above.zip', inWords(kMiB + 1, 'cs'), app.text('downloads.days', { n: 30 })],
+    ]);
+    for (const name of ['Žluťoučký', 'above']) await harness.tick(page, label, name);
+    await rm(join(folder, 'above.zip'));
+    await press(page, app.text('recycle.verbSize', { size: inWords(3 * kMiB + 1, 'cs') }));
+    const dialog = await dialogOf(page, app.text('recycle.title', { n: 2 }));
+    assert.ok((await dialog.innerText()).includes(`${kUser}\\Downloads\\Žluťoučký instalátor.ISO`));
+    await press(dialog, app.text('recycle.verb'));
+    await toastOf(page, app.text('recycle.some', { n: 1, total: 2 }), 'alert').waitFor();
+    await page.getByText(app.text('downloads.none')).waitFor();
 
-    await app.startService({ toggleScheduleClean: { reply: { success: true } } });
-    for (const [clicks, enabled] of [
-      [1, true],
-      [2, false],
-    ]) {
-      await toggle.click();
-      await app.waitUntil(() => saved() === clicks, 'the setting to be saved');
-      await isOn(enabled);
-      assert.equal(await stored(), enabled);
-    }
-    const exePath = `${app.folder.windows}\\bin\\Varnel.exe`;
-    assert.deepEqual(
-      (await app.serviceRequests()).filter(({ action }) => action === 'toggleScheduleClean'),
-      [true, false].map((enabled) => ({ action: 'toggleScheduleClean', data: { enabled, exePath } })),
-    );
-    await app.scriptService({ toggleScheduleClean: { reply: { success: false } } });
-    await toggle.click();
-    await page.getByRole('alert').filter({ hasText: 'Automatic cleaning stays off' }).last().waitFor();
-    await isOn(false);
-    assert.equal(await stored(), false);
-  }));
+    // The bin knows where the file was, and has it whole.
+    const [note, ...others] = await readdir(join(home.trash, 'info'));
+    assert.deepEqual(others, []);
+    const [, origin] = /^Path=(.*)$/m.exec(await readFile(join(home.trash, 'info', note), 'utf8'));
+    const path = decodeURIComponent(origin);
+    assert.ok(path.endsWith('/Downloads/Žluťoučký instalátor.ISO'), path);
+    const recycled = await readFile(join(home.trash, 'files', note.replace(/\.trashinfo$/, '')), 'utf8');
+    assert.match(recycled, /^first bytes of Žluťoučký/);
+  });
+  await Promise.all([home.remove(), rm(folder, { recursive: true })]);
+  await mkdir(folder);
+});
 
-test('--silent-clean cleans all categories without a window, a browser or the service', () =>
-  withJunk(async () => {
-    const kept = Object.values(kCategories).flatMap((category) => category.kept);
-    const before = await countFolders(kept);
-    await withVarnel(
-      { args: ['/x', '--silent-clean', 'more', 'words'], service: { '*': { reply: { success: true } } } },
-      async (app) => {
-        let looks = 0;
-        while (app.process.exitCode === null && app.process.signalCode === null) {
-          assert.equal((await app.window()).found, false);
-          ++looks;
-        }
-        assert.ok(looks > 0);
-        assert.equal(await app.exited, 0);
-        assert.equal(app.recorded.environment, undefined);
-        assert.deepEqual(await app.serviceRequests(), []);
-      },
-    );
-    assert.deepEqual(
-      await countFolders(Object.values(kCategories).flatMap((category) => category.cleaned)),
-      [0, 0],
-    );
-    assert.deepEqual(await countFolders(kept), before);
-    assert.equal(before[0], 3 * kFilesAFolder);
-    for (const folder of kFolders) assert.ok(existsSync(unixPath(folder)), `${folder} itself stays`);
-  }));
-
-test('a temporary folder that holds more than junk is left alone, and says so', async () => {
-  const setTemp = (path) => runInPrefix('reg', ['add', 'HKCU\\Environment', '/v', 'TMP', '/d', path, '/f']);
-  await setTemp(kUser);
-  try {
-    await withVarnel({ language: 'en', service: {} }, async (app) => {
-      const { page, text } = app;
-      await openView(page, 'cleaning');
-      const card = page.locator('[data-junk=userTemp]');
-      await card.getByText(text('junk.kept')).waitFor();
-      assert.equal(await card.locator('.junk-size').innerText(), '—');
-      assert.ok(await card.getByRole('checkbox').isDisabled());
-      await mkdir(unixPath(kUser), { recursive: true });
-      const canary = join(unixPath(kUser), 'canary');
-      await writeFile(canary, '');
-      const only = Object.fromEntries(kNames.map((name) => [name, name === 'userTemp']));
-      assert.deepEqual((await app.request('cleanJunk', only)).kept, ['userTemp']);
-      assert.ok(existsSync(canary));
-      await rm(canary);
-    });
-  } finally {
-    await setTemp(kUserTemp);
-  }
+test('hibernation and automatic cleaning are switched by the service or not at all', async () => {
+  const kPower = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Power';
+  const hiberfil = unixPath('C:\\hiberfil.sys');
+  await writeFile(hiberfil, 'x'.repeat(5000));
+  await withRegistry({ [kPower]: { HibernateEnabled: 'dword:00000001' } }, () =>
+    withVarnel({ language: 'cs' }, async (app) => {
+      const { page } = app;
+      const advice = await app.request('getSystemFilesAdvisor');
+      assert.deepEqual(advice.hiberfil, { enabled: true, exists: true, size: 5000 });
+      const reason = app.text('service.refused');
+      for (const [view, name, was, failed] of [
+        ['cleaning', app.text('system.hibernation'), true, 'system.hibernationFailed'],
+        ['settings', new RegExp(`^${app.text('settings.autoClean')}`), false, 'settings.autoCleanNotOn'],
+      ]) {
+        const toggle = page.getByRole('switch', { name });
+        const is = (on) =>
+          app.until(
+            async () =>
+              (await toggle.isEnabled()) && (await toggle.getAttribute('aria-checked')) === String(on),
+            `${view} to be ${on}`,
+          );
+        await openView(page, view);
+        if (view === 'cleaning') await closeServiceDialog(page);
+        await is(was);
+        await toggle.click();
+        await closeServiceDialog(page);
+        await toastOf(page, app.text(failed, { reason }), 'alert').waitFor();
+        await is(was);
+        assert.ok(!(await app.settingsFile()).autoClean);
+        await app.startService({ '*': { reply: { success: true } } });
+        await wine.writeRegistry({ [kPower]: { HibernateEnabled: 'dword:00000000' } });
+        await toggle.click();
+        await is(!was);
+        await app.stopService();
+      }
+      await app.until(async () => (await app.settingsFile()).autoClean, 'the setting to be saved');
+    }),
+  );
+  await rm(hiberfil);
 });

@@ -1,298 +1,211 @@
-// Environment variables through the page, looked at in the registry.
+// Environment variables, looked at in the registry.
 import assert from 'node:assert/strict';
 import { mkdir } from 'node:fs/promises';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import { checkAccessibility, closeServiceDialog, openView, screenshot, withVarnel } from './harness.mjs';
-import { makeFolder, prepareWine, readRegistry, runInPrefix } from './wine.mjs';
+import * as harness from './harness.mjs';
+import { makeFolder, readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
+
+const { asked, closeServiceDialog, dialogOf, openView, press, rowsOf, toastOf, withVarnel } = harness;
 
 const kUser = 'HKCU\\Environment';
 const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Environment';
-
-const reg = async (...args) =>
-  assert.equal((await runInPrefix('reg', [...args, '/f'])).code, 0, args.join(' '));
-const set = (key, name, data, type = 'REG_SZ') => reg('add', key, '/v', name, '/t', type, '/d', data);
 const stored = async (key, name) => (await readRegistry(key))[name];
 
-const grid = (page) => page.getByRole('grid', { name: /^(Environment variables|Proměnné prostředí)$/ });
+// --- the host ---------------------------------------------------------------------------------------------------------
+
+test('every variable that fits is listed, whatever its type and name', () => {
+  const longest = 'x'.repeat(16382); // with its NUL 32,766 bytes
+  const values = {
+    Čeština: [registryText('žluť'), 'žluť'],
+    EXPAND: ['expand:%Path%;x', '%Path%;x'],
+    EMPTY: [registryText(''), ''],
+    NUMBER: ['dword:00000007', ''],
+    LIST: ['hex(7):61,00,00,00,00,00', ''],
+    'no final NUL': ['hex(1):61,00,62,00', 'ab'],
+    ['N'.repeat(300)]: [registryText('long name'), 'long name'],
+    FITS: [registryText(longest), longest],
+    LONG: [registryText(`${longest}x`)], // left out
+    'V\udc00': [registryText('after these'), 'after these', 'V\ufffd'],
+  };
+  const entries = Object.entries(values);
+  return withRegistry({ [kUser]: Object.fromEntries(entries.map(([name, [data]]) => [name, data])) }, () =>
+    withVarnel({ page: false }, async (app) => {
+      const want = entries.filter(([, [, value]]) => value !== undefined);
+      assert.deepEqual(
+        (await app.request('getEnvVariables')).user,
+        Object.fromEntries(want.map(([name, [, value, shown = name]]) => [shown, value])),
+      );
+    }),
+  );
+});
+
+// --- the story --------------------------------------------------------------------------------------------------------
+
 const row = (page, name, scope) =>
-  grid(page)
+  page
     .locator('tbody tr')
     .filter({ has: page.getByRole('gridcell', { name, exact: true }) })
     .filter({ hasText: scope });
-const rows = (page) =>
-  grid(page)
-    .locator('tbody tr')
-    .evaluateAll((all) => all.map((one) => [...one.cells].slice(1).map((cell) => cell.innerText)));
-const press = (scope, name) => scope.getByRole('button', { name, exact: true }).click();
-const toastOf = (page, text, role = 'status') => page.locator('.toasts').getByRole(role).getByText(text);
-const saves = (app) =>
-  app.messages.filter(({ type }) => type === 'saveEnvVariable').map(({ success }) => success);
 const entries = (dialog) =>
   dialog
     .locator('.entries li')
     .evaluateAll((all) =>
-      all.map((one) => [
-        one.querySelector('input').value,
-        ...[...one.querySelectorAll('.tag')].map((tag) => tag.innerText),
-      ]),
+      all.map((one) => [one.querySelector('input').value, one.querySelector('.tag')?.innerText]),
     );
 
-async function dialogOf(page, name) {
-  const dialog = page.getByRole('dialog', { name, exact: true });
-  await dialog.waitFor();
-  return dialog;
-}
-
-async function openVariables(page) {
-  await openView(page, 'developer');
-  await page.getByRole('tab', { name: /^(Environment variables|Proměnné prostředí)$/ }).click();
-  await grid(page).locator('tbody tr').first().waitFor();
-}
-
-// The keys as they were before, whatever the test does to them.
-async function withVariables(body) {
-  await prepareWine();
-  const kept = await makeFolder('kept-');
-  const files = [kUser, kMachine].map((key, i) => [key, `${kept.windows}\\${i}.reg`]);
-  for (const [key, file] of files)
-    assert.equal((await runInPrefix('reg', ['export', key, file, '/y'])).code, 0);
-  try {
-    await body();
-  } finally {
-    for (const [key, file] of files) {
-      await reg('delete', key);
-      assert.equal((await runInPrefix('reg', ['import', file])).code, 0);
-    }
-    await kept.remove();
-  }
-}
+// Runs `body` with the tab of variables; `named` gives a dialog of the page by the key of its title.
+const withVariables = (keys, body) =>
+  withRegistry(keys, () =>
+    withVarnel({ language: 'cs' }, async (app) => {
+      await openView(app.page, 'developer');
+      await app.page.click('[data-tab=variables]');
+      await app.page.locator('tbody tr').first().waitFor();
+      await body(app, app.page, (key, values) => dialogOf(app.page, app.text(key, values)));
+    }),
+  );
 
 test('variables of the user: added, changed, deleted, and stored as text that Windows expands', () =>
-  withVariables(async () => {
-    await set(kUser, 'Number', '7', 'REG_DWORD');
-    await withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
-      const { page } = app;
-      await openVariables(page);
-      const before = await readRegistry(kUser);
-      const listed = await rows(page);
+  withVariables(
+    { [kUser]: { TEMP: registryText('C:\\Old'), TMP: registryText('C:\\Old') } },
+    async (app, page, named) => {
+      const mine = app.text('variables.user');
+      const save = app.text('variables.save');
+      const listed = await rowsOf(page, app.text('developer.variables'));
       assert.deepEqual(
-        listed
-          .filter(([, scope]) => scope === 'jen pro vás')
-          .map(([name]) => name)
-          .sort(),
-        Object.keys(before).sort(),
+        listed.filter(([, scope]) => scope === mine).map(([name, , value]) => `${name} ${value}`),
+        ['TEMP C:\\Old', 'TMP C:\\Old'],
       );
-      assert.deepEqual(
-        listed.find(([name]) => name === 'Number'),
-        ['Number', 'jen pro vás', ''],
-        'what is no text has none',
-      );
-      assert.deepEqual(
-        listed
-          .filter(([, scope]) => scope === 'celý počítač')
-          .map(([name]) => name)
-          .sort(),
-        Object.keys(await readRegistry(kMachine)).sort(),
-      );
-      await checkAccessibility(page);
-      await screenshot(page, 'variables-ready-amethyst-cs');
+      const machine = Object.keys(await readRegistry(kMachine));
+      assert.equal(listed.length, machine.length + 2);
 
       // A new one, by the keyboard; names that cannot be are refused as they are typed.
-      await press(page, 'Přidat proměnnou');
-      const adding = await dialogOf(page, 'Přidat proměnnou');
-      const save = adding.getByRole('button', { name: 'Uložit' });
-      assert.ok(await adding.getByLabel('Název').evaluate((one) => one === document.activeElement));
-      for (const [name, fault] of [
-        ['a=b', 'Název nesmí obsahovat znak =.'],
-        ['temp', 'Taková proměnná už existuje.'],
+      await press(page, app.text('variables.add'));
+      const adding = await named('variables.add');
+      const name = adding.getByLabel(app.text('app.name'));
+      for (const [text, fault] of [
+        ['a=b', 'variables.equals'],
+        ['temp', 'variables.exists'],
       ]) {
-        await adding.getByLabel('Název').fill(name);
-        await adding.getByRole('alert').getByText(fault).waitFor();
-        assert.ok(await save.isDisabled());
+        await name.fill(text);
+        await adding.getByRole('alert').getByText(app.text(fault)).waitFor();
+        assert.ok(await adding.getByRole('button', { name: save }).isDisabled());
       }
-      await checkAccessibility(page);
-      await screenshot(page, 'variables-adding-amethyst-cs');
-      await adding.getByLabel('Název').fill('Žluťoučký kůň');
+      await name.fill('Žluťoučký kůň');
       await page.keyboard.press('Tab');
       await page.keyboard.press('Tab');
       await page.keyboard.type('%USERPROFILE%\\Ďábelské "ódy"');
-      await save.click();
-      await toastOf(page, 'Proměnná Žluťoučký kůň uložena').waitFor();
+      await press(adding, save);
+      await toastOf(page, app.text('variables.saved', { name: 'Žluťoučký kůň' })).waitFor();
       assert.equal(await stored(kUser, 'Žluťoučký kůň'), 'expand:%USERPROFILE%\\Ďábelské "ódy"');
-      await row(page, 'Žluťoučký kůň', 'jen pro vás').waitFor();
-
-      // Changed: one that was plain text is stored as the kind that Windows expands.
-      assert.match(await stored(kUser, 'TEMP'), /^"C:/);
-      await row(page, 'TEMP', 'jen pro vás').dblclick();
-      const changing = await dialogOf(page, 'TEMP (jen pro vás)');
-      assert.ok(await changing.getByRole('button', { name: 'Uložit' }).isDisabled(), 'nothing to save yet');
-      await changing.getByLabel('Hodnota').fill('C:\\Dočasné');
-      await press(changing, 'Uložit');
-      await changing.waitFor({ state: 'detached' });
-      assert.equal(await stored(kUser, 'TEMP'), 'expand:C:\\Dočasné');
 
       // What another program has written since it was shown is not lost without a word.
-      await row(page, 'TEMP', 'jen pro vás').click();
-      await page.keyboard.press('Enter');
-      await set(kUser, 'TEMP', 'C:\\Installed');
-      await changing.getByLabel('Hodnota').fill('C:\\Mine');
-      await press(changing, 'Uložit');
-      const asked = await dialogOf(page, 'Proměnnou TEMP mezitím někdo změnil');
-      await asked.getByText('C:\\Installed').waitFor();
-      await checkAccessibility(page);
-      await screenshot(page, 'variables-changed-amethyst-cs');
-      await press(asked, 'Zrušit');
-      assert.equal(await stored(kUser, 'TEMP'), '"C:\\\\Installed"');
-      await press(changing, 'Uložit');
-      await press(await dialogOf(page, 'Proměnnou TEMP mezitím někdo změnil'), 'Přepsat');
+      await row(page, 'TEMP', mine).dblclick();
+      const changing = await dialogOf(page, `TEMP (${mine})`);
+      await writeRegistry({ [kUser]: { TEMP: registryText('C:\\Installed') } });
+      await changing.getByLabel(app.text('variables.value')).fill('C:\\Mine');
+      await press(changing, save);
+      const overwrite = await named('variables.changed', { name: 'TEMP' });
+      await overwrite.getByText('C:\\Installed').waitFor();
+      await press(overwrite, app.text('app.cancel'));
+      assert.equal(await stored(kUser, 'TEMP'), registryText('C:\\Installed'));
+      await press(changing, save);
+      await press(await named('variables.changed', { name: 'TEMP' }), app.text('hosts.overwrite'));
       await changing.waitFor({ state: 'detached' });
       assert.equal(await stored(kUser, 'TEMP'), 'expand:C:\\Mine');
 
       // Deleted after a question, also one that is gone already.
-      const saved = saves(app).length;
-      for (const name of ['Žluťoučký kůň', 'TMP'])
-        await row(page, name, 'jen pro vás').getByRole('checkbox').setChecked(true);
-      await row(page, 'TEMP', 'jen pro vás').getByRole('checkbox').setChecked(false);
-      await press(page, 'Smazat');
-      const doomed = await dialogOf(page, 'Smazat 2 proměnné?');
-      assert.deepEqual((await doomed.getByRole('listitem').allInnerTexts()).sort(), [
-        'TMP (jen pro vás)',
-        'Žluťoučký kůň (jen pro vás)',
-      ]);
-      await checkAccessibility(page);
-      await page.keyboard.press('Escape');
-      await doomed.waitFor({ state: 'detached' });
-      assert.equal(saves(app).length, saved, 'nothing happens before the user agrees');
-      await reg('delete', kUser, '/v', 'TMP');
-      await press(page, 'Smazat');
-      await press(doomed, 'Smazat');
-      await row(page, 'Žluťoučký kůň', 'jen pro vás').waitFor({ state: 'detached' });
-      await row(page, 'TMP', 'jen pro vás').waitFor({ state: 'detached' });
-      assert.deepEqual(saves(app).slice(saved), [true, true]);
-      assert.deepEqual(
-        Object.keys(await readRegistry(kUser)).sort(),
-        Object.keys(before)
-          .filter((name) => name !== 'TMP')
-          .sort(),
+      for (const one of ['Žluťoučký kůň', 'TMP', 'TEMP'])
+        await row(page, one, mine)
+          .getByRole('checkbox')
+          .setChecked(one !== 'TEMP');
+      const verb = app.text('variables.delete');
+      await press(page, verb);
+      await press(await named('variables.deleteTitle', { n: 2 }), app.text('app.cancel'));
+      assert.equal(
+        Object.keys(await readRegistry(kUser)).length,
+        3,
+        'nothing happens before the user agrees',
       );
-    });
-  }));
+      await writeRegistry({ [kUser]: { TMP: undefined } });
+      await press(page, verb);
+      await press(await named('variables.deleteTitle', { n: 2 }), verb);
+      for (const one of ['Žluťoučký kůň', 'TMP']) await row(page, one, mine).waitFor({ state: 'detached' });
+      assert.deepEqual(await readRegistry(kUser), { TEMP: 'expand:C:\\Mine' });
+    },
+  ));
 
-test('a list of folders: order, missing ones, its text; and the machine through the service', () =>
-  withVariables(async () => {
-    const folder = await makeFolder('Nástroje ž-');
-    const name = folder.windows.slice(3);
-    await mkdir(join(folder.unix, 'bin'));
-    await mkdir(join(folder.unix, 'empty'));
-    const path = [
-      `%varnel_tools%\\bin`,
-      `${folder.windows}\\gone`,
-      `"C:\\${name.toUpperCase()}\\BIN\\"`,
-      '',
-      `${folder.windows}\\empty\\x`,
-      '%NO_SUCH%\\bin',
-      'Q:\\bin',
-    ].join(';');
-    await set(kUser, 'Path', path, 'REG_EXPAND_SZ');
-    await set(kUser, 'VARNEL_TOOLS', folder.windows);
-    try {
-      await withVarnel(
-        { settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 } },
-        async (app) => {
-          const { page } = app;
-          await openVariables(page);
-          await row(page, 'Path', 'only you').dblclick();
-          const dialog = await dialogOf(page, 'Path (only you)');
-          // An empty folder may as well be closed to the user, a name or a drive unknown: only what is certain is marked.
-          const want = (...marks) =>
-            path.split(';').map((entry, i) => (marks[i] ? [entry, marks[i]] : [entry]));
-          await app.waitUntilShown(
-            async () => (await entries(dialog))[1].length === 2,
-            'the missing folder to be marked',
-          );
-          assert.deepEqual(
-            await entries(dialog),
-            want(undefined, 'not on the disk', undefined, undefined, undefined),
-          );
-          await checkAccessibility(page);
-          await screenshot(page, 'variables-list-light-en');
+test('a list of folders: order, missing ones, its text; and the machine through the service', async () => {
+  const folder = await makeFolder('Nástroje ž-');
+  const name = folder.windows.slice(3);
+  await mkdir(join(folder.unix, 'bin'));
+  const parts = [
+    '%varnel_tools%\\bin',
+    `${folder.windows}\\gone`,
+    `"C:\\${name.toUpperCase()}\\BIN\\"`,
+    '',
+    '%NO_SUCH%\\bin',
+    'Q:\\bin',
+  ];
+  const values = { Path: `expand:${parts.join(';')}`, VARNEL_TOOLS: registryText(folder.windows) };
+  await withVariables({ [kUser]: values, [kMachine]: undefined }, async (app, page, named) => {
+    const save = app.text('variables.save');
+    await row(page, 'Path', app.text('variables.user')).dblclick();
+    const dialog = await dialogOf(page, `Path (${app.text('variables.user')})`);
+    // Only what is certain is marked.
+    const missing = app.text('variables.missing');
+    await app.until(async () => (await entries(dialog))[1][1] === missing, 'the missing folder to be marked');
+    assert.deepEqual(
+      await entries(dialog),
+      parts.map((entry, i) => [entry, i === 1 ? missing : undefined]),
+    );
 
-          // Moved twice with the keyboard: the focus goes along.
-          await dialog.getByRole('button', { name: 'Move entry 3 up' }).focus();
-          await page.keyboard.press('Enter');
-          await page.keyboard.press('Enter');
-          const [first, gone, third, empty, ...rest] = path.split(';');
-          assert.deepEqual(
-            (await entries(dialog)).map(([entry]) => entry),
-            [third, first, gone, empty, ...rest],
-          );
-          await press(dialog, 'Remove entry 4');
-          await press(dialog, 'Add an entry');
-          await page.keyboard.type('C:\\added; "one; field"');
-          assert.deepEqual(
-            (await entries(dialog)).slice(-2).map(([entry]) => entry),
-            ['C:\\added', ' "one; field"'],
-            'a semicolon divides',
-          );
-          const text = [third, first, gone, ...rest, 'C:\\added; "one; field"'].join(';');
-          await press(dialog, 'Edit as text');
-          assert.equal(await dialog.getByRole('textbox', { name: 'Value' }).inputValue(), text);
-          await press(dialog, 'Edit as a list');
-          await press(dialog, 'Save');
-          await dialog.waitFor({ state: 'detached' });
-          assert.equal(await stored(kUser, 'Path'), `expand:${text}`);
+    // Moved twice with the keyboard: the focus goes along.
+    await dialog.getByRole('button', { name: app.text('variables.up', { n: 3 }) }).focus();
+    await page.keyboard.press('Enter');
+    await page.keyboard.press('Enter');
+    await press(dialog, app.text('variables.removeEntry', { n: 4 }));
+    await press(dialog, app.text('variables.addEntry'));
+    await page.keyboard.type('C:\\added; "one; field"');
+    const [first, gone, third, , ...rest] = parts;
+    const want = [third, first, gone, ...rest, 'C:\\added; "one; field"'].join(';');
+    await press(dialog, app.text('variables.asText'));
+    const value = dialog.getByRole('textbox', { name: app.text('variables.value') });
+    assert.equal(await value.inputValue(), want);
+    await press(dialog, save);
+    await dialog.waitFor({ state: 'detached' });
+    assert.equal(await stored(kUser, 'Path'), `expand:${want}`);
 
-          // Variables of the machine: not without the service, and with it what it did is shown.
-          await row(page, 'OS', 'this computer').dblclick();
-          const machine = await dialogOf(page, 'OS (this computer)');
-          await machine.getByLabel('Value').fill('Žádný %windir%');
-          await press(machine, 'Save');
-          await closeServiceDialog(page);
-          await machine
-            .getByRole('alert')
-            .getByText(
-              'The variable OS could not be changed. Variables of the whole computer are changed by the helper service',
-            )
-            .waitFor();
-          await checkAccessibility(page);
-          assert.equal(
-            await machine.getByLabel('Value').inputValue(),
-            'Žádný %windir%',
-            'what was typed stays',
-          );
-          await screenshot(page, 'variables-no-service-light-en');
-          await app.startService({
-            save_system_env: { chunks: [{ delay_ms: 2500, reply: { success: true } }] },
-          });
-          await press(machine, 'Save');
-          const asked = async () =>
-            (await app.serviceRequests())
-              .filter(({ action }) => action === 'save_system_env')
-              .map(({ data }) => data);
-          await app.waitUntilShown(async () => (await asked()).length === 1, 'the request to the service');
-          await set(kMachine, 'OS', 'Žádný', 'REG_EXPAND_SZ');
-          await machine.waitFor({ state: 'detached' });
-          await row(page, 'OS', 'this computer').getByText('Žádný').waitFor();
-          await app.scriptService({ save_system_env: { reply: { success: false } } });
-          await row(page, 'OS', 'this computer').click({ button: 'right' });
-          await page.getByRole('menuitem', { name: 'Delete' }).click();
-          await press(await dialogOf(page, 'Delete 1 variable?'), 'Delete');
-          await toastOf(
-            page,
-            'The variable OS could not be changed. Variables of the whole computer are changed by the helper service',
-            'alert',
-          ).waitFor();
-          assert.deepEqual(await asked(), [
-            { name: 'OS', value: 'Žádný %windir%', is_delete: false },
-            { name: 'OS', value: '', is_delete: true },
-          ]);
-          await row(page, 'OS', 'this computer').waitFor();
-          assert.equal(await stored(kUser, 'OS'), undefined);
-        },
-      );
-    } finally {
-      await folder.remove();
-    }
-  }));
+    // Variables of the machine: not without the service, and with it what it did is shown.
+    const everyone = app.text('variables.system');
+    await row(page, 'OS', everyone).dblclick();
+    const machine = await dialogOf(page, `OS (${everyone})`);
+    const text = machine.getByLabel(app.text('variables.value'));
+    await text.fill('Žádný %windir%');
+    await press(machine, save);
+    await closeServiceDialog(page);
+    const failed = app.text('variables.failed', { name: 'OS', reason: app.text('variables.needsService') });
+    await machine.getByRole('alert').getByText(failed).waitFor();
+    assert.equal(await text.inputValue(), 'Žádný %windir%', 'what was typed stays');
+    await app.startService({ save_system_env: { chunks: [{ delay_ms: 2500, reply: { success: true } }] } });
+    await press(machine, save);
+    await app.until(async () => (await asked(app, 'save_system_env')).length, 'the request to the service');
+    await writeRegistry({ [kMachine]: { OS: registryText('Žádný') } });
+    await machine.waitFor({ state: 'detached' });
+    await row(page, 'OS', everyone).getByText('Žádný').waitFor();
+    await app.scriptService({ save_system_env: { reply: { success: false } } });
+    await row(page, 'OS', everyone).click({ button: 'right' });
+    await page.getByRole('menuitem', { name: app.text('variables.delete') }).click();
+    await press(await named('variables.deleteTitle', { n: 1 }), app.text('variables.delete'));
+    await toastOf(page, failed, 'alert').waitFor();
+    assert.deepEqual(
+      (await asked(app, 'save_system_env')).map(({ data }) => data),
+      [
+        { name: 'OS', value: 'Žádný %windir%', is_delete: false },
+        { name: 'OS', value: '', is_delete: true },
+      ],
+    );
+  });
+  await folder.remove();
+});
