@@ -56,7 +56,7 @@ std::optional<std::wstring> BasePath(JunkBase base) {
   wchar_t path[MAX_PATH] = {};
   switch (base) {
     case JunkBase::kNone:
-      return L"";
+      return std::wstring();
     case JunkBase::kUserTemp: {
       std::wstring temp = UserTempPath();
       if (temp.empty()) return std::nullopt;
