@@ -56,6 +56,10 @@ export const texts = {
     'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',
     'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
   ],
+  'service.needed': [
+    'Vyžaduje pomocnou službu, která teď neběží.',
+    'Needs the helper service, which is not running now.',
+  ],
   'service.refused': [
     'Pomocná služba požadavek nesplnila.',
     'The helper service did not fulfil the request.',
