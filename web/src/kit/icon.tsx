@@ -14,6 +14,7 @@ import developer from 'lucide:code-xml';
 import copy from 'lucide:copy';
 import file from 'lucide:file';
 import folder from 'lucide:folder';
+import explorer from 'lucide:folder-open';
 import dashboard from 'lucide:gauge';
 import disk from 'lucide:hard-drive';
 import keyboard from 'lucide:keyboard';
@@ -51,6 +52,7 @@ const icons = {
   dashboard,
   developer,
   disk,
+  explorer,
   file,
   folder,
   keyboard,

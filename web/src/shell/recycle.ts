@@ -8,15 +8,29 @@ import { errorText } from '../kit/error_text.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { toast } from '../kit/toast.tsx';
+import { explorerItem } from './explorer.ts';
+import { mayRecycle, possibleBins } from './recyclable.ts';
 
 interface File {
   path: string;
   size: number;
 }
 
-/** Asks, moves files to the recycle bin and says how many went. Resolves to false when the user declined. */
+/** Varnel need not be where the setup puts it. */
+async function isOfVarnel(files: File[]): Promise<boolean> {
+  const bins = possibleBins(files.map(({ path }) => path));
+  const listings = await Promise.all(bins.map((path) => host.request('getFolderContents', { path })));
+  return listings.some(({ items }) => items.some(({ name }) => name.toLowerCase() === 'varnel.exe'));
+}
+
+/** Asks, moves files and folders to the recycle bin and says how many went. Resolves to false when nothing was tried. */
 export async function recycle(files: File[]): Promise<boolean> {
   const n = files.length;
+  if (n === 0) return false;
+  if (!files.every(({ path }) => mayRecycle(path)) || (await isOfVarnel(files).catch(() => true))) {
+    toast(t('recycle.refused'), { error: true });
+    return false;
+  }
   const agreed = await confirm({
     title: t('recycle.title', { n }),
     body: t('recycle.body', { size: formatBytes(files.reduce((sum, { size }) => sum + size, 0)) }),
@@ -39,8 +53,9 @@ export async function recycle(files: File[]): Promise<boolean> {
   return true;
 }
 
-/** For the menu of a table of files. */
+/** For the menu of files. */
 export const fileItems = <F extends File>(files: F[], remove: (files: F[]) => void): MenuItem[] => [
+  ...files.slice(0, files.length === 1 ? 1 : 0).map(({ path }) => explorerItem(path)),
   { label: t('disk.copyPath'), icon: 'copy', run: () => copyPaths(files) },
   { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => remove(files) },
 ];

@@ -85,33 +85,43 @@ export const texts = {
   'recycle.verb': ['Přesunout do koše', 'Move to recycle bin'],
   'recycle.title': [
     {
-      one: 'Přesunout {n} soubor do koše?',
-      few: 'Přesunout {n} soubory do koše?',
-      many: 'Přesunout {n} souboru do koše?',
-      other: 'Přesunout {n} souborů do koše?',
+      one: 'Přesunout {n} položku do koše?',
+      few: 'Přesunout {n} položky do koše?',
+      many: 'Přesunout {n} položky do koše?',
+      other: 'Přesunout {n} položek do koše?',
     },
-    { one: 'Move {n} file to the recycle bin?', other: 'Move {n} files to the recycle bin?' },
+    { one: 'Move {n} item to the recycle bin?', other: 'Move {n} items to the recycle bin?' },
   ],
   'recycle.body': [
-    'Dohromady {size}. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
-    '{size} together. You can restore them from the bin until you empty it. What does not fit into the bin, or lies on a drive without one, Windows deletes for good.',
+    'Dohromady {size}. Složky jdou s celým obsahem. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
+    '{size} together. Folders go with everything in them. You can restore the items until you empty the bin. What does not fit into it, or lies on a drive without one, Windows deletes permanently.',
   ],
   'recycle.done': [
     {
-      one: 'Do koše přesunut {n} soubor',
-      few: 'Do koše přesunuty {n} soubory',
-      many: 'Do koše přesunuto {n} souboru',
-      other: 'Do koše přesunuto {n} souborů',
+      one: 'Do koše přesunuta {n} položka',
+      few: 'Do koše přesunuty {n} položky',
+      many: 'Do koše přesunuto {n} položky',
+      other: 'Do koše přesunuto {n} položek',
     },
-    { one: '{n} file moved to the recycle bin', other: '{n} files moved to the recycle bin' },
+    { one: '{n} item moved to the recycle bin', other: '{n} items moved to the recycle bin' },
   ],
   'recycle.some': [
     'Do koše přesunuto jen {n} z {total}. Ostatní nejspíš používá jiný program nebo k nim chybí oprávnění.',
     'Only {n} of {total} moved to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
   ],
   'recycle.none': [
-    'Do koše se nepodařilo přesunout nic. Soubory nejspíš používá jiný program, chybí k nim oprávnění, nebo už neexistují.',
-    'Nothing could be moved to the recycle bin. The files are probably in use by another program, you have no right to delete them, or they are already gone.',
+    'Do koše se nepodařilo přesunout nic. Položky nejspíš používá jiný program, chybí k nim oprávnění, nebo už neexistují.',
+    'Nothing could be moved to the recycle bin. The items are probably in use by another program, you have no right to delete them, or they are already gone.',
+  ],
+  'recycle.refused': [
+    'Tohle Varnel do koše nepřesune: potřebují to Windows, všechny programy, nebo Varnel sám.',
+    'Varnel does not move this to the recycle bin: Windows, all programs or Varnel itself need it.',
+  ],
+
+  'explorer.open': ['Otevřít v Průzkumníku', 'Open in Explorer'],
+  'explorer.failed': [
+    'Složku {path} se nepodařilo otevřít. {reason}',
+    'The folder {path} could not be opened. {reason}',
   ],
 
   'disk.seconds': ['{n} s', '{n} s'],

@@ -1,0 +1,21 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { mayRecycle, possibleBins } from './recyclable.ts';
+
+test('what Windows, all programs, a user as a whole or Varnel needs is never offered to the bin', () => {
+  const refused = `C: C:\\ D:\\ c:\\windows C:\\Windows\\System32 D:\\WINDOWS\\Temp\\a.tmp C:\\Program§Files
+    C:\\Program§Files§(x86) C:\\ProgramData C:\\Users C:\\users\\Žofie C:\\Users\\Žofie\\AppData\\Local
+    C:\\Users\\Public C:\\$Recycle.Bin\\S-1-5 C:\\Program§Files\\Varnel C:\\Program§Files\\Varnel\\bin\\Varnel.exe
+    C:\\Program§Files§(x86)\\Microsoft C:\\Program§Files§(x86)\\Microsoft\\EdgeWebView\\Application
+    C:\\Users\\Žofie\\AppData\\Local\\Varnel\\x \\\\server\\share\\x Users\\x`;
+  const offered = `C:\\Windows.old C:\\pagefile.txt C:\\Program§Files\\Game C:\\ProgramData\\Game D:\\Users.zip
+    C:\\Users\\Žofie\\Downloads C:\\Users\\Žofie\\AppData\\Local\\Temp C:\\Data\\Windows D:\\Varnel`;
+  const paths = (text: string) => text.split(/\s+/).map((path) => path.replaceAll('§', ' '));
+  for (const path of paths(refused)) assert.equal(mayRecycle(path), false, path);
+  for (const path of paths(offered)) assert.equal(mayRecycle(path), true, path);
+});
+
+test('Varnel is looked for around and just below what is to go', () => {
+  const bins = ['D:\\bin', 'D:\\Tools\\bin', 'D:\\Tools\\a.zip\\bin', 'D:\\Tools\\a.zip\\Varnel\\bin'];
+  assert.deepEqual(possibleBins(['D:\\Tools\\a.zip']), bins);
+});
