@@ -28,8 +28,8 @@ bool IsNamed(std::wstring_view path, std::wstring_view prefix) {
   return path.substr(path.rfind(L'\\') + 1).starts_with(prefix);
 }
 
-// What NTFS has and Wine's file system lacks. An entry named "link..." is listed as a link: its target would be
-// what is in it. A folder named "read-only..." does not go at the first time.
+// What NTFS has and Wine's file system lacks. An entry named "link..." is listed as a link: its target
+// would be what is in it. A folder named "read-only..." does not go at the first time.
 BOOL WINAPI FindNextMarked(HANDLE find, WIN32_FIND_DATAW* entry) {
   if (!ImportHook<FindNextMarked>::system(find, entry)) return FALSE;
   if (IsNamed(entry->cFileName, L"read-only")) entry->dwFileAttributes |= FILE_ATTRIBUTE_READONLY;

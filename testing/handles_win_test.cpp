@@ -19,8 +19,8 @@
 
 namespace {
 
-// Tries every value that a handle of a small process has: GetProcessHandleCount always answers 0 under Wine, and
-// the process list's figure there is the table's capacity.
+// Tries every value that a handle of a small process has: GetProcessHandleCount always answers 0 under Wine,
+// and the process list's figure there is the table's capacity.
 int HandleCount() {
   int count = 0;
   for (uintptr_t value = 4; value < 4 * 4096; value += 4) {

@@ -1,6 +1,6 @@
 // Real junk on drive C of the prefix; what is on the disk is counted from outside Wine.
 import assert from 'node:assert/strict';
-import { chmod, mkdir, readFile, readdir, rm, symlink, truncate, utimes, writeFile } from 'node:fs/promises';
+import { chmod, mkdir, readdir, rm, symlink, truncate, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
 import { userInfo } from 'node:os';
 import { join } from 'node:path';
@@ -50,8 +50,8 @@ async function countJunk(from = 0) {
 }
 const sum = (sizes) => Object.values(sizes).reduce((total, size) => total + size, 0);
 
-// Runs `body` with two files in every folder, each of another size, and links to canaries beside both. Nothing may
-// be deleted behind a link, nor a folder itself.
+// Runs `body` with two files in every folder, each of another size, and links to canaries beside both.
+// Nothing may be deleted behind a link, nor a folder itself.
 async function withJunk(body) {
   const outside = await makeFolder('varnel-canary-');
   await writeFile(join(outside.unix, 'canary'), 'canary');
@@ -83,7 +83,7 @@ async function withJunk(body) {
   }
 }
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 test('each category is measured and emptied alone', () =>
   withJunk(() =>
@@ -164,24 +164,7 @@ test('the profile is no temporary folder, and the page says so', async () => {
   await rm(canary);
 });
 
-test('nothing is recycled by another name than its own', async () => {
-  const folder = await makeFolder();
-  const home = await harness.makeHome();
-  for (const name of ['kept.zip', 'kept.zip.']) await writeFile(join(folder.unix, name), 'kept');
-  const file = `${folder.windows}\\kept.zip`;
-  const paths = [
-    ...[`${file}.`, `${file} `, `${file}\0x`, 'kept.zip', 'C:', '', `${folder.windows}/kept.zip`],
-    ...['.', 'x\\..'].map((step) => `${folder.windows}\\${step}\\kept.zip`),
-  ];
-  await withVarnel({ page: false, env: { HOME: home.unix } }, async (app) => {
-    const { success, deletedCount } = await app.request('deleteSpecificFiles', { paths });
-    assert.deepEqual([success, deletedCount], [false, 0]);
-    assert.deepEqual((await readdir(folder.unix)).filter((name) => name.startsWith('kept')).length, 2);
-  });
-  await Promise.all([folder.remove(), home.remove()]);
-});
-
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 const measured = (page) =>
   page.waitForSelector('.junk-total[aria-busy=false] [data-testid=junk-total][title]');
@@ -257,53 +240,6 @@ test('junk is measured, cleaned by choice, and what the page says is what the di
       assert.equal(existsSync(locked), false);
     });
   }));
-
-test('old large downloads go to the recycle bin and come back', async () => {
-  const folder = unixPath(`${kUser}\\Downloads`);
-  const kMiB = 1_048_576;
-  const home = await harness.makeHome();
-  await rm(folder, { recursive: true, force: true });
-  await mkdir(folder);
-  for (const [name, size, hours] of [
-    ['Žluťoučký instalátor.ISO', 2 * kMiB, 31 * 24],
-    ['above.zip', kMiB + 1, 721],
-    ['young.exe', 2 * kMiB, 719],
-  ]) {
-    await writeFile(join(folder, name), `first bytes of ${name}`);
-    await truncate(join(folder, name), size);
-    await utimes(join(folder, name), new Date(), new Date(Date.now() - hours * 3_600_000));
-  }
-  await withVarnel({ language: 'cs', service: {}, env: { HOME: home.unix } }, async (app) => {
-    const { page } = app;
-    const label = app.text('downloads.title');
-    const rows = () => harness.rowsOf(page, label);
-    await openView(page, 'cleaning');
-    await page.getByRole('grid', { name: label }).waitFor();
-    assert.deepEqual(await rows(), [
-      ['Žluťoučký instalátor.ISO', inWords(2 * kMiB, 'cs'), app.text('downloads.days', { n: 31 })],
-      ['above.zip', inWords(kMiB + 1, 'cs'), app.text('downloads.days', { n: 30 })],
-    ]);
-    for (const name of ['Žluťoučký', 'above']) await harness.tick(page, label, name);
-    await rm(join(folder, 'above.zip'));
-    await press(page, app.text('recycle.verbSize', { size: inWords(3 * kMiB + 1, 'cs') }));
-    const dialog = await dialogOf(page, app.text('recycle.title', { n: 2 }));
-    assert.ok((await dialog.innerText()).includes(`${kUser}\\Downloads\\Žluťoučký instalátor.ISO`));
-    await press(dialog, app.text('recycle.verb'));
-    await toastOf(page, app.text('recycle.some', { n: 1, total: 2 }), 'alert').waitFor();
-    await page.getByText(app.text('downloads.none')).waitFor();
-
-    // The bin knows where the file was, and has it whole.
-    const [note, ...others] = await readdir(join(home.trash, 'info'));
-    assert.deepEqual(others, []);
-    const [, origin] = /^Path=(.*)$/m.exec(await readFile(join(home.trash, 'info', note), 'utf8'));
-    const path = decodeURIComponent(origin);
-    assert.ok(path.endsWith('/Downloads/Žluťoučký instalátor.ISO'), path);
-    const recycled = await readFile(join(home.trash, 'files', note.replace(/\.trashinfo$/, '')), 'utf8');
-    assert.match(recycled, /^first bytes of Žluťoučký/);
-  });
-  await Promise.all([home.remove(), rm(folder, { recursive: true })]);
-  await mkdir(folder);
-});
 
 test('hibernation and automatic cleaning are switched by the service or not at all', async () => {
   const kPower = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Power';

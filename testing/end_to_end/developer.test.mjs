@@ -1,4 +1,4 @@
-// The hosts file of the prefix, development services of the stand-in service, and devices from a stand-in PowerShell.
+// The hosts file of the prefix, services of the stand-in service, and devices from a stand-in PowerShell.
 import assert from 'node:assert/strict';
 import { existsSync } from 'node:fs';
 import { readFile, rm, writeFile } from 'node:fs/promises';
@@ -22,7 +22,7 @@ async function withHosts(bytes, body) {
   }
 }
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 test('the hosts file is read byte for byte, in the code page of the system if it is no UTF-8', () =>
   withHosts('', (path) =>
@@ -42,12 +42,13 @@ test('the hosts file is read byte for byte, in the code page of the system if it
 
 // As PowerShell prints them: one line, HTML characters escaped, with a mark.
 const kDevices = String.raw`[{"FriendlyName":"Port #1 \u0026 Bridge","Class":"SYSTEM","Status":"OK"},
-  {"FriendlyName":"Karta ®","Class":"MEDIA","Status":"OK"},{"FriendlyName":"Filter","Class":null,"Status":"OK"},
+  {"FriendlyName":"Karta ®","Class":"MEDIA","Status":"OK"},
+  {"FriendlyName":"Filter","Class":null,"Status":"OK"},
   {"FriendlyName":null,"Class":"NET","Status":"OK"},{"FriendlyName":"Copse","Class":"NET"},
   {"FriendlyName":"Tarn","Class":"NET","Status":"Error"}]`.replaceAll(/\n */g, '');
 const prints = (text, more) => ({ steps: [{ hex: 'efbbbf' }, { text }], ...more });
 
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 // Line ends of all three kinds, a mark at the beginning, tabs, and no end of the last line.
 const kMixed =
@@ -55,7 +56,7 @@ const kMixed =
   '192.0.2.300 spatne.example\r\n# Added by Peat\r192.0.2.10 a.example b.example\r\n  ::1 localhost\n' +
   '192.0.2.11 A.EXAMPLE\r\n192.0.2.13 konec.example';
 
-test('what is typed into the hosts file survives every failure, and the rest of the file keeps its bytes', () =>
+test('what is typed into the hosts file survives every failure, and the rest keeps its bytes', () =>
   withHosts(kMixed, (path) =>
     withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
       const { page } = app;

@@ -22,7 +22,7 @@ const kHome = {
 const sumOf = (files) => files.reduce((total, { size }) => total + size, 0);
 const windowsPath = (unix) => `C:\\${unix.slice(driveC.length + 1).replaceAll('/', '\\')}`;
 
-// Runs `body` with a tree of what a scan can stumble over. A link leads to a folder that would change every figure.
+// Runs `body` with a tree of what a scan can stumble over. A link leads to what would change every figure.
 async function withTree(body) {
   const tree = await makeFolder('Strom ž-');
   const canary = await makeFolder('varnel-canary-');
@@ -77,7 +77,7 @@ const largestOutside = async (unix) =>
     .slice(0, 30)
     .map(({ path, size }) => ({ path: windowsPath(path), size }));
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 test('an analysis has every figure of the disk, and a listing those of the last one', () =>
   withTree((tree) =>
@@ -129,7 +129,7 @@ test('an analysis has every figure of the disk, and a listing those of the last 
     }),
   ));
 
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 // Moves the pointer over the map until it names `path`, and clicks there; gives what the map says of it.
 async function clickInMap(page, path) {

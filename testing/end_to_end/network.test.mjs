@@ -30,7 +30,7 @@ const manySockets = Array.from({ length: 597 }, (_, i) => ({
   text: `  TCP    0.0.0.0:${1000 + i}           0.0.0.0:0              LISTENING       ${i}\r\n`,
 }));
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 const kAnswer = 'Server:  dns.brod.example\nAddress:  192.0.2.53\n\n';
 const kTools = {
@@ -88,7 +88,7 @@ test('what tools print comes line by line, and how they ended', () =>
     });
   }));
 
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 // Wine's ping writes everything when it ends.
 test('open ports and the process behind one, a real ping, and a run that is put aside', () =>

@@ -15,7 +15,7 @@ const runs = (tool) => tool.exitCode === null && tool.signalCode === null;
 
 const stays = { steps: [{ text: 'up' }, { delay_ms: 600_000 }] };
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 test('processes are listed with what the system says of them; one that is not there is not ended', () =>
   withVarnel({ page: false, tools: { 'Kresba žlutá.exe': stays } }, async (app) => {
@@ -36,7 +36,7 @@ test('processes are listed with what the system says of them; one that is not th
     tool.kill('SIGKILL');
   }));
 
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 test('a process is found, ended after a question, and really gone', () =>
   withVarnel(
@@ -94,9 +94,9 @@ test('a process is found, ended after a question, and really gone', () =>
         }, 'one to end');
         assert.deepEqual([(await shown()).map((cells) => cells[1]), none], [[other], []]);
 
-        // A list that stands still, with the keyboard alone: what has ended meanwhile is said, not taken for done.
+        // A paused list, with the keyboard alone: what has ended meanwhile is said, not taken for done.
         await press(page, app.text('processes.pause'));
-        await app.request('getProcesses'); // a list that the page was still waiting for has come before this one
+        await app.request('getProcesses'); // after a list that the page was still waiting for
         const before = lists(app).length;
         left.kill('SIGKILL');
         await once(left, 'exit');
@@ -192,7 +192,7 @@ test('two thousand processes: drawn in part, steady under the pointer, selection
     assert.equal(still, name);
     assert.match(state, /gone/);
 
-    // Away from it the order is that of the figures again; what is selected stays so wherever it goes, and in sight.
+    // Away from it the order is that of the figures again; what is selected stays so, and in sight.
     await page.mouse.move(10, 690);
     await app.until(async () => (await page.locator('tr.gone').count()) === 0, 'the order of the figures');
     await showList(

@@ -1,4 +1,4 @@
-// What the program says of the machine, against what stands in the registry and what is seen from outside Wine.
+// What the program says of the machine, against the registry and what is seen from outside Wine.
 import assert from 'node:assert/strict';
 import { readFile, statfs } from 'node:fs/promises';
 import { test } from 'node:test';

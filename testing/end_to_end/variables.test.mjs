@@ -13,7 +13,7 @@ const kUser = 'HKCU\\Environment';
 const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Environment';
 const stored = async (key, name) => (await readRegistry(key))[name];
 
-// --- the host ---------------------------------------------------------------------------------------------------------
+// --- the host ----------------------------------------------------------------------------------------------
 
 test('every variable that fits is listed, whatever its type and name', () => {
   const longest = 'x'.repeat(16382); // with its NUL 32,766 bytes
@@ -41,7 +41,7 @@ test('every variable that fits is listed, whatever its type and name', () => {
   );
 });
 
-// --- the story --------------------------------------------------------------------------------------------------------
+// --- the story ---------------------------------------------------------------------------------------------
 
 const row = (page, name, scope) =>
   page
