@@ -1,5 +1,7 @@
 #include "exec/hidden_process_win.h"
 
+#include "exec/tool_run.h"
+
 std::optional<OutputPipe> CreateOutputPipe() {
   SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
   OutputPipe pipe;

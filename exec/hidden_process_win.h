@@ -39,8 +39,3 @@ std::string ReadOutput(HANDLE read_end, DWORD chunk_bytes);
 
 // The exit code as it is now (GetExitCodeProcess), 259 for a child that still runs. Closes both handles.
 DWORD TakeExitCode(HiddenProcess child);
-
-// The part of a chunk before its first zero byte.
-inline std::string_view UpToZero(std::string_view chunk) {
-  return chunk.substr(0, chunk.find('\0'));
-}

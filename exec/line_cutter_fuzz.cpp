@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 
-#include "exec/streaming_command.h"
+#include <nlohmann/json.hpp>
+
+#include "base/text.h"
 #include "testing/fuzz_target.h"
 
 // The first byte is the length of the pieces that the rest arrives in; the lines must not depend on it.
@@ -19,7 +21,7 @@ FUZZ_TARGET(line_cutter, bytes) {
     if (lines != want) std::abort();
     for (const OutputLine& line : lines) {
       if (line.text.empty() || line.text.find('\n') != std::string::npos) std::abort();
-      BuildStreamLine(1, line.text);  // throws for nothing that a tool can print
+      nlohmann::json(ConsoleTextToUtf8(line.text)).dump();  // throws for nothing that a tool can print
     }
   }
 }

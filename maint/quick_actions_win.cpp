@@ -9,8 +9,8 @@
 #include "base/page.h"
 #include "base/text.h"
 #include "exec/command_runner_win.h"
-#include "exec/hidden_process_win.h"
 #include "exec/service_pipe_win.h"
+#include "exec/tool_run.h"
 #include "maint/quick_actions.h"
 
 namespace {
@@ -51,19 +51,11 @@ bool StartExplorer() {
   return true;
 }
 
-// What "ipconfig /flushdns" printed, as bytes; empty when it could not be started.
-std::string RunFlushDns() {
-  std::optional<OutputPipe> pipe = CreateOutputPipe();
-  if (!pipe) return {};
-  const HiddenProcess child = StartHiddenProcess(L"ipconfig /flushdns", pipe->write.get());
-  pipe->write.reset();
-  return child.process ? ReadOutput(pipe->read.get(), 4095) : std::string();
-}
-
 }  // namespace
 
 void flushDns(int request_id) {
-  PostJsonToJs(BuildQuickActionReply(request_id, true, ConsoleTextToUtf8(RunFlushDns())));
+  PostJsonToJs(
+      BuildQuickActionReply(request_id, true, ConsoleTextToUtf8(CaptureTool(L"ipconfig /flushdns"))));
 }
 
 bool RebuildIconCache() {

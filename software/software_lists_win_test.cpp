@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "base/text.h"
+#include "exec/tool_run.h"
 #include "software/driver_scripts_win.h"
 #include "software/package_lists_win.h"
 #include "software/system_scan_win.h"
@@ -91,12 +92,12 @@ TEST(PackageLists, AreEmptyWithoutTheTool) {
                   R"({"apps":[],"requestId":2,"success":true,"type":"apps"})"));
 }
 
-TEST(RunWingetCapture, LosesWhatFollowsAZeroByteInAChunk) {
+TEST(CaptureTool, LosesWhatFollowsAZeroByteInAChunk) {
   const ToolCopy winget(
       L"winget",
       {{"steps",
         {{{"text", "one"}}, {{"hex", "610062"}, {"delay_ms", 700}}, {{"text", "two"}, {"delay_ms", 700}}}}});
-  EXPECT_EQ(RunWingetCapture(L"winget x"), "oneatwo");
+  EXPECT_EQ(CaptureTool(L"winget x"), "oneatwo");
 }
 
 TEST(SystemScan, ReportsProgressAndBothLists) {

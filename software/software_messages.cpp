@@ -24,12 +24,6 @@ json ScanProgress(int request_id, const char* status, bool success) {
   return message;
 }
 
-json StreamMessage(PackageStream stream, int request_id, const char* stream_type) {
-  return {{"type", stream == PackageStream::kUpdate ? "update_stream" : "uninstall_stream"},
-          {"streamType", stream_type},
-          {"requestId", request_id}};
-}
-
 json DriverUpdates(int request_id, const DriverCheck& check, bool success) {
   json reply = MakeReply("driver_updates", success, request_id);
   reply["updates"] = check.updates;
@@ -96,25 +90,4 @@ std::string ScanDoneMessage(int request_id, const std::vector<SoftwareUpdateEntr
 
 std::string ScanFailedMessage(int request_id) {
   return ScanProgress(request_id, "done", false).dump();
-}
-
-std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view text) {
-  json message = StreamMessage(stream, request_id, "status");
-  message["message"] = text;
-  return message.dump();
-}
-
-std::string StreamOutputMessage(PackageStream stream, int request_id, std::string_view text,
-                                bool is_progress) {
-  json message = StreamMessage(stream, request_id, "stdout");
-  message["message"] = text;
-  if (stream == PackageStream::kUpdate) message["isProgress"] = is_progress;
-  return message.dump();
-}
-
-std::string StreamExitMessage(PackageStream stream, int request_id, int64_t code, bool reboot_required) {
-  json message = StreamMessage(stream, request_id, "exit");
-  message["code"] = code;
-  if (stream == PackageStream::kUpdate) message["rebootRequired"] = reboot_required;
-  return message.dump();
 }

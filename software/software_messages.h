@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "software/driver_check.h"
@@ -23,17 +21,3 @@ std::string ScanHeartbeatMessage(int request_id, int ticks);
 std::string ScanDoneMessage(int request_id, const std::vector<SoftwareUpdateEntry>& software,
                             const DriverCheck& drivers);
 std::string ScanFailedMessage(int request_id);
-
-// The stream of an installation ("update_stream") or of an uninstallation ("uninstall_stream"), whose
-// messages have neither `isProgress` nor `rebootRequired`.
-enum class PackageStream { kUpdate, kUninstall };
-
-inline constexpr int64_t kRefusedArgumentCode = 999;
-inline constexpr int64_t kNotStartedCode = 1;
-// In an output line of the driver script: the machine must be restarted.
-inline constexpr std::string_view kRebootMarker = "SYSTEM_REBOOT_REQUIRED";
-
-std::string StreamStatusMessage(PackageStream stream, int request_id, std::string_view text);
-std::string StreamOutputMessage(PackageStream stream, int request_id, std::string_view text,
-                                bool is_progress);
-std::string StreamExitMessage(PackageStream stream, int request_id, int64_t code, bool reboot_required);

@@ -37,16 +37,6 @@ TEST(SoftwareMessages, AreAsRecorded) {
       {"scan_progress.heartbeat", ScanHeartbeatMessage(24, 1)},
       {"scan_progress.done", ScanDoneMessage(24, kUpdates, OneDriver())},
       {"scan_progress.failed", ScanFailedMessage(24)},
-      {"update_stream.status", StreamStatusMessage(PackageStream::kUpdate, 0,
-                                                   "Inicializuji instalaci pro balíček: Brook.TarnSync...")},
-      {"update_stream.stdout",
-       StreamOutputMessage(PackageStream::kUpdate, 0, "██▒▒  30.1 MB / 63.0 MB", true)},
-      {"update_stream.exit", StreamExitMessage(PackageStream::kUpdate, 0, 0x8A15002B, false)},
-      {"uninstall_stream.status", StreamStatusMessage(PackageStream::kUninstall, 0,
-                                                      "Inicializuji odinstalaci balíčku Brook.TarnSync...")},
-      {"uninstall_stream.stdout",
-       StreamOutputMessage(PackageStream::kUninstall, 0, "Successfully uninstalled", false)},
-      {"uninstall_stream.exit", StreamExitMessage(PackageStream::kUninstall, 0, 0, false)},
   };
   for (const auto& c : cases) EXPECT_EQ(c.message, RecordedMessage(c.recorded)) << c.recorded;
 }

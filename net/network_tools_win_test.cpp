@@ -1,4 +1,4 @@
-#include "exec/streaming_command_win.h"
+#include "net/network_tools.h"
 
 #include <windows.h>
 
@@ -39,25 +39,26 @@ Stream Take() {
   return stream;
 }
 
-Stream StreamOf(const std::wstring& command) {
+// What the command prints after a look-up of which nothing is seen.
+Stream StreamOf(const std::string& command) {
   TakePostedTexts();
-  RunStreamingCommand(command, 7);
+  runPingDiagnostic(7, "dns", ">nul 2>nul&" + command);
   return Take();
 }
 
 }  // namespace
 
-TEST(RunStreamingCommand, PostsLinesOfBothStreamsThenTheExitCode) {
-  StreamOf(L"echo x");
+TEST(RunPingDiagnostic, PostsLinesOfBothStreamsThenTheExitCode) {
+  StreamOf("echo x");
   const int handles = HandleCount();
-  const Stream stream = StreamOf(L"echo a&echo.&echo e>&2&echo b&exit 3");
+  const Stream stream = StreamOf("echo a&echo.&echo e>&2&echo b&exit 3");
   EXPECT_EQ(HandleCount(), handles);
   EXPECT_EQ(stream.lines, (Lines{"a", "e", "b"}));
   EXPECT_EQ(stream.exit, (json{{"type", "ping_diagnostic_stream"}, {"streamType", "exit"}, {"code", 3}}));
 }
 
 // The tools stand in for the command interpreter, so that their writes are the reads.
-TEST(RunStreamingCommand, CutsLinesOutOfWhateverAToolPrints) {
+TEST(RunPingDiagnostic, CutsLinesOutOfWhateverAToolPrints) {
   std::string zero_in_long(3000, 'x');
   zero_in_long[100] = '\0';
   std::string many;
@@ -78,18 +79,18 @@ TEST(RunStreamingCommand, CutsLinesOutOfWhateverAToolPrints) {
   };
   for (const auto& c : cases) {
     const ToolCopy interpreter(L"cmd", {{"steps", c.writes}});
-    EXPECT_EQ(StreamOf(L"x").lines, c.want) << c.name;
+    EXPECT_EQ(StreamOf("x").lines, c.want) << c.name;
   }
   const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep("Odpov\xD8\xD4 od\n")}}});
-  const Lines lines = StreamOf(L"x").lines;
+  const Lines lines = StreamOf("x").lines;
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_TRUE(lines[0].starts_with("Odpov") && lines[0].ends_with(" od")) << "another code page";
 }
 
-TEST(RunStreamingCommand, PostsALineAtOnce) {
+TEST(RunPingDiagnostic, PostsALineAtOnce) {
   const ToolCopy interpreter(L"cmd", {{"steps", {WriteStep("first\n"), WriteStep("second\n", 2000)}}});
   TakePostedTexts();
-  std::thread run([] { RunStreamingCommand(L"x", 7); });
+  std::thread run([] { runPingDiagnostic(7, "ping", "x"); });
   const std::vector<json> first = WaitForMessages(1, 30'000);
   const ULONGLONG first_ms = GetTickCount64();
   run.join();
@@ -99,23 +100,23 @@ TEST(RunStreamingCommand, PostsALineAtOnce) {
   EXPECT_EQ(Take().lines, Lines{"second"});
 }
 
-TEST(RunStreamingCommand, DoesNotWaitForWhatHasClosedItsOutput) {
+TEST(RunPingDiagnostic, DoesNotWaitForWhatHasClosedItsOutput) {
   const ToolCopy interpreter(L"cmd",
                              {{"steps", {{{"text", "a\n"}, {"close_output", true}}, {{"delay_ms", 1000}}}}});
   interpreter.BecomeWindowed();
-  const Stream stream = StreamOf(L"x");
+  const Stream stream = StreamOf("x");
   EXPECT_EQ(stream.lines, Lines{"a"});
   EXPECT_EQ(stream.exit["code"], STILL_ACTIVE);
 }
 
-TEST(RunStreamingCommand, ReportsAFailedStart) {
+TEST(RunPingDiagnostic, ReportsAFailedStart) {
   const ToolCopy broken(L"cmd", nullptr);
   const std::string failed = RecordedMessage("ping_diagnostic_stream.failed");
   TakePostedTexts();
-  RunStreamingCommand(L"x", 7);
+  runPingDiagnostic(7, "ping", "x");
   EXPECT_EQ(TakePostedTexts(), std::vector{failed});
   const int handles = HandleCount();
-  RunStreamingCommand(L"x", 7);
+  runPingDiagnostic(7, "ping", "x");
   EXPECT_EQ(HandleCount(), handles);
 }
 
