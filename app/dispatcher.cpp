@@ -4,6 +4,7 @@
 #include <exception>
 #include <utility>
 
+#include "base/fields.h"
 #include "base/json_text.h"
 #include "base/page.h"
 #include "base/reply.h"
@@ -18,6 +19,7 @@ void Run(std::wstring_view message, std::span<const Action> actions) {
   if (!envelope.is_object() || !envelope.contains("action")) return;
   request.action = envelope["action"].get<std::string>();
   if (envelope.contains("requestId")) request.request_id = ToInteger<int32_t>(envelope["requestId"]);
+  if (const auto data = envelope.find("data"); data != envelope.end()) request.data = std::move(*data);
   const auto action = std::ranges::find(actions, request.action, &Action::name);
   if (action != actions.end()) action->run(request);
 }

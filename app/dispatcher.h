@@ -1,8 +1,6 @@
 #pragma once
 
-#include <concepts>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,10 +13,8 @@
 struct Request {
   std::string action;
   int32_t request_id = 0;
-  nlohmann::json envelope;
-
-  // The arguments. Missing ones read as null, and so do their fields.
-  nlohmann::json& Data() { return envelope["data"]; }
+  nlohmann::json data;      // the arguments; null if there are none
+  nlohmann::json envelope;  // the request; its data is taken out
 };
 
 struct Action {
@@ -40,19 +36,6 @@ class ActionDispatcher {
  private:
   std::span<const Action> actions_;
 };
-
-// Any JSON number or boolean as the library converts it, fractions cut off. The language leaves open what a
-// fraction or exponent beyond the type's range becomes: here it is the least value. Throws
-// nlohmann::json::type_error for anything else.
-template <std::integral Integer>
-Integer ToInteger(const nlohmann::json& value) {
-  using Limits = std::numeric_limits<Integer>;
-  if (!value.is_number_float()) return value.get<Integer>();
-  const double number = value.get<double>();
-  const bool fits =
-      number > static_cast<double>(Limits::min()) - 1.0 && number < static_cast<double>(Limits::max()) + 1.0;
-  return fits ? static_cast<Integer>(number) : Limits::min();
-}
 
 // Posts {"requestId":...,"success":true,"type":...} with the members of the object `fields`. Move large
 // values into it.

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/fields.h"
 #include "base/json_text.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
@@ -22,10 +23,10 @@ constexpr Action kTestActions[] = {
      }},
     {"echo",
      [](Request& request) {
-       PostSuccess(request.action, request.request_id, {{"got", std::move(request.Data())}});
+       PostSuccess(request.action, request.request_id, {{"got", std::move(request.data)}});
      }},
     {"echo", [](Request&) { FAIL() << "the first match runs"; }},
-    {"text", [](Request& request) { PostSuccess(request.Data()["type"].get<std::string>(), 0); }},
+    {"text", [](Request& request) { PostSuccess(FieldReader<std::string>::Read(request.data, "type"), 0); }},
     {"noMemory", [](Request&) { throw std::bad_alloc(); }},
     {"throwNumber", [](Request&) { throw 7; }},
 };

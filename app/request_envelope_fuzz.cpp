@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "app/dispatcher.h"
+#include "base/fields.h"
 #include "base/text.h"
 #include "testing/fuzz_target.h"
 #include "testing/recording_page.h"
@@ -10,11 +11,11 @@
 FUZZ_TARGET(request_envelope, bytes) {
   constexpr Action kActions[] = {
       {"echo",
-       [](Request& request) {
-         PostSuccess(request.action, request.request_id, {{"got", std::move(request.Data())}});
+       [](Request& it) {
+         PostSuccess(it.action, it.request_id, {{"got", std::move(it.data)}});
        }},
       {"text",
-       [](Request& request) { PostSuccess(request.Data()["type"].get<std::string>(), request.request_id); }},
+       [](Request& it) { PostSuccess(FieldReader<std::string>::Read(it.data, "type"), it.request_id); }},
   };
   ActionDispatcher(kActions).Dispatch(Utf8ToWide(bytes));
   if (TakePostedMessages().size() > 1) std::abort();

@@ -33,7 +33,7 @@ void getCPU(int32_t request_id) {
   PostSuccess("cpu_info", request_id, {{"cpu", WideToUtf8(CollectHardwareSpecs().cpu)}});
 }
 
-void uninstallAppSuite() {
+void uninstallAppSuite(int) {
   const std::wstring path = GetExeDirectory() + L"\\VarnelSetup.exe";
   if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
     MessageBoxW(nullptr, L"Chyba: Soubor VarnelSetup.exe nebyl nalezen v instalačním adresáři.",

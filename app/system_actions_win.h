@@ -15,7 +15,7 @@ void getCPU(int32_t request_id);
 
 // Starts VarnelSetup.exe beside the executable, elevated, to remove the program, and ends this process; a
 // message box when there is none. Declined elevation changes nothing. Never replies.
-void uninstallAppSuite();
+void uninstallAppSuite(int request_id);
 
 // Writes hardware and one telemetry sample to the page's terminal, then replies.
 void debugSystem(int32_t request_id);

@@ -130,10 +130,3 @@ TEST(SystemFiles, RepliesAreWhatThePageReads) {
             RecordedMessage("getSystemFilesAdvisor"));
   EXPECT_EQ(BuildHibernationReply(12, true, false), RecordedMessage("setHibernation"));
 }
-
-TEST(SystemFiles, HibernationIsSwitchedOffUnlessEnabledSaysOtherwise) {
-  EXPECT_TRUE(ParseHibernationEnabled(json::parse(R"({"enabled":true})")));
-  for (const char* data : {R"({"enabled":false})", R"({"enable":true})", "null"})
-    EXPECT_FALSE(ParseHibernationEnabled(json::parse(data))) << data;
-  EXPECT_THROW(ParseHibernationEnabled(json::parse(R"({"enabled":1})")), json::type_error);
-}

@@ -27,7 +27,3 @@ std::string BuildHibernationReply(int request_id, bool success, bool enabled) {
   reply["enabled"] = enabled;
   return reply.dump();
 }
-
-bool ParseHibernationEnabled(const nlohmann::json& data) {
-  return !data.is_null() && data.value("enabled", false);
-}

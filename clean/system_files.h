@@ -19,7 +19,3 @@ struct SystemFiles {
 
 std::string BuildSystemFilesReply(int request_id, const SystemFiles& files);
 std::string BuildHibernationReply(int request_id, bool success, bool enabled);
-
-// `enabled` of a setHibernation request's `data`; false without it. Throws nlohmann::json::type_error when it
-// is no boolean.
-bool ParseHibernationEnabled(const nlohmann::json& data);

@@ -43,7 +43,8 @@ void getSystemFilesAdvisor(int request_id) {
                                                   .swapfile = ReadSystemFile(LR"(C:\swapfile.sys)")}));
 }
 
-void setHibernation(int request_id, bool enabled) {
-  const bool success = SendServiceCommand("set_hibernation", {{"enabled", enabled}});
-  PostJsonToJs(BuildHibernationReply(request_id, success, enabled));
+void setHibernation(int request_id, std::optional<bool> enabled) {
+  const bool is_on = enabled.value_or(false);
+  const bool success = SendServiceCommand("set_hibernation", {{"enabled", is_on}});
+  PostJsonToJs(BuildHibernationReply(request_id, success, is_on));
 }

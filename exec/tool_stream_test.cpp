@@ -8,7 +8,8 @@
 #include "testing/recording_page.h"
 
 TEST(ToolStream, PostsWhatIsRecorded) {
-  const ToolStream ping("ping_diagnostic_stream", 7), update("update_stream", 0), removal("uninstall_stream", 0);
+  const ToolStream ping("ping_diagnostic_stream", 7), update("update_stream", 0),
+      removal("uninstall_stream", 0);
   const std::pair<const char*, std::function<void()>> cases[] = {
       {"ping_diagnostic_stream.stdout", [&] { ping.Line("Reply from 192.0.2.1: bytes=32 time<1ms TTL=64"); }},
       {"ping_diagnostic_stream.exit", [&] { ping.ExitUnnumbered(1); }},

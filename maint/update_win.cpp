@@ -100,12 +100,8 @@ void checkForUpdates(int request_id) {
   DeleteFileW(local_copy.c_str());
 }
 
-std::string DefaultInstallerUrl() {
-  return std::string(kReleaseUrl) + "/VarnelSetup.exe";
-}
-
-void downloadAndApplyUpdate(int request_id, const std::string& download_url) {
-  const std::wstring url = Utf8ToWide(download_url);
+void downloadAndApplyUpdate(int request_id, const std::optional<std::string>& download_url) {
+  const std::wstring url = Utf8ToWide(download_url.value_or(std::string(kReleaseUrl) + "/VarnelSetup.exe"));
   const std::wstring installer = DownloadedInstaller();
   DeleteFileW(installer.c_str());
   DeleteUrlCacheEntryW(url.c_str());
