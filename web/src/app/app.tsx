@@ -5,6 +5,7 @@ import { Toasts } from '../kit/toast.tsx';
 import { route } from '../shell/navigation.ts';
 import { ServiceDialog } from '../shell/service.tsx';
 import { currentSettings, settingsDocument } from '../shell/settings.ts';
+import { drawnTheme, windowsIsLight } from '../shell/theme.ts';
 import { Terminal } from '../shell/terminal_pane.tsx';
 import { KeysDialog } from './keys_dialog.tsx';
 import { useShortcuts } from './shortcuts.ts';
@@ -13,9 +14,10 @@ import { views } from './views.ts';
 
 export function App() {
   useStore(settingsDocument);
+  useStore(windowsIsLight);
   const { theme, language } = currentSettings();
   setLanguage(language);
-  document.documentElement.dataset.theme = theme;
+  document.documentElement.dataset.theme = drawnTheme(theme);
   document.documentElement.lang = language;
   useShortcuts();
 

@@ -3,7 +3,7 @@ import { host } from '../bridge/host.ts';
 import { toast } from '../kit/toast.tsx';
 import { startDiagnostics } from '../net/diagnostics.ts';
 import { startServiceDialog } from '../shell/service.tsx';
-import { settingsDocument } from '../shell/settings.ts';
+import { keepSorts, settingsDocument } from '../shell/settings.ts';
 import { startStatus } from '../shell/status.ts';
 import { startTerminal } from '../shell/terminal.ts';
 import { startQueue } from '../software/queue.ts';
@@ -20,6 +20,8 @@ startQueue();
 startServiceDialog();
 startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));
+
+void settingsDocument.reload().then(keepSorts);
 
 // The skeleton stays until theme and language are known, so that neither is seen to change; but not for long.
 const grace = new Promise((resolve) => setTimeout(resolve, settingsGraceMs));

@@ -10,12 +10,13 @@ import { usePending } from '../kit/hooks.ts';
 import { Mark } from '../kit/icon.tsx';
 import { Switch } from '../kit/switch.tsx';
 import type { Column } from '../kit/table/column.ts';
-import { useSelection } from '../kit/table/rows.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
 import { currentSettings, saveSettings, settingsDocument } from '../shell/settings.ts';
 import { themes, type Ignored, type Settings } from '../shell/settings_document.ts';
 import { openTerminal } from '../shell/terminal.ts';
+import { drawnTheme } from '../shell/theme.ts';
 import { View } from '../shell/view.tsx';
 import { showKeys } from './keys_dialog.tsx';
 
@@ -42,7 +43,7 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
           <legend>{t('settings.theme')}</legend>
           <div class="themes">
             {themes.map((name) => (
-              <label class="theme choice line" data-theme={name}>
+              <label class="theme choice line" data-theme={drawnTheme(name)}>
                 <input
                   type="radio"
                   name="theme"
@@ -193,11 +194,11 @@ async function removeEntries(entries: Ignored[], gone: Ignored[]) {
 
 const columns: Column<Ignored>[] = [
   { id: 'id', title: 'settings.ignored.id', value: ({ id }) => id },
-  { id: 'type', title: 'settings.ignored.type', value: ({ type }) => type, width: '12rem' },
+  { id: 'type', title: 'settings.ignored.type', value: ({ type }) => type, width: '12rem', drop: 1 },
 ];
 
 function IgnoreList({ entries }: { entries: Ignored[] }) {
-  const selection = useSelection();
+  const selection = useSelection('ignored');
   const remove = (gone: Ignored[]) => void removeEntries(entries, gone);
   const selected = entries.filter((entry) => selection[0].keys.has(keyOf(entry)));
   return (
@@ -210,6 +211,7 @@ function IgnoreList({ entries }: { entries: Ignored[] }) {
           rows={entries}
           rowKey={keyOf}
           columns={columns}
+          remember="ignored"
           sort={{ column: 'id', descending: false }}
           selection={selection}
           menu={(rows) => [

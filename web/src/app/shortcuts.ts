@@ -16,8 +16,11 @@ function onKeyDown(event: KeyboardEvent) {
   if (altKey || metaKey) return;
   // The control's own reload would lose the queue and everything that is not saved.
   if (key === 'F5' || (ctrlKey && event.code === 'KeyR')) act(() => refreshOfView.get()?.());
-  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f')
-    act(() => document.querySelector<HTMLElement>('[data-filter]')?.focus());
+  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f') {
+    // Where nothing can be filtered, the control's own search opens.
+    const filter = document.querySelector<HTMLInputElement>('[data-filter]');
+    if (filter) act(() => (filter.focus(), filter.select()));
+  }
   // By position, so that it also works on the Czech layout, whose upper row gives letters.
   else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[1-9]$/.test(event.code))
     act(() => {

@@ -113,4 +113,5 @@ export const texts = {
   'theme.emerald': ['Smaragd', 'Emerald'],
   'theme.ember': ['Žár', 'Ember'],
   'theme.light': ['Světlý', 'Light'],
+  'theme.system': ['Podle Windows', 'As in Windows'],
 } as const;

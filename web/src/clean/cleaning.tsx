@@ -27,7 +27,7 @@ export function Cleaning() {
   useEffect(refresh, []);
   const unmeasured = state.data === undefined && state.phase !== 'failed';
   return (
-    <View id="cleaning" refresh={refresh} at={since === undefined ? state.at : undefined}>
+    <View id="cleaning" refresh={refresh} state={since === undefined ? state : { phase: 'loading', since }}>
       <div class="board cleaning">
         {unmeasured ? (
           <Junk />

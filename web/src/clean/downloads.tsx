@@ -6,7 +6,7 @@ import { Card } from '../kit/card.tsx';
 import { DataView, Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import type { Column } from '../kit/table/column.ts';
-import { useSelection } from '../kit/table/rows.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { fileItems, recycle, sizeColumn } from '../shell/recycle.ts';
 import { downloads } from './cleaning.ts';
@@ -56,7 +56,7 @@ export function Downloads() {
 }
 
 function DownloadsTable({ items }: { items: Download[] }) {
-  const selection = useSelection();
+  const selection = useSelection('downloads');
   const selected = items.filter((item) => selection[0].keys.has(item.path));
   return (
     <>
@@ -66,6 +66,7 @@ function DownloadsTable({ items }: { items: Download[] }) {
         rows={items}
         rowKey={pathOf}
         columns={columns}
+        remember="downloads"
         sort={{ column: 'size', descending: true }}
         selection={selection}
         menu={(rows) => fileItems(rows, (files) => void remove(files))}

@@ -16,7 +16,11 @@ export function Disk() {
   useEffect(() => void telemetry.reload(), []);
   const disks = live.data?.sample.disks;
   return (
-    <View id="disk" refresh={refreshDisk} at={running ? undefined : result?.at}>
+    <View
+      id="disk"
+      refresh={refreshDisk}
+      state={running ? { phase: 'loading', since: running.since } : { phase: 'ready', at: result?.at }}
+    >
       <div class="analysis">
         <DataView source={telemetry}>{({ sample }) => <Drives disks={sample.disks} />}</DataView>
         {running && <AnalysisProgress {...running} />}

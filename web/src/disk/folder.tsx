@@ -116,6 +116,7 @@ const folderColumns: Column<FolderRow>[] = [
       </span>
     ),
     width: '8rem',
+    drop: 1,
   },
   {
     id: 'kind',
@@ -131,6 +132,7 @@ const folderColumns: Column<FolderRow>[] = [
         t(`kind.${kindOf(row)}`)
       ),
     width: '7.5rem',
+    drop: 2,
   },
 ];
 
@@ -153,6 +155,7 @@ function FolderTable({ path, items }: { path: string; items: Entry[] }) {
       rows={rows}
       rowKey={entryPath}
       columns={folderColumns}
+      remember="folder"
       sort={{ column: 'size', descending: true }}
       subject={path}
       onActivate={(entry) => entry.isDirectory && void openFolder(entry.path)}

@@ -3,7 +3,7 @@ import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { Card } from '../kit/card.tsx';
 import type { Column } from '../kit/table/column.ts';
-import { useSelection } from '../kit/table/rows.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { copyPaths, fileItems, recycle, sizeColumn } from '../shell/recycle.ts';
 import { forgetGone, refreshDisk, type BigFile } from './analysis.ts';
@@ -12,12 +12,12 @@ const filePath = ({ path }: BigFile) => path;
 
 const columns: Column<BigFile>[] = [
   { id: 'name', title: 'app.name', value: ({ path }) => nameOf(path) },
-  { id: 'folder', title: 'kind.folder', value: ({ path }) => parentOf(path) },
+  { id: 'folder', title: 'kind.folder', value: ({ path }) => parentOf(path), drop: 1 },
   sizeColumn,
 ];
 
 export function LargestFiles({ files }: { files: BigFile[] }) {
-  const selection = useSelection();
+  const selection = useSelection('largest');
   const selected = files.filter(({ path }) => selection[0].keys.has(path));
   const remove = async (rows: BigFile[]) => {
     if (!(await recycle(rows))) return;
@@ -31,6 +31,7 @@ export function LargestFiles({ files }: { files: BigFile[] }) {
         rows={files}
         rowKey={filePath}
         columns={columns}
+        remember="largest"
         sort={{ column: 'size', descending: true }}
         selection={selection}
         menu={(rows) => fileItems(rows, (files) => void remove(files))}

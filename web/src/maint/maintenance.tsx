@@ -12,12 +12,12 @@ import { UpdateCard } from './update_card.tsx';
 const check = () => void checkForUpdate();
 
 export function Maintenance() {
-  const { at, phase } = useStore(update);
+  const state = useStore(update);
   useEffect(() => {
-    if (phase === 'idle') check();
+    if (state.phase === 'idle') check();
   }, []);
   return (
-    <View id="maintenance" refresh={check} at={at}>
+    <View id="maintenance" refresh={check} state={state}>
       <div class="maintenance">
         <UpdateCard />
         <Card title={t('remove.title')} class="at-remove">

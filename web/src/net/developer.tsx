@@ -27,13 +27,13 @@ export function Developer() {
   const part = useStore(openedPart);
   const unsaved = useStore(draft) !== undefined;
   const { source, reload = source.reload, Panel } = parts[part];
-  const { at } = useStore(source);
+  const state = useStore(source);
   // Asked for when it is looked at, until it is there: two of them need the helper service or many seconds.
   useEffect(() => {
     if (!source.get().data) void source.reload();
   }, [source]);
   return (
-    <View id="developer" refresh={() => void reload()} at={at}>
+    <View id="developer" refresh={() => void reload()} state={state}>
       <div class="tabbed">
         <Tabs
           label={t('view.developer')}

@@ -42,6 +42,7 @@ function DeviceTable({ all }: { all: Device[] }) {
       rows={rows}
       rowKey={({ key }) => key}
       columns={columns}
+      remember="devices"
       sort={{ column: 'status', descending: false }}
       tools={
         <>

@@ -17,7 +17,7 @@ function reload() {
 export function Network() {
   useEffect(reload, []);
   return (
-    <View id="network" refresh={reload} at={useStore(ports).at}>
+    <View id="network" refresh={reload} state={useStore(ports)}>
       <div class="network">
         <Card title={t('network.ports')} aside={<span class="muted">{t('network.portsHint')}</span>}>
           <DataView

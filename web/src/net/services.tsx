@@ -37,7 +37,7 @@ const columns: Column<ServiceRow>[] = [
     cell: (service) => <Status service={service} />,
     width: '10rem',
   },
-  { id: 'facts', title: 'services.facts', value: ({ facts }) => facts },
+  { id: 'facts', title: 'services.facts', value: ({ facts }) => facts, drop: 1 },
   {
     id: 'commands',
     title: 'services.commands',
@@ -54,6 +54,7 @@ export function Services() {
       label={t('developer.services')}
       columns={columns}
       rowKey={({ key }) => key}
+      remember="services"
       sort={{ column: 'title', descending: false }}
       nothing={<Notice icon="service" title={t('services.none')} />}
     />

@@ -5,7 +5,7 @@ import { confirm } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { ListView } from '../kit/list_view.tsx';
 import type { Column } from '../kit/table/column.ts';
-import { useSelection } from '../kit/table/rows.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { toast } from '../kit/toast.tsx';
 import { VariableDialog } from './variable_dialog.tsx';
 import { saveVariable, scopeText, variableKey, variables, type Variable } from './variables.ts';
@@ -27,14 +27,14 @@ async function remove(list: Variable[]) {
 }
 
 const columns: Column<Variable>[] = [
-  { id: 'name', title: 'app.name', value: ({ name }) => name, width: '26%' },
-  { id: 'scope', title: 'variables.scope', value: scopeText, width: '9rem' },
+  { id: 'name', title: 'app.name', value: ({ name }) => name, width: '16rem' },
+  { id: 'scope', title: 'variables.scope', value: scopeText, width: '9rem', drop: 1 },
   { id: 'value', title: 'variables.value', value: ({ value }) => value },
 ];
 
 export function Variables() {
   const { data = [] } = useStore(variables);
-  const selection = useSelection();
+  const selection = useSelection('variables');
   const [opened, setOpened] = useState<Variable | 'new'>();
   useEffect(() => void variables.reload(), []);
   const chosen = data.filter((one) => selection[0].keys.has(variableKey(one)));
@@ -45,6 +45,7 @@ export function Variables() {
         label={t('developer.variables')}
         columns={columns}
         rowKey={variableKey}
+        remember="variables"
         sort={{ column: 'name', descending: false }}
         selection={selection}
         onActivate={(row) => setOpened(row)}

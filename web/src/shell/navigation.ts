@@ -16,8 +16,6 @@ export interface Route {
   view: ViewId;
   /** The drive that the disk view begins with, for example "C:". */
   drive?: string;
-  /** The process that the processes view begins with. */
-  pid?: number;
 }
 
 export const route = createStore<Route>({ view: 'dashboard' });

@@ -4,6 +4,7 @@ import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
+import { leadToRow } from '../kit/table/memory.ts';
 import { toast } from '../kit/toast.tsx';
 import { route } from './navigation.ts';
 import { isSameProcess, shortestSpanSeconds, withShares, type ProcessRow } from './process_shares.ts';
@@ -39,8 +40,10 @@ export function pollProcesses() {
 export async function showProcess(pid: number) {
   await processes.reload();
   const { data, error } = processes.get();
-  if (data?.some((one) => one.pid === pid)) route.set({ view: 'processes', pid });
-  else
+  if (data?.some((one) => one.pid === pid)) {
+    leadToRow('processes', pid);
+    route.set({ view: 'processes' });
+  } else
     toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), {
       error: true,
     });

@@ -2,6 +2,7 @@ import { createSource } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { errorText } from '../kit/error_text.ts';
+import { sorts } from '../kit/table/memory.ts';
 import { toast, type ToastAction } from '../kit/toast.tsx';
 import { changeSettings, readSettings, type Settings } from './settings_document.ts';
 
@@ -12,6 +13,12 @@ export const settingsDocument = createSource(async () => ({
 
 export function currentSettings(): Settings {
   return readSettings(settingsDocument.get().data?.value);
+}
+
+/** Keeps the sort of tables for the next start of the program. */
+export function keepSorts() {
+  sorts.set(currentSettings().tableSorts);
+  sorts.subscribe(() => saveSettings({ tableSorts: sorts.get() }, null));
 }
 
 // One save at a time, in the order of the changes: each one stores the whole document.

@@ -4,7 +4,8 @@ import { changeSettings, readSettings, scanIsDue } from './settings_document.ts'
 
 const switches = { autoClean: false, autoScan: true, autoOpen: false };
 const numbers = { scanInterval: 24, lastScan: 0 };
-const defaults = { theme: 'amethyst', language: 'cs', ...switches, ...numbers, ignoreList: [] };
+const lists = { ignoreList: [], tableSorts: {} };
+const defaults = { theme: 'amethyst', language: 'cs', ...switches, ...numbers, ...lists };
 
 test('whatever is stored, every unusable key is its default', () => {
   const usable = { theme: 'light', language: 'en', scanInterval: 5, autoClean: true, autoScan: false };
@@ -20,6 +21,7 @@ test('whatever is stored, every unusable key is its default', () => {
     [{ scanInterval: 0 }, {}],
     [{ autoClean: 'true', autoScan: 0, autoOpen: 'on', lastScan: '5' }, {}],
     [usable, usable],
+    [{ tableSorts: { ports: { column: 'port' } } }, {}],
     [{ ignoreList: [null, 'a', { id: 'a' }, { id: 1, type: 't' }, ignored] }, { ignoreList: [ignored] }],
   ];
   for (const [document, want] of cases)

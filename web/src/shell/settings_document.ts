@@ -1,7 +1,7 @@
 // The settings document belongs to the page, but it can hold anything: an old version's keys, null, an array.
-import { isRecord, object, text } from '../base/shape.ts';
+import { bool, isRecord, object, record, text } from '../base/shape.ts';
 
-export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light'] as const;
+export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light', 'system'] as const;
 
 /** One thing that views leave out: `type` says which kind `id` is of. Further members are kept as they are. */
 export interface Ignored {
@@ -23,12 +23,15 @@ export interface Settings {
   /** When the last scan has succeeded (ms since the epoch); 0 for never. */
   lastScan: number;
   ignoreList: Ignored[];
+  /** The sort of each table that the user has chosen. */
+  tableSorts: Readonly<Record<string, { column: string; descending: boolean }>>;
 }
 
 function oneOf<T extends string>(value: unknown, allowed: readonly T[], fallback: T): T {
   return allowed.includes(value as T) ? (value as T) : fallback;
 }
 
+const isSorts = record(object({ column: text, descending: bool }));
 const isIgnored = object({ id: text, type: text });
 
 /** Reads what is usable; every key that is missing, null or of the wrong type is its default. */
@@ -47,6 +50,7 @@ export function readSettings(document: unknown): Settings {
         : 24,
     lastScan: typeof lastScan === 'number' ? lastScan : 0,
     ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
+    tableSorts: isSorts(stored.tableSorts) ? stored.tableSorts : {},
   };
 }
 

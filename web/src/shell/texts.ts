@@ -1,6 +1,7 @@
 export const texts = {
   'app.undo': ['Vrátit zpět', 'Undo'],
   'app.refresh': ['Obnovit', 'Refresh'],
+  'app.refreshing': ['Obnovuje se, {n} s', 'Refreshing, {n} s'],
   'app.updated': ['Aktualizováno {time}', 'Updated {time}'],
   'app.name': ['Název', 'Name'],
   'app.size': ['Velikost', 'Size'],

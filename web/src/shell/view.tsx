@@ -1,9 +1,10 @@
 import type { ComponentChildren } from 'preact';
 import { useEffect, useLayoutEffect } from 'preact/hooks';
 import { formatTime } from '../base/format.ts';
+import type { SourceState } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { IconButton } from '../kit/button.tsx';
-import { useStore } from '../kit/hooks.ts';
+import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { refreshOfView, type ViewId } from './navigation.ts';
 import { showServiceDialog } from './service.tsx';
@@ -16,12 +17,12 @@ interface Props {
   actions?: ComponentChildren;
   /** Loads the view's data anew: F5 and a button in the header. */
   refresh?: () => void;
-  /** When that data arrived (ms since the epoch). */
-  at?: number | undefined;
+  /** Of that data: the header says that it loads, and for how long, or when it arrived. */
+  state?: LoadState;
 }
 
 /** What every view returns: the header with its title, actions and badges, and the content below. */
-export function View({ id, children, actions, refresh, at }: Props) {
+export function View({ id, children, actions, refresh, state }: Props) {
   useLayoutEffect(() => {
     refreshOfView.set(refresh);
     return () => refreshOfView.set(undefined);
@@ -35,14 +36,37 @@ export function View({ id, children, actions, refresh, at }: Props) {
         <h1 tabIndex={-1}>{t(`view.${id}`)}</h1>
         <div class="head-actions line">
           {actions}
-          {refresh && <IconButton icon="refresh" label={t('app.refresh')} onClick={refresh} />}
-          {at !== undefined && <span class="muted small">{t('app.updated', { time: formatTime(at) })}</span>}
+          {refresh && <Refresh run={refresh} state={state} />}
         </div>
         <Badges />
       </header>
       <main class="content" data-view={id}>
         {children}
       </main>
+    </>
+  );
+}
+
+type LoadState = Pick<SourceState<unknown>, 'phase' | 'since'> & { at?: number | undefined };
+
+/** A load of so many seconds is told in words. */
+const toldSeconds = 2;
+
+function Refresh({ run, state }: { run(): void; state: LoadState | undefined }) {
+  const { phase, since, at } = state ?? {};
+  const loading = phase === 'loading';
+  const seconds = useElapsed(loading ? since : undefined);
+  const slow = loading && seconds >= toldSeconds;
+  return (
+    <>
+      <span class="refresh" aria-busy={loading}>
+        <IconButton icon="refresh" label={t('app.refresh')} onClick={run} />
+      </span>
+      <span class="updated muted small" data-slow={slow || undefined}>
+        {slow
+          ? t('app.refreshing', { n: seconds })
+          : at !== undefined && t('app.updated', { time: formatTime(at) })}
+      </span>
     </>
   );
 }
@@ -61,12 +85,12 @@ function Badges() {
     <div class="badges">
       <span class="badge" title={t(`badge.${role}.hint`)} data-testid="badge-elevation">
         <Icon name={role} />
-        {t(`badge.${role}`)}
+        <span>{t(`badge.${role}`)}</span>
       </span>
       {data.serviceActive ? (
         <span class="badge badge-good" title={t('badge.service.on.hint')} data-testid="badge-service">
           <Icon name="service" />
-          {t('badge.service.on')}
+          <span>{t('badge.service.on')}</span>
         </span>
       ) : (
         <button
@@ -77,7 +101,7 @@ function Badges() {
           onClick={showServiceDialog}
         >
           <Icon name="service" />
-          {t('badge.service.off')}
+          <span>{t('badge.service.off')}</span>
         </button>
       )}
     </div>

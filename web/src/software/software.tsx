@@ -35,7 +35,7 @@ export function Software() {
   const list = useStore(openedList);
   const source: Readable<unknown> = lists[list];
   const { running } = useStore(scan);
-  const { at } = useStore(source);
+  const state = useStore(source);
   const counts = useCounts();
   const Panel = panels[list];
   useEffect(() => {
@@ -45,7 +45,7 @@ export function Software() {
     <View
       id="software"
       refresh={() => void source.reload()}
-      at={running ? undefined : at}
+      state={running ? { phase: 'loading', since: running.since } : state}
       actions={
         <Button icon="search" disabled={running !== undefined} onClick={startScan}>
           {t('software.scan')}

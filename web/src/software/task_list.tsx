@@ -10,7 +10,7 @@ import { errorText } from '../kit/error_text.ts';
 import { useStore } from '../kit/hooks.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import type { Column } from '../kit/table/column.ts';
-import { useSelection } from '../kit/table/rows.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
 import { updateBusy } from '../shell/busy.ts';
@@ -85,7 +85,7 @@ function useUsable(kind: JobKind): (row: Row) => boolean {
 }
 
 export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListProps) {
-  const selection = useSelection();
+  const selection = useSelection(kind);
   const isUsable = useUsable(kind);
   const verb = (n: number) =>
     n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
@@ -116,6 +116,7 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
         rows={rows}
         rowKey={({ key }) => key}
         columns={columns}
+        remember={kind}
         sort={{ column: 'name', descending: false }}
         selection={selection}
         selectable={isUsable}

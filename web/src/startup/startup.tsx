@@ -20,7 +20,7 @@ const impacts = {
 const impactOf = ({ impact }: StartupItem) => impacts[impact as keyof typeof impacts] ?? impacts.Low;
 
 const columns: Column<StartupItem>[] = [
-  { id: 'name', title: 'startup.name', value: ({ name }) => name, width: '24%' },
+  { id: 'name', title: 'startup.name', value: ({ name }) => name },
   {
     id: 'on',
     title: 'startup.runs',
@@ -36,12 +36,14 @@ const columns: Column<StartupItem>[] = [
     text: (item) => t(impactOf(item).text),
     cell: (item) => <span class={impactOf(item).tag}>{t(impactOf(item).text)}</span>,
     width: '8rem',
+    drop: 1,
   },
   {
     id: 'scope',
     title: 'startup.scope',
     value: ({ scope }) => t(scope === 'HKCU' ? 'startup.user' : 'startup.machine'),
     width: '10rem',
+    drop: 2,
   },
   {
     id: 'command',
@@ -57,6 +59,7 @@ const columns: Column<StartupItem>[] = [
         <code title={command}>{command}</code>
       </span>
     ),
+    drop: 3,
   },
 ];
 
@@ -75,12 +78,13 @@ function ItemSwitch(item: StartupItem) {
 export function Startup() {
   useEffect(reload, []);
   return (
-    <View id="startup" refresh={reload} at={useStore(startup).at}>
+    <View id="startup" refresh={reload} state={useStore(startup)}>
       <ListView
         source={startup}
         label={t('view.startup')}
         columns={columns}
         rowKey={startupKey}
+        remember="startup"
         sort={{ column: 'impact', descending: true }}
         nothing={<Notice icon="startup" title={t('startup.none')} hint={t('startup.noneHint')} />}
         menu={([item]) =>

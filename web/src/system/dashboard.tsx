@@ -32,7 +32,7 @@ export function Dashboard() {
   const live = useStore(telemetry);
   usePolling(pollTelemetry, telemetryPeriodMs);
   return (
-    <View id="dashboard" refresh={refresh} at={live.at}>
+    <View id="dashboard" refresh={refresh} state={live}>
       <div class="board dashboard">
         <DataView source={telemetry}>
           {(data) => (

@@ -1,4 +1,3 @@
-import { useState } from 'preact/hooks';
 import { formatPercent, noValue } from '../base/format.ts';
 import { formatNumber, t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
@@ -6,9 +5,7 @@ import { usePolling, useStore } from '../kit/hooks.ts';
 import { ListView } from '../kit/list_view.tsx';
 import type { MenuItem } from '../kit/menu.tsx';
 import type { Column } from '../kit/table/column.ts';
-import type { SelectionState } from '../kit/table/rows.ts';
-import { noSelection } from '../kit/table/rules.ts';
-import { route } from '../shell/navigation.ts';
+import { useSelection } from '../kit/table/memory.ts';
 import { clockText, isMeasured, type ProcessRow } from '../shell/process_shares.ts';
 import {
   endProcesses,
@@ -22,14 +19,6 @@ import { View } from '../shell/view.tsx';
 
 const reload = () => void processes.reload();
 
-/** A selection that begins with the process that another view has led to. */
-function useLinkedSelection(): SelectionState {
-  return useState(() => {
-    const { pid } = route.get();
-    return pid === undefined ? noSelection : { keys: new Set([pid]), active: pid, anchor: pid };
-  });
-}
-
 const columns: Column<ProcessRow>[] = [
   { id: 'name', title: 'processes.name', value: ({ name }) => name },
   {
@@ -38,7 +27,8 @@ const columns: Column<ProcessRow>[] = [
     value: ({ pid }) => pid,
     text: ({ pid }) => String(pid),
     numeric: true,
-    width: '7.5rem',
+    width: '6rem',
+    drop: 1,
   },
   {
     id: 'share',
@@ -63,6 +53,7 @@ const columns: Column<ProcessRow>[] = [
     text: (one) => (isMeasured(one) ? clockText(one.cpuTimeSec) : noValue),
     numeric: true,
     width: '9rem',
+    drop: 2,
   },
   {
     id: 'kind',
@@ -77,7 +68,8 @@ const columns: Column<ProcessRow>[] = [
       ) : (
         <span class="muted">{t('processes.user')}</span>
       ),
-    width: '9rem',
+    width: '8rem',
+    drop: 3,
   },
 ];
 
@@ -90,9 +82,10 @@ const endItem = (rows: ProcessRow[]): MenuItem[] =>
     : [];
 
 export function Processes() {
-  const { data = [], at } = useStore(processes);
+  const state = useStore(processes);
+  const { data = [] } = state;
   const stopped = useStore(paused);
-  const selection = useLinkedSelection();
+  const selection = useSelection('processes');
   usePolling(pollProcesses, processesPeriodMs);
   const chosen = endable(data.filter(({ pid }) => selection[0].keys.has(pid)));
   const onlySystem = selection[0].keys.size > 0 && chosen.length === 0;
@@ -100,7 +93,7 @@ export function Processes() {
     <View
       id="processes"
       refresh={reload}
-      at={at}
+      state={state}
       actions={
         <>
           <Button icon={stopped ? 'play' : 'pause'} onClick={togglePaused}>
@@ -117,6 +110,7 @@ export function Processes() {
         label={t('view.processes')}
         columns={columns}
         rowKey={({ pid }) => pid}
+        remember="processes"
         sort={{ column: 'mem', descending: true }}
         selection={selection}
         steady

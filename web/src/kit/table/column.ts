@@ -15,8 +15,12 @@ export interface Column<Row> {
   cell?(row: Row): ComponentChildren;
   /** Aligned right, with figures of equal width. */
   numeric?: boolean;
-  /** CSS width; columns without one share what is left. */
+  /** CSS width, best in rem; columns without one share what is left. */
   width?: string;
+  /** Rank in which columns go when the table is too narrow, the highest first; without one it stays. */
+  drop?: number;
+  /** 0 to 1: how much the cell stands out. */
+  heat?(row: Row): number;
 }
 
 export function textOf<Row>(column: Column<Row>, row: Row): string {

@@ -15,7 +15,7 @@ interface BarProps<Row> {
 }
 
 export function TableBar<Row>({ label, rows, tools, onLeave }: BarProps<Row>) {
-  const { query, setQuery, shown, gone, total, many, selection, hidden } = rows;
+  const { query, setQuery, shown, gone, total, many, selection, hidden, held } = rows;
   const count = shown.length - gone.size;
   return (
     <div class="table-bar line">
@@ -41,6 +41,7 @@ export function TableBar<Row>({ label, rows, tools, onLeave }: BarProps<Row>) {
         {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
         {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
       </span>
+      {held && <span class="muted small">{t('table.held')}</span>}
       <div class="table-tools line">{tools}</div>
     </div>
   );

@@ -1,24 +1,11 @@
 // The rows of a table in the order of the screen, and which of them are selected.
-import { useEffect, useMemo, useRef, useState } from 'preact/hooks';
+import { useEffect, useMemo, useRef } from 'preact/hooks';
+import { fold } from '../../base/fold.ts';
 import { locale } from '../../base/text.ts';
+import { useStore } from '../hooks.ts';
 import { textOf, type Column } from './column.ts';
-import {
-  filterRows,
-  keepExisting,
-  keepPlaces,
-  noSelection,
-  sortRows,
-  type Key,
-  type Selection,
-  type Sort,
-} from './rules.ts';
-
-export type SelectionState = readonly [Selection, (next: Selection) => void];
-
-/** Selection of a table, kept by the view that acts on it: `const selection = useSelection()`, `selection[0].keys`. */
-export function useSelection(): SelectionState {
-  return useState<Selection>(noSelection);
-}
+import { change, useSelection, useSort, useTableState, type SelectionState } from './memory.ts';
+import { filterRows, keepExisting, keepPlaces, noSelection, sortRows, type Key, type Sort } from './rules.ts';
 
 export interface RowsProps<Row> {
   rows: readonly Row[];
@@ -26,8 +13,11 @@ export interface RowsProps<Row> {
   rowKey(row: Row): Key;
   /** The first one names the row. */
   columns: readonly Column<Row>[];
+  /** At first; the user may choose another. */
   sort: Sort;
-  /** From useSelection(); with it, many rows can be ticked. */
+  /** Name under which filter, selection and scroll position are kept for the session, and the sort for longer. */
+  remember?: string;
+  /** From useSelection(), with the name of `remember`; with it, many rows can be ticked. */
   selection?: SelectionState;
   /** Rows that can be ticked; all when left out. Keep it stable (useMemo). */
   selectable?(row: Row): boolean;
@@ -35,15 +25,19 @@ export interface RowsProps<Row> {
 
 export type Rows<Row> = ReturnType<typeof useRows<Row>>;
 
-export function useRows<Row>({ rows, rowKey, columns, sort: firstSort, ...props }: RowsProps<Row>) {
-  const [query, setQuery] = useState('');
-  const [sort, setSort] = useState(firstSort);
-  const [held, setHeld] = useState(false);
+/** While `held`, rows keep the places that they have. */
+export function useRows<Row>(props: RowsProps<Row>, held: boolean) {
+  const { rows, rowKey, columns, sort: firstSort, remember } = props;
+  const state = useTableState(remember);
+  const query = useStore(state, (one) => one.query);
+  const setQuery = (next: string) => change(state, { query: next });
+  const [wanted, setSort] = useSort(remember, firstSort);
+  const sort = columns.some(({ id }) => id === wanted.column) ? wanted : firstSort;
   const language = locale();
   // Rows are put into words once, not at every key that is typed.
-  const texts = useMemo(() => {
-    const known = new Map<Row, string[]>();
-    const inWords = (row: Row) => columns.map((column) => textOf(column, row));
+  const folded = useMemo(() => {
+    const known = new Map<Row, string>();
+    const inWords = (row: Row) => fold(columns.map((column) => textOf(column, row)).join('\n'));
     return (row: Row) => known.get(row) ?? known.set(row, inWords(row)).get(row)!;
   }, [rows, columns, language]);
   const sorted = useMemo(() => {
@@ -52,7 +46,7 @@ export function useRows<Row>({ rows, rowKey, columns, sort: firstSort, ...props 
   }, [rows, sort, language, columns]);
   const placed = useRef<{ rows: readonly Row[]; rules: unknown[] }>({ rows: [], rules: [] });
   const { rows: shown, gone } = useMemo(() => {
-    const found = filterRows(sorted, query, texts);
+    const found = filterRows(sorted, query, folded);
     const rules = [query, sort, language, columns];
     const keep = held && rules.every((rule, i) => rule === placed.current.rules[i]);
     const result = keep
@@ -62,15 +56,14 @@ export function useRows<Row>({ rows, rowKey, columns, sort: firstSort, ...props 
     return result;
   }, [sorted, query, held]);
   const order = useMemo(() => shown.map(rowKey), [shown]);
-  const selected = useRowSelection({ rows, rowKey, ...props }, shown, order);
+  const selected = useRowSelection(props, shown, order);
   return {
+    state,
     query,
     setQuery,
     sort,
     setSort,
-    /** While true, rows keep the places that they have. */
     held,
-    setHeld,
     /** How many rows there are, whatever the filter hides. */
     total: rows.length,
     shown,
@@ -78,18 +71,31 @@ export function useRows<Row>({ rows, rowKey, columns, sort: firstSort, ...props 
     order,
     /** Keys of rows that are only shown until their place is given up. */
     gone,
+    /** Keys of rows that the data before this did not have. */
+    fresh: useFresh(rows, rowKey),
     /** The ticked rows, also those that the filter hides. */
     ticked: () => sorted.filter((row) => selected.selection.keys.has(rowKey(row))),
     ...selected,
   };
 }
 
+/** Nothing is new in data that has nothing in common with what was before. */
+function useFresh<Row>(rows: readonly Row[], rowKey: (row: Row) => Key): ReadonlySet<Key> {
+  const last = useRef<ReadonlySet<Key>>(noSelection.keys);
+  return useMemo(() => {
+    const before = last.current;
+    last.current = new Set(rows.map(rowKey));
+    const fresh = [...last.current].filter((key) => !before.has(key));
+    return fresh.length < last.current.size ? new Set(fresh) : noSelection.keys;
+  }, [rows]);
+}
+
 function useRowSelection<Row>(
-  { rows, rowKey, selection: shared, selectable }: Omit<RowsProps<Row>, 'columns' | 'sort'>,
+  { rows, rowKey, selection: shared, selectable, remember }: RowsProps<Row>,
   shown: readonly Row[],
   order: readonly Key[],
 ) {
-  const own = useSelection();
+  const own = useSelection(remember);
   const [stored, setSelection] = shared ?? own;
   // Rows that the filter hides stay selected; rows that no longer exist do not.
   const selection = useMemo(() => {

@@ -1,5 +1,7 @@
 import assert from 'node:assert/strict';
-import { test } from 'node:test';
+import { mock, test } from 'node:test';
+import { fold } from '../../base/fold.ts';
+import { Hold } from './hold.ts';
 import type { CellValue, Selection } from './rules.ts';
 import * as table from './rules.ts';
 
@@ -20,10 +22,10 @@ test('order: by language, numbers by value, rows without a value last in both di
 });
 
 test('filter: every word somewhere in the row, without case and accents', () => {
-  const rows = ['Čištění disku;C:', 'Síť;Ethernet', 'disk;D:'].map((row) => row.split(';'));
+  const rows = ['Čištění disku;C:', 'Síť;Ethernet', 'disk;D:'];
   const cases = { '  ': '012', CISTENI: '0', 'c: disk': '0', síť: '1', 'disk ethernet': '', '.*': '' };
   for (const [query, want] of Object.entries(cases)) {
-    const found = table.filterRows(rows, query, (row) => row);
+    const found = table.filterRows(rows, query, fold);
     assert.equal(found.map((row) => rows.indexOf(row)).join(''), want, query);
   }
 });
@@ -95,6 +97,37 @@ test('new data in the places of the old', () => {
     const { rows, gone } = table.keepPlaces([...before], [...now], (row) => row.toLowerCase());
     assert.equal(`${rows.join('')} ${[...gone].join('')}`, want, name);
   }
+});
+
+test('columns go by rank until the rest fits, and those without a rank stay', () => {
+  const columns = [{}, { width: '5rem', drop: 1 }, { width: '8rem', drop: 2 }, { width: '30%' }];
+  for (const [rem, want] of Object.entries({ 33: '0123', 32: '013', 25: '013', 24: '03', 5: '03' })) {
+    const kept = table.fittingColumns(columns, Number(rem)).map((one) => columns.indexOf(one));
+    assert.equal(kept.join(''), want, `${rem} rem`);
+  }
+});
+
+test('rows are held until the pointer has rested for 3 s, and longer while it is pressed or a menu is open', () => {
+  mock.timers.enable({ apis: ['setTimeout'] });
+  let held = false;
+  const hold = new Hold((now) => (held = now));
+  const steps: [act: () => void, seconds: number, want: boolean][] = [
+    [hold.moved, 2.9, true],
+    [hold.moved, 2.9, true],
+    [() => {}, 0.2, false],
+    [() => hold.keep('pressed', true), 60, true],
+    [hold.left, 0, true],
+    [() => hold.keep('pressed', false), 2.9, true],
+    [hold.left, 0, false],
+    [() => hold.keep('menu', true), 60, true],
+    [() => hold.keep('menu', false), 3.1, false],
+  ];
+  for (const [i, [act, seconds, want]] of steps.entries()) {
+    act();
+    mock.timers.tick(seconds * 1000);
+    assert.equal(held, want, `step ${i}`);
+  }
+  mock.timers.reset();
 });
 
 test('copied rows keep their columns', () => {

@@ -1,10 +1,17 @@
-// The table's rules, without a screen: order, filter, selection, window, copy.
+// The table's rules, without a screen: order, filter, selection, window, columns, copy.
+import { fold } from '../../base/fold.ts';
 
 export type CellValue = string | number | boolean | null | undefined;
 
 export interface Sort {
   column: string;
   descending: boolean;
+}
+
+const collators = new Map<string, Intl.Collator>(); // slow to make
+function collatorOf(locale: string): Intl.Collator {
+  const options = { numeric: true, sensitivity: 'base' } as const;
+  return collators.get(locale) ?? collators.set(locale, new Intl.Collator(locale, options)).get(locale)!;
 }
 
 /** A new array in order of `value`; rows without a value come last in both directions, equal rows keep their order. */
@@ -14,7 +21,7 @@ export function sortRows<Row>(
   descending: boolean,
   locale: string,
 ): Row[] {
-  const collator = new Intl.Collator(locale, { numeric: true, sensitivity: 'base' });
+  const { compare } = collatorOf(locale);
   const direction = descending ? -1 : 1;
   const missing = (v: CellValue) => v === null || v === undefined || v === '' || Number.isNaN(v);
   return rows
@@ -23,7 +30,7 @@ export function sortRows<Row>(
       if (missing(a.key) || missing(b.key)) return Number(missing(a.key)) - Number(missing(b.key));
       const order =
         typeof a.key === 'string' || typeof b.key === 'string'
-          ? collator.compare(String(a.key), String(b.key))
+          ? compare(String(a.key), String(b.key))
           : Number(a.key) - Number(b.key);
       return order * direction;
     })
@@ -51,24 +58,15 @@ export function keepPlaces<Row>(
   return { rows: [...rows, ...fresh.values()], gone };
 }
 
-/** Lower case without accents: "Čištění" is found by "cisteni". */
-function fold(text: string): string {
-  const plain = /^[\0-\x7f]*$/.test(text) ? text : text.normalize('NFD').replace(/\p{M}/gu, '');
-  return plain.toLowerCase();
-}
-
-/** Rows in which every word of the query occurs in some cell. */
+/** Rows whose words, folded, contain every word of the query. */
 export function filterRows<Row>(
   rows: readonly Row[],
   query: string,
-  texts: (row: Row) => string[],
+  folded: (row: Row) => string,
 ): readonly Row[] {
   const words = fold(query).split(/\s+/).filter(Boolean);
   if (words.length === 0) return rows;
-  return rows.filter((row) => {
-    const cells = texts(row).map(fold);
-    return words.every((word) => cells.some((cell) => cell.includes(word)));
-  });
+  return rows.filter((row) => words.every((word) => folded(row).includes(word)));
 }
 
 export type Key = string | number;
@@ -154,6 +152,24 @@ export function visibleRange(
   const first = Math.max(0, Math.min(Math.floor(scrollTop / rowHeight) - margin, count - 1));
   const end = Math.min(count, Math.ceil((scrollTop + viewport) / rowHeight) + margin);
   return { first, end: Math.max(first, end) };
+}
+
+/** A column without a width in rem is never narrower than this, and neither is the name of a row. */
+const leastRem = 10;
+
+/** The columns that fit into a width (rem): the one with the highest `drop` goes first, one without stays. */
+export function fittingColumns<C extends { width?: string; drop?: number }>(
+  columns: readonly C[],
+  widthRem: number,
+): readonly C[] {
+  const remOf = ({ width = '' }: C) => (width.endsWith('rem') ? parseFloat(width) : leastRem);
+  const left = [...columns];
+  while (left.reduce((sum, column) => sum + remOf(column), 0) > widthRem) {
+    const next = left.reduce((a, b) => ((b.drop ?? 0) > (a.drop ?? 0) ? b : a));
+    if (!next.drop) break;
+    left.splice(left.indexOf(next), 1);
+  }
+  return left.length === columns.length ? columns : left;
 }
 
 /** Tab-separated lines; tabs and line ends inside a cell become blanks, so that every row keeps its columns. */

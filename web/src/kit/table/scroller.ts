@@ -1,40 +1,49 @@
 // Which rows are drawn, and how the one that matters stays in sight.
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { useSize } from '../hooks.ts';
+import type { Store } from '../../base/store.ts';
+import { useSize, useStore } from '../hooks.ts';
+import { change, type TableState } from './memory.ts';
 import type { Rows } from './rows.ts';
 import { noSelection, visibleRange, type Key } from './rules.ts';
 
-const windowedAbove = 500;
+const windowedAbove = 100;
 const marginRows = 12;
+/** Rows that are drawn together, so that not every pixel of scrolling draws. */
+const stepRows = 4;
 
 export type Scroller = ReturnType<typeof useScroller>;
 
-/** Scroll position and size of the table's box; a row is 2.25 rem high (table.css). */
-export function useScroller(count: number) {
+/** Scroll position, in steps, and size of the table's box; a row is 2.25 rem high (table.css). */
+export function useScroller(count: number, state: Store<TableState>) {
   const ref = useRef<HTMLDivElement>(null);
-  const [box, setBox] = useState({ top: 0, height: 600, rowHeight: 36 });
-  const measure = () => {
-    const { scrollTop: top, clientHeight: height } = ref.current!;
-    setBox({
-      top,
-      height,
-      rowHeight: 2.25 * parseFloat(getComputedStyle(document.documentElement).fontSize),
-    });
+  const [{ height, widthRem, rowHeight }, setBox] = useState({ height: 600, widthRem: 60, rowHeight: 36 });
+  const [step, setStep] = useState(() => Math.floor((state.get().scrollTop ?? 0) / rowHeight / stepRows));
+  const top = step * stepRows * rowHeight;
+  const onScroll = () => {
+    const { scrollTop } = ref.current!;
+    change(state, { scrollTop });
+    setStep(Math.floor(scrollTop / rowHeight / stepRows));
   };
-  useSize(ref, measure);
-  const { top, height, rowHeight } = box;
+  useSize(ref, () => {
+    const { clientHeight, clientWidth } = ref.current!;
+    const rem = parseFloat(getComputedStyle(document.documentElement).fontSize);
+    setBox({ height: clientHeight, widthRem: clientWidth / rem, rowHeight: 2.25 * rem });
+  });
   const range =
     count > windowedAbove
-      ? visibleRange(top, height, rowHeight, count, marginRows)
+      ? visibleRange(top, height, rowHeight, count, marginRows + stepRows)
       : { first: 0, end: count };
   return {
     ref,
     rowHeight,
+    widthRem,
     ...range,
-    measure,
+    onScroll,
     pageRows: Math.max(1, Math.floor(height / rowHeight) - 2),
-    isInSight: (index: number) =>
-      index >= 0 && index * rowHeight >= top && index * rowHeight < top + height - 2 * rowHeight,
+    isInSight(index: number) {
+      const from = state.get().scrollTop ?? 0; // asking the element would lay the page out
+      return index >= 0 && index * rowHeight >= from && index * rowHeight < from + height - 2 * rowHeight;
+    },
     reveal(index: number) {
       const element = ref.current;
       if (!element) return;
@@ -50,13 +59,15 @@ export function useScroller(count: number) {
 /** Keeps the active row in sight while data changes, and begins anew when the rows are of another subject. */
 export function useActiveRow<Row>(
   { rows, rowKey, subject }: { rows: readonly Row[]; rowKey(row: Row): Key; subject?: Key | undefined },
-  { activeIndex, held, order, setQuery, setSelection }: Rows<Row>,
+  { state, activeIndex, held, order, setQuery, setSelection }: Rows<Row>,
   { ref, reveal, isInSight }: Scroller,
 ) {
-  // A view that leads to a row selects it beforehand.
+  // Where the user left it, or at the row that something has led to.
+  const scrollTop = useStore(state, (one) => (one.scrollTop === undefined ? undefined : 'known'));
   useLayoutEffect(() => {
-    if (activeIndex >= 0) reveal(activeIndex);
-  }, []);
+    if (scrollTop !== undefined) ref.current!.scrollTop = state.get().scrollTop!;
+    else if (activeIndex >= 0) reveal(activeIndex);
+  }, [state, scrollTop, scrollTop === undefined && activeIndex >= 0]);
 
   // New data may move the row that the user is at: it stays in sight if it was.
   const inSight = useRef(false);

@@ -1,14 +1,20 @@
 import type { ComponentChildren } from 'preact';
-import { useId, useRef, useState } from 'preact/hooks';
+import { useId, useMemo, useRef, useState } from 'preact/hooks';
+import { fold } from '../../base/fold.ts';
 import { t } from '../../base/text.ts';
 import { Button } from '../button.tsx';
 import { copyText } from '../clipboard.ts';
 import { Menu, type MenuItem } from '../menu.tsx';
 import { textOf, type Column } from './column.ts';
 import { TableBar, TableHead } from './header.tsx';
+import { useHold } from './hold.ts';
+import { TableRow } from './row.tsx';
 import { useRows, type Rows, type RowsProps } from './rows.ts';
-import { moveTo, select, toggle, toTsv, type Key } from './rules.ts';
+import { fittingColumns, moveTo, select, toggle, toTsv, type Key } from './rules.ts';
 import { useActiveRow, useScroller, type Scroller } from './scroller.ts';
+
+const tickRem = 2.75; // table.css
+const typingMs = 1000;
 
 export interface TableProps<Row> extends RowsProps<Row> {
   /** Accessible name; also in the label of the filter. */
@@ -20,36 +26,60 @@ export interface TableProps<Row> extends RowsProps<Row> {
    * there is one.
    */
   subject?: Key;
-  /** For rows that are loaded anew all the time: they keep their order while the pointer is over them. */
+  /** For rows that are loaded anew all the time: they keep their order while the pointer moves over them, new ones are tinted. */
   steady?: boolean;
   /** Enter or double click on a row. */
   onActivate?(row: Row): void;
+  /** The Delete key, with the rows that it is for. */
+  onDelete?(rows: Row[]): void;
+  /** Space on the active row of a table whose rows cannot be ticked, for the control inside it. */
+  onSpace?(row: Row): void;
   /** Beside the filter; a function is given the ticked rows in the order of the screen, also those that the filter hides. */
   tools?: ComponentChildren | ((ticked: Row[]) => ComponentChildren);
 }
 
 export function Table<Row>(props: TableProps<Row>) {
-  const { label, columns, menu, steady, onActivate, tools } = props;
-  const rows = useRows(props);
-  const { shown, order, many, activeIndex, query, setQuery, setHeld, chosen } = rows;
+  const { label, columns: all, menu, steady = false, onActivate, onDelete, onSpace, tools } = props;
   const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
+  const hold = useHold(steady, menuAt !== undefined);
+  const rows = useRows(props, hold.held);
+  const { shown, order, many, activeIndex, query, setQuery, chosen } = rows;
   const id = useId();
   const grid = useRef<HTMLTableElement>(null);
-  const scroller = useScroller(shown.length);
-  const { first, end, rowHeight } = scroller;
+  const scroller = useScroller(shown.length, rows.state);
+  const { first, end, rowHeight, widthRem } = scroller;
+  const columns = useMemo(() => fittingColumns(all, widthRem - (many ? tickRem : 0)), [all, widthRem, many]);
   useActiveRow(props, rows, scroller);
   const columnCount = columns.length + Number(many);
   const rowId = (index: number) => `${id}-${index}`;
+  const latest = useRef(rows);
+  latest.current = rows;
+  const typed = useTypeAhead(rows, scroller, all[0]!);
 
   function copy() {
-    const lines = chosen().map((row) => columns.map((column) => textOf(column, row)));
-    if (lines.length > 0) void copyText(toTsv([columns.map((column) => t(column.title)), ...lines]));
+    const lines = chosen().map((row) => all.map((column) => textOf(column, row)));
+    // One row speaks for itself.
+    const head = lines.length > 1 ? [all.map((column) => t(column.title))] : [];
+    if (lines.length > 0) void copyText(toTsv([...head, ...lines]));
+  }
+
+  function menuItems(): MenuItem[] {
+    const marked = chosen();
+    const name = marked.length === 1 && textOf(all[0]!, marked[0]!);
+    const copyName = () => void copyText(name || '');
+    return [
+      ...(menu?.(marked) ?? []),
+      ...(name ? [{ label: t('table.copyName', { name }), icon: 'copy' as const, run: copyName }] : []),
+      { label: t('table.copyRows'), icon: 'copy', run: copy },
+    ];
   }
 
   function act({ key, shiftKey, ctrlKey }: KeyboardEvent): boolean {
     const active = shown[activeIndex];
     if (ctrlKey && key.toLowerCase() === 'c') copy();
     else if (key === 'Enter' && active && onActivate) onActivate(active);
+    else if (key === 'Delete' && onDelete && chosen().length > 0) onDelete(chosen());
+    else if (key === ' ' && active && onSpace) onSpace(active);
     else if (key === 'ContextMenu' || (shiftKey && key === 'F10')) {
       const row = document.getElementById(rowId(activeIndex))?.getBoundingClientRect();
       if (row && chosen().length > 0) setMenuAt({ x: row.left + 24, y: row.bottom });
@@ -59,7 +89,7 @@ export function Table<Row>(props: TableProps<Row>) {
 
   function onKeyDown(event: KeyboardEvent) {
     if (event.target !== grid.current) return; // a control inside a row has its own keys
-    if (selectByKey(event, rows, scroller) || act(event)) event.preventDefault();
+    if (act(event) || selectByKey(event, rows, scroller) || typed(event)) event.preventDefault();
   }
 
   return (
@@ -70,7 +100,7 @@ export function Table<Row>(props: TableProps<Row>) {
         tools={typeof tools === 'function' ? tools(rows.ticked()) : tools}
         onLeave={() => grid.current?.focus()}
       />
-      <div class="table-scroll" ref={scroller.ref} onScroll={scroller.measure}>
+      <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
         <table
           ref={grid}
           role="grid"
@@ -83,7 +113,7 @@ export function Table<Row>(props: TableProps<Row>) {
           onKeyDown={onKeyDown}
         >
           <TableHead columns={columns} rows={rows} />
-          <tbody onPointerEnter={() => setHeld(steady === true)} onPointerLeave={() => setHeld(false)}>
+          <tbody {...hold.handlers}>
             <Spacer rows={first} height={rowHeight} columns={columnCount} />
             {shown.slice(first, end).map((row, i) => (
               <TableRow
@@ -93,6 +123,8 @@ export function Table<Row>(props: TableProps<Row>) {
                 index={first + i}
                 columns={columns}
                 rows={rows}
+                latest={latest}
+                fresh={steady && rows.fresh.has(order[first + i]!)}
                 onActivate={onActivate}
                 onMenu={setMenuAt}
               />
@@ -100,10 +132,10 @@ export function Table<Row>(props: TableProps<Row>) {
             <Spacer rows={shown.length - end} height={rowHeight} columns={columnCount} />
           </tbody>
         </table>
-        {shown.length === 0 && query !== '' && (
+        {shown.length === 0 && (
           <div class="table-none">
-            <p class="muted">{t('table.noMatch')}</p>
-            <Button onClick={() => setQuery('')}>{t('table.clearFilter')}</Button>
+            <p class="muted">{t(query === '' ? 'table.empty' : 'table.noMatch')}</p>
+            {query !== '' && <Button onClick={() => setQuery('')}>{t('table.clearFilter')}</Button>}
           </div>
         )}
       </div>
@@ -111,7 +143,7 @@ export function Table<Row>(props: TableProps<Row>) {
         <Menu
           label={t('table.menu')}
           {...menuAt}
-          items={[...(menu?.(chosen()) ?? []), { label: t('table.copyRows'), icon: 'copy', run: copy }]}
+          items={menuItems()}
           onClose={() => {
             setMenuAt(undefined);
             grid.current?.focus();
@@ -145,61 +177,28 @@ function selectByKey<Row>(
   return true;
 }
 
-interface TableRowProps<Row> {
-  id: string;
-  row: Row;
-  index: number;
-  columns: readonly Column<Row>[];
-  rows: Rows<Row>;
-  onActivate: ((row: Row) => void) | undefined;
-  onMenu(at: { x: number; y: number }): void;
-}
-
-function TableRow<Row>({ id, row, index, columns, rows, onActivate, onMenu }: TableRowProps<Row>) {
-  const { order, gone, many, activeIndex, selection, setSelection, canSelect } = rows;
-  const key = order[index]!;
-  const selected = selection.keys.has(key);
-  return (
-    <tr
-      id={id}
-      class={index === activeIndex ? 'active' : gone.has(key) ? 'gone' : undefined}
-      aria-rowindex={index + 2}
-      aria-selected={canSelect(row) ? selected : undefined}
-      onClick={(event) => {
-        if (event.target instanceof Element && event.target.closest('button, a, input')) return;
-        const keys = { shift: many && event.shiftKey, ctrl: many && event.ctrlKey };
-        setSelection(select(selection, order, key, keys));
-      }}
-      onDblClick={() => onActivate?.(row)}
-      onContextMenu={(event) => {
-        event.preventDefault();
-        if (!selected) setSelection({ keys: new Set([key]), active: key, anchor: key });
-        onMenu({ x: event.clientX, y: event.clientY });
-      }}
-    >
-      {many && (
-        <td class="tick">
-          <input
-            type="checkbox"
-            tabIndex={-1}
-            aria-label={t('table.selectRow', { name: textOf(columns[0]!, row) })}
-            checked={selected}
-            disabled={!canSelect(row)}
-            onChange={() => setSelection(toggle(selection, key))}
-          />
-        </td>
-      )}
-      {columns.map((column) => (
-        <td
-          key={column.id}
-          class={column.numeric ? 'numeric' : undefined}
-          title={column.cell ? undefined : textOf(column, row)}
-        >
-          {column.cell ? column.cell(row) : textOf(column, row)}
-        </td>
-      ))}
-    </tr>
-  );
+/** Letters lead to the next row whose name begins with them. */
+function useTypeAhead<Row>(
+  { shown, order, activeIndex, selection, setSelection, many }: Rows<Row>,
+  { reveal }: Scroller,
+  named: Column<Row>,
+) {
+  const typed = useRef({ text: '', at: 0 });
+  return ({ key, ctrlKey, altKey, metaKey, timeStamp }: KeyboardEvent): boolean => {
+    if ([...key].length !== 1 || key === ' ' || key === '?' || ctrlKey || altKey || metaKey) return false;
+    const before = timeStamp - typed.current.at < typingMs ? typed.current.text : '';
+    const text = before + fold(key);
+    typed.current = { text, at: timeStamp };
+    const from = before === '' ? activeIndex + 1 : Math.max(activeIndex, 0);
+    const isIt = (row: Row) => fold(textOf(named, row)).startsWith(text);
+    const later = shown.findIndex((row, i) => i >= from && isIt(row));
+    const found = later < 0 ? shown.findIndex(isIt) : later;
+    const to = order[found];
+    if (to === undefined) return true;
+    setSelection(many ? { ...selection, active: to } : { keys: new Set([to]), active: to, anchor: to });
+    reveal(found);
+    return true;
+  };
 }
 
 /** Stands for rows that are not drawn. */
