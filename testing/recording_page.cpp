@@ -1,7 +1,5 @@
 #include "testing/recording_page.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -10,7 +8,6 @@
 namespace {
 
 std::mutex g_mutex;
-std::condition_variable g_posted;
 std::vector<std::string> g_texts;
 
 std::vector<nlohmann::json> Parse(const std::vector<std::string>& texts) {
@@ -24,7 +21,6 @@ std::vector<nlohmann::json> Parse(const std::vector<std::string>& texts) {
 void PostJsonToJs(std::string_view json) {
   const std::lock_guard lock(g_mutex);
   g_texts.emplace_back(json);
-  g_posted.notify_all();
 }
 
 void SendConsoleLog(std::string_view message, std::string_view style) {
@@ -38,10 +34,4 @@ std::vector<std::string> TakePostedTexts() {
 
 std::vector<nlohmann::json> TakePostedMessages() {
   return Parse(TakePostedTexts());
-}
-
-std::vector<nlohmann::json> WaitForMessages(size_t count, int timeout_ms) {
-  std::unique_lock lock(g_mutex);
-  g_posted.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] { return g_texts.size() >= count; });
-  return Parse(std::exchange(g_texts, {}));
 }

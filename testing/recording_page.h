@@ -13,7 +13,3 @@ std::vector<std::string> TakePostedTexts();
 
 // The same, parsed.
 std::vector<nlohmann::json> TakePostedMessages();
-
-// Waits until at least `count` messages are recorded and takes them all; gives up after `timeout_ms` and
-// takes what there is.
-std::vector<nlohmann::json> WaitForMessages(size_t count, int timeout_ms);

@@ -1,9 +1,11 @@
+// What the program does with requests, asked over its bridge without a page.
 import assert from 'node:assert/strict';
-import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { withVarnel } from './harness.mjs';
-import { copyInto, runInPrefix, standIn } from './wine.mjs';
+import { copyInto, registryText, standIn, withRegistry } from './wine.mjs';
+
+const kNoPage = { page: false };
 
 // Sends `message` and gives the exact texts that come back before the reply to a request sent after it.
 async function repliesTo(app, message) {
@@ -13,89 +15,83 @@ async function repliesTo(app, message) {
   return app.texts.slice(from, -1);
 }
 
+async function expectReplies(app, message, want, name = message) {
+  const got = await repliesTo(app, message);
+  assert.equal(got.length, want.length, `${name} gave ${got}`);
+  got.forEach((text, i) =>
+    want[i] instanceof RegExp ? assert.match(text, want[i]) : assert.equal(text, want[i], name),
+  );
+}
+
 const testBridgeReply = (id) => `{"requestId":${id},"status":"ok","success":true,"type":"testBridge"}`;
-const typeError = (text) =>
-  `{"message":"[json.exception.type_error.302] type must be ${text}","type":"error"}`;
+const typeError = (want, got) =>
+  `{"message":"[json.exception.type_error.302] type must be ${want}, but is ${got}","type":"error"}`;
+const kParseError = /^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/;
 
 test('the envelope, through the real window', () =>
-  withVarnel({ page: false }, async (app) => {
-    for (const [message, want] of [
-      ['{"action":"testBridge","requestId":7,"data":{}}', [testBridgeReply(7)]],
-      ['{"action":"testBridge"}', [testBridgeReply(0)]],
-      ['{"action":"testBridge","requestId":-2147483648}', [testBridgeReply(-2147483648)]],
-      ['{"action":"testBridge","requestId":3.9}', [testBridgeReply(3)]],
-      ['{"action":"testBridge","requestId":true}', [testBridgeReply(1)]],
-      ['{"action":"testBridge","requestId":"7"}', [typeError('number, but is string')]],
-      ['{"action":"testBridge","requestId":null}', [typeError('number, but is null')]],
-      ['{"action":7,"requestId":7}', [typeError('string, but is number')]],
-      ['{"action":"TestBridge","requestId":7}', []],
-      ['{"action":"noSuchAction","requestId":1}', []],
-      ['{"requestId":1}', []],
-      ['[1,2]', []],
-      ['{}', []],
-      ['"testBridge"', []],
-      [
-        '{"action":"openMailto","requestId":5,"data":{"url":"mailto:x@example.com"}}',
-        ['{"requestId":5,"success":true,"type":"openMailto"}'],
-      ],
-      // A lone surrogate becomes U+FFFD on its way to UTF-8; the same surrogate as an escape is not JSON.
-      ['{"action":"testBridge","requestId":8,"data":"\ud800"}', [testBridgeReply(8)]],
-      ['\udc00', [/^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/]],
-      [
-        '{"action":"testBridge","data":"\\ud800"}',
-        [/^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/],
-      ],
-      ['not json', [/^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/]],
-      [
-        '{"action":"testBridge"} {}',
-        [/^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/],
-      ],
-      [
-        '{"action":"testBridge"} // why',
-        [/^\{"message":"\[json\.exception\.parse_error\.101\].*","type":"error"\}$/],
-      ],
-      ['', [/parse_error\.101/]],
-    ]) {
-      const got = await repliesTo(app, message);
-      assert.equal(got.length, want.length, `${message} gave ${got}`);
-      got.forEach((text, i) =>
-        want[i] instanceof RegExp ? assert.match(text, want[i]) : assert.equal(text, want[i], message),
-      );
-    }
-  }));
-
-test('large, deep and broken requests are answered', () =>
-  withVarnel({ page: false }, async (app) => {
+  withVarnel(kNoPage, async (app) => {
     const deep = (open, close) =>
       `{"action":"testBridge","requestId":9,"data":${open.repeat(10_000)}1${close.repeat(10_000)}}`;
-    for (const [name, message, want] of [
+    for (const [message, want, name] of [
+      ['{"action":"testBridge","requestId":7,"data":{}}', [testBridgeReply(7)]],
+      ['{"action":"testBridge"}', [testBridgeReply(0)]],
+      ['{"action":"testBridge","requestId":3.9}', [testBridgeReply(3)]],
+      ['{"action":"testBridge","requestId":"7"}', [typeError('number', 'string')]],
+      ['{"action":"openUrl","url":1}', [typeError('string', 'number')]],
+      ['{"action":"noSuchAction","requestId":1}', []],
+      ['{"action":"quickAction","requestId":3,"data":{"type":"other"}}', []],
+      ['[1,2]', []],
+      // A lone surrogate becomes U+FFFD on its way to UTF-8; the same surrogate as an escape is not JSON.
+      ['{"action":"testBridge","requestId":8,"data":"\ud800"}', [testBridgeReply(8)]],
+      ['\udc00', [kParseError]],
+      ['{"action":"testBridge","data":"\\ud800"}', [kParseError]],
+      ['', [kParseError]],
       [
-        '5 MB',
-        { action: 'testBridge', requestId: 9, data: { text: 'ž'.repeat(5 << 20) } },
+        JSON.stringify({ action: 'testBridge', requestId: 9, data: 'ž'.repeat(5 << 20) }),
         [testBridgeReply(9)],
+        '10 MB',
       ],
-      ['arrays in arrays', deep('[', ']'), [testBridgeReply(9)]],
-      ['objects in objects', deep('{"a":', '}'), [testBridgeReply(9)]],
-      ['open brackets', '['.repeat(10_000), [/parse_error\.101/]],
-      ['closed brackets', '['.repeat(10_000) + ']'.repeat(10_000), []],
-      ['open brackets in a request', deep('[', ''), [/parse_error\.101/]],
-      ['a million brackets', '['.repeat(1_000_000), [/"type":"error"/]],
-    ]) {
-      const got = await repliesTo(app, message);
-      assert.equal(got.length, want.length, `${name}: ${got}`);
-      got.forEach((text, i) =>
-        want[i] instanceof RegExp ? assert.match(text, want[i]) : assert.equal(text, want[i], name),
-      );
-    }
+      [deep('[', ']'), [testBridgeReply(9)], 'arrays in arrays'],
+      [deep('{"a":', '}'), [testBridgeReply(9)], 'objects in objects'],
+      [deep('[', ''), [kParseError], 'open brackets'],
+      ['['.repeat(1_000_000), [/"type":"error"/], 'a million brackets'],
+      // The settings file's indentation grows with the square of the depth: 36 MB here.
+      [
+        `{"action":"saveSettings","data":${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}}`,
+        [/"type":"(saveSettings|error)"/],
+        'deep settings',
+      ],
+    ])
+      await expectReplies(app, message, want, name);
   }));
 
-test('deeply nested settings are kept or refused, never fatal', () =>
-  withVarnel({ page: false }, async (app) => {
-    // The file's indentation grows with the square of the depth: 36 MB here.
-    const data = `${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}`;
-    const got = await repliesTo(app, `{"action":"saveSettings","requestId":4,"data":${data}}`);
-    assert.equal(got.length, 1);
-    assert.match(got[0], /"type":"(saveSettings|error)"/);
+// Of several missing fields one is named. Nothing is started, ended, written or deleted.
+test('a request without a required field is refused before any work begins', () =>
+  withVarnel(kNoPage, async (app) => {
+    const from = app.texts.length;
+    const rows = Object.entries({
+      saveEnvVariable: 'string',
+      saveHostsFile: 'string',
+      controlDevService: 'string',
+      runPingDiagnostic: 'string',
+      killProcess: 'number',
+      deleteSpecificFiles: 'array',
+      toggleStartupItem: 'string',
+      toggleScheduleClean: 'boolean',
+      uninstallApp: 'string',
+      findLeftovers: 'string',
+      cleanLeftovers: 'array',
+      startDiskAnalysis: 'string',
+      getFolderContents: 'string',
+      installSoftware: 'string',
+      installDriver: 'string',
+      quickAction: 'string',
+    });
+    for (const [action, type] of rows)
+      await expectReplies(app, `{"action":"${action}","requestId":3,"data":{}}`, [typeError(type, 'null')]);
+    await new Promise((resolve) => setTimeout(resolve, 300));
+    await app.request('testBridge');
+    assert.equal(app.texts.length, from + 2 * rows.length + 1, 'nothing comes from a worker');
   }));
 
 test('a message that is not a string is ignored', () =>
@@ -103,80 +99,222 @@ test('a message that is not a string is ignored', () =>
     const from = app.texts.length;
     await app.page.evaluate(() => window.chrome.webview.postMessage({ action: 'testBridge', requestId: 77 }));
     await app.request('testBridge');
-    assert.deepEqual(
-      app.messages.slice(from).filter(({ requestId }) => requestId === 77),
-      [],
+    assert.equal(
+      app.messages.slice(from).some(({ requestId }) => requestId === 77),
+      false,
     );
   }));
 
 test('a thousand requests are answered in order', () =>
-  withVarnel({ page: false }, async (app) => {
+  withVarnel(kNoPage, async (app) => {
     const from = app.texts.length;
-    const sent = Array.from({ length: 1000 }, (_, i) =>
-      app.send({ action: 'testBridge', requestId: i + 1, data: {} }),
-    );
-    await Promise.all(sent);
-    await app.waitUntil(() => app.texts.length === from + 1000, 'a thousand replies');
-    assert.deepEqual(
-      app.texts.slice(from),
-      sent.map((_, i) => testBridgeReply(i + 1)),
-    );
-  }));
-
-test('openUrl opens the url of the envelope and never that of the data', () =>
-  withVarnel({ page: false, tools: { 'opener.exe': {} } }, async (app) => {
-    // Of the prefix's machine: Wine finds no scheme of the user.
-    const kScheme = 'HKLM\\Software\\Classes\\varneltest';
-    const add = (key, ...words) => runInPrefix('reg', ['add', key, ...words, '/f']);
-    try {
-      await add(kScheme, '/v', 'URL Protocol', '/d', '');
-      await add(
-        `${kScheme}\\shell\\open\\command`,
-        '/ve',
-        '/d',
-        `${app.folder.windows}\\bin\\opener.exe "%1"`,
-      );
-      const opened = async () =>
-        (await app.toolCalls('opener')).map((line) => /varneltest:\w+/.exec(line)?.[0]);
-      for (const action of ['openUrl', 'openMailto']) {
-        assert.equal((await app.request(action, { url: `varneltest:data${action}` })).success, true);
-        assert.equal((await app.request(action, {}, { url: `varneltest:envelope${action}` })).success, true);
-      }
-      const late = Date.now() + 20_000;
-      while ((await opened()).length < 2 && Date.now() < late)
-        await new Promise((resolve) => {
-          setTimeout(resolve, 100);
-        });
-      assert.deepEqual((await opened()).toSorted(), [
-        'varneltest:envelopeopenMailto',
-        'varneltest:envelopeopenUrl',
-      ]);
-    } finally {
-      await runInPrefix('reg', ['delete', kScheme, '/f']);
-    }
+    const ids = Array.from({ length: 1000 }, (_, i) => i + 1);
+    await Promise.all(ids.map((requestId) => app.send({ action: 'testBridge', requestId, data: {} })));
+    await app.until(() => app.texts.length === from + 1000, 'a thousand replies');
+    assert.deepEqual(app.texts.slice(from), ids.map(testBridgeReply));
   }));
 
 test('an action started twice runs twice at the same time', () => {
   const steps = [{ text: 'begin\r\n' }, { text: 'end\r\n', delay_ms: 3000 }];
-  return withVarnel({ page: false, tools: { 'ping.exe': { steps } } }, async (app) => {
+  return withVarnel({ ...kNoPage, tools: { 'ping.exe': { steps } } }, async (app) => {
     const data = { type: 'ping', target: 'localhost' };
-    await app.send({ action: 'runPingDiagnostic', requestId: 1, data });
-    await app.send({ action: 'runPingDiagnostic', requestId: 2, data });
-    const stream = () => app.messages.filter(({ type }) => type === 'ping_diagnostic_stream');
-    await app.waitUntil(
-      () => stream().filter(({ streamType }) => streamType === 'exit').length === 2,
-      'both runs to end',
-    );
-    const lines = stream()
-      .filter(({ streamType }) => streamType === 'stdout')
-      .map(({ message, requestId }) => `${message} ${requestId}`);
+    for (const requestId of [1, 2]) await app.send({ action: 'runPingDiagnostic', requestId, data });
+    const stream = (wanted) =>
+      app.messages.filter(
+        ({ type, streamType }) => type === 'ping_diagnostic_stream' && streamType === wanted,
+      );
+    await app.until(() => stream('exit').length === 2, 'both runs to end');
+    const lines = stream('stdout').map(({ message, requestId }) => `${message} ${requestId}`);
     assert.deepEqual(lines.slice(0, 2).toSorted(), ['begin 1', 'begin 2'], 'both have begun before one ends');
     assert.deepEqual(lines.slice(2).toSorted(), ['end 1', 'end 2']);
   });
 });
 
+// --- the helper service -----------------------------------------------------------------------------------------------
+
+const kHosts = 'C:\\windows\\system32\\drivers\\etc\\hosts';
+const kServices = [{ name: 'Peat DB', service_type: 'peatdb', status: 'stopped', commands: ['start'] }];
+// [action, data, what the service is asked, with which data, what else it answers and the reply then has, what
+// the reply has without the service]
+const kServiceActions = (bin) => [
+  ['toggleScheduleClean', { enabled: true }, 0, { enabled: true, exePath: `${bin}\\Varnel.exe` }],
+  ['toggleScheduleClean', { enabled: false }, 0, { enabled: false, exePath: `${bin}\\Varnel.exe` }],
+  [
+    'toggleStartupItem',
+    { scope: 'HKLM', name: 'Žlutý "x"', enabled: false },
+    'toggleHKLMStartup',
+    { name: 'Žlutý "x"', enable: false },
+  ],
+  ['getHostsFile', {}, 'get_hosts_file', {}, { content: 'a\r\nž' }, { content: '' }],
+  ['saveHostsFile', { content: 'a\r\nž' }, 'save_hosts_file', { content: 'a\r\nž' }],
+  ['saveHostsFile', { content: 'x'.repeat(100_000) }, 'save_hosts_file', { content: 'x'.repeat(100_000) }],
+  [
+    'saveEnvVariable',
+    { type: 'system', name: 'N', value: 'v', is_delete: true },
+    'save_system_env',
+    { name: 'N', value: 'v', is_delete: true },
+  ],
+  [
+    'saveEnvVariable',
+    { type: 'USER', name: 'N', value: '', is_delete: false },
+    'save_system_env',
+    { name: 'N', value: '', is_delete: false },
+  ],
+  ['getDevServices', {}, 'get_dev_services', {}, { services: kServices }, { services: [] }],
+  [
+    'controlDevService',
+    { service_type: 'peatdb', command: 'start' },
+    'control_dev_service',
+    { service_type: 'peatdb', command: 'start' },
+  ],
+  ['setHibernation', { enabled: true }, 'set_hibernation', { enabled: true }],
+  ['quickAction', { type: 'safemode-reboot' }, 'safemodeReboot', {}],
+  [
+    'cleanLeftovers',
+    { items: [{ type: 'directory', path: 'C:\\Program Files\\Varnel Žluť' }] },
+    'cleanLeftoverPath',
+    { path: 'C:\\Program Files\\Varnel Žluť' },
+  ],
+  [
+    'cleanLeftovers',
+    { items: [{ type: 'registry', path: 'HKLM\\Software\\Varnel Žluť' }] },
+    'cleanHKLMRegistry',
+    { subKey: 'Software\\Varnel Žluť' },
+  ],
+];
+
+test('actions of the helper service: absent, willing, and saying nothing of success', () =>
+  withVarnel(
+    {
+      ...kNoPage,
+      tools: { 'holder.exe': { steps: [{ hold: kHosts, text: 'held' }, { delay_ms: 600_000 }] } },
+    },
+    async (app) => {
+      const holder = await app.startTool('holder'); // so that only the service can read the hosts file
+      const rows = kServiceActions(`${app.folder.windows}\\bin`);
+      // Each row's reply, and whether the page was told that the service is away.
+      const run = async (service, success, more) => {
+        if (service) await (app.service ? app.scriptService(service) : app.startService(service));
+        for (const [row, [action, data]] of rows.entries()) {
+          const posted = await app.posted(action, data);
+          const { type, ...reply } = posted.pop();
+          assert.deepEqual(
+            [type, reply.success, posted],
+            [action, success, service ? [] : [{ type: 'show_service_error_modal' }]],
+            `${action} in row ${row}`,
+          );
+          assert.deepEqual({ ...reply, ...more(rows[row]) }, reply, `${action} in row ${row}`);
+        }
+      };
+      await run(undefined, false, (row) => row[5]);
+      const answers = rows.map(([action, , name, , more]) => [
+        name || action,
+        { reply: { success: true, ...more } },
+      ]);
+      await run(Object.fromEntries(answers), true, (row) => row[4]);
+      assert.deepEqual(
+        await app.serviceRequests(),
+        rows.map(([action, , name, data]) => ({ action: name || action, data })),
+      );
+      await run({ '*': { reply: { done: true } } }, false, (row) => row[5]);
+      holder.kill('SIGKILL');
+    },
+  ));
+
+test('what the helper service may answer', () =>
+  withVarnel({ ...kNoPage, service: {} }, async (app) => {
+    const ask = async () => (await app.request('toggleScheduleClean', { enabled: true })).success;
+    for (const [name, answer, want] of [
+      ['no line feed at the end', { text: '{"success":true}' }, true],
+      [
+        'in pieces',
+        { chunks: [{ text: '{"succ' }, { text: 'ess":tr', delay_ms: 50 }, { text: 'ue}\n', delay_ms: 50 }] },
+        true,
+      ],
+      ['two lines, left open', { text: '{"success":true}\n{"success":false}\n', hold_open: true }, true],
+      ['10 kB', { reply: { content: 'x'.repeat(10_000), success: true } }, true],
+      ['a text for success', { reply: { success: 'true' } }, false],
+      ['no object', { text: '[true]\n' }, false],
+      ['cut', { text: '{"success":tr' }, false],
+      [
+        'bytes that are no UTF-8',
+        { hex: Buffer.from('{"success":true,"x":"\xf8"}\n', 'latin1').toString('hex') },
+        false,
+      ],
+      ['an empty line', { text: '\n' }, false],
+      ['closed at once', {}, false],
+    ]) {
+      await app.scriptService({ '*': answer });
+      assert.equal(await ask(), want, name);
+    }
+
+    // More requests than it takes at a time: each waits its turn.
+    await app.scriptService({ '*': { chunks: [{ reply: { success: true }, delay_ms: 150 }] } });
+    assert.deepEqual(await Promise.all(Array.from({ length: 5 }, ask)), Array(5).fill(true));
+
+    const line = (record) => ({ text: `${typeof record === 'string' ? record : JSON.stringify(record)}\n` });
+    const said = (message) => ({ type: 'stdout', message });
+    const exit = { type: 'exit', code: 0 };
+    for (const [name, records, lines, code] of [
+      ['whole', [said('Žluť 1'), said(''), { type: 'exit', code: 3010 }], ['Žluť 1', ''], 3010],
+      ['what is no record', [{ type: 'progress' }, 'noise', '', said('a'), exit], ['a'], 0],
+      ['after the exit', [exit, said('late')], [], 0],
+      ['a mistyped record ends it', [said('a'), { type: 5 }, exit], ['a']],
+      ['closed before the exit', [said('a')], ['a']],
+    ]) {
+      await app.scriptService({ sfcVerify: { chunks: records.map(line) }, '*': {} });
+      const from = app.messages.length;
+      await app.send({ action: 'quickAction', data: { type: 'sfc' } });
+      const stream = () => app.messages.slice(from).filter(({ type }) => type === 'sfc_stream');
+      // Without an exit record nothing tells the end; a request sent later tells that nothing more comes.
+      await app.until(() => stream().length === 1 + lines.length + (code === undefined ? 0 : 1), name);
+      await ask();
+      const [status, ...rest] = stream();
+      assert.equal(status.streamType, 'status', name);
+      assert.deepEqual(
+        rest.map((message) => (message.streamType === 'exit' ? message.code : message.message)),
+        code === undefined ? lines : [...lines, code],
+        name,
+      );
+    }
+  }));
+
+test('a service that is always busy counts as not running', () =>
+  withVarnel({ ...kNoPage, service: 'busy' }, async (app) => {
+    const started = Date.now();
+    assert.equal((await app.request('getStatus')).serviceActive, false);
+    assert.ok(Date.now() - started >= 2000, 'the probe waits for a busy pipe');
+  }));
+
+// --- other actions ----------------------------------------------------------------------------------------------------
+
+test('openUrl opens the url of the envelope and never that of the data', () =>
+  withVarnel({ ...kNoPage, tools: { 'opener.exe': {} } }, async (app) => {
+    // Of the prefix's machine: Wine finds no scheme of the user.
+    const kScheme = 'HKLM\\Software\\Classes\\varneltest';
+    const command = registryText(`${app.folder.windows}\\bin\\opener.exe "%1"`);
+    const keys = {
+      [kScheme]: { 'URL Protocol': '""' },
+      [`${kScheme}\\shell\\open\\command`]: { '': command },
+    };
+    await withRegistry(keys, async () => {
+      for (const action of ['openUrl', 'openMailto']) {
+        assert.equal((await app.request(action, { url: `varneltest:data${action}` })).success, true);
+        assert.equal((await app.request(action, {}, { url: `varneltest:envelope${action}` })).success, true);
+      }
+      const calls = await app.until(async () => {
+        const lines = await app.toolCalls('opener');
+        return lines.length >= 2 && lines;
+      }, 'both to be opened');
+      assert.deepEqual(calls.map((line) => /varneltest:\w+/.exec(line)?.[0]).toSorted(), [
+        'varneltest:envelopeopenMailto',
+        'varneltest:envelopeopenUrl',
+      ]);
+    });
+  }));
+
 test('the first telemetry has nothing to compare with; debugSystem goes on from it', () =>
-  withVarnel({ page: false }, async (app) => {
+  withVarnel(kNoPage, async (app) => {
     const { cpu, download, upload, cpuTemp, gpuTemp } = await app.request('getTelemetry');
     assert.deepEqual(
       { cpu, download, upload, cpuTemp, gpuTemp },
@@ -188,18 +326,18 @@ test('the first telemetry has nothing to compare with; debugSystem goes on from 
     assert.ok(Number(load) > 0, `load ${load} since the first sample`);
   }));
 
-test('uninstallAppSuite starts the installer and ends the program', () =>
-  withVarnel({ page: false }, async (app) => {
+test('reboot and uninstallAppSuite start their tools with exact words', () =>
+  withVarnel({ ...kNoPage, tools: { 'shutdown.exe': { exit: 5 } } }, async (app) => {
+    assert.equal((await app.request('reboot')).success, true);
+    assert.deepEqual(await app.toolCalls('shutdown'), ['shutdown /r /t 0']);
+
     await copyInto(app.binFolder, { 'VarnelSetup.exe': standIn('console_tool.exe') });
     await app.scriptTool('VarnelSetup.exe', {});
     app.send({ action: 'uninstallAppSuite', requestId: 1 }).catch(() => {}); // the program ends before it can confirm
     assert.equal(await app.exited, 0);
-    const late = Date.now() + 20_000;
-    while ((await app.toolCalls('VarnelSetup')).length === 0 && Date.now() < late)
-      await new Promise((resolve) => {
-        setTimeout(resolve, 100);
-      });
-    const calls = await app.toolCalls('VarnelSetup');
-    assert.equal(calls.length, 1);
-    assert.match(calls[0], /VarnelSetup\.exe"? --uninstall$/);
+    const [call] = await app.until(async () => {
+      const lines = await app.toolCalls('VarnelSetup');
+      return lines.length > 0 && lines;
+    }, 'the installer');
+    assert.match(call, /VarnelSetup\.exe"? --uninstall$/);
   }));

@@ -1,203 +1,210 @@
-// What starts after sign-in, switched through the page, and the twelve bytes that Windows reads afterwards.
+// What starts after sign-in: the registry's limits, and items switched through the page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { checkAccessibility, closeServiceDialog, openView, screenshot, withVarnel } from './harness.mjs';
-import { prepareWine, readRegistry, runInPrefix } from './wine.mjs';
+import { asked, closeServiceDialog, look, openView, press, rowsOf, toastOf, withVarnel } from './harness.mjs';
+import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
-const kRun = 'Software\\Microsoft\\Windows\\CurrentVersion\\Run';
-const kApproved = 'Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run';
-const kOn = '02,00,00,00,00,00,00,00,00,00,00,00';
-const kOff = '03,00,00,00,00,00,00,00,00,00,00,00';
+const kWindows = 'Software\\Microsoft\\Windows\\CurrentVersion';
+const run = (hive) => `${hive}\\${kWindows}\\Run`;
+const approved = (hive) => `${hive}\\${kWindows}\\Explorer\\StartupApproved\\Run`;
+const kOn = 'hex:02,00,00,00,00,00,00,00,00,00,00,00';
+const kOff = 'hex:03,00,00,00,00,00,00,00,00,00,00,00';
 
-// [hive, name, command, type]
-const kItems = [
-  ['HKCU', 'Hvězdář', 'C:\\Program Files\\Hvězdář\\TeamsBridge.exe --quiet', 'REG_SZ'],
-  ['HKCU', 'Kite Sync', '"%LOCALAPPDATA%\\Kite\\kite sync.exe" /tray', 'REG_EXPAND_SZ'],
-  ['HKCU', 'Quiet notes', 'C:\\Tools\\notes.exe', 'REG_SZ'],
-  ['HKCU', 'number', '7', 'REG_DWORD'],
-  ['HKLM', 'Quiet notes', 'C:\\Tools\\notes.exe -everyone', 'REG_SZ'],
-  ['HKLM', 'Žárovka', 'C:\\Tools\\lamp updater.exe', 'REG_SZ'],
-];
-
-async function reg(...args) {
-  const { code, stdout } = await runInPrefix('reg', [...args, '/f']);
-  assert.equal(code, 0, stdout);
-}
-const forget = (key) => runInPrefix('reg', ['delete', key, '/f']);
-const approve = (hive, name, bytes) =>
-  reg('add', `${hive}\\${kApproved}`, '/v', name, '/t', 'REG_BINARY', '/d', bytes.replaceAll(',', ''));
-const approved = (hive) => readRegistry(`${hive}\\${kApproved}`);
-
-async function withItems(body) {
-  await prepareWine();
-  const keys = ['HKCU', 'HKLM'].flatMap((hive) => [`${hive}\\${kRun}`, `${hive}\\${kApproved}`]);
-  for (const key of keys) await forget(key);
-  try {
-    for (const [hive, name, command, type] of kItems)
-      await reg('add', `${hive}\\${kRun}`, '/v', name, '/t', type, '/d', command);
-    await body();
-  } finally {
-    for (const key of keys) await forget(key);
-  }
-}
-
-const rows = (page) =>
-  page
-    .getByRole('grid')
-    .locator('tbody tr')
-    .evaluateAll((all) =>
-      all.map((one) => {
-        const [name, on, impact, scope, command] = one.cells;
-        return [
-          name.innerText,
-          on.querySelector('[role=switch]').ariaChecked,
-          impact.innerText,
-          scope.innerText,
-          command.innerText,
-        ];
-      }),
-    );
-const switchOf = (page, name, scope) =>
-  page.locator('tbody tr', { hasText: scope }).getByRole('switch', { name });
-const isOn = (app, one, want) =>
-  app.waitUntilShown(
-    async () => (await one.getAttribute('aria-checked')) === String(want) && (await one.isEnabled()),
-    `the switch to be ${want}`,
+// Exactly these items and approvals, {HKCU: {name: data}, ...}; no approvals at all: no key.
+const withItems = (items, approvals, body) =>
+  withRegistry(
+    Object.fromEntries(
+      ['HKCU', 'HKLM'].flatMap((hive) => [
+        [run(hive), items[hive] ?? null],
+        [approved(hive), approvals[hive] ?? null],
+      ]),
+    ),
+    body,
   );
-const toastOf = (page, text, role = 'status') =>
-  page
-    .getByRole('region', { name: /^(Oznámení|Messages|Notifications)$/ })
-    .getByRole(role)
-    .getByText(text);
 
-test('items of the user: switched, stored, and back by the toast', () =>
-  withItems(() =>
-    withVarnel(
-      {
-        settings: { theme: 'amethyst', language: 'cs' },
-      },
-      async (app) => {
-        const { page } = app;
-        await openView(page, 'startup');
-        await page.getByRole('grid').waitFor();
-        assert.deepEqual(await rows(page), [
-          ['Hvězdář', 'true', 'vysoký', 'jen pro vás', kItems[0][2]],
-          ['Kite Sync', 'true', 'střední', 'jen pro vás', kItems[1][2]],
-          ['Žárovka', 'true', 'střední', 'všichni uživatelé', kItems[5][2]],
-          ['Quiet notes', 'true', 'nízký', 'jen pro vás', kItems[2][2]],
-          ['Quiet notes', 'true', 'nízký', 'všichni uživatelé', kItems[4][2]],
-        ]);
-        assert.deepEqual(
-          await page
-            .locator('tbody .tag')
-            .evaluateAll((tags) => tags.map((tag) => tag.className.split('-')[1])),
-          ['danger', 'warn', 'warn', 'good', 'good'],
-        );
+const hex = (bytes, type = '') =>
+  `hex${type}:${Buffer.from(bytes)
+    .toString('hex')
+    .replace(/..(?!$)/g, '$&,')}`;
+const utf16 = (text, type = '(1)') => hex(Buffer.from(text, 'utf16le'), type);
 
-        // Without the list of approved items nothing can be stored, and none is made.
-        const star = switchOf(page, 'Spouštět Hvězdář po přihlášení', 'jen pro vás');
-        await star.click();
-        await toastOf(
+test('which values are items, and which approvals switch them off', () => {
+  // [hive, name, data, the command: undefined if it is no item, approval, on]
+  const rows = [
+    ['HKLM', 'plain', registryText('C:\\Tools\\notes.exe'), 'C:\\Tools\\notes.exe'],
+    ['HKLM', 'Žluť ďábel', 'expand:%windir%\\Příliš.exe', '%windir%\\Příliš.exe'],
+    ['HKLM', 'no final NUL', utf16('x'), 'x'],
+    ['HKLM', 'empty', '""'],
+    ['HKLM', 'number', 'dword:00000001'],
+    ['HKLM', 'list', utf16('a\0\0', '(7)')],
+    ['HKLM', 'just fits', utf16(`${'x'.repeat(511)}\0`), 'x'.repeat(511)],
+    ['HKLM', 'too long', utf16(`${'x'.repeat(512)}\0`)],
+    ['HKLM', 'n'.repeat(255), '"longest name"', 'longest name'],
+    ['HKLM', 'n'.repeat(256), '"name too long"'],
+    ['HKLM', 'off for the machine', '"a.exe"', 'a.exe', hex([3]), false],
+    ['HKCU', 'off for the machine', '"a.exe"', 'a.exe'],
+    ['HKCU', 'off', '"b.exe"', 'b.exe', hex([3, 1, 2]), false],
+    ['HKCU', 'on', '"c.exe"', 'c.exe', kOn],
+    ['HKCU', 'no bytes', '"d.exe"', 'd.exe', '"\u0303"'],
+    ['HKCU', 'approval just fits', '"e.exe"', 'e.exe', hex(Array(256).fill(3)), false],
+    ['HKCU', 'approval too long', '"f.exe"', 'f.exe', hex(Array(257).fill(3))],
+    ['HKCU', 'half a character \ud800', '"g.exe"', 'g.exe'],
+  ];
+  const of = (hive, column) =>
+    Object.fromEntries(
+      rows.filter((row) => row[0] === hive && row[column]).map((row) => [row[1], row[column]]),
+    );
+  const both = (column) => ({ HKCU: of('HKCU', column), HKLM: of('HKLM', column) });
+  return withItems(both(2), both(4), () =>
+    withVarnel({ page: false }, async (app) => {
+      const { items } = await app.request('getStartupItems');
+      assert.deepEqual(
+        items.map(({ scope, name, command, enabled }) => `${scope}|${name}|${command}|${enabled}`).toSorted(),
+        rows
+          .filter((row) => row[3] !== undefined)
+          .map(
+            ([hive, name, , command, , on = true]) =>
+              `${hive}|${name.replace('\ud800', '\ufffd')}|${command}|${on}`,
+          )
+          .toSorted(),
+      );
+      assert.deepEqual(
+        items.map(({ scope }) => scope),
+        items.map(({ scope }) => scope).toSorted(),
+        'the items of the user come first',
+      );
+      const toggle = (scope) => app.posted('toggleStartupItem', { scope, name: 'on', enabled: false });
+      const [refused] = await toggle('hkcu');
+      assert.equal(refused.success, false, 'another scope is nobody, and the service is not even looked for');
+      assert.equal((await readRegistry(approved('HKCU'))).on, kOn);
+    }),
+  );
+});
+
+test('items are switched for the user, and for everybody by the service', () => {
+  const kStar = 'C:\\Program Files\\Hvězdář\\TeamsBridge.exe --quiet';
+  const kKite = '"%LOCALAPPDATA%\\Kite\\kite sync.exe" /tray';
+  const user = {
+    Hvězdář: registryText(kStar),
+    'Kite Sync': `expand:${kKite}`,
+    Notes: '"C:\\\\Tools\\\\notes.exe"',
+  };
+  const machine = {
+    Notes: '"C:\\\\Tools\\\\notes.exe -everyone"',
+    Žárovka: '"C:\\\\Tools\\\\lamp updater.exe"',
+  };
+  return withItems({ HKCU: user, HKLM: machine }, {}, () =>
+    withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
+      const { page, text } = app;
+      const switchOf = (name, scope = 'startup.user') =>
+        page
+          .locator('tbody tr', { hasText: text(scope) })
+          .getByRole('switch', { name: text('startup.switch', { name }) });
+      const isOn = (name, want, scope) =>
+        app.until(async () => {
+          const one = switchOf(name, scope);
+          return (await one.getAttribute('aria-checked')) === String(want) && (await one.isEnabled());
+        }, `${name} to be ${want}`);
+      const says = (key, name, reason) =>
+        toastOf(
           page,
-          'Hvězdář se nepodařilo vypnout. Windows pro tento účet ještě nevedou seznam',
-          'alert',
+          text(key, { name, reason: reason && text(reason) }),
+          reason ? 'alert' : 'status',
         ).waitFor();
-        await isOn(app, star, true);
-        assert.equal(await approved('HKCU'), undefined);
-        await screenshot(page, 'startup-refused-amethyst-cs');
+      const stored = (hive) => readRegistry(approved(hive));
+      await openView(page, 'startup');
+      await page.getByRole('grid').waitFor();
+      assert.deepEqual(
+        (await rowsOf(page, /./)).map(([name, on, impact, scope, command]) => [
+          name,
+          on,
+          impact,
+          scope,
+          command,
+        ]),
+        [
+          ['Hvězdář', 'high', 'user', kStar],
+          ['Kite Sync', 'medium', 'user', kKite],
+          ['Žárovka', 'medium', 'machine', 'C:\\Tools\\lamp updater.exe'],
+          ['Notes', 'low', 'user', 'C:\\Tools\\notes.exe'],
+          ['Notes', 'low', 'machine', 'C:\\Tools\\notes.exe -everyone'],
+        ].map(([name, impact, scope, command]) => [
+          name,
+          'true',
+          text(`startup.${impact}`),
+          text(`startup.${scope}`),
+          command,
+        ]),
+      );
 
-        // Off, as another program has left it, and on again; by keyboard.
-        await approve('HKCU', 'Kite Sync', '07,00,00,00,11,22,33,44,55,66,77,88');
-        await page.keyboard.press('F5');
-        const kite = switchOf(page, 'Spouštět Kite Sync po přihlášení', 'jen pro vás');
-        await isOn(app, kite, false);
-        await kite.focus();
-        await page.keyboard.press('Space');
-        await isOn(app, kite, true);
-        await toastOf(page, 'Kite Sync se zase bude spouštět po přihlášení').waitFor();
-        assert.deepEqual(await approved('HKCU'), { 'Kite Sync': `hex:${kOn}` });
-        assert.ok(await kite.evaluate((one) => one === document.activeElement), 'the focus stays');
+      // Without the list of approved items nothing can be stored, and none is made.
+      await switchOf('Hvězdář').click();
+      await says('startup.offFailed', 'Hvězdář', 'startup.noList');
+      await isOn('Hvězdář', true);
+      assert.equal(await stored('HKCU'), undefined);
 
-        await star.click();
-        await toastOf(page, 'Hvězdář se už po přihlášení nespustí').waitFor();
-        assert.deepEqual(await approved('HKCU'), { 'Kite Sync': `hex:${kOn}`, Hvězdář: `hex:${kOff}` });
-        await isOn(app, star, false);
-        await checkAccessibility(page);
-        await screenshot(page, 'startup-after-amethyst-cs');
-        await page
-          .locator('.toast', { hasText: 'Hvězdář se už' })
-          .getByRole('button', { name: 'Vrátit zpět' })
-          .click();
-        await isOn(app, star, true);
-        assert.deepEqual(await approved('HKCU'), { 'Kite Sync': `hex:${kOn}`, Hvězdář: `hex:${kOn}` });
-        assert.deepEqual(
-          Object.keys(await readRegistry(`HKCU\\${kRun}`)).sort(),
-          kItems
-            .filter(([hive]) => hive === 'HKCU')
-            .map(([, name]) => name)
-            .sort(),
-          'switching deletes nothing',
-        );
+      // Off, as another program has left it, and on again; by keyboard.
+      await writeRegistry({ [approved('HKCU')]: { 'Kite Sync': 'hex:07,00,00,00,11,22,33,44,55,66,77,88' } });
+      await page.keyboard.press('F5');
+      await isOn('Kite Sync', false);
+      await switchOf('Kite Sync').focus();
+      await page.keyboard.press('Space');
+      await says('startup.on', 'Kite Sync');
+      await isOn('Kite Sync', true);
+      assert.ok(
+        await switchOf('Kite Sync').evaluate((one) => one === document.activeElement),
+        'the focus stays',
+      );
+      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOn });
 
-        await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
-        await page.getByRole('button', { name: 'Kopírovat příkaz položky Kite Sync' }).click();
-        await toastOf(page, 'Zkopírováno do schránky').waitFor();
-        assert.equal(await page.evaluate(() => navigator.clipboard.readText()), kItems[1][2]);
-      },
-    ),
-  ));
+      await switchOf('Hvězdář').click();
+      await says('startup.off', 'Hvězdář');
+      await isOn('Hvězdář', false);
+      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOn, Hvězdář: kOff });
+      await look(app, 'startup-after-amethyst-cs');
+      await press(
+        page.locator('.toast', { hasText: text('startup.off', { name: 'Hvězdář' }) }),
+        text('app.undo'),
+      );
+      await isOn('Hvězdář', true);
+      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOn, Hvězdář: kOn });
+      assert.deepEqual(
+        Object.keys(await readRegistry(run('HKCU'))),
+        Object.keys(user),
+        'switching deletes nothing',
+      );
 
-test('items of the machine: the service switches them, and what it did is looked at', () =>
-  withItems(() =>
-    withVarnel(
-      {
-        settings: { theme: 'light', language: 'en' },
-        viewport: { width: 1250, height: 700 },
-      },
-      async (app) => {
-        const { page } = app;
-        await openView(page, 'startup');
-        const lamp = switchOf(page, 'Start Žárovka after sign-in', 'all users');
-        await lamp.click();
-        await closeServiceDialog(page);
-        await toastOf(page, /^Žárovka could not be switched off\./, 'alert').waitFor();
-        await isOn(app, lamp, true);
-        await screenshot(page, 'startup-no-service-light-en');
-
-        // The service writes in its own time; the switch waits for it.
-        const answer = (reply, delay_ms = 0) => ({ toggleHKLMStartup: { chunks: [{ delay_ms, reply }] } });
-        await app.startService(answer({ success: true }, 3000));
-        const request = (name, enable) => ({ action: 'toggleHKLMStartup', data: { name, enable } });
-        const asked = async () =>
-          (await app.serviceRequests()).filter(({ action }) => action === 'toggleHKLMStartup');
-        await lamp.click();
-        await app.waitUntilShown(async () => (await asked()).length === 1, 'the request to the service');
-        assert.deepEqual(await asked(), [request('Žárovka', false)]);
-        assert.deepEqual([await lamp.getAttribute('aria-checked'), await lamp.isDisabled()], ['false', true]);
-        await approve('HKLM', 'Žárovka', kOff);
-        await toastOf(page, 'Žárovka will not start after sign-in any more').waitFor();
-        await isOn(app, lamp, false);
-        assert.deepEqual(await approved('HKLM'), { Žárovka: `hex:${kOff}` });
-
-        // It says yes and has not done it; it says no. The item of the user with the same name is not meant.
-        await app.scriptService(answer({ success: true }));
-        const shared = switchOf(page, 'Start Quiet notes after sign-in', 'all users');
-        await shared.click();
-        await toastOf(
-          page,
-          'Quiet notes could not be switched off. Windows did not store the change.',
-          'alert',
-        ).waitFor();
-        await isOn(app, shared, true);
-        await app.scriptService(answer({ success: false }));
-        await lamp.click();
-        await toastOf(page, 'Žárovka could not be switched on.', 'alert').waitFor();
-        await isOn(app, lamp, false);
-        assert.deepEqual((await asked()).slice(1), [request('Quiet notes', false), request('Žárovka', true)]);
-        assert.equal(await approved('HKCU'), undefined);
-        await checkAccessibility(page);
-        await screenshot(page, 'startup-after-light-en');
-      },
-    ),
-  ));
+      // The service switches what is everybody's, in its own time, and what it did is looked at.
+      const [lamp, notes] = ['Žárovka', 'Notes'].map((name) => [name, 'startup.machine']);
+      await switchOf(...lamp).click();
+      await closeServiceDialog(page);
+      await says('startup.offFailed', 'Žárovka', 'startup.needsService');
+      await isOn('Žárovka', true, 'startup.machine');
+      await app.startService({ '*': { chunks: [{ delay_ms: 3000, reply: { success: true } }] } });
+      await switchOf(...lamp).click();
+      const requests = () => asked(app, 'toggleHKLMStartup');
+      await app.until(async () => (await requests()).length === 1, 'the request to the service');
+      assert.ok(await switchOf(...lamp).isDisabled());
+      await writeRegistry({ [approved('HKLM')]: { Žárovka: kOff } });
+      await says('startup.off', 'Žárovka');
+      await isOn('Žárovka', false, 'startup.machine');
+      await app.scriptService({ '*': { reply: { success: true } } });
+      await switchOf(...notes).click();
+      await says('startup.offFailed', 'Notes', 'startup.notStored');
+      await isOn('Notes', true, 'startup.machine');
+      assert.deepEqual(
+        (await requests()).map(({ data }) => data),
+        [
+          { name: 'Žárovka', enable: false },
+          { name: 'Notes', enable: false },
+        ],
+      );
+      assert.equal(
+        (await stored('HKCU')).Notes,
+        undefined,
+        'the item of the user with the same name is not meant',
+      );
+    }),
+  );
+});

@@ -12,6 +12,7 @@
 
 #include "base/handle_win.h"
 #include "base/text.h"
+#include "testing/stand_ins/script_bytes.h"
 
 namespace {
 
@@ -31,17 +32,6 @@ void Log(const std::filesystem::path& file, const std::string& line) {
   WriteFile(log.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-std::string Bytes(const json& step) {
-  std::string bytes = step.value("text", "");
-  const std::string hex = step.value("hex", "");
-  for (size_t i = 0; i + 1 < hex.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  }
-  std::string repeated;
-  for (int i = step.value("repeat", 1); i > 0; --i) repeated += bytes;
-  return repeated;
-}
-
 void Write(DWORD which, const std::string& bytes) {
   DWORD written = 0;
   for (size_t done = 0; done < bytes.size(); done += written) {
@@ -50,24 +40,6 @@ void Write(DWORD which, const std::string& bytes) {
       return;
     }
   }
-}
-
-// Starts this tool once more with the output handles, where it only waits: the pipe's writing end stays open
-// as long.
-void StartGrandchild(int milliseconds) {
-  wchar_t path[MAX_PATH];
-  GetModuleFileNameW(nullptr, path, MAX_PATH);
-  std::wstring line = L"\"" + std::wstring(path) + L"\" --keep-output-open " + std::to_wstring(milliseconds);
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
-  startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
-    return;
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
 }
 
 // Opens a file without sharing and keeps it so until this process ends.
@@ -82,8 +54,7 @@ void Perform(const json& step) {
   if (step.contains("hold")) Hold(step["hold"]);
   Sleep(static_cast<DWORD>(step.value("delay_ms", 0)));
   const bool to_error = step.value("stderr", false);
-  Write(to_error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE, Bytes(step));
-  if (step.contains("grandchild_ms")) StartGrandchild(step["grandchild_ms"]);
+  Write(to_error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE, ScriptBytes(step));
   if (step.value("close_output", false)) {
     CloseHandle(GetStdHandle(STD_OUTPUT_HANDLE));
     CloseHandle(GetStdHandle(STD_ERROR_HANDLE));
@@ -100,11 +71,7 @@ json ForCommandLine(const json& script, const std::string& line) {
 
 }  // namespace
 
-int wmain(int argc, wchar_t** argv) {
-  if (argc == 3 && std::wstring(argv[1]) == L"--keep-output-open") {
-    Sleep(static_cast<DWORD>(std::stoi(argv[2])));
-    return 0;
-  }
+int wmain() {
   const wchar_t* folder = _wgetenv(L"VARNEL_TOOL_SCRIPTS");
   if (!folder) return 250;
   const std::filesystem::path base = std::filesystem::path(folder) / OwnName();

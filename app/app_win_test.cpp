@@ -1,0 +1,128 @@
+// What neither the bridge nor another process can see of the window: its icons, what the browser is made of, and
+// its callbacks.
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "app/com_callback_win.h"
+#include "app/main_window_win.h"
+#include "app/webview2_loader_win.h"
+#include "base/exe_directory_win.h"
+#include "base/text.h"
+#include "testing/registry_sandbox_win.h"
+
+namespace {
+
+// The real main window, which the first of these tests makes.
+class MainWindow : public testing::Test {
+ protected:
+  MainWindow() {
+    static const bool created = CreateMainWindow(GetModuleHandleW(nullptr), SW_SHOW);
+    EXPECT_TRUE(created);
+  }
+  static LRESULT Send(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
+    return SendMessageW(State().main_window, message, wparam, lparam);
+  }
+};
+
+}  // namespace
+
+TEST_F(MainWindow, ShowsABlankSmallIcon) {
+  constexpr COLORREF kBackground = RGB(200, 30, 90);
+  const HDC screen = GetDC(nullptr);
+  const HDC canvas = CreateCompatibleDC(screen);
+  const HBITMAP bitmap = CreateCompatibleBitmap(screen, 16, 16);
+  SelectObject(canvas, bitmap);
+  auto painted = [&](HICON icon) {
+    int changed = 0;
+    for (int i = 0; i < 256; ++i) SetPixel(canvas, i % 16, i / 16, kBackground);
+    DrawIconEx(canvas, 0, 0, icon, 16, 16, 0, nullptr, DI_NORMAL);
+    for (int i = 0; i < 256; ++i) changed += GetPixel(canvas, i % 16, i / 16) != kBackground;
+    return changed;
+  };
+  ASSERT_TRUE(State().blank_small_icon);
+  EXPECT_EQ(painted(State().blank_small_icon), 0);
+  EXPECT_GT(painted(State().large_icon), 0);
+  DeleteDC(canvas);
+  DeleteObject(bitmap);
+  ReleaseDC(nullptr, screen);
+}
+
+TEST_F(MainWindow, GivesItsIconsToWhoeverAsks) {
+  auto icon = [](WPARAM kind) { return reinterpret_cast<HICON>(Send(WM_GETICON, kind)); };
+  const HICON large_icon = State().large_icon;
+  const HICON small_icon = State().small_icon;
+  ASSERT_TRUE(large_icon && small_icon && large_icon != small_icon);
+  EXPECT_EQ(icon(ICON_SMALL), small_icon);
+  EXPECT_EQ(icon(ICON_SMALL2), small_icon);
+  EXPECT_EQ(icon(ICON_BIG), large_icon);
+  EXPECT_EQ(icon(3), nullptr);
+  State().small_icon = nullptr;
+  EXPECT_EQ(icon(ICON_SMALL), large_icon);
+  State().large_icon = nullptr;
+  EXPECT_EQ(icon(ICON_SMALL2), nullptr);
+  EXPECT_EQ(icon(ICON_BIG), nullptr);
+  State().large_icon = large_icon;
+  State().small_icon = small_icon;
+}
+
+// The system's answer to a double click on the icon is to close the window.
+TEST_F(MainWindow, ADoubleClickOnTheIconMaximizes) {
+  const HWND window = State().main_window;
+  RECT rect = {};
+  GetWindowRect(window, &rect);
+  const LPARAM on_icon = MAKELPARAM(rect.left + 12, rect.top + 12);
+  Send(WM_NCLBUTTONDBLCLK, HTSYSMENU, on_icon);
+  EXPECT_TRUE(IsZoomed(window));
+  Send(WM_NCLBUTTONDBLCLK, HTSYSMENU, on_icon);
+  EXPECT_FALSE(IsZoomed(window));
+  EXPECT_TRUE(IsWindow(window));
+}
+
+TEST(CreateBrowserEnvironment, FindsTheInstalledRuntime) {
+  const std::filesystem::path runtime =
+      std::filesystem::temp_directory_path() / "varnel_runtime" / "131.0.2903.86";
+  const std::filesystem::path library = runtime / "EBWebView" / "x64" / "EmbeddedBrowserWebView.dll";
+  std::filesystem::create_directories(library.parent_path());
+  CopyFileW((GetExeDirectory() + L"\\..\\stand_ins\\EmbeddedBrowserWebView.dll").c_str(), library.c_str(),
+            FALSE);
+  const std::wstring installed = runtime.wstring();
+  const struct {
+    const wchar_t* folder;
+    HRESULT returned, handed;
+  } cases[] = {
+      {L"", HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), S_FALSE},
+      {L"C:\\VarnelNoSuchFolder\\131.0.2903.86", HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), S_FALSE},
+      {installed.c_str(), S_OK, E_ABORT},  // the library's own word for no browser
+  };
+  for (const auto& c : cases) {
+    const RegistrySandbox registry;
+    SetRegistryData(HKEY_CURRENT_USER,
+                    L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}",
+                    L"EBWebView", RegistryText(c.folder));
+    HRESULT handed = S_FALSE;  // not called
+    const auto handler = MakeCallback<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler>(
+        [&](HRESULT result, ICoreWebView2Environment*) { return handed = result; });
+    EXPECT_EQ(CreateBrowserEnvironment(L"C:\\profile", handler.Get()), c.returned) << WideToUtf8(c.folder);
+    EXPECT_EQ(handed, c.handed) << WideToUtf8(c.folder);
+  }
+}
+
+TEST(ComCallback, AnswersItsIdentifierAndContainsExceptions) {
+  using Handler = ICoreWebView2NavigationCompletedEventHandler;
+  const auto kept = std::make_shared<int>();
+  auto handler = MakeCallback<Handler>([kept](auto...) -> HRESULT { throw 7; });
+  EXPECT_EQ(QueryFor<Handler>(handler.Get()).Get(), handler.Get());
+  IUnknown* unknown = nullptr;
+  EXPECT_EQ(handler->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown)), S_OK);
+  EXPECT_EQ(unknown->Release(), 1u);
+  EXPECT_FALSE(QueryFor<ICoreWebView2WebMessageReceivedEventHandler>(handler.Get()));
+  EXPECT_EQ(handler->Invoke(nullptr, nullptr), E_FAIL);
+  EXPECT_EQ(kept.use_count(), 2);
+  handler.Reset();
+  EXPECT_EQ(kept.use_count(), 1) << "the last release ends the handler";
+}
