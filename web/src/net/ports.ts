@@ -1,7 +1,9 @@
 import { distinctBy } from '../base/distinct.ts';
 import { createSource } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
 import { host } from '../bridge/host.ts';
 import type { Message } from '../bridge/protocol.ts';
+import { processes } from '../shell/processes.ts';
 
 export type Port = Message<'getOpenPorts'>['ports'][number];
 
@@ -23,3 +25,12 @@ export const portKey = ({ proto, local, pid }: Port) => `${proto} ${local} ${pid
 export const ports = createSource(async () =>
   distinctBy((await host.request('getOpenPorts')).ports, portKey),
 );
+
+/** With the names of the processes behind them. */
+export function reloadPorts() {
+  void ports.reload();
+  void processes.reload();
+}
+
+/** The list is loaded anew by itself. */
+export const followed = createStore(false);

@@ -1,14 +1,19 @@
 import { useMemo } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { copyText } from '../kit/clipboard.ts';
-import { useStore } from '../kit/hooks.ts';
+import { usePolling, useStore } from '../kit/hooks.ts';
+import type { MenuItem } from '../kit/menu.tsx';
+import { Switch } from '../kit/switch.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { Table } from '../kit/table/table.tsx';
-import { processes, showProcess } from '../shell/processes.ts';
-import { portKey, reachOf, type Port } from './ports.ts';
+import type { ProcessRow } from '../shell/process_shares.ts';
+import { endProcesses, processes, showProcess } from '../shell/processes.ts';
+import { followed, portKey, reachOf, reloadPorts, type Port } from './ports.ts';
 
 /** With the name of the process, as far as it is known. */
 type PortRow = Port & { process?: string | undefined };
+
+const followMs = 5000;
 
 const tags = { machine: 'tag tag-good', all: 'tag tag-warn', address: 'tag' };
 
@@ -21,9 +26,8 @@ const columns: Column<PortRow>[] = [
     value: ({ port }) => Number(port),
     text: ({ port }) => port,
     numeric: true,
-    width: '5rem',
+    width: '4.5rem',
   },
-  { id: 'local', title: 'network.address', value: ({ local }) => local },
   {
     id: 'reach',
     title: 'network.reach',
@@ -33,7 +37,8 @@ const columns: Column<PortRow>[] = [
         {t(`reach.${reachOf(local)}`)}
       </span>
     ),
-    width: '10rem',
+    width: '9.5rem',
+    drop: 1,
   },
   {
     id: 'process',
@@ -43,17 +48,44 @@ const columns: Column<PortRow>[] = [
       <button
         type="button"
         class="link"
-        title={t('network.show', { pid: row.pid })}
+        tabIndex={-1}
+        title={`${row.process ?? ''} (PID ${row.pid})`}
         onClick={() => show(row)}
       >
-        {row.pid} <span class="muted">{row.process}</span>
+        {row.process} <span class="muted">{row.pid}</span>
       </button>
     ),
+    width: '12.5rem',
   },
+  { id: 'local', title: 'network.address', value: ({ local }) => local, width: '11rem', drop: 2 },
 ];
+
+/** From a change of the switch on, and not while the window is hidden. */
+function Follow() {
+  usePolling(reloadPorts, followMs);
+  return null;
+}
+
+function menuOf([row]: PortRow[], running: ProcessRow[] = []): MenuItem[] {
+  if (!row) return [];
+  const { pid, local } = row;
+  const one = running.find((other) => String(other.pid) === pid && !other.isSystem);
+  const end = (process: ProcessRow) => async () => {
+    await endProcesses([process]);
+    reloadPorts();
+  };
+  return [
+    { label: t('network.show', { pid }), icon: 'processes', run: () => show(row) },
+    { label: t('network.copy'), icon: 'copy', run: () => void copyText(local) },
+    ...(one
+      ? [{ label: t('network.end'), icon: 'close' as const, danger: true, run: () => void end(one)() }]
+      : []),
+  ];
+}
 
 export function Ports({ ports }: { ports: Port[] }) {
   const running = useStore(processes).data;
+  const following = useStore(followed);
   const rows = useMemo(() => {
     const names = new Map(running?.map(({ pid, name }) => [String(pid), name]));
     return ports.map((port): PortRow => ({ ...port, process: names.get(port.pid) }));
@@ -64,15 +96,17 @@ export function Ports({ ports }: { ports: Port[] }) {
       rows={rows}
       rowKey={portKey}
       columns={columns}
+      remember="ports"
+      steady={following}
       sort={{ column: 'port', descending: false }}
       onActivate={show}
-      menu={([row]) =>
-        row
-          ? [
-              { label: t('network.show', { pid: row.pid }), icon: 'processes', run: () => show(row) },
-              { label: t('network.copy'), icon: 'copy', run: () => void copyText(row.local) },
-            ]
-          : []
+      menu={(marked) => menuOf(marked, running)}
+      tools={
+        <span class="line small switched" title={t('network.followHint')}>
+          {t('network.follow')}
+          <Switch label={t('network.follow')} on={following} onToggle={followed.set} />
+          {following && <Follow />}
+        </span>
       }
     />
   );

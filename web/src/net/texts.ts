@@ -8,6 +8,9 @@ export const texts = {
   'network.address': ['Adresa', 'Address'],
   'network.reach': ['Dostupnost', 'Listens on'],
   'network.show': ['Zobrazit proces {pid}', 'Show process {pid}'],
+  'network.end': ['Ukončit proces…', 'End process…'],
+  'network.follow': ['Sledovat', 'Follow'],
+  'network.followHint': ['Načítat znovu každých 5 s', 'Load anew every 5 s'],
   'network.copy': ['Kopírovat adresu', 'Copy address'],
   'network.none': ['Žádný port se nenašel', 'No port was found'],
   'network.noneHint': [
@@ -29,7 +32,7 @@ export const texts = {
   'reach.address.hint': ['Čeká jen na této adrese.', 'Waits on this address only.'],
 
   'diagnostics.title': ['Diagnostika spojení', 'Connection check'],
-  'diagnostics.target': ['Počítač nebo adresa', 'Computer or address'],
+  'diagnostics.target': ['Název nebo adresa', 'Name or address'],
   'diagnostics.ping': ['Ping', 'Ping'],
   'diagnostics.dns': ['Dotaz DNS', 'DNS query'],
   'diagnostics.recent': ['Naposledy:', 'Recent:'],

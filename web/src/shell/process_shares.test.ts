@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { clockText, withShares, type ProcessRow } from './process_shares.ts';
+import { clockText, groupByName, withShares, type ProcessRow } from './process_shares.ts';
 
 const one = (cpuTimeSec: number, more: Partial<ProcessRow> = {}): ProcessRow => {
   return { name: 'a.exe', pid: 7, mem: 5, memUsageMB: 5, cpuTimeSec, isSystem: false, ...more };
@@ -17,11 +17,24 @@ test('share of the processors between two lists', () => {
     ['number taken over by another program', [one(1)], one(2, { name: 'b.exe' }), 3],
     ['number taken over by the same program', [one(9)], one(2), 3],
     ['not opened by the host', [closed], closed, 3],
+    ['after a look at something else', [one(1)], one(9), 10.1],
     ['soon after the first list', [one(1)], one(2), 0.02],
     ['soon after a later one', [{ ...one(1), share: 40 }], one(1.016), 0.02, 40],
   ];
   for (const [name, before, now, elapsedSeconds, want] of cases)
     assert.equal(withShares(before, [now], elapsedSeconds, 4)[0]!.share, want, name);
+});
+
+test('one row per program, with the sums of its processes', () => {
+  const rows = [
+    one(1, { share: 2 }),
+    one(2, { name: 'A.EXE', pid: 8, isSystem: true }),
+    one(4, { name: 'b.exe' }),
+  ];
+  const [a, b, ...more] = groupByName(rows);
+  const { members, cpuTimeSec, mem, share, isSystem } = a!;
+  assert.deepEqual([cpuTimeSec, mem, share, isSystem, members], [3, 10, 2, false, rows.slice(0, 2)]);
+  assert.deepEqual([b, more], [rows[2], []], 'a lone process stays what it is');
 });
 
 test('processor time as a clock', () => {

@@ -6,6 +6,36 @@ export type Running = Message<'processes'>['processes'][number];
 export interface ProcessRow extends Running {
   /** Percent of all processors since the list before; absent when there is nothing to compare with. */
   share?: number;
+  /** What a row stands for that is the sum of several processes. */
+  members?: readonly ProcessRow[];
+}
+
+export const membersOf = (row: ProcessRow): readonly ProcessRow[] => row.members ?? [row];
+
+const ownName = 'varnel.exe';
+
+/** Varnel itself. */
+export const isOwn = ({ name }: Running) => name.toLowerCase() === ownName;
+
+/** One row per program: its processes summed up. */
+export function groupByName(rows: readonly ProcessRow[]): ProcessRow[] {
+  const groups = new Map<string, ProcessRow[]>();
+  for (const row of rows) {
+    const name = row.name.toLowerCase();
+    (groups.get(name) ?? groups.set(name, []).get(name)!).push(row);
+  }
+  return [...groups.values()].map((members) => {
+    const sum = (of: (row: ProcessRow) => number) => members.reduce((all, one) => all + of(one), 0);
+    return {
+      ...members[0]!,
+      memUsageMB: sum((one) => one.memUsageMB),
+      mem: sum((one) => one.mem),
+      cpuTimeSec: sum((one) => one.cpuTimeSec),
+      isSystem: members.every((one) => one.isSystem),
+      ...(members.some((one) => one.share !== undefined) && { share: sum((one) => one.share ?? 0) }),
+      ...(members.length > 1 && { members }),
+    };
+  });
 }
 
 /** Memory and time are zero together only for those that the host does not open. */
@@ -19,6 +49,9 @@ export function isSameProcess(before: Running, now: Running): boolean {
 /** Windows counts processor time in steps of about 16 ms: over less than this a share would be noise. */
 export const shortestSpanSeconds = 1;
 
+/** Over more than this a share would say little about now. */
+const longestSpanSeconds = 10;
+
 /** Over too short a span the shares are those of the list before. */
 export function withShares(
   before: readonly ProcessRow[],
@@ -30,6 +63,7 @@ export function withShares(
   return now.map((one) => {
     const last = known.get(one.pid);
     if (!last || !isMeasured(one) || !isSameProcess(last, one)) return one;
+    if (elapsedSeconds > longestSpanSeconds) return one;
     if (elapsedSeconds < shortestSpanSeconds)
       return last.share === undefined ? one : { ...one, share: last.share };
     return {

@@ -7,7 +7,14 @@ import { errorText } from '../kit/error_text.ts';
 import { leadToRow } from '../kit/table/memory.ts';
 import { toast } from '../kit/toast.tsx';
 import { route } from './navigation.ts';
-import { isSameProcess, shortestSpanSeconds, withShares, type ProcessRow } from './process_shares.ts';
+import {
+  isOwn,
+  isSameProcess,
+  membersOf,
+  shortestSpanSeconds,
+  withShares,
+  type ProcessRow,
+} from './process_shares.ts';
 
 // The host lists them on its window's thread.
 export const processesPeriodMs = 3000;
@@ -27,6 +34,9 @@ export const processes: Source<ProcessRow[]> = createSource(async () => {
 /** The user wants the list to stand still. */
 export const paused = createStore(false);
 
+/** One row stands for all processes of a program. */
+export const grouped = createStore(false);
+
 export function togglePaused() {
   paused.set(!paused.get());
   pollProcesses();
@@ -41,6 +51,7 @@ export async function showProcess(pid: number) {
   await processes.reload();
   const { data, error } = processes.get();
   if (data?.some((one) => one.pid === pid)) {
+    if (grouped.get()) grouped.set(false);
     leadToRow('processes', pid);
     route.set({ view: 'processes' });
   } else
@@ -52,11 +63,14 @@ export async function showProcess(pid: number) {
 const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
 
 /** Asks, then ends those that are still the ones the user has seen. */
-export async function endProcesses(wanted: ProcessRow[]) {
+export async function endProcesses(rows: readonly ProcessRow[]) {
+  const wanted = rows.flatMap(membersOf).filter(({ isSystem }) => !isSystem);
+  if (wanted.length === 0) return;
   const n = wanted.length;
+  const own = wanted.some(isOwn);
   const agreed = await confirm({
-    title: t('processes.endTitle', { n }),
-    body: t('processes.endBody'),
+    title: own ? t('processes.endOwnTitle') : t('processes.endTitle', { n }),
+    body: t(own ? 'processes.endOwnBody' : 'processes.endBody'),
     items: wanted.map(fullName),
     listAll: true,
     verb: t('processes.end'),
@@ -65,7 +79,8 @@ export async function endProcesses(wanted: ProcessRow[]) {
   if (!agreed) return;
   await processes.reload();
   const now = processes.get();
-  for (const one of wanted) {
+  // Varnel last: nothing is done after it.
+  for (const one of wanted.sort((a, b) => Number(isOwn(a)) - Number(isOwn(b)))) {
     const { name } = one;
     const pid = String(one.pid);
     if (!now.data?.some((other) => isSameProcess(one, other))) {

@@ -150,8 +150,13 @@ export const texts = {
     { one: 'End {n} process?', other: 'End {n} processes?' },
   ],
   'processes.endBody': [
-    'Stane se to hned a bez ptaní. Neuložená práce se ztratí.',
-    'This happens at once, without asking. Unsaved work is lost.',
+    'Proces skončí okamžitě a nic už neuloží. Neuložená práce se ztratí.',
+    'The process ends immediately and cannot save anything. Unsaved work is lost.',
+  ],
+  'processes.endOwnTitle': ['Ukončit i Varnel?', 'End Varnel as well?'],
+  'processes.endOwnBody': [
+    'Varnel je tento program: okno se zavře a rozdělané aktualizace, čištění i neuložené úpravy se ztratí.',
+    'Varnel is this program: its window closes, and running updates, cleaning and unsaved changes are lost.',
   ],
   'processes.ended': ['{name} (PID {pid}) ukončen', '{name} (PID {pid}) ended'],
   'processes.gone': ['{name} (PID {pid}) už neběží', '{name} (PID {pid}) is not running any more'],

@@ -1,6 +1,5 @@
 import { distinctBy } from '../base/distinct.ts';
 import { createSource } from '../base/source.ts';
-import { createStore } from '../base/store.ts';
 import { host } from '../bridge/host.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import { parseApp, parseUpdate, type Package } from './package_rows.ts';
@@ -23,6 +22,3 @@ export const apps = createSource(async () =>
 
 export const lists = { updates, installed: apps, drivers };
 export type List = keyof typeof lists;
-
-/** The list that is shown; outlives the view. */
-export const openedList = createStore<List>('updates');

@@ -1,14 +1,19 @@
+import { useMemo } from 'preact/hooks';
 import { formatPercent, noValue } from '../base/format.ts';
 import { formatNumber, t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
+import { DataView } from '../kit/data_view.tsx';
 import { usePolling, useStore } from '../kit/hooks.ts';
-import { ListView } from '../kit/list_view.tsx';
 import type { MenuItem } from '../kit/menu.tsx';
+import { Switch } from '../kit/switch.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
-import { clockText, isMeasured, type ProcessRow } from '../shell/process_shares.ts';
+import { Table } from '../kit/table/table.tsx';
+import { programOf, searchWeb, showInstalled, showPorts, showRunning, showStartup } from '../shell/links.ts';
+import { clockText, groupByName, isMeasured, isOwn, type ProcessRow } from '../shell/process_shares.ts';
 import {
   endProcesses,
+  grouped,
   paused,
   pollProcesses,
   processes,
@@ -19,15 +24,35 @@ import { View } from '../shell/view.tsx';
 
 const reload = () => void processes.reload();
 
+const kindOf = (one: ProcessRow) => (isOwn(one) ? 'own' : one.isSystem ? 'system' : 'user');
+
+/** A quarter of all processors, or 4 GB, is as hot as it gets. */
+const heatOf = (value: number, hottest: number) => Math.sqrt(Math.min(1, value / hottest));
+
 const columns: Column<ProcessRow>[] = [
-  { id: 'name', title: 'processes.name', value: ({ name }) => name },
+  {
+    id: 'name',
+    title: 'processes.name',
+    value: ({ name }) => name,
+    cell: ({ name, members }) => (
+      <span title={name}>
+        {name}{' '}
+        {members && (
+          <span class="tag" title={t('processes.count', { n: members.length })}>
+            {formatNumber(members.length)}
+          </span>
+        )}
+      </span>
+    ),
+    width: '14rem',
+  },
   {
     id: 'pid',
     title: 'processes.pid',
-    value: ({ pid }) => pid,
-    text: ({ pid }) => String(pid),
+    value: ({ pid, members }) => (members ? undefined : pid),
+    text: ({ pid, members }) => (members ? noValue : String(pid)),
     numeric: true,
-    width: '6rem',
+    width: '5rem',
     drop: 1,
   },
   {
@@ -35,16 +60,18 @@ const columns: Column<ProcessRow>[] = [
     title: 'processes.share',
     value: ({ share }) => share,
     text: ({ share }) => (share === undefined ? noValue : formatPercent(share, 1)),
+    heat: ({ share = 0 }) => (share < 1 ? 0 : heatOf(share, 25)),
     numeric: true,
-    width: '8rem',
+    width: '7.5rem',
   },
   {
     id: 'mem',
     title: 'processes.memory',
     value: (one) => (isMeasured(one) ? one.memUsageMB : undefined),
     text: (one) => (isMeasured(one) ? `${formatNumber(one.mem)}\u00a0MB` : noValue),
+    heat: ({ memUsageMB }) => (memUsageMB < 200 ? 0 : heatOf(memUsageMB, 4096)),
     numeric: true,
-    width: '8rem',
+    width: '7.5rem',
   },
   {
     id: 'time',
@@ -53,42 +80,72 @@ const columns: Column<ProcessRow>[] = [
     text: (one) => (isMeasured(one) ? clockText(one.cpuTimeSec) : noValue),
     numeric: true,
     width: '9rem',
-    drop: 2,
+    drop: 3,
   },
   {
     id: 'kind',
     title: 'processes.kind',
-    value: ({ isSystem }) => isSystem,
-    text: ({ isSystem }) => t(isSystem ? 'processes.system' : 'processes.user'),
-    cell: ({ isSystem }) =>
-      isSystem ? (
-        <span class="tag" title={t('processes.systemHint')}>
-          {t('processes.system')}
-        </span>
-      ) : (
+    value: (one) => t(`processes.${kindOf(one)}`),
+    cell: (one) =>
+      kindOf(one) === 'user' ? (
         <span class="muted">{t('processes.user')}</span>
+      ) : (
+        <span class="tag" title={one.isSystem ? t('processes.systemHint') : undefined}>
+          {t(`processes.${kindOf(one)}`)}
+        </span>
       ),
-    width: '8rem',
-    drop: 3,
+    width: '9rem',
+    drop: 2,
   },
 ];
 
 /** Only processes that are not the system's can be ended. */
 const endable = (rows: ProcessRow[]) => rows.filter(({ isSystem }) => !isSystem);
 
-const endItem = (rows: ProcessRow[]): MenuItem[] =>
-  rows.length > 0
-    ? [{ label: t('processes.end'), icon: 'close', danger: true, run: () => void endProcesses(rows) }]
-    : [];
+function showMembers({ name, members }: ProcessRow) {
+  if (!members) return;
+  grouped.set(false);
+  showRunning(name);
+}
+
+function menuOf(rows: ProcessRow[]): MenuItem[] {
+  const ready = endable(rows);
+  const end: MenuItem = {
+    label: t('processes.end'),
+    icon: 'close',
+    danger: true,
+    run: () => void endProcesses(ready),
+  };
+  return [...(ready.length > 0 ? [end] : []), ...(rows.length === 1 ? linksOf(rows[0]!) : [])];
+}
+
+function linksOf(one: ProcessRow): MenuItem[] {
+  const { name, pid, members, isSystem } = one;
+  return [
+    ...(members ? [{ label: t('processes.apart'), run: () => showMembers(one) }] : []),
+    { label: t('processes.ports'), icon: 'network', run: () => showPorts(name, members ? undefined : pid) },
+    ...(isSystem
+      ? []
+      : ([
+          { label: t('processes.startup'), icon: 'startup', run: () => showStartup(name) },
+          { label: t('processes.uninstall'), icon: 'software', run: () => showInstalled(programOf(name)) },
+        ] as const)),
+    { label: t('processes.web'), icon: 'search', run: () => searchWeb(name) },
+  ];
+}
 
 export function Processes() {
   const state = useStore(processes);
-  const { data = [] } = state;
   const stopped = useStore(paused);
+  const folded = useStore(grouped);
   const selection = useSelection('processes');
   usePolling(pollProcesses, processesPeriodMs);
-  const chosen = endable(data.filter(({ pid }) => selection[0].keys.has(pid)));
-  const onlySystem = selection[0].keys.size > 0 && chosen.length === 0;
+  const { data = [] } = state;
+  const rows = useMemo(() => (folded ? groupByName(data) : data), [data, folded]);
+  const keyOf = folded ? nameKey : pidKey;
+  const marked = rows.filter((row) => selection[0].keys.has(keyOf(row)));
+  const chosen = endable(marked);
+  const onlySystem = marked.length > 0 && chosen.length === 0;
   return (
     <View
       id="processes"
@@ -105,22 +162,38 @@ export function Processes() {
         </>
       }
     >
-      <ListView
-        source={processes}
-        label={t('view.processes')}
-        columns={columns}
-        rowKey={({ pid }) => pid}
-        remember="processes"
-        sort={{ column: 'mem', descending: true }}
-        selection={selection}
-        steady
-        menu={(marked) => endItem(endable(marked))}
-        tools={
-          <span class="muted small">
-            {onlySystem ? t('processes.systemHint') : stopped && t('processes.paused')}
-          </span>
-        }
-      />
+      <DataView source={processes}>
+        {() => (
+          <Table
+            key={String(folded)}
+            label={t('view.processes')}
+            rows={rows}
+            columns={columns}
+            rowKey={keyOf}
+            remember="processes"
+            sort={{ column: 'mem', descending: true }}
+            selection={selection}
+            steady
+            onActivate={showMembers}
+            onDelete={(list) => void endProcesses(list)}
+            menu={menuOf}
+            tools={
+              <>
+                <span class="muted small">
+                  {onlySystem ? t('processes.systemHint') : stopped && t('processes.paused')}
+                </span>
+                <span class="line small switched" title={t('processes.groupHint')}>
+                  {t('processes.group')}
+                  <Switch label={t('processes.group')} on={folded} onToggle={grouped.set} />
+                </span>
+              </>
+            }
+          />
+        )}
+      </DataView>
     </View>
   );
 }
+
+const pidKey = ({ pid }: ProcessRow) => pid;
+const nameKey = ({ name }: ProcessRow) => name.toLowerCase();

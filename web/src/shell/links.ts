@@ -1,0 +1,33 @@
+// Ways from one subject to what other views know of it.
+import { createStore } from '../base/store.ts';
+import { host } from '../bridge/host.ts';
+import { errorText } from '../kit/error_text.ts';
+import { leadToRows } from '../kit/table/memory.ts';
+import { toast } from '../kit/toast.tsx';
+import { route, type ViewId } from './navigation.ts';
+
+/** The list of the software view that is shown; outlives the view. */
+export const openedList = createStore<'updates' | 'installed' | 'drivers'>('updates');
+
+function showRows(view: ViewId, table: string, query: string) {
+  leadToRows(table, query);
+  route.set({ view });
+}
+
+/** "Code.exe" as "Code": what entries of other lists have in common with it. */
+export const programOf = (file: string) => file.replace(/\.exe$/i, '');
+
+export const showPorts = (name: string, pid?: number) => showRows('network', 'ports', [name, pid].join(' '));
+export const showStartup = (file: string) => showRows('startup', 'startup', programOf(file));
+export const showRunning = (file: string) => showRows('processes', 'processes', file);
+
+export function showInstalled(name: string) {
+  openedList.set('installed');
+  showRows('software', 'uninstall', name);
+}
+
+export function searchWeb(words: string) {
+  host
+    .openUrl(`https://www.bing.com/search?q=${encodeURIComponent(words)}`)
+    .catch((error: unknown) => toast(errorText(error), { error: true }));
+}
