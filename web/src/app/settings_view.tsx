@@ -16,7 +16,6 @@ import { toast } from '../kit/toast.tsx';
 import { currentSettings, saveSettings, settingsDocument } from '../shell/settings.ts';
 import { themes, type Ignored, type Settings } from '../shell/settings_document.ts';
 import { openTerminal } from '../shell/terminal.ts';
-import { drawnTheme } from '../shell/theme.ts';
 import { View } from '../shell/view.tsx';
 import { showKeys } from './keys_dialog.tsx';
 
@@ -43,7 +42,7 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
           <legend>{t('settings.theme')}</legend>
           <div class="themes">
             {themes.map((name) => (
-              <label class="theme choice line" data-theme={drawnTheme(name)}>
+              <label class="theme choice line" data-theme={name}>
                 <input
                   type="radio"
                   name="theme"

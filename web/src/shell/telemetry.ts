@@ -11,7 +11,7 @@ export interface Point {
   value: number;
 }
 
-export type Rates = Record<'cpu' | 'download' | 'upload', Point[]>;
+export type Rates = Record<'cpu' | 'ram' | 'download' | 'upload', Point[]>;
 
 export interface Telemetry {
   sample: Message<'telemetry'>;
@@ -26,19 +26,21 @@ export const telemetry: Source<Telemetry> = createSource(takeSample);
 
 async function takeSample(): Promise<Telemetry> {
   const sample = await host.request('getTelemetry');
-  const rates: Rates = telemetry.get().data?.rates ?? { cpu: [], download: [], upload: [] };
-  if (first) {
-    first = false;
-    return { sample, rates };
-  }
+  const rates: Rates = telemetry.get().data?.rates ?? { cpu: [], ram: [], download: [], upload: [] };
   const at = Date.now();
   const extend = (points: Point[], value: number) => [
     ...points.filter((point) => at - point.at <= historyMs),
     { at, value },
   ];
+  const ram = extend(rates.ram, sample.ram);
+  if (first) {
+    first = false;
+    return { sample, rates: { ...rates, ram } };
+  }
   return {
     sample,
     rates: {
+      ram,
       cpu: extend(rates.cpu, sample.cpu),
       download: extend(rates.download, sample.download),
       upload: extend(rates.upload, sample.upload),

@@ -12,6 +12,8 @@ import { route } from '../shell/navigation.ts';
 import { status } from '../shell/status.ts';
 import { historyMs, telemetry, telemetryPeriodMs, type Telemetry } from '../shell/telemetry.ts';
 import { View } from '../shell/view.tsx';
+import { memoryInUse } from './culprits.ts';
+import { Culprits } from './culprits.tsx';
 import { formatDuration } from './duration.ts';
 import { Gauge } from './gauge.tsx';
 import { niceCeiling, stats } from './series.ts';
@@ -38,10 +40,11 @@ export function Dashboard() {
           {(data) => (
             <>
               <Processor {...data} />
-              <Memory sample={data.sample} />
-              <Temperatures {...data} />
-              <Network {...data} />
+              <Memory {...data} />
+              <Culprits />
               <Disks disks={data.sample.disks} />
+              <Network {...data} />
+              <Temperatures {...data} />
               {data.sample.battery.hasBattery && <Battery battery={data.sample.battery} />}
             </>
           )}
@@ -77,10 +80,32 @@ function Processor({ rates }: Telemetry) {
   );
 }
 
-function Memory({ sample }: { sample: Telemetry['sample'] }) {
+function Memory({ sample, rates }: Telemetry) {
+  const description = useStore(status, ({ data }) => data?.specs.ram ?? '');
+  const amount = memoryInUse(description, sample.ram);
   return (
-    <Card title={t('dashboard.memory')} class="at-memory">
-      <Gauge label={t('dashboard.memoryGauge')} percent={sample.ram} caption={t('dashboard.memoryUsed')} />
+    <Card
+      title={t('dashboard.memory')}
+      class="at-memory"
+      aside={
+        amount && (
+          <span class="muted">
+            {t('dashboard.memoryOf', { used: formatBytes(amount.used), total: formatBytes(amount.total) })}
+          </span>
+        )
+      }
+    >
+      <div class="gauge-and-spark">
+        <Gauge label={t('dashboard.memoryGauge')} percent={sample.ram} caption={t('dashboard.memoryUsed')} />
+        <Sparkline
+          name={t('dashboard.memoryUse')}
+          points={rates.ram}
+          top={100}
+          topText={formatPercent(100)}
+          format={formatPercent}
+          {...spark}
+        />
+      </div>
     </Card>
   );
 }
@@ -96,7 +121,11 @@ function Temperatures({ sample, rates }: Telemetry) {
     <Card
       title={t('dashboard.temperatures')}
       class="at-temperatures"
-      aside={<span class="tag">{t('dashboard.estimate')}</span>}
+      aside={
+        <span class="tag" title={t('dashboard.estimateNote')}>
+          {t('dashboard.estimate')}
+        </span>
+      }
     >
       <dl class="figures">
         {rows.map(([name, value]) => (
@@ -106,7 +135,7 @@ function Temperatures({ sample, rates }: Telemetry) {
           </div>
         ))}
       </dl>
-      <p class="muted small">{t('dashboard.estimateNote')}</p>
+      <p class="muted small note">{t('dashboard.estimateNote')}</p>
     </Card>
   );
 }
@@ -116,7 +145,7 @@ function Network({ sample, rates }: Telemetry) {
   const adapter = absent ? t('dashboard.noAdapter') : sample.networkAdapter;
   return (
     <Card title={t('dashboard.network')} class="at-network" aside={<span class="muted">{adapter}</span>}>
-      <div class="two-sparks">
+      <div class="two-sparks" title={t('dashboard.networkHint')}>
         {(['download', 'upload'] as const).map((direction) => {
           const points = rates[direction];
           const top = niceCeiling(stats(points)?.peak ?? 0);
@@ -150,7 +179,9 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
               <button type="button" class="disk" onClick={() => route.set({ view: 'disk', drive })}>
                 <Icon name="disk" />
                 <span class="disk-name">{drive}</span>
-                <span class="muted">{t('dashboard.diskFree', sizes)}</span>
+                <span class="muted disk-free">
+                  {t(percent >= fullDiskPercent ? 'dashboard.diskFull' : 'dashboard.diskFree', sizes)}
+                </span>
                 <span class="disk-share">{formatPercent(percent)}</span>
                 <span class="hidden">{t('dashboard.diskOpen')}</span>
                 <Icon name="chevronRight" />
@@ -167,7 +198,7 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
 function Battery({ battery }: { battery: Telemetry['sample']['battery'] }) {
   const { percent, isCharging, lifeTime, saverMode } = battery;
   const facts = [
-    isCharging ? t('dashboard.charging') : t('dashboard.discharging'),
+    t(`dashboard.${isCharging ? 'charging' : lifeTime > 0 ? 'onBattery' : 'discharging'}`),
     lifeTime >= 0 && !isCharging && t('dashboard.remaining', { time: formatDuration(lifeTime) }),
     saverMode && t('dashboard.saver'),
   ];
