@@ -29,34 +29,27 @@ TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
 }
 
 TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {
-  struct {
-    const char* data;
-    JunkFlags want;
-  } cases[] = {
+  const std::pair<const char*, JunkFlags> cases[] = {
       {"null", {true, true, true, true, true, true, true}},
-      {"{}", {true, true, true, true, true, true, true}},
       {R"({"userTemp":false,"systemLogs":false})", {true, false, true, true, true, true, false}},
       {R"({"windowsTemp":false,"prefetch":false,"winUpdate":true,"browserCache":false,"shaderCache":false,"other":1})",
        {false, true, false, true, false, false, true}},
   };
-  for (const auto& c : cases) EXPECT_EQ(ParseJunkSelection(json::parse(c.data), 1).flags, c.want) << c.data;
-  for (const char* data :
-       {R"({"userTemp":null})", R"({"userTemp":0})", R"({"userTemp":"false"})", R"([])", R"("x")"})
+  for (const auto& [data, want] : cases)
+    EXPECT_EQ(ParseJunkSelection(json::parse(data), 1).flags, want) << data;
+  for (const char* data : {R"({"userTemp":null})", R"({"userTemp":0})", R"([])"})
     EXPECT_THROW(ParseJunkSelection(json::parse(data), 1), json::type_error) << data;
 }
 
 TEST(RaiseToServiceSizes, TakesTheLargerFigureOfASuccessfulAnswer) {
-  struct {
+  const struct {
     const char* answer;
     uint64_t windows_temp, prefetch;
   } cases[] = {
       {R"({"success":true,"windowsTempBytes":99,"prefetchBytes":201})", 100, 201},
-      {R"({"success":true,"windowsTempBytes":101,"prefetchBytes":0})", 101, 200},
       {R"({"success":true,"windowsTempBytes":18446744073709551615})", 18446744073709551615u, 200},
-      {R"({"success":true,"userTempBytes":999})", 100, 200},
       {R"({"success":true,"windowsTempBytes":"500","prefetchBytes":-1})", 100, 200},
       {R"({"success":false,"windowsTempBytes":500,"prefetchBytes":500})", 100, 200},
-      {R"(null)", 100, 200},
   };
   for (const auto& c : cases) {
     JunkSizes sizes = {{100, 1, 200, 1, 1, 1, 1}};
@@ -72,57 +65,44 @@ TEST(BuildJunkReply, IsWhatThePageReads) {
   EXPECT_EQ(BuildJunkReply("cleanJunk", 8, {{9007199254740992, 15, 0, 0, 0, 0, 3}}),
             RecordedMessage("cleanJunk"));
   EXPECT_EQ(BuildJunkReply("junk", 7, {{}, {false, true}}), RecordedMessage("junk.kept"));
-}
-
-TEST(BuildJunkReply, GivesTheIdentifierBackAsItCame) {
   for (const char* id : {"7.5", "4294967296", "true"}) {
     const JunkSelection selection = ParseJunkSelection(json::object(), json::parse(id));
     EXPECT_EQ(json::parse(BuildJunkReply("cleanJunk", selection.request_id, {}))["requestId"].dump(), id);
   }
 }
 
-TEST(ReviewDownload, ListsOldLargeInstallersAndArchives) {
-  constexpr uint64_t kHour = 36'000'000'000;
+TEST(Downloads, OldLargeInstallersAndArchivesAreListed) {
+  constexpr uint64_t kHour = 36'000'000'000, kDay = 24 * kHour;
   constexpr uint64_t kNow = 133'000'000'000'000'000;
   constexpr uint64_t kMiB = 1'048'576;
-  struct {
+  const struct {
     const wchar_t* name;
     uint64_t size_bytes, written_at;
     int want_days;  // -1: not listed
   } cases[] = {
-      {L"A.ISO", 2 * kMiB, kNow - 31 * 24 * kHour, 31},
-      {L"a.zip", kMiB, kNow - 800 * kHour, -1},
-      {L"a.zip", kMiB + 1, kNow - 800 * kHour, 33},
-      {L"a.exe", 2 * kMiB, kNow - 720 * kHour, 30},
-      {L"a.exe", 2 * kMiB, kNow - 720 * kHour + 1, -1},
-      {L"a.exe", 2 * kMiB, kNow - 743 * kHour - (kHour - 1), 30},
-      {L"a.exe", 2 * kMiB, kNow - 744 * kHour, 31},
+      {L"a.zip", kMiB, kNow - 33 * kDay, -1},
+      {L"a.zip", kMiB + 1, kNow - 33 * kDay, 33},
+      {L"a.exe", 2 * kMiB, kNow - 30 * kDay, 30},
+      {L"a.exe", 2 * kMiB, kNow - 30 * kDay + 1, -1},
+      {L"a.exe", 2 * kMiB, kNow - 31 * kDay + 1, 30},
       {L"future.exe", 2 * kMiB, kNow + 1, -1},
-      {L"far future.exe", 2 * kMiB, UINT64_MAX, -1},
       {L"undated.exe", 2 * kMiB, 0, -1},
   };
   for (const auto& c : cases) {
     const auto item = ReviewDownload(L"C:\\D", {c.name, c.size_bytes, c.written_at}, kNow);
     EXPECT_EQ(item ? static_cast<int>(item->days_old) : -1, c.want_days) << testing::PrintToString(c.name);
   }
-  for (const wchar_t* name : {L"a.MsI", L"a.img", L"a.rar", L"a.7Z", L"a.tar", L"a.tar.gz", L"a.cab"})
-    EXPECT_TRUE(HasDownloadJunkExtension(name)) << testing::PrintToString(name);
-  for (const wchar_t* name : {L"a.tar.xz", L"a.zip.part", L"a.zip.", L"zip", L".zip", L"a.\x0130so"})
-    EXPECT_FALSE(HasDownloadJunkExtension(name)) << testing::PrintToString(name);
+  for (const wchar_t* name : {L"a.MsI", L"a.7Z", L"a.tar.gz"}) EXPECT_TRUE(HasDownloadJunkExtension(name));
+  for (const wchar_t* name : {L"a.tar.xz", L"a.zip.", L".zip"}) EXPECT_FALSE(HasDownloadJunkExtension(name));
   EXPECT_EQ(ReviewDownload(L"D:\\", {L"a.zip", 2 * kMiB, 1}, kNow)->path, "D:\\a.zip");
-}
 
-TEST(DownloadReplies, AreWhatThePageReads) {
-  constexpr uint64_t kDay = 24 * 36'000'000'000;
-  constexpr uint64_t kNow = 133'000'000'000'000'000;
   const std::wstring folder = L"D:\\Stažené";
   const std::vector<DownloadJunkItem> items = {
-      ReviewDownload(folder, {L"Žluťoučký instalátor.MSI", 2'097'152, kNow - 31 * kDay}, kNow).value(),
+      ReviewDownload(folder, {L"Žluťoučký instalátor.MSI", 2 * kMiB, kNow - 31 * kDay}, kNow).value(),
       ReviewDownload(folder, {L"obraz.iso", 5'368'709'120, kNow - 400 * kDay}, kNow).value()};
   EXPECT_EQ(BuildDownloadsReply(9, items), RecordedMessage("getDownloadsJunk"));
   EXPECT_EQ(BuildDeletedReply(10, 1), RecordedMessage("deleteSpecificFiles"));
-  EXPECT_EQ(BuildDeletedReply(10, 0),
-            R"({"deletedCount":0,"requestId":10,"success":false,"type":"deleteSpecificFiles"})");
+  EXPECT_EQ(json::parse(BuildDeletedReply(10, 0))["success"], false);
 }
 
 TEST(SystemFiles, RepliesAreWhatThePageReads) {

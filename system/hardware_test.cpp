@@ -71,22 +71,11 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
       {"no size known", 0, {{0x28, mb_8192, 0x1A, 3200}}, L"16 GB DDR4"},
       {"no table", 8, {}, L"8 GB"},
       {"2.1, no speed field", 4, {{0x15, 4096, 0x18, 1600}}, L"4 GB DDR3"},
-      {"2.3, rated speed", 8, {{0x1B, mb_8192, 0x18, 1600}}, L"8 GB DDR3 @ 1600 MHz"},
-      {"2.6, no configured speed", 8, {{0x1C, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4"},
-      {"2.7, one byte short of a configured speed", 8, {{0x22, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4"},
       {"shortest with a configured speed", 8, {{0x24, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4 @ 2933 MHz"},
       {"3.3, two modules, two empty slots",
        32,
        {{0x5C, mb_16384, 0x1A, 3200}, {0x5C, 0, 0x22, 4800}, {0x5C, mb_16384, 0x1A, 3200}, {0x5C, 0, 2, 0}},
        L"32 GB DDR4 @ 3200 MHz (2x 16 GB)"},
-      {"3.7, overclocked: the rated speed is told",
-       64,
-       {{0x64, 0x7FFF, 0x22, 4800, 5600}, {0x64, 0x7FFF, 0x22, 4800, 5600}},
-       L"64 GB DDR5 @ 4800 MHz (2x 32 GB)"},
-      {"rated speed 0 everywhere",
-       16,
-       {{0x28, mb_8192, 0x1A, 0, 2933}, {0x28, mb_8192, 0x1A, 0, 2933}},
-       L"16 GB DDR4 @ 2933 MHz (2x 8 GB)"},
       {"configured speed only until one is known",
        16,
        {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 0, 2933}},
@@ -95,29 +84,14 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
        16,
        {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 3200, 2933}},
        L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
-      {"a later type wins",
-       12,
-       {{0x28, mb_8192, 0x1E, 4267}, {0x28, 4096, 0x23, 6400}},
-       L"12 GB LPDDR5 @ 6400 MHz (2x 6 GB)"},
       {"an unknown later type does not",
        16,
        {{0x28, mb_8192, 0x22, 5600}, {0x28, mb_8192, 0x24, 0}},
        L"16 GB DDR5 @ 5600 MHz (2x 8 GB)"},
       {"speed 0xFFFF is none", 16, {{0x5C, mb_16384, 0x22, 0xFFFF, 0xFFFF}}, L"16 GB DDR5"},
-      {"speed 65534 is one", 16, {{0x5C, mb_16384, 0x22, 0xFFFE}}, L"16 GB DDR5 @ 65534 MHz"},
-      {"unknown size is no module", 8, {{0x28, 0xFFFF, 0x1A, 3200}}, L"8 GB"},
       {"unknown type with a speed", 32, {{0x28, mb_16384, 0x1B, 2666}}, L"32 GB DDR @ 2666 MHz"},
-      {"unknown type without a speed", 32, {{0x28, mb_16384, 0x1B}}, L"32 GB"},
-      {"three of 8",
-       24,
-       {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}},
-       L"24 GB DDR4 (3x 8 GB)"},
       {"uneven", 20, {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 4096, 0x1A}}, L"20 GB DDR4 (3x 6 GB)"},
       {"formatted area too short to tell a type", 8, {{0x13, mb_8192, 0x1A}}, L"8 GB"},
-      {"strings",
-       16,
-       {{0x28, mb_8192, 0x1A, 3200, 0, kStrings}, {0x28, mb_8192, 0x1A, 3200, 0, kStrings}},
-       L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
   };
   for (const auto& c : cases) EXPECT_EQ(MemoryLine(c.total_gb, c.devices), c.want) << c.name;
 }
@@ -134,14 +108,8 @@ TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsTheyGo) {
     int32_t want;
   } cases[] = {
       {"nothing", "", 0},
-      {"part of the header", std::string(5, '\0'), 0},
-      {"header only", Table({}), 0},
-      {"shorter than a structure", Table({"\x11\x28\x01"}), 0},
-      {"no end marker", Table({module, module}), 2},
-      {"without the last zero", Table({module}).substr(0, 8 + module.size() - 1), 1},
       {"cut in the strings", Table({module, module}).substr(0, 8 + module.size() + 0x28 + 3), 2},
       {"cut in the formatted area", Table({module, module}).substr(0, 8 + module.size() + 0x27), 1},
-      {"ends with the formatted area", Table({module}).substr(0, 8 + 0x28), 1},
       {"length past the end", Table({module, long_lie}), 1},
       {"length below a header", Table({module, short_lie, module}), 1},
       {"inactive and foreign structures between",
@@ -155,8 +123,6 @@ TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsTheyGo) {
        }(),
        1},
       {"the end marker does not stop the walk", Table({module, kEnd, module}), 2},
-      {"only zeros", std::string(64, '\0'), 0},
-      {"only ones", std::string(64, '\xFF'), 0},
   };
   for (const auto& c : cases) EXPECT_EQ(ParseMemoryModules(c.table).count, c.want) << c.name;
 }
@@ -164,10 +130,8 @@ TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsTheyGo) {
 TEST(InstalledGigabytes, RoundsAndFallsBack) {
   EXPECT_EQ(InstalledGigabytes(16'777'216, 17'045'651'456), 16);
   EXPECT_EQ(InstalledGigabytes(0, 17'045'651'456), 16);
-  EXPECT_EQ(InstalledGigabytes(12'582'911, 0), 12);
   EXPECT_EQ(InstalledGigabytes(2'621'440, 0), 3) << "half goes up";
   EXPECT_EQ(InstalledGigabytes(0, 536'870'911), 0);
-  EXPECT_EQ(InstalledGigabytes(0, 0), 0);
 }
 
 TEST(FormatMemoryTooltip, ExplainsWhatIsReserved) {
@@ -176,17 +140,13 @@ TEST(FormatMemoryTooltip, ExplainsWhatIsReserved) {
       L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB (128 MB vyhrazeno pro BIOS a hardware)");
   EXPECT_EQ(FormatMemoryTooltip(16, 0, 17'045'651'456),
             L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB");
-  EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'185),
-            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB");
   EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'184 - 1'048'575),
             L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB")
       << "less than a megabyte is not told";
-  EXPECT_EQ(FormatMemoryTooltip(0, 0, 0), L"Fyzicky osazeno: 0 GB | K dispozici pro systém: 0.0 GB");
 }
 
 TEST(FormatGpu, AddsTheMemoryWhenItIsKnown) {
   EXPECT_EQ(FormatGpu(L"NVIDIA GeForce RTX 3060", 12'884'901'888), L"NVIDIA GeForce RTX 3060 (12.0 GB VRAM)");
-  EXPECT_EQ(FormatGpu(L"Unknown GPU", 4'294'967'296), L"Unknown GPU (4.0 GB VRAM)");
   EXPECT_EQ(FormatGpu(L"Peat Graphics", 134'217'728), L"Peat Graphics (0.1 GB VRAM)");
   EXPECT_EQ(FormatGpu(L"Peat Graphics", std::nullopt), L"Peat Graphics");
 }
@@ -196,13 +156,9 @@ TEST(FormatBoard, JoinsMakerAndModel) {
     const wchar_t *manufacturer, *product, *want;
   } cases[] = {
       {L"Gigabyte Technology Co., Ltd.", L"B650 PEAT", L"Gigabyte B650 PEAT"},
-      {L"ASUSTeK COMPUTER INC.", L"TARN B550-F", L"ASUSTeK COMPUTER INC. TARN B550-F"},
-      {L"Micro-Star International Co., Ltd.", L"MAG B550", L"Micro-Star International Co., Ltd. MAG B550"},
       {L"A Technology B Technology", L"X", L"A X"},
       {L"Technology", L"X", L"Technology X"},
-      {L"Dell Inc.", L"Unknown", L"Unknown"},
       {L"Dell Inc.", L"", L"Unknown"},
-      {L"Unknown", L"0KWVT8", L"0KWVT8"},
       {L"", L"0KWVT8", L"0KWVT8"},
       {L"Unknown", L"Unknown", L"Unknown"},
   };
@@ -213,18 +169,13 @@ TEST(FormatOs, CorrectsTheNameFromTheBuild) {
   struct {
     const wchar_t *product, *build, *display, *want;
   } cases[] = {
-      {L"Windows 10 Pro", L"22631", L"23H2", L"Windows 11 Pro (Version 23H2)"},
       {L"Windows 10 Pro", L"22000", L"21H2", L"Windows 11 Pro (Version 21H2)"},
       {L"Windows 10 Pro", L"21999", L"21H2", L"Windows 10 Pro (Version 21H2)"},
-      {L"Windows 10 Home", L"19045", L"22H2", L"Windows 10 Home (Version 22H2)"},
       {L"Windows 10 Pro", L"17763", L"Unknown", L"Windows 10 Pro"},
-      {L"Windows 10 Pro", L"Unknown", L"23H2", L"Windows 10 Pro (Version 23H2)"},
       {L"Windows 10 Pro", L"99999999999999999999", L"23H2", L"Windows 10 Pro (Version 23H2)"},
-      {L"Windows 10 Pro", L"", L"23H2", L"Windows 10 Pro (Version 23H2)"},
       {L"Windows 10 Pro", L"26100.1742", L"24H2", L"Windows 11 Pro (Version 24H2)"},
       {L"Windows Server 2022 Standard", L"26100", L"24H2", L"Windows Server 2022 Standard (Version 24H2)"},
       {L"Windows 10 Windows 10", L"26100", L"Unknown", L"Windows 11 Windows 10"},
-      {L"Unknown", L"Unknown", L"Unknown", L"Unknown"},
   };
   for (const auto& c : cases) EXPECT_EQ(FormatOs(c.product, c.build, c.display), c.want);
 }

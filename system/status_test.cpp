@@ -1,6 +1,5 @@
 #include "system/status.h"
 
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -23,54 +22,34 @@ HardwareSpecs RealisticSpecs() {
   return specs;
 }
 
-// Runs a push on a machine whose service answers the probe number `first_answer` (from 0) and all later ones.
-struct Push {
-  Push(bool elevated, int first_answer) {
-    TakePostedTexts();
-    PushStatus({[&] { return probes++ >= first_answer; },
-                [&] {
-                  HardwareSpecs specs = RealisticSpecs();
-                  specs.is_admin = elevated;
-                  return specs;
-                },
-                [&](unsigned milliseconds) { sleeps.push_back(milliseconds); }});
-    posted = TakePostedMessages();
-  }
-  int probes = 0;
-  std::vector<unsigned> sleeps;
-  std::vector<nlohmann::json> posted;
-};
-
-constexpr int kNever = 1000;
-
 }  // namespace
 
 TEST(BuildStatus, IsTheRecordedMessage) {
   EXPECT_EQ(BuildStatus(1, true, RealisticSpecs()).dump(), RecordedMessage("status"));
 }
 
-TEST(PushStatus, PostsOnceWhenThereIsNothingToWaitFor) {
-  for (const Push& push : {Push(false, 0), Push(true, 0), Push(true, kNever)}) {
-    ASSERT_EQ(push.posted.size(), 1u);
-    EXPECT_EQ(push.posted[0]["requestId"], 0);
-    EXPECT_EQ(push.probes, 1);
-    EXPECT_TRUE(push.sleeps.empty());
+TEST(PushStatus, WaitsForTheServiceFifteenRoundsAtMost) {
+  constexpr int kNever = 1000;
+  const struct {
+    bool elevated;
+    int first_answer;  // number of the first probe that the service answers, from 0
+    std::vector<bool> posted;
+    size_t sleeps;
+  } cases[] = {
+      {false, 0, {true}, 0},          {true, kNever, {false}, 0}, {false, 3, {false, true}, 3},
+      {false, 15, {false, true}, 15}, {false, 16, {false}, 15},
+  };
+  for (const auto& c : cases) {
+    int probes = 0;
+    std::vector<unsigned> sleeps;
+    HardwareSpecs specs = RealisticSpecs();
+    specs.is_admin = c.elevated;
+    TakePostedTexts();
+    PushStatus({[&] { return probes++ >= c.first_answer; }, [&] { return specs; },
+                [&](unsigned milliseconds) { sleeps.push_back(milliseconds); }});
+    std::vector<nlohmann::json> want;
+    for (const bool active : c.posted) want.push_back(BuildStatus(0, active, specs));
+    EXPECT_EQ(TakePostedMessages(), want) << c.first_answer;
+    EXPECT_EQ(sleeps, std::vector<unsigned>(c.sleeps, 2000)) << c.first_answer;
   }
-  EXPECT_EQ(Push(true, kNever).posted[0]["isAdmin"], true);
-}
-
-TEST(PushStatus, PostsTheSameAgainWhenTheServiceComes) {
-  const Push push(false, 3);
-  ASSERT_EQ(push.posted.size(), 2u);
-  EXPECT_EQ(push.posted[0], BuildStatus(0, false, RealisticSpecs()));
-  EXPECT_EQ(push.posted[1], BuildStatus(0, true, RealisticSpecs()));
-  EXPECT_EQ(push.sleeps, std::vector<unsigned>(3, 2000));
-}
-
-TEST(PushStatus, WaitsFifteenRoundsAtMost) {
-  EXPECT_EQ(Push(false, 15).posted.size(), 2u);
-  const Push push(false, 16);
-  EXPECT_EQ(push.posted.size(), 1u);
-  EXPECT_EQ(push.sleeps, std::vector<unsigned>(15, 2000));
-  EXPECT_EQ(push.probes, 16);
 }

@@ -35,29 +35,21 @@ TEST(CpuLoadPercent, IsTheShareThatWasNotIdle) {
   } cases[] = {
       {"first sample", {0, 0, 0}, {700, 900, 100}, 0},
       {"half", {100, 200, 300}, {150, 270, 330}, 50},
-      {"all idle", {100, 200, 300}, {200, 300, 300}, 0},
-      {"full", {100, 200, 300}, {100, 250, 350}, 100},
       {"no time passed", {100, 200, 300}, {100, 200, 300}, 0},
       {"idle counted ahead of the sum", {100, 200, 300}, {203, 300, 300}, -3},
-      {"years of 64 processors",
-       {1ull << 62, 1ull << 62, 0},
-       {(1ull << 62) + 25'000'000, (1ull << 62) + 75'000'000, 25'000'000},
-       75},
   };
   for (const auto& c : cases) EXPECT_DOUBLE_EQ(CpuLoadPercent(c.previous, c.now), c.want) << c.name;
 }
 
 TEST(SumOctets, CountsEveryInterfaceButTheLoopback) {
-  constexpr uint32_t kEthernet = 6, kWireless = 71, kTunnel = 131, kLoopback = 24;
+  constexpr uint32_t kEthernet = 6, kWireless = 71, kLoopback = 24;
   struct {
     const char* name;
     std::vector<InterfaceOctets> interfaces;
     uint64_t received, sent;
   } cases[] = {
-      {"none", {}, 0, 0},
       {"directions stay apart", {{kEthernet, 100, 7}}, 100, 7},
       {"loopback in the middle", {{kEthernet, 1, 10}, {kLoopback, 1000, 1000}, {kWireless, 2, 20}}, 3, 30},
-      {"tunnels count", {{kTunnel, 5, 6}}, 5, 6},
       {"more than 32 bits",
        {{kEthernet, 4'294'967'295, 4'294'967'295}, {kWireless, 1, 4'294'967'295}},
        4'294'967'296,
@@ -84,7 +76,6 @@ TEST(RatesBetween, AreMegabitsAndNeverNegative) {
        1.0 / 3},
       {"one direction wrapped", {4'294'967'000, 0, 60'000}, {1000, 131'072, 61'000}, 0, 1},
       {"no time passed", {0, 0, 60'000}, {1000, 1000, 60'000}, 0, 0},
-      {"time went back", {0, 0, 60'000}, {1000, 1000, 59'000}, 0, 0},
   };
   for (const auto& c : cases) {
     const NetworkRates rates = RatesBetween(c.previous, c.now);
@@ -104,10 +95,8 @@ TEST(DescribeBattery, ReadsThePowerStatus) {
     bool saver;
   } cases[] = {
       {"desktop", 128, 255, 0xFFFFFFFF, 0, false, false, -1, false},
-      {"unknown status", 255, 255, 0xFFFFFFFF, 0, false, true, -1, false},
       {"charging", 8 | 1, 97, 0xFFFFFFFF, 0, true, true, -1, false},
       {"on battery, saver on", 2, 19, 1800, 1, true, false, 1800, true},
-      {"medium level sets no flag", 0, 50, 7200, 0, true, false, 7200, false},
       {"percent unknown", 1, 255, 7200, 0, false, false, 7200, false},
   };
   for (const auto& c : cases) {
@@ -131,7 +120,7 @@ TEST(IsActiveAdapter, SkipsLoopbackTunnelAndWhatIsDown) {
 TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
   struct {
     double load, cpu, gpu;
-  } cases[] = {{0, 34, 36}, {100, 78, 74}, {50, 56, 55}, {200, 89, 85}, {-50, 28, 30}};
+  } cases[] = {{0, 34, 36}, {100, 78, 74}, {200, 89, 85}, {-50, 28, 30}};
   for (const auto& c : cases) {
     EXPECT_DOUBLE_EQ(EstimateCpuTemperature(c.load), c.cpu) << c.load;
     EXPECT_DOUBLE_EQ(EstimateGpuTemperature(c.load), c.gpu) << c.load;

@@ -17,16 +17,30 @@
   }                                                                         \
   static void Fuzz_##name(std::string_view bytes)
 #else
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
 #include <gtest/gtest.h>
 
-// Calls `target` with each stored input of testdata/fuzz_<name> beside the source file; returns how many
-// there were.
-int ReplayCorpus(const char* source_file, const char* name, void (*target)(std::string_view));
+// Calls `target` with each stored input beside the source file; returns how many there were.
+inline int ReplayCorpus(const char* source_file, const char* name, void (*target)(std::string_view)) {
+  const std::filesystem::path folder = std::filesystem::path(source_file).parent_path() / "testdata";
+  std::error_code missing;
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder / name, missing)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    target(std::string{std::istreambuf_iterator<char>(file), {}});
+    ++count;
+  }
+  return count;
+}
 
-#define FUZZ_TARGET(name, bytes)                              \
-  static void Fuzz_##name(std::string_view bytes);            \
-  TEST(FuzzCorpus, name) {                                    \
-    EXPECT_GT(ReplayCorpus(__FILE__, #name, Fuzz_##name), 0); \
-  }                                                           \
+#define FUZZ_TARGET(name, bytes)                                      \
+  static void Fuzz_##name(std::string_view bytes);                    \
+  TEST(FuzzCorpus, name) {                                            \
+    EXPECT_GT(ReplayCorpus(__FILE__, "fuzz_" #name, Fuzz_##name), 0); \
+  }                                                                   \
   static void Fuzz_##name(std::string_view bytes)
 #endif
