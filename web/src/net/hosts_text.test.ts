@@ -55,11 +55,11 @@ test('a block list of a hundred thousand lines with edits far apart', () => {
   const lines = Array.from({ length: 100_000 }, (_, i) => lineAt(i));
   const edited = withLf(lines.join('')).split('\n').with(10, 'first');
   edited.splice(70_000, 5, 'second', 'third');
-  const started = performance.now();
+  const started = process.cpuUsage();
   const saved = restoreLineEnds(lines.join(''), edited.join('\n'));
   const want = lines.with(10, 'first\r\n');
   want.splice(70_000, 5, 'second\r\n', 'third\r\n');
   assert.ok(saved === want.join(''));
   assert.ok(checkHosts(edited).filter(({ kind }) => kind === 'twice').length > 9000);
-  assert.ok(performance.now() - started < 3000, 'usable while the user waits');
+  assert.ok(process.cpuUsage(started).user < 3_000_000, 'usable while the user waits');
 });
