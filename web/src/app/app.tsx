@@ -1,13 +1,15 @@
+import { useEffect } from 'preact/hooks';
 import { setLanguage } from '../base/text.ts';
 import { ConfirmDialog } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
-import { Toasts } from '../kit/toast.tsx';
+import { clearToasts, Toasts } from '../kit/toast.tsx';
 import { route } from '../shell/navigation.ts';
 import { ServiceDialog } from '../shell/service.tsx';
 import { currentSettings, settingsDocument } from '../shell/settings.ts';
 import { drawnTheme, windowsIsLight } from '../shell/theme.ts';
 import { Terminal } from '../shell/terminal_pane.tsx';
 import { KeysDialog } from './keys_dialog.tsx';
+import { SearchDialog } from './search_dialog.tsx';
 import { useShortcuts } from './shortcuts.ts';
 import { Sidebar } from './sidebar.tsx';
 import { views } from './views.ts';
@@ -20,6 +22,7 @@ export function App() {
   document.documentElement.dataset.theme = drawnTheme(theme);
   document.documentElement.lang = language;
   useShortcuts();
+  useEffect(() => clearToasts, [language]); // their words are of the language before
 
   const { view } = useStore(route);
   const Current = views.find(({ id }) => id === view)!.component;
@@ -34,6 +37,7 @@ export function App() {
       <ConfirmDialog />
       <ServiceDialog />
       <KeysDialog />
+      <SearchDialog />
     </div>
   );
 }

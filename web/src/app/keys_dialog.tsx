@@ -16,7 +16,8 @@ export function KeysDialog() {
   const space = t('keys.space');
   const arrows = t('keys.arrows');
   const rows: [keys: string[], meaning: string][] = [
-    [['Ctrl', '1–9'], t('keys.views')],
+    [['Ctrl', '1–9, 0'], t('keys.views')],
+    [['Ctrl', 'K'], t('search.title')],
     [['F5'], t('keys.refresh')],
     [['Ctrl', 'F'], t('keys.filter')],
     [['Esc'], t('keys.escape')],
@@ -25,7 +26,9 @@ export function KeysDialog() {
     [['Shift', arrows], t('keys.range')],
     [['Ctrl', 'A'], t('keys.all')],
     [['Ctrl', 'C'], t('keys.copy')],
+    [['Ctrl', 'Z'], t('app.undo')],
     [['Shift', 'F10'], t('keys.menu')],
+    [['Delete'], t('keys.delete')],
     [['Backspace'], t('keys.up')],
     [['?'], t('keys.help')],
   ];

@@ -19,13 +19,9 @@ import { openTerminal } from '../shell/terminal.ts';
 import { View } from '../shell/view.tsx';
 import { showKeys } from './keys_dialog.tsx';
 
-function reload() {
-  void settingsDocument.reload();
-}
-
 export function SettingsView() {
   return (
-    <View id="settings" refresh={reload}>
+    <View id="settings">
       <div class="settings">
         <DataView source={settingsDocument}>{() => <Preferences {...currentSettings()} />}</DataView>
         <About />

@@ -1,6 +1,7 @@
 import { useEffect } from 'preact/hooks';
 import { isDialogOpen } from '../kit/dialog.tsx';
-import { refreshOfView, route } from '../shell/navigation.ts';
+import { undoLast } from '../kit/toast.tsx';
+import { refreshOfView, route, searching } from '../shell/navigation.ts';
 import { showKeys } from './keys_dialog.tsx';
 import { views } from './views.ts';
 
@@ -20,11 +21,12 @@ function onKeyDown(event: KeyboardEvent) {
     // Where nothing can be filtered, the control's own search opens.
     const filter = document.querySelector<HTMLInputElement>('[data-filter]');
     if (filter) act(() => (filter.focus(), filter.select()));
-  }
+  } else if (ctrlKey && !shiftKey && key.toLowerCase() === 'k') act(() => searching.set(true));
+  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'z' && !typing && undoLast()) event.preventDefault();
   // By position, so that it also works on the Czech layout, whose upper row gives letters.
-  else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[1-9]$/.test(event.code))
+  else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[0-9]$/.test(event.code))
     act(() => {
-      const view = views[Number(event.code.slice(-1)) - 1];
+      const view = views[(Number(event.code.slice(-1)) + 9) % 10];
       if (!view) return;
       route.set({ view: view.id });
       requestAnimationFrame(() => document.querySelector<HTMLElement>('h1')?.focus());

@@ -1,11 +1,14 @@
-import { t } from '../base/text.ts';
+import { formatNumber, t } from '../base/text.ts';
+import { Spinner } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { Icon, Mark } from '../kit/icon.tsx';
 import { route } from '../shell/navigation.ts';
+import { useBadges, type Badge } from './badges.ts';
 import { views } from './views.ts';
 
 export function Sidebar() {
   const current = useStore(route).view;
+  const badges = useBadges();
   const groups = [...new Set(views.map(({ group }) => group))];
   return (
     <nav class="sidebar" aria-label={t('app.nav')}>
@@ -31,6 +34,7 @@ export function Sidebar() {
                   >
                     <Icon name={id} />
                     <span>{t(`view.${id}`)}</span>
+                    {badges[id] !== undefined && <NavBadge badge={badges[id]} />}
                   </button>
                 </li>
               ))}
@@ -38,5 +42,15 @@ export function Sidebar() {
         </div>
       ))}
     </nav>
+  );
+}
+
+function NavBadge({ badge }: { badge: NonNullable<Badge> }) {
+  if (typeof badge === 'number') return <i class="nav-badge">{formatNumber(badge)}</i>;
+  return (
+    <i class="nav-badge">
+      {badge === 'busy' ? <Spinner /> : <b aria-hidden="true">●</b>}
+      <b class="hidden">{t(`nav.${badge}`)}</b>
+    </i>
   );
 }

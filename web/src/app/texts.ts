@@ -1,6 +1,15 @@
 export const texts = {
   'app.nav': ['Hlavní navigace', 'Main navigation'],
 
+  'nav.busy': ['pracuje', 'working'],
+  'nav.unsaved': ['neuloženo', 'unsaved'],
+
+  'search.hint': [
+    'Část, úkon, proces, port, program, složka…',
+    'Part, action, process, port, program, folder…',
+  ],
+  'search.nothing': ['Nic takového Varnel teď nezná.', 'Varnel knows nothing like that right now.'],
+
   'group.overview': ['Stav', 'Status'],
   'group.tidy': ['Úklid', 'Clean-up'],
   'group.system': ['Systém', 'System'],
@@ -9,8 +18,8 @@ export const texts = {
   'keys.title': ['Klávesové zkratky', 'Keyboard shortcuts'],
   'keys.filter': ['Filtrovat tabulku', 'Filter the table'],
   'keys.refresh': ['Obnovit údaje', 'Refresh the data'],
-  'keys.views': ['Přejít na část podle pořadí', 'Go to a part by its position'],
-  'keys.escape': ['Zavřít nebo vymazat filtr', 'Close, or clear the filter'],
+  'keys.views': ['Přejít na 1. až 10. část', 'Go to part 1 to 10'],
+  'keys.escape': ['Zavřít dialog, vymazat filtr', 'Close a dialog, clear the filter'],
   'keys.help': ['Zobrazit tento seznam', 'Show this list'],
   'keys.rows': ['Pohyb v tabulce', 'Move in a table'],
   'keys.select': ['Vybrat řádek', 'Select a row'],
@@ -18,6 +27,7 @@ export const texts = {
   'keys.all': ['Vybrat vše', 'Select all'],
   'keys.copy': ['Kopírovat vybrané řádky', 'Copy the selected rows'],
   'keys.menu': ['Nabídka řádku', 'Row menu'],
+  'keys.delete': ['Smazat nebo ukončit vybrané', 'Delete or end what is selected'],
   'keys.up': ['O složku výš (Disk)', 'Up one folder (Disk)'],
   'keys.space': ['Mezerník', 'Space'],
   'keys.arrows': ['Šipky', 'Arrows'],

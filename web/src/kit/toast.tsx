@@ -42,6 +42,17 @@ function dismiss(id: number) {
   toasts.set(toasts.get().filter((other) => other.id !== id));
 }
 
+export const clearToasts = () => toasts.set([]);
+
+/** Does what the last notice offers; false if none offers anything. */
+export function undoLast(): boolean {
+  const last = toasts.get().findLast(({ action }) => action);
+  if (!last) return false;
+  dismiss(last.id);
+  last.action!.run();
+  return true;
+}
+
 function ToastCard({ id, text, error, action }: Toast) {
   const [held, setHeld] = useState(false);
   useEffect(() => {

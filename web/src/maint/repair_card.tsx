@@ -13,7 +13,7 @@ import { abandonFileCheck, leaveSafeMode, repairStates, startRepair, type Repair
 import { withQueue } from './update.ts';
 
 /** What interrupts the user's work asks first. */
-async function ask(repair: Repair) {
+export async function ask(repair: Repair) {
   if (repair === 'rebuild-icons' || repair === 'safemode-reboot') {
     const restarts = repair === 'safemode-reboot';
     const body = t(`repair.${repair}.confirmBody`);

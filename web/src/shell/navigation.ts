@@ -20,5 +20,8 @@ export interface Route {
 
 export const route = createStore<Route>({ view: 'dashboard' });
 
+/** The search over everything is open. */
+export const searching = createStore(false);
+
 /** What F5 does in the view that is shown. */
 export const refreshOfView = createStore<(() => void) | undefined>(undefined);

@@ -6,6 +6,7 @@ import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
 import { leadToRow } from '../kit/table/memory.ts';
 import { toast } from '../kit/toast.tsx';
+import { showRunning } from './links.ts';
 import { route } from './navigation.ts';
 import {
   isOwn,
@@ -58,6 +59,13 @@ export async function showProcess(pid: number) {
     toast(error ? errorText(error) : t('processes.gone', { name: t('network.process'), pid: String(pid) }), {
       error: true,
     });
+}
+
+/** Leads to a process, or to all of a program. */
+export function showProgram({ name, pid, members }: ProcessRow) {
+  if (!members) return void showProcess(pid);
+  grouped.set(true);
+  showRunning(name);
 }
 
 const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;

@@ -1,5 +1,6 @@
 export const texts = {
   'app.undo': ['Vrátit zpět', 'Undo'],
+  'search.title': ['Hledat ve všem', 'Search everything'],
   'app.refresh': ['Obnovit', 'Refresh'],
   'app.refreshing': ['Obnovuje se, {n} s', 'Refreshing, {n} s'],
   'app.updated': ['Aktualizováno {time}', 'Updated {time}'],

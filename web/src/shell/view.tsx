@@ -6,7 +6,7 @@ import { t } from '../base/text.ts';
 import { IconButton } from '../kit/button.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
-import { refreshOfView, type ViewId } from './navigation.ts';
+import { refreshOfView, searching, type ViewId } from './navigation.ts';
 import { showServiceDialog } from './service.tsx';
 import { status } from './status.ts';
 
@@ -38,7 +38,14 @@ export function View({ id, children, actions, refresh, state }: Props) {
           {actions}
           {refresh && <Refresh run={refresh} state={state} />}
         </div>
-        <Badges />
+        <div class="badges">
+          <IconButton
+            icon="search"
+            label={`${t('search.title')} (Ctrl+K)`}
+            onClick={() => searching.set(true)}
+          />
+          <Badges />
+        </div>
       </header>
       <main class="content" data-view={id}>
         {children}
@@ -74,15 +81,11 @@ function Refresh({ run, state }: { run(): void; state: LoadState | undefined }) 
 function Badges() {
   const { phase, data } = useStore(status);
   if (!data) {
-    return (
-      <div class="badges">
-        <span class="badge">{phase === 'failed' ? t('badge.unknown') : t('badge.checking')}</span>
-      </div>
-    );
+    return <span class="badge">{phase === 'failed' ? t('badge.unknown') : t('badge.checking')}</span>;
   }
   const role = data.isAdmin ? 'admin' : 'user';
   return (
-    <div class="badges">
+    <>
       <span class="badge" title={t(`badge.${role}.hint`)} data-testid="badge-elevation">
         <Icon name={role} />
         <span>{t(`badge.${role}`)}</span>
@@ -104,6 +107,6 @@ function Badges() {
           <span>{t('badge.service.off')}</span>
         </button>
       )}
-    </div>
+    </>
   );
 }

@@ -2,16 +2,9 @@ import { formatBytes, formatPercent, noValue } from '../base/format.ts';
 import { t } from '../base/text.ts';
 import { Card } from '../kit/card.tsx';
 import { usePolling, useStore } from '../kit/hooks.ts';
-import { showRunning } from '../shell/links.ts';
 import type { ProcessRow } from '../shell/process_shares.ts';
-import { grouped, pollProcesses, processes, processesPeriodMs, showProcess } from '../shell/processes.ts';
+import { pollProcesses, processes, processesPeriodMs, showProgram } from '../shell/processes.ts';
 import { culprits } from './culprits.ts';
-
-function show({ name, pid, members }: ProcessRow) {
-  if (!members) return void showProcess(pid);
-  grouped.set(true);
-  showRunning(name);
-}
 
 const kinds = [
   { of: 'share', title: 'dashboard.cpu', text: ({ share = 0 }: ProcessRow) => formatPercent(share, 1) },
@@ -37,7 +30,12 @@ export function Culprits() {
               <ol data-who={of}>
                 {rows.map((one) => (
                   <li key={one.name}>
-                    <button type="button" class="culprit line" title={one.name} onClick={() => show(one)}>
+                    <button
+                      type="button"
+                      class="culprit line"
+                      title={one.name}
+                      onClick={() => showProgram(one)}
+                    >
                       <span>{one.name}</span>
                       <span>{text(one)}</span>
                     </button>

@@ -1,0 +1,33 @@
+import { draft } from '../net/hosts.ts';
+import { useStore } from '../kit/hooks.ts';
+import { analysis } from '../disk/analysis.ts';
+import { repairStates } from '../maint/repairs.ts';
+import { update } from '../maint/update.ts';
+import { queueBusy } from '../shell/busy.ts';
+import type { ViewId } from '../shell/navigation.ts';
+import { settingsDocument } from '../shell/settings.ts';
+import { ignoredIds } from '../software/ignored.ts';
+import { updates } from '../software/lists.ts';
+import { scan } from '../software/scan.ts';
+
+/** "busy", "unsaved", or how many things wait. */
+export type Badge = 'busy' | 'unsaved' | number | undefined;
+
+/** What the navigation says of views that are not looked at. */
+export function useBadges(): Partial<Record<ViewId, Badge>> {
+  useStore(settingsDocument);
+  const ignored = ignoredIds();
+  const waiting = useStore(updates).data?.filter(({ id }) => !ignored.has(id)).length;
+  const scanning = useStore(scan, ({ running }) => running !== undefined);
+  const queued = useStore(queueBusy);
+  const analysing = useStore(analysis, ({ running }) => running !== undefined);
+  const unsaved = useStore(draft, (text) => text !== undefined);
+  const repairing = useStore(repairStates, (all) => Object.values(all).some(({ since }) => since));
+  const newer = useStore(update, ({ data }) => data?.hasUpdate === true);
+  return {
+    software: scanning || queued ? 'busy' : waiting || undefined,
+    disk: analysing ? 'busy' : undefined,
+    developer: unsaved ? 'unsaved' : undefined,
+    maintenance: repairing ? 'busy' : newer ? 1 : undefined,
+  };
+}

@@ -1,0 +1,92 @@
+import { useEffect, useId, useMemo, useRef, useState } from 'preact/hooks';
+import { t } from '../base/text.ts';
+import { useStore } from '../kit/hooks.ts';
+import { Icon } from '../kit/icon.tsx';
+import { searching } from '../shell/navigation.ts';
+import { bestHits } from './hits.ts';
+import { loadThings, useThings, type Thing } from './things.ts';
+
+const close = () => searching.set(false);
+
+/** One search over all that the page knows: Ctrl+K. */
+export function SearchDialog() {
+  return useStore(searching) ? <Search /> : null;
+}
+
+function Search() {
+  const dialog = useRef<HTMLDialogElement>(null);
+  const id = useId();
+  const [query, setQuery] = useState('');
+  const [at, setAt] = useState(0);
+  const things = useThings();
+  const hits = useMemo(() => bestHits(things, query), [things, query]);
+  useEffect(() => {
+    loadThings();
+    dialog.current!.showModal();
+  }, []);
+  function go(hit: Thing | undefined) {
+    if (!hit) return;
+    close();
+    hit.run();
+  }
+  function onKeyDown(event: KeyboardEvent) {
+    const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
+    if (step !== undefined) setAt((at + step + hits.length) % Math.max(1, hits.length));
+    else if (event.key === 'Enter') go(hits[at]);
+    else return;
+    event.preventDefault();
+  }
+  return (
+    <dialog
+      ref={dialog}
+      class="dialog search"
+      aria-label={t('search.title')}
+      onClose={close}
+      onClick={(event) => event.target === dialog.current && close()}
+    >
+      <div class="filter">
+        <Icon name="search" />
+        <input
+          type="text"
+          role="combobox"
+          aria-label={t('search.title')}
+          aria-expanded={hits.length > 0}
+          aria-controls={id}
+          aria-activedescendant={hits[at] && `${id}-${at}`}
+          placeholder={t('search.hint')}
+          spellcheck={false}
+          value={query}
+          onInput={(event) => {
+            setQuery(event.currentTarget.value);
+            setAt(0);
+          }}
+          onKeyDown={onKeyDown}
+        />
+      </div>
+      {hits.length > 0 && (
+        <ul role="listbox" id={id} aria-label={t('search.title')}>
+          {hits.map((hit, i) => (
+            <li
+              key={i}
+              id={`${id}-${i}`}
+              class="hit line"
+              role="option"
+              aria-selected={i === at}
+              onPointerMove={() => setAt(i)}
+              onClick={() => go(hit)}
+            >
+              <Icon name={hit.icon} />
+              <span title={hit.title}>{hit.title}</span>
+              <span class="muted small">{t(`view.${hit.view}`)}</span>
+            </li>
+          ))}
+        </ul>
+      )}
+      {query.trim() !== '' && hits.length === 0 && (
+        <p class="muted" role="status">
+          {t('search.nothing')}
+        </p>
+      )}
+    </dialog>
+  );
+}
