@@ -1,13 +1,25 @@
 #include "base/file_walk_win.h"
 
+#include <winternl.h>
+
+#include <cstddef>
 #include <stack>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "base/extended_path.h"
 
 namespace {
+
+// Each level of a walk keeps a folder open and a buffer of its listing.
+constexpr size_t kMaxLevels = 4096;
+constexpr size_t kListingBytes = 8192;
+
+constexpr ACCESS_MASK kList = FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
+constexpr ULONG kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+// Nobody can rename or delete the folder as long as it is open. (Whoever owns it can still empty it and turn
+// it into a junction where it stands; its handle stays the folder's.)
+constexpr ULONG kHold = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 bool IsFolder(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -17,6 +29,13 @@ bool IsFolder(DWORD attributes) {
 bool IsReparsePoint(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
+
+bool IsReadOnly(DWORD attributes) {
+  return (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// FileDispositionInfoEx, which headers show only to programs that need Windows 10 version 1607.
+constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
 // The "\\?\" form with a separator at its end, so that an entry's path is this and its name. Empty when there
 // is no such path.
@@ -29,46 +48,195 @@ std::wstring ExtendedFolder(std::wstring folder) {
   return full.empty() ? full : ExtendedPath(full);
 }
 
-// Calls DeleteFileW or RemoveDirectoryW, which both take the link and not its target, and both refuse what is
-// marked read-only: then the mark is taken off, and put back when the entry stays all the same. Returns 0 or
-// the error.
-DWORD Remove(BOOL(WINAPI* remove)(const wchar_t*), const std::wstring& path, DWORD attributes) {
-  if (remove(path.c_str())) return ERROR_SUCCESS;
-  DWORD error = GetLastError();
-  if (error != ERROR_ACCESS_DENIED || (attributes & FILE_ATTRIBUTE_READONLY) == 0) return error;
-  SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-  if (remove(path.c_str())) return ERROR_SUCCESS;
-  error = GetLastError();
-  SetFileAttributesW(path.c_str(), attributes);
-  return error;
+// What an open folder holds (FileIdBothDirectoryInfo), "." and ".." left out. Names end in no NUL.
+class EntryListing {
+ public:
+  struct Entry {
+    std::wstring_view name;
+    DWORD attributes;
+    uint64_t size_bytes;
+    uint64_t id;
+  };
+
+  explicit EntryListing(HANDLE folder) : folder_(folder) {}
+
+  // False at the end. The entry is valid until the next call.
+  bool Next(Entry& entry) {
+    for (;;) {
+      if (next_ == nullptr) {
+        if (!GetFileInformationByHandleEx(folder_, FileIdBothDirectoryInfo, buffer_, sizeof(buffer_)))
+          return false;
+        next_ = buffer_;
+      }
+      const auto& found = *reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(next_);
+      next_ = found.NextEntryOffset == 0 ? nullptr : next_ + found.NextEntryOffset;
+      entry = {{found.FileName, found.FileNameLength / sizeof(wchar_t)},
+               found.FileAttributes,
+               static_cast<uint64_t>(found.EndOfFile.QuadPart),
+               static_cast<uint64_t>(found.FileId.QuadPart)};
+      if (entry.name != L"." && entry.name != L"..") return true;
+    }
+  }
+
+ private:
+  HANDLE folder_;
+  const std::byte* next_ = nullptr;
+  alignas(FILE_ID_BOTH_DIR_INFO) std::byte buffer_[kListingBytes];
+};
+using Entry = EntryListing::Entry;
+
+// Opens what has this name in an open folder now, a link itself and not its target (NtCreateFile). The name
+// is one of a listing, so it has no separator in it. GetLastError() tells why the result is empty.
+FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, ULONG share, ULONG options) {
+  UNICODE_STRING text = {};
+  text.Buffer = const_cast<wchar_t*>(name.data());
+  text.Length = text.MaximumLength = static_cast<USHORT>(name.size() * sizeof(wchar_t));
+  OBJECT_ATTRIBUTES object = {};
+  object.Length = sizeof(object);
+  object.RootDirectory = folder;
+  object.ObjectName = &text;
+  IO_STATUS_BLOCK outcome = {};
+  HANDLE opened = nullptr;
+  const NTSTATUS status = NtCreateFile(&opened, access, &object, &outcome, nullptr, 0, share, FILE_OPEN,
+                                       options | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+  if (status >= 0) return FileHandle(opened);
+  SetLastError(RtlNtStatusToDosError(status));
+  return {};
 }
 
-// Opens a folder so that nobody can rename or delete it, and thus put a link in its place, until the handle
-// is closed. (Whoever owns the folder can still empty it and turn it into a junction where it stands.)
-// Nothing when it cannot be opened, or has become a link since it was listed. Of the attribute queries, this
-// one is answered by every file system.
-FileHandle HoldFolder(const std::wstring& path) {
-  FileHandle folder(CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_EXISTING,
-                                FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  FILE_BASIC_INFO information = {};
+// Opens a folder that was listed as one. Nothing when it has become a link, or another folder, since. An
+// entry without a number comes from a file system that has none.
+FileHandle OpenListedFolder(HANDLE parent, const Entry& entry, ACCESS_MASK access, ULONG share) {
+  FileHandle folder = OpenEntry(parent, entry.name, kList | access, share,
+                                FILE_DIRECTORY_FILE | FILE_SYNCHRONOUS_IO_NONALERT);
+  BY_HANDLE_FILE_INFORMATION found = {};
   if (folder &&
-      (!GetFileInformationByHandleEx(folder.get(), FileBasicInfo, &information, sizeof(information)) ||
-       IsReparsePoint(information.FileAttributes)))
+      (!GetFileInformationByHandle(folder.get(), &found) || IsReparsePoint(found.dwFileAttributes) ||
+       (entry.id != 0 && entry.id != (uint64_t{found.nFileIndexHigh} << 32 | found.nFileIndexLow))))
     folder.reset();
   return folder;
 }
 
-// A folder that is being emptied.
-struct Level {
-  Level(const std::wstring& path, DWORD folder_attributes, FileHandle hold)
-      : folder(path + L'\\'), attributes(folder_attributes), held(std::move(hold)), listing(folder) {}
+// What deleting an entry needs: where the system cannot ignore a read-only mark, it is taken off before.
+ACCESS_MASK DeleteAccess(DWORD attributes) {
+  return IsReadOnly(attributes) ? DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES : DELETE;
+}
 
-  std::wstring folder;
+bool SetAttributes(HANDLE entry, DWORD attributes) {
+  FILE_BASIC_INFO information = {};  // times of 0 stay as they are
+  information.FileAttributes = attributes;
+  return SetFileInformationByHandle(entry, FileBasicInfo, &information, sizeof(information));
+}
+
+// Deletes what the handle, opened with DeleteAccess, is of. A read-only mark comes back when the entry stays.
+bool DeleteByHandle(HANDLE entry, DWORD attributes) {
+  FILE_DISPOSITION_INFO_EX extended = {FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS |
+                                       FILE_DISPOSITION_FLAG_IGNORE_READONLY_ATTRIBUTE};
+  if (SetFileInformationByHandle(entry, kFileDispositionInfoEx, &extended, sizeof(extended))) return true;
+  // Windows before 10 version 1809 knows no such flags, and other file systems than NTFS may not either.
+  FILE_DISPOSITION_INFO plain = {TRUE};
+  if (SetFileInformationByHandle(entry, FileDispositionInfo, &plain, sizeof(plain))) return true;
+  if (!IsReadOnly(attributes)) return false;
+  const DWORD writable = attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
+  if (!SetAttributes(entry, writable != 0 ? writable : DWORD{FILE_ATTRIBUTE_NORMAL})) return false;
+  if (SetFileInformationByHandle(entry, FileDispositionInfo, &plain, sizeof(plain))) return true;
+  SetAttributes(entry, attributes);
+  return false;
+}
+
+// Deletes a file, or a link of either kind.
+void DeleteEntry(HANDLE folder, const Entry& entry) {
+  const FileHandle opened = OpenEntry(folder, entry.name, DeleteAccess(entry.attributes), kShareAll, 0);
+  if (opened) DeleteByHandle(opened.get(), entry.attributes);
+}
+
+FileHandle OpenByPath(const std::wstring& folder) {
+  const std::wstring path = ExtendedFolder(folder);
+  if (path.empty()) return {};
+  return FileHandle(CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+// Opens the folder of this name, in any case. ERROR_FILE_NOT_FOUND when there is none, another error for a
+// file or a link.
+FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK access, ULONG share) {
+  EntryListing listing(parent);
+  Entry entry;
+  while (listing.Next(entry)) {
+    if (CompareStringOrdinal(entry.name.data(), static_cast<int>(entry.name.size()), name.data(),
+                             static_cast<int>(name.size()), TRUE) != CSTR_EQUAL)
+      continue;
+    if (IsFolder(entry.attributes) && !IsReparsePoint(entry.attributes))
+      return OpenListedFolder(parent, entry, access, share);
+    SetLastError(ERROR_DIRECTORY);
+    return {};
+  }
+  SetLastError(ERROR_FILE_NOT_FOUND);
+  return {};
+}
+
+// Opens a folder below a drive one name at a time; `access` is wanted to the last one.
+FileHandle OpenWithoutLinks(std::wstring_view path, ACCESS_MASK access) {
+  SetLastError(ERROR_BAD_PATHNAME);
+  while (path.ends_with(L'\\')) path.remove_suffix(1);
+  if (path.size() < 4 || path.substr(1, 2) != L":\\") return {};
+  FileHandle folder = OpenByPath(std::wstring(path.substr(0, 3)));
+  path.remove_prefix(3);
+  while (folder) {
+    const size_t separator = path.find(L'\\');
+    const std::wstring_view name = path.substr(0, separator);
+    if (separator == path.npos) return OpenNamedFolder(folder.get(), name, access, kHold);
+    folder = OpenNamedFolder(folder.get(), name, 0, kShareAll);
+    path.remove_prefix(separator + 1);
+  }
+  return folder;
+}
+
+FileHandle OpenFolder(const std::wstring& folder, PathLinks links) {
+  return links == PathLinks::kFollow ? OpenByPath(folder) : OpenWithoutLinks(folder, 0);
+}
+
+// A folder that is being walked.
+struct Level {
+  Level(FileHandle opened, DWORD listed_attributes)
+      : folder(std::move(opened)), attributes(listed_attributes), listing(folder.get()) {}
+
+  FileHandle folder;
   DWORD attributes;
-  FileHandle held;
-  FolderListing listing;
+  EntryListing listing;
 };
+
+// Calls `on_file(folder, entry)` for everything but real folders. Those are opened with
+// `open(folder, entry)`, and walked when that gives a handle; `on_end(level)` follows what is in them, but not
+// for the root. Not recursive: the deepest tree that the file system allows does not fit a thread's stack.
+template <typename OnFile, typename Open, typename OnEnd>
+void Walk(FileHandle root, OnFile on_file, Open open, OnEnd on_end) {
+  std::stack<Level> levels;
+  if (root) levels.emplace(std::move(root), DWORD{0});
+  while (!levels.empty()) {
+    Level& level = levels.top();
+    Entry entry;
+    if (!level.listing.Next(entry)) {
+      if (levels.size() > 1) on_end(level);
+      levels.pop();
+    } else if (!IsFolder(entry.attributes) || IsReparsePoint(entry.attributes)) {
+      on_file(level.folder.get(), entry);
+    } else if (levels.size() < kMaxLevels) {
+      if (FileHandle inner = open(level.folder.get(), entry))
+        levels.emplace(std::move(inner), entry.attributes);
+    }
+  }
+}
+
+void ClearContents(FileHandle root) {
+  const auto open = [](HANDLE folder, const Entry& entry) {
+    FileHandle inner = OpenListedFolder(folder, entry, DeleteAccess(entry.attributes), kHold);
+    // It may not go, or is somebody's current folder, but what is in it may.
+    return inner ? std::move(inner) : OpenListedFolder(folder, entry, 0, kHold);
+  };
+  Walk(std::move(root), DeleteEntry, open,
+       [](const Level& level) { DeleteByHandle(level.folder.get(), level.attributes); });
+}
 
 }  // namespace
 
@@ -87,46 +255,33 @@ const WIN32_FIND_DATAW* FolderListing::Next() {
   return nullptr;
 }
 
-uint64_t DirectorySize(const std::wstring& folder) {
+uint64_t DirectorySize(const std::wstring& folder, PathLinks links) {
   uint64_t size_bytes = 0;
-  std::vector<std::wstring> waiting{ExtendedFolder(folder)};
-  while (!waiting.empty()) {
-    const std::wstring path = std::move(waiting.back());
-    waiting.pop_back();
-    FolderListing listing(path);
-    while (const WIN32_FIND_DATAW* entry = listing.Next()) {
-      if (!IsFolder(entry->dwFileAttributes))
-        size_bytes += SizeBytes(*entry);
-      else if (!IsReparsePoint(entry->dwFileAttributes))
-        waiting.push_back(path + entry->cFileName + L'\\');
-    }
-  }
+  Walk(
+      OpenFolder(folder, links),
+      [&](HANDLE, const Entry& entry) {
+        if (!IsFolder(entry.attributes)) size_bytes += entry.size_bytes;
+      },
+      [](HANDLE parent, const Entry& entry) { return OpenListedFolder(parent, entry, 0, kShareAll); },
+      [](const Level&) {});
   return size_bytes;
 }
 
-void ClearDirectoryContents(const std::wstring& folder) {
-  std::wstring path = ExtendedFolder(folder);
-  if (path.empty()) return;
-  path.pop_back();
-  // Not recursive: the deepest tree that the file system allows does not fit a thread's stack.
-  std::stack<Level> levels;
-  levels.emplace(path, DWORD{0}, FileHandle());
-  while (!levels.empty()) {
-    Level& level = levels.top();
-    if (const WIN32_FIND_DATAW* entry = level.listing.Next()) {
-      const DWORD attributes = entry->dwFileAttributes;
-      path.assign(level.folder).append(entry->cFileName);
-      if (!IsFolder(attributes)) {
-        Remove(DeleteFileW, path, attributes);
-      } else if (Remove(RemoveDirectoryW, path, attributes) == ERROR_DIR_NOT_EMPTY &&
-                 !IsReparsePoint(attributes)) {
-        if (FileHandle held = HoldFolder(path)) levels.emplace(path, attributes, std::move(held));
-      }
-    } else {
-      path.assign(level.folder, 0, level.folder.size() - 1);
-      const DWORD attributes = level.attributes;
-      levels.pop();
-      if (!levels.empty()) Remove(RemoveDirectoryW, path, attributes);
-    }
-  }
+void ClearDirectoryContents(const std::wstring& folder, PathLinks links) {
+  ClearContents(OpenFolder(folder, links));
+}
+
+bool RemoveFolder(const std::wstring& folder) {
+  constexpr DWORD kWritable = FILE_ATTRIBUTE_READONLY;  // asks for the rights to take the mark off
+  const FileHandle held = OpenWithoutLinks(folder, DeleteAccess(kWritable));
+  if (!held) return GetLastError() == ERROR_FILE_NOT_FOUND;
+  FILE_BASIC_INFO information = {};
+  if (!GetFileInformationByHandleEx(held.get(), FileBasicInfo, &information, sizeof(information)))
+    return false;
+  HANDLE walked = nullptr;
+  if (!DuplicateHandle(GetCurrentProcess(), held.get(), GetCurrentProcess(), &walked, 0, FALSE,
+                       DUPLICATE_SAME_ACCESS))
+    return false;
+  ClearContents(FileHandle(walked));
+  return DeleteByHandle(held.get(), information.FileAttributes);
 }

@@ -1,14 +1,13 @@
 #include "base/file_walk_win.h"
 
-#include <set>
-#include <string_view>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "base/text.h"
-#include "testing/import_hook_win.h"
+#include "testing/directory_link_win.h"
 #include "testing/temp_folder_win.h"
 
 namespace {
@@ -24,106 +23,114 @@ std::wstring Extended(const std::wstring& path) {
   return LR"(\\?\)" + path;
 }
 
-bool IsNamed(std::wstring_view path, std::wstring_view prefix) {
-  return path.substr(path.rfind(L'\\') + 1).starts_with(prefix);
+void PutLiteral(const std::wstring& path, DWORD size_bytes) {
+  const FileHandle file(
+      CreateFileW(Extended(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+  ASSERT_TRUE(file) << GetLastError();
+  DWORD written = 0;
+  WriteFile(file.get(), std::string(size_bytes, 'x').data(), size_bytes, &written, nullptr);
 }
 
-// What NTFS has and Wine's file system lacks. An entry named "link..." is listed as a link: its target
-// would be what is in it. A folder named "read-only..." does not go at the first time.
-BOOL WINAPI FindNextMarked(HANDLE find, WIN32_FIND_DATAW* entry) {
-  if (!ImportHook<FindNextMarked>::system(find, entry)) return FALSE;
-  if (IsNamed(entry->cFileName, L"read-only")) entry->dwFileAttributes |= FILE_ATTRIBUTE_READONLY;
-  if (!IsNamed(entry->cFileName, L"link")) return TRUE;
-  entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-  entry->nFileSizeHigh = entry->nFileSizeLow = 0;
-  return TRUE;
-}
-
-BOOL WINAPI RefuseReadOnly(const wchar_t* path) {
-  static std::set<std::wstring> refused;
-  if (!IsNamed(path, L"read-only") || !refused.insert(path).second)
-    return ImportHook<RefuseReadOnly>::system(path);
-  SetLastError(ERROR_ACCESS_DENIED);
-  return FALSE;
-}
-
-// The folder has become a link since it was listed.
-BOOL WINAPI InformationOfLink(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* information, DWORD size) {
-  if (!ImportHook<InformationOfLink>::system(file, kind, information, size)) return FALSE;
-  if (kind == FileBasicInfo)
-    static_cast<FILE_BASIC_INFO*>(information)->FileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-  return TRUE;
-}
-
-}  // namespace
-
-TEST(FileWalk, TakesALinkAwayAndNeverFollowsIt) {
-  const TempFolder cleaned;
-  PutFile(cleaned.path + L"\\a\\link to a folder\\deep\\canary", 1000);
-  PutFile(cleaned.path + L"\\a\\link to a file", 20);
-  std::filesystem::create_directories(cleaned.path + L"\\a\\b\\link, broken");
-  PutFile(cleaned.path + L"\\a\\z\\after", 4);
-  const ImportHook<FindNextMarked> find_next("FindNextFileW");
-  EXPECT_EQ(DirectorySize(cleaned.path), 4u);
+// Wine cannot delete a link to a folder, so there only its target is looked at.
+TEST(FileWalk, LeavesTheTargetOfALinkAlone) {
+  const TempFolder cleaned, elsewhere;
+  PutFile(elsewhere.path + L"\\deep\\canary", 1000);
+  PutFile(cleaned.path + L"\\a\\file", 5);
+  PutFile(cleaned.path + L"\\z\\file", 7);
+  for (const wchar_t* link : {L"\\link", L"\\a\\link"})
+    ASSERT_TRUE(MakeDirectoryLink(cleaned.path + link, elsewhere.path));
+  EXPECT_EQ(DirectorySize(cleaned.path), 12u);
   ClearDirectoryContents(cleaned.path);
-  EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"link to a folder"});
-  EXPECT_TRUE(Exists(cleaned.path + L"\\a\\link to a folder\\deep\\canary")) << "behind the link";
+  EXPECT_EQ(DirectorySize(cleaned.path), 0u);
+  EXPECT_FALSE(Exists(cleaned.path + L"\\z"));
+  EXPECT_EQ(Exists(cleaned.path + L"\\a\\link"), IsWine());
+  EXPECT_EQ(DirectorySize(elsewhere.path), 1000u);
 }
 
-TEST(FileWalk, DoesNotEnterAFolderThatBecameALinkAfterItWasListed) {
-  const TempFolder cleaned;
-  PutFile(cleaned.path + L"\\folder\\canary", 1000);
-  {
-    const ImportHook<InformationOfLink> information("GetFileInformationByHandleEx");
-    ClearDirectoryContents(cleaned.path);
+TEST(FileWalk, FollowsALinkOnTheWayOnlyWhenAskedTo) {
+  const TempFolder place, target;
+  PutFile(target.path + L"\\a\\file", 5);
+  const std::wstring link = place.path + L"\\link";
+  ASSERT_TRUE(MakeDirectoryLink(link, target.path));
+  for (const std::wstring& path : {link, link + L"\\a"}) {
+    EXPECT_EQ(DirectorySize(path, PathLinks::kRefuse), 0u) << WideToUtf8(path);
+    ClearDirectoryContents(path, PathLinks::kRefuse);
+    EXPECT_FALSE(RemoveFolder(path)) << WideToUtf8(path);
+    EXPECT_EQ(DirectorySize(path), 5u) << WideToUtf8(path);
   }
-  EXPECT_TRUE(Exists(cleaned.path + L"\\folder\\canary"));
-  ClearDirectoryContents(cleaned.path);
-  EXPECT_FALSE(Exists(cleaned.path + L"\\folder"));
+  ClearDirectoryContents(link);
+  EXPECT_EQ(Names(target.path), std::vector<std::wstring>{});
+  EXPECT_TRUE(Exists(link));
 }
 
-TEST(FileWalk, DeletesWhatIsMarkedReadOnlyAndLeavesAFileInUseAsItWas) {
-  const TempFolder cleaned;
-  for (const wchar_t* path : {L"\\file", L"\\read-only\\inner\\file", L"\\read-only 2\\locked"}) {
-    PutFile(cleaned.path + path, 1);
-    SetFileAttributesW((cleaned.path + path).c_str(), FILE_ATTRIBUTE_READONLY);
-    ASSERT_FALSE(DeleteFileW((cleaned.path + path).c_str()));
-  }
-  const std::wstring locked = cleaned.path + L"\\read-only 2\\locked";
+// A folder is swapped for a link and back as fast as it goes. VARNEL_RACE_SECONDS makes it longer.
+TEST(FileWalk, IsNotLedAwayByAFolderThatBecomesALink) {
+  const TempFolder cleaned, elsewhere, aside;
+  const std::wstring victim = cleaned.path + L"\\victim", moved = aside.path + L"\\moved",
+                     link = aside.path + L"\\link";
+  constexpr const wchar_t* kFiles[] = {L"\\canary", L"\\deep\\canary"};
+  for (const wchar_t* file : kFiles) PutFile(elsewhere.path + file, 1);
+  ASSERT_TRUE(MakeDirectoryLink(link, elsewhere.path));
+  const char* seconds = std::getenv("VARNEL_RACE_SECONDS");
+  const ULONGLONG end = GetTickCount64() + 1000 * (seconds ? std::stoul(seconds) : 2);
+  int emptied = 0, led = 0;
   {
-    const ImportHook<FindNextMarked> find_next("FindNextFileW");
-    const ImportHook<RefuseReadOnly> remove("RemoveDirectoryW");
+    const FolderSwapper swapper(victim, moved, link);
+    while (GetTickCount64() < end) {
+      std::error_code ignored;
+      std::filesystem::create_directories(moved + L"\\deep", ignored);
+      for (const wchar_t* file : kFiles) std::ofstream(std::filesystem::path(moved + file)) << 'x';
+      for (int i = 0; i < 20; ++i) {
+        led += (GetFileAttributesW(victim.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        ClearDirectoryContents(cleaned.path);
+        DirectorySize(cleaned.path);
+      }
+      emptied += !Exists(moved + kFiles[0]);
+    }
+  }
+  EXPECT_GT(emptied, 2) << "the folder was met as such";
+  EXPECT_GT(led, 2) << "the link was met";
+  for (const wchar_t* file : kFiles) EXPECT_TRUE(Exists(elsewhere.path + file)) << WideToUtf8(file);
+}
+
+TEST(FileWalk, DeletesWhatIsMarkedReadOnlyAndLeavesWhatIsInUseAsItWas) {
+  const TempFolder cleaned;
+  const std::wstring locked = cleaned.path + L"\\a\\b\\locked";
+  for (const wchar_t* file : {L"\\a\\b\\locked", L"\\a\\b\\free", L"\\a\\z\\free", L"\\file"}) {
+    PutFile(cleaned.path + file, 10);
+    SetFileAttributesW((cleaned.path + file).c_str(), FILE_ATTRIBUTE_READONLY);
+  }
+  {
     const FileHandle in_use(CreateFileW(locked.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(in_use);
     ClearDirectoryContents(cleaned.path);
+    EXPECT_FALSE(RemoveFolder(cleaned.path + L"\\a"));
   }
-  EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{L"read-only 2"});
+  EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{L"a"});
+  EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"b"});
+  EXPECT_EQ(DirectorySize(cleaned.path), 10u);
   EXPECT_NE(GetFileAttributesW(locked.c_str()) & FILE_ATTRIBUTE_READONLY, 0u);
-  SetFileAttributesW(locked.c_str(), FILE_ATTRIBUTE_NORMAL);
+  EXPECT_TRUE(RemoveFolder(cleaned.path + L"\\a\\"));
+  EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
+  EXPECT_TRUE(RemoveFolder(cleaned.path + L"\\a")) << "gone already";
 }
 
 TEST(FileWalk, TakesNamesLiterallyHoweverLongThePath) {
   const TempFolder cleaned;
-  const auto put = [](const std::wstring& path, DWORD size_bytes) {
-    const FileHandle file(
-        CreateFileW(Extended(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-    DWORD written = 0;
-    EXPECT_TRUE(WriteFile(file.get(), std::string(size_bytes, 'x').data(), size_bytes, &written, nullptr));
-  };
   std::wstring folder = cleaned.path;
   for (int i = 0; i < 40; ++i) CreateDirectoryW(Extended(folder += L"\\Žluťoučký kůň").c_str(), nullptr);
   ASSERT_GT(folder.size(), 500u);
-  put(folder + L"\\ďábelské ódy.log", 7);
+  PutLiteral(folder + L"\\ďábelské ódy.log", 7);
   CreateDirectoryW(Extended(cleaned.path + L"\\dots..").c_str(), nullptr);
-  put(cleaned.path + L"\\dots..\\blank ", 20);
-  put(cleaned.path + L"\\dot.", 300);
-  put(cleaned.path + L"\\nul", 4000);
+  PutLiteral(cleaned.path + L"\\dots..\\blank ", 20);
+  PutLiteral(cleaned.path + L"\\dot.", 300);
+  PutLiteral(cleaned.path + L"\\nul", 4000);
   EXPECT_EQ(DirectorySize(cleaned.path), 4327u);
   ClearDirectoryContents(cleaned.path);
   EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
 }
 
-TEST(FileWalk, NamesOfTheFolderItself) {
+TEST(FileWalk, FormsOfTheFolderItself) {
   const TempFolder cleaned;
   const std::wstring name = cleaned.path.substr(cleaned.path.rfind(L'\\') + 1);
   std::wstring slashes = cleaned.path;
@@ -136,16 +143,12 @@ TEST(FileWalk, NamesOfTheFolderItself) {
     ClearDirectoryContents(path);
     EXPECT_EQ(DirectorySize(cleaned.path), 0u) << WideToUtf8(path);
   }
-}
-
-TEST(FileWalk, AFolderThatIsNoneIsEmptyAndNothingHappens) {
-  const TempFolder place;
-  PutFile(place.path + L"\\file", 5);
-  std::filesystem::current_path(place.path);
-  for (const std::wstring& path : {std::wstring(), place.path + L"\\missing", place.path + L"\\file"}) {
+  PutFile(cleaned.path + L"\\file", 5);
+  std::filesystem::current_path(cleaned.path);
+  for (const std::wstring& path : {std::wstring(), cleaned.path + L"\\missing", cleaned.path + L"\\file"}) {
     EXPECT_EQ(DirectorySize(path), 0u) << WideToUtf8(path);
     ClearDirectoryContents(path);
-    EXPECT_TRUE(Exists(place.path + L"\\file")) << WideToUtf8(path);
+    EXPECT_TRUE(Exists(cleaned.path + L"\\file")) << WideToUtf8(path);
   }
   std::filesystem::current_path(std::filesystem::temp_directory_path());
 }
@@ -160,3 +163,5 @@ TEST(FileWalk, SurvivesFoldersThatVanishUnderIt) {
   ClearDirectoryContents(cleaned.path);
   EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
 }
+
+}  // namespace
