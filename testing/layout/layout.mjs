@@ -5,7 +5,7 @@ import { join } from 'node:path';
 const kRooms = ['system', 'clean', 'software', 'disk', 'startup', 'net', 'maint'];
 
 // The floors from the lowest up: a folder uses its own files and those of the floors below.
-const kFloors = [['base'], ['exec'], kRooms, ['app'], ['testing']];
+const kFloors = [['base'], ['exec'], kRooms, ['app', 'service'], ['testing']];
 const kPageFloors = [['base'], ['bridge'], ['kit'], ['shell'], kRooms, ['app']];
 
 const mayUse = (floors) =>

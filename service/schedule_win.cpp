@@ -1,0 +1,85 @@
+#include <windows.h>
+#include <objbase.h>
+#include <oleauto.h>
+#include <taskschd.h>
+#include <wrl/client.h>
+
+#include "base/text.h"
+#include "service/topics_win.h"
+
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+constexpr wchar_t kFolder[] = L"\\Varnel";
+constexpr wchar_t kTask[] = L"Silent clean";
+
+class Text {
+ public:
+  explicit Text(const std::wstring& text)
+      : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
+  ~Text() { SysFreeString(text_); }
+  Text(const Text&) = delete;
+  Text& operator=(const Text&) = delete;
+  operator BSTR() const { return text_; }
+
+ private:
+  BSTR text_;
+};
+
+class Com {
+ public:
+  Com() : is_ready_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
+  ~Com() {
+    if (is_ready_) CoUninitialize();
+  }
+  Com(const Com&) = delete;
+  Com& operator=(const Com&) = delete;
+
+ private:
+  bool is_ready_;
+};
+
+// The scheduler's folder of this path; empty when there is none.
+ComPtr<ITaskFolder> OpenFolder(const wchar_t* path) {
+  ComPtr<ITaskService> scheduler;
+  ComPtr<ITaskFolder> folder;
+  const VARIANT none = {};
+  if (SUCCEEDED(CoCreateInstance(__uuidof(TaskScheduler), nullptr, CLSCTX_INPROC_SERVER,
+                                 IID_PPV_ARGS(scheduler.GetAddressOf()))) &&
+      SUCCEEDED(scheduler->Connect(none, none, none, none)))
+    scheduler->GetFolder(Text(path), folder.GetAddressOf());
+  return folder;
+}
+
+bool IsMissing(HRESULT result) {
+  return result == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) ||
+         result == HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
+}
+
+}  // namespace
+
+bool ScheduleCleaning(const std::wstring& program) {
+  const Com com;
+  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
+  if (!root) return false;
+  const VARIANT none = {};
+  ComPtr<ITaskFolder> folder;
+  root->CreateFolder(Text(kFolder), none, folder.GetAddressOf());
+  if (!folder) folder = OpenFolder(kFolder);
+  ComPtr<IRegisteredTask> task;
+  return folder && SUCCEEDED(folder->RegisterTask(
+                       Text(kTask), Text(Utf8ToWide(BuildTaskXml(WideToUtf8(program)))),
+                       TASK_CREATE_OR_UPDATE, none, none, TASK_LOGON_GROUP, none, task.GetAddressOf()));
+}
+
+bool UnscheduleCleaning() {
+  const Com com;
+  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
+  if (!root) return false;
+  const ComPtr<ITaskFolder> folder = OpenFolder(kFolder);
+  if (!folder) return true;
+  const HRESULT result = folder->DeleteTask(Text(kTask), 0);
+  root->DeleteFolder(Text(kFolder), 0);  // stays when somebody else has put something into it
+  return SUCCEEDED(result) || IsMissing(result);
+}

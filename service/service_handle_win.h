@@ -1,0 +1,13 @@
+#pragma once
+
+#include <windows.h>
+
+#include "base/handle_win.h"
+
+// The service control manager, or one of its services.
+struct ServiceHandleKind {
+  using Type = SC_HANDLE;
+  static Type Invalid() { return nullptr; }
+  static void Close(Type service) { CloseServiceHandle(service); }
+};
+using ServiceHandle = Owned<ServiceHandleKind>;

@@ -1,0 +1,48 @@
+#include <stdexcept>
+
+#include "base/text.h"
+#include "service/rules.h"
+#include "service/tool_text.h"
+#include "testing/fuzz_target.h"
+
+namespace {
+
+const ProgramFolders kFolders = {{L"C:\\Program Files", L"C:\\Program Files (x86)", L"C:\\ProgramData"},
+                                 L"C:\\Program Files\\Varnel\\bin"};
+
+void Check(bool is_so, const char* what) {
+  if (!is_so) throw std::logic_error(what);
+}
+
+}  // namespace
+
+// Whatever a peer sends is read, and decided on, up to where something would be done. What is let through has
+// properties that can be told without the rules.
+FUZZ_TARGET(service_request, bytes) {
+  ToolText().Add(bytes);
+  Printable(bytes);
+  const std::optional<Request> request = ParseRequest(bytes);
+  if (!request) return;
+  ReadJunkFlags(*request);
+  ParseServiceCommand(request->Text("command").value_or(""));
+  const bool is_delete = request->Flag("is_delete").value_or(false);
+  for (const auto& [member, value] : request->data) {
+    const std::string text = request->Text(member).value_or("");
+    const std::wstring wide = Utf8ToWide(text);
+    Check(!IsDriverTitle(text) || text.find_first_of("\"'&|;$`%\n") == text.npos, "a title with syntax");
+    Check(!MayChangeVariable(wide, L"x", is_delete) ||
+              wide.find_first_of(std::wstring_view(L"=\0", 2)) == wide.npos,
+          "a variable's name");
+    IsStartupName(wide);
+    IsDevService(wide);
+    IsOwnFile(wide, kFolders.own);
+    IsTemporaryFolder(wide, {L"C:\\Windows", {L"C:\\Users\\a"}}, [](auto a, auto b) { return a == b; });
+    if (MayRemoveFolder(wide, kFolders)) {
+      Check(wide.size() > 15 && (wide.substr(1, 10) == L":\\Program " || wide.size() > 14), "a root");
+      Check(wide.find(L"..") == wide.npos || wide.find(L"\\..") == wide.npos, "a way up");
+      Check(wide.find(L'/') == wide.npos && wide.find(L':', 2) == wide.npos, "a stream or another separator");
+    }
+    if (const auto names = RemovableKey(wide))
+      Check(names->size() > 1 && !names->back().empty(), "a whole hive");
+  }
+}

@@ -1,0 +1,228 @@
+#include <initializer_list>
+
+#include <gtest/gtest.h>
+
+#include "base/text.h"
+#include "service/request.h"
+#include "service/rules.h"
+#include "service/tool_text.h"
+
+namespace {
+
+TEST(ServiceRequest, IsAnActionWithFlatData) {
+  const std::optional<Request> request = ParseRequest(
+      R"({"action":"save_system_env","data":{"is_delete":false,"name":"PŘÍKLAD","value":"a\u0000b"}})");
+  ASSERT_TRUE(request);
+  EXPECT_EQ(request->action, "save_system_env");
+  EXPECT_EQ(request->Flag("is_delete"), false);
+  EXPECT_EQ(request->Text("name"), "PŘÍKLAD");
+  EXPECT_EQ(request->Text("value"), std::string("a\0b", 3));
+  EXPECT_FALSE(request->Flag("name") || request->Text("is_delete") || request->Text("other"));
+  EXPECT_TRUE(ParseRequest("\t{\"data\":{},\"action\":\"\"}\r"));
+}
+
+TEST(ServiceRequest, IsNothingElse) {
+  const std::string full = R"({"action":"a","data":{"x":true}})";
+  for (const std::string& line :
+       {std::string(),
+        std::string("{}"),
+        std::string(R"(["a"])"),
+        std::string(R"({"action":"a"})"),
+        std::string(R"({"data":{}})"),
+        std::string(R"({"action":1,"data":{}})"),
+        std::string(R"({"action":"a","data":null})"),
+        std::string(R"({"action":"a","data":{"x":1}})"),
+        std::string(R"({"action":"a","data":{"x":["y"]}})"),
+        std::string(R"({"action":"a","data":{"x":{}}})"),
+        std::string(R"({"action":"a","data":{"x":true,"x":false}})"),
+        std::string(R"({"action":"a","action":"b","data":{}})"),
+        std::string(R"({"action":"a","data":{},"data":{}})"),
+        std::string(R"({"action":"a","data":{},"more":{}})"),
+        std::string(R"({"action":"a","data":{"x":"\ud800"}})"),
+        std::string("{\"action\":\"\xFF\",\"data\":{}}"),
+        full + full,
+        full.substr(0, full.size() - 1),
+        std::string(1'000'000, '['),
+        R"({"action":"a","data":{"x":")" + std::string(kMaxRequestBytes, 'x') + "\"}}"})
+    EXPECT_FALSE(ParseRequest(line)) << line.substr(0, 100);
+  EXPECT_TRUE(ParseRequest(full));
+}
+
+TEST(ServiceRules, WhoMayAsk) {
+  constexpr PeerFacts kUser = {false, false, false, true}, kAdministrator = {true, false, false, true},
+                      kElevated = {true, true, false, true}, kSandboxed = {true, true, true, true},
+                      kOther = {true, true, false, false}, kUnknown = {};
+  const struct {
+    PeerFacts peer;
+    bool may, may_elevated_only;
+  } rows[] = {{kUser, false, false},      {kAdministrator, true, false}, {kElevated, true, true},
+              {kSandboxed, false, false}, {kOther, false, false},        {kUnknown, false, false}};
+  for (const auto& row : rows) {
+    EXPECT_FALSE(WhyRefused(Who::kAnyone, row.peer, true));
+    EXPECT_EQ(!WhyRefused(Who::kAdministrator, row.peer, false), row.may) << &row - rows;
+    EXPECT_EQ(!WhyRefused(Who::kAdministrator, row.peer, true), row.may_elevated_only) << &row - rows;
+  }
+}
+
+TEST(ServiceRules, Variables) {
+  const std::wstring nul(1, L'\0');
+  for (const std::wstring& name : {std::wstring(), L"a" + nul, std::wstring(L"a=b"), std::wstring(255, L'x')})
+    EXPECT_FALSE(MayChangeVariable(name, L"x", false)) << WideToUtf8(name);
+  for (const wchar_t* name : {L"Path", L"PATHEXT", L"ComSpec", L"windir", L"SYSTEMROOT", L"Temp", L"tmp",
+                              L"OS", L"Processor_Architecture", L"NUMBER_OF_PROCESSORS", L"PSModulePath",
+                              L"DriverData", L"P\u017FModulePath"}) {
+    EXPECT_TRUE(MayChangeVariable(name, L"C:\\x", false)) << WideToUtf8(name);
+    EXPECT_FALSE(MayChangeVariable(name, L"C:\\x", true)) << WideToUtf8(name);
+    EXPECT_FALSE(MayChangeVariable(name, L"", false)) << WideToUtf8(name);
+    EXPECT_FALSE(MayChangeVariable(name, L" ; ", false)) << WideToUtf8(name);
+  }
+  EXPECT_TRUE(MayChangeVariable(std::wstring(254, L'x'), std::wstring(32'766, L'y'), false));
+  EXPECT_FALSE(MayChangeVariable(L"x", std::wstring(32'767, L'y'), false));
+  EXPECT_FALSE(MayChangeVariable(L"x", L"y" + nul, false));
+  EXPECT_TRUE(MayChangeVariable(L"JAVA_HOME", L"", false));
+  EXPECT_TRUE(MayChangeVariable(L"JAVA_HOME", L"", true));
+}
+
+TEST(ServiceRules, Folders) {
+  const ProgramFolders folders = {{L"C:\\Program Files", L"C:\\Program Files (x86)", L"C:\\ProgramData", L""},
+                                  L"C:\\Program Files\\Tools\\Own\\bin"};
+  for (const wchar_t* path :
+       {L"C:\\Program Files\\Tarn Sync", L"c:\\PROGRAM files\\Tarn\\Sync 2.0",
+        L"C:\\Program Files (x86)\\Tarn", L"C:\\ProgramData\\Žluťoučký kůň",
+        L"C:\\ProgramData\\Tarn\\Windows", L"C:\\Program Files\\.tarn", L"C:\\Program Files\\~Tarn",
+        L"C:\\Program Files\\Tools\\Other", L"C:\\ProgramData\\Common", L"C:\\ProgramData\\COM10"})
+    EXPECT_TRUE(MayRemoveFolder(path, folders)) << WideToUtf8(path);
+  for (const std::wstring& path : std::initializer_list<std::wstring>{
+           // not below one of the three
+           L"", L"C:", L"C:\\", L"C:\\Program Files", L"C:\\Program Files\\", L"C:\\Program FilesX\\Tarn",
+           L"C:\\Tarn", L"C:\\Windows\\Temp\\Tarn", L"D:\\Program Files\\Tarn", L"C:Program Files\\Tarn",
+           L"Program Files\\Tarn", L"\\Program Files\\Tarn", L"\\\\host\\C$\\Program Files\\Tarn",
+           L"C:\\Users\\a\\AppData\\Local\\Tarn",
+           // another name for something else
+           L"C:\\Program Files\\..", L"C:\\Program Files\\Tarn\\..\\..\\Windows",
+           L"C:\\Program Files\\Tarn\\.", L"C:\\Program Files\\Tarn\\...", L"C:\\Program Files\\.. \\Windows",
+           L"C:\\Program Files\\ \\Tarn", L"C:\\Program Files\\Microsoft Office.",
+           L"C:\\Program Files\\Tarn ", L"C:\\Program Files\\Tarn\\", L"C:\\Program Files\\\\Tarn",
+           L"C:\\Program Files/Tarn", L"C:\\Program Files\\Tarn/Sync", L"\\\\?\\C:\\Program Files\\Tarn",
+           L"\\\\.\\C:\\Program Files\\Tarn", L"\\??\\C:\\Program Files\\Tarn",
+           L"\\\\?\\GLOBALROOT\\Device\\HarddiskVolume1\\Program Files\\Tarn", L"C:\\PROGRA~1\\Tarn",
+           L"C:\\Program Files\\COMMON~1", L"C:\\Program Files\\TARN~12.OLD", L"C:\\Program Files\\NUL",
+           L"C:\\Program Files\\Tarn\\con.txt", L"C:\\Program Files\\aux .x", L"C:\\Program Files\\COM\u00B9",
+           L"C:\\Program Files\\Tarn::$INDEX_ALLOCATION", L"C:\\Program Files\\Tarn:$I30:$INDEX_ALLOCATION",
+           L"C:\\Program Files\\Tarn*", L"C:\\Program Files\\Tar?", L"C:\\Program Files\\<",
+           L"C:\\Program Files\\\"Tarn\"", L"C:\\Program Files\\Tarn\uFF0F..",
+           L"C:\\Program Files\\\u2216Tarn", L"C:\\Program Files\\a\u2215b", L"C:\\Program Files\\Tarn\nx",
+           std::wstring(L"C:\\Program Files\\Tarn\0x", 23), L"C:\\Program Files\\" + std::wstring(255, L'x'),
+           L"C:\\Program Files\\x" + std::wstring(32'000, L'\\'),
+           // Windows' own, and this program's
+           L"C:\\Program Files\\Microsoft", L"C:\\Program Files\\MICROSOFT Office\\root",
+           L"C:\\Program Files\\M\u0131crosoft", L"C:\\Program Files\\Window\u017F NT",
+           L"C:\\ProgramData\\Microsoft\\Windows\\Start Menu", L"C:\\Program Files\\Windows Defender",
+           L"C:\\Program Files\\WindowsApps\\x", L"C:\\Program Files\\Common Files\\x",
+           L"C:\\ProgramData\\Package Cache", L"C:\\ProgramData\\Packages",
+           L"C:\\Program Files\\ModifiableWindowsApps", L"C:\\Program Files\\Tools",
+           L"C:\\Program Files\\tools\\OWN", L"C:\\Program Files\\Tools\\Own\\bin",
+           L"C:\\Program Files\\Tools\\Own\\bin\\x", L"C:\\Program Files (x86)\\Varnel"})
+    EXPECT_FALSE(MayRemoveFolder(path, folders)) << WideToUtf8(path);
+}
+
+TEST(ServiceRules, Keys) {
+  using Names = std::vector<std::wstring>;
+  EXPECT_EQ(RemovableKey(L"Software\\Tarn"), (Names{L"Software", L"Tarn"}));
+  EXPECT_EQ(RemovableKey(L"SOFTWARE\\Tarn s.r.o.\\Microsoft"),
+            (Names{L"SOFTWARE", L"Tarn s.r.o.", L"Microsoft"}));
+  for (const std::wstring& key : std::initializer_list<std::wstring>{L"",
+                                                                     L"\\",
+                                                                     L"SOFTWARE",
+                                                                     L"SOFTWARE\\",
+                                                                     L"\\SOFTWARE\\Tarn",
+                                                                     L"SOFTWARE\\\\Tarn",
+                                                                     L"SOFTWARE\\Tarn\\",
+                                                                     L"SYSTEM\\CurrentControlSet",
+                                                                     L"SOFTWARE/Tarn",
+                                                                     L"SOFTWARE\\Microsoft",
+                                                                     L"software\\MICROSOFT\\Windows",
+                                                                     L"SOFTWARE\\M\u0130crosoft",
+                                                                     L"SOFTWARE\\Cla\u017F\u017Fes",
+                                                                     L"SOFTWARE\\Classes\\.txt",
+                                                                     L"SOFTWARE\\Policies",
+                                                                     L"SOFTWARE\\Clients\\x",
+                                                                     L"SOFTWARE\\Wow6432Node\\Tarn",
+                                                                     L"SOFTWARE\\RegisteredApplications",
+                                                                     L"SOFTWARE\\Wine",
+                                                                     L"SOFTWARE\\Varnel",
+                                                                     L"SOFTWARE\\.\\Microsoft",
+                                                                     L"SOFTWARE\\..\\SYSTEM",
+                                                                     L"SOFTWARE\\ \\x",
+                                                                     std::wstring(L"SOFTWARE\\Tarn\0x", 15),
+                                                                     std::wstring(L"SOFTWARE\\\0Tarn", 14),
+                                                                     L"SOFTWARE\\Tarn\uFF3Cx",
+                                                                     L"SOFTWARE\\" + std::wstring(256, L'x'),
+                                                                     L"HKLM\\SOFTWARE\\Tarn",
+                                                                     L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
+    EXPECT_FALSE(RemovableKey(key)) << WideToUtf8(key);
+}
+
+TEST(ServiceRules, TitlesFilesAndTemporaryFolders) {
+  for (const char* title : {"Peat - System - 10.1.5.3", "Tarn (R) Audio: 1_2"})
+    EXPECT_TRUE(IsDriverTitle(title));
+  for (const char* title : {"", "-Command", "a\"b", "a'b", "a&b", "a;b", "a$b", "a\nb", "á"})
+    EXPECT_FALSE(IsDriverTitle(title)) << title;
+  EXPECT_TRUE(IsOwnFile(L"c:\\X\\varnel.EXE", L"C:\\x\\Varnel.exe"));
+  EXPECT_FALSE(IsOwnFile(L"C:\\x\\..\\x\\Varnel.exe", L"C:\\x\\Varnel.exe"));
+  EXPECT_TRUE(IsStartupName(L"Tarn"));
+  EXPECT_FALSE(IsStartupName(L"") || IsStartupName(std::wstring(1, L'\0')) ||
+               IsStartupName(std::wstring(256, L'x')));
+  const KeptFolders kept = {L"C:\\Windows", {L"C:\\Users\\a"}};
+  const SamePath same = [](std::wstring_view a, std::wstring_view b) { return a == b; };
+  EXPECT_TRUE(IsTemporaryFolder(L"C:\\Users\\a\\AppData\\Local\\Temp\\", kept, same));
+  for (const wchar_t* path : {L"", L"Temp", L"C:\\", L"C:\\Users\\a", L"C:\\Windows\\System32",
+                              L"\\\\host\\share\\x", L"C:\\Users\\a\\Temp\\..", L"C:/Users/a/Temp"})
+    EXPECT_FALSE(IsTemporaryFolder(path, kept, same)) << WideToUtf8(path);
+}
+
+TEST(ServiceRules, DevelopmentServices) {
+  for (const wchar_t* name : {L"W3SVC", L"MySQL80", L"postgresql-x64-16", L"MSSQL$SQLEXPRESS", L"sshd"})
+    EXPECT_TRUE(IsDevService(name)) << WideToUtf8(name);
+  for (const wchar_t* name :
+       {L"", L"WinDefend", L"EventLog", L"VarnelService", L"postgresql-", L"mysql80 ", L"MSSQL$a\\b"})
+    EXPECT_FALSE(IsDevService(name)) << WideToUtf8(name);
+  using Words = std::vector<std::string_view>;
+  const struct {
+    ServiceState service;
+    std::string_view state, start;
+    Words commands;
+  } rows[] = {{{1, 2, false, false}, "stopped", "auto", {"start"}},
+              {{1, 2, false, true}, "stopped", "delayed", {"start"}},
+              {{1, 4, false, false}, "stopped", "disabled", {}},
+              {{2, 3, false, false}, "starting", "manual", {}},
+              {{4, 3, true, false}, "running", "manual", {"stop", "restart"}},
+              {{4, 4, true, false}, "running", "disabled", {"stop"}},
+              {{4, 2, false, false}, "running", "auto", {}},
+              {{99, 99, true, false}, "unknown", "unknown", {}}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(StateWord(row.service.state), row.state);
+    EXPECT_EQ(StartWord(row.service), row.start);
+    EXPECT_EQ(PossibleCommands(row.service), row.commands) << row.state << row.start;
+  }
+  EXPECT_FALSE(ParseServiceCommand("Start") || ParseServiceCommand("delete"));
+}
+
+TEST(ServiceTexts, UnmarkedUtf16IsReadHoweverItIsCut) {
+  const std::string bytes("\r\0\n\0O\0v\0\x1b\x01\x59\x01\x3d\xd8\x00\xde\x00\xd8!\0", 20);
+  const std::string want = "\r\nOvěř\U0001F600\uFFFD!";
+  for (size_t piece : {size_t{1}, size_t{3}, bytes.size()}) {
+    ToolText text;
+    std::string got;
+    for (size_t at = 0; at < bytes.size(); at += piece)
+      got += text.Add(std::string_view(bytes).substr(at, piece));
+    EXPECT_EQ(got, want) << piece;
+  }
+  EXPECT_EQ(ToolText().Add("10 %\r\n"), "10 %\r\n");
+  EXPECT_EQ(Printable("a\nb\x80" + std::string(300, 'x')), "a?b?" + std::string(196, 'x'));
+  EXPECT_NE(
+      BuildTaskXml("C:\\R&D <1>\\Varnel.exe").find("<Command>C:\\R&amp;D &lt;1&gt;\\Varnel.exe</Command>"),
+      std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+// A program that is not Varnel.exe at the helper service's pipe, well or badly behaved:
+//   pipe_peer.exe ask           sends what comes on standard input, prints the answer
+//   pipe_peer.exe leave         sends it and closes at once
+//   pipe_peer.exe fill BYTES    sends so many bytes without a line feed, prints how long the service bears it
+//   pipe_peer.exe hold COUNT    opens so many connections, prints "held", keeps them until standard input ends
+//   pipe_peer.exe probe COUNT   opens and closes, prints the mean time of one
+//   pipe_peer.exe steal         tries to make an instance of the pipe of its own, prints the error
+//   pipe_peer.exe look          prints handles, threads and memory of VarnelService.exe
+#include <windows.h>
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "base/handle_win.h"
+
+namespace {
+
+constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\VarnelServicePipe";
+
+FileHandle Open() {
+  for (int attempt = 0; attempt < 200; ++attempt, WaitNamedPipeW(kPipe, 100)) {
+    FileHandle pipe(CreateFileW(kPipe, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (pipe) return pipe;
+    if (GetLastError() != ERROR_PIPE_BUSY) break;
+  }
+  std::printf("no connection: %lu\n", GetLastError());
+  ExitProcess(3);
+}
+
+// Lines up to the first that is no output of a stream: the service would wait for us to go.
+void PrintAnswer(HANDLE pipe) {
+  std::string line;
+  char byte = 0;
+  for (DWORD received = 0; ReadFile(pipe, &byte, 1, &received, nullptr) && received > 0;) {
+    line += byte;
+    if (byte != '\n') continue;
+    std::fputs(line.c_str(), stdout);
+    if (line.find("\"type\":\"stdout\"") == std::string::npos) return;
+    line.clear();
+  }
+}
+
+void Send(HANDLE pipe, const std::string& bytes) {
+  DWORD written = 0;
+  WriteFile(pipe, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+}
+
+std::string Input() {
+  return {std::istreambuf_iterator<char>(std::cin), {}};
+}
+
+// Wine counts none itself: every value that a handle of a small process has is tried.
+int HandlesOf(HANDLE process) {
+  int count = 0;
+  for (uintptr_t value = 4; value < 4 * 4096; value += 4) {
+    KernelHandle copy;
+    count += DuplicateHandle(process, reinterpret_cast<HANDLE>(value), GetCurrentProcess(), copy.put(), 0,
+                             FALSE, DUPLICATE_SAME_ACCESS) != FALSE;
+  }
+  return count;
+}
+
+void PrintFigures() {
+  const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  PROCESSENTRY32W entry = {};
+  entry.dwSize = sizeof(entry);
+  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
+       more = Process32NextW(snapshot.get(), &entry)) {
+    if (lstrcmpiW(entry.szExeFile, L"VarnelService.exe") != 0) continue;
+    const KernelHandle process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, entry.th32ProcessID));
+    PROCESS_MEMORY_COUNTERS_EX memory = {};
+    GetProcessMemoryInfo(process.get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof(memory));
+    std::printf("{\"handles\":%d,\"threads\":%lu,\"workingSet\":%llu,\"private\":%llu}\n",
+                HandlesOf(process.get()), entry.cntThreads,
+                static_cast<unsigned long long>(memory.WorkingSetSize),
+                static_cast<unsigned long long>(memory.PrivateUsage));
+  }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const std::string mode = count > 1 ? arguments[1] : "";
+  const size_t amount = count > 2 ? std::stoul(arguments[2]) : 1;
+  const ULONGLONG begin = GetTickCount64();
+  if (mode == "ask" || mode == "leave") {
+    const std::string request = Input();
+    const FileHandle pipe = Open();
+    Send(pipe.get(), request);
+    if (mode == "ask") PrintAnswer(pipe.get());
+  } else if (mode == "fill") {
+    const FileHandle pipe = Open();
+    Send(pipe.get(), std::string(amount, 'x'));
+    PrintAnswer(pipe.get());
+    std::printf("%llu\n", GetTickCount64() - begin);
+  } else if (mode == "hold") {
+    std::vector<FileHandle> held;
+    while (held.size() < amount) held.push_back(Open());
+    std::puts("held");
+    std::fflush(stdout);
+    Input();
+  } else if (mode == "probe") {
+    LARGE_INTEGER frequency, from, to;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&from);
+    for (size_t i = 0; i < amount; ++i) Open();
+    QueryPerformanceCounter(&to);
+    std::printf("%.3f\n", 1000.0 * static_cast<double>(to.QuadPart - from.QuadPart) /
+                              static_cast<double>(frequency.QuadPart) / static_cast<double>(amount));
+  } else if (mode == "steal") {
+    const FileHandle pipe(CreateNamedPipeW(kPipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE,
+                                           PIPE_UNLIMITED_INSTANCES, 512, 512, 0, nullptr));
+    std::printf("%lu\n", pipe ? 0 : GetLastError());
+  } else if (mode == "look") {
+    PrintFigures();
+  } else {
+    return 2;
+  }
+  return 0;
+}
