@@ -70,6 +70,22 @@ test('the dashboard shows what the program measured', () =>
     assert.ok(shown.disks.length >= 1, 'drive C is there');
     assert.equal(shown.text.includes(text('dashboard.battery')), shown.sample.battery.hasBattery);
     await look(app, 'dashboard-amethyst-en');
+
+    // Who takes most memory leads; and all but the facts about the computer is in sight in a small window.
+    const listed = last(app, 'processes').processes;
+    const sums = {};
+    for (const { name, memUsageMB } of listed) sums[name] = (sums[name] ?? 0) + memUsageMB;
+    const [[name]] = Object.entries(sums).sort(([, a], [, b]) => b - a);
+    const first = await page.locator('[data-who=memUsageMB] button').first().getAttribute('title');
+    assert.equal(first, name);
+    await page.setViewportSize({ width: 922, height: 574 });
+    const hidden = await page.evaluate(() => {
+      const { bottom } = document.querySelector('.content').getBoundingClientRect();
+      return [...document.querySelectorAll('.dashboard > .card:not(.at-machine)')]
+        .filter((card) => card.getBoundingClientRect().bottom > bottom)
+        .map((card) => card.className);
+    });
+    assert.deepEqual(hidden, []);
   }));
 
 test('the service badge follows the service', () =>
@@ -169,7 +185,7 @@ for (const [theme, language, width, height] of [
 
 test('the keyboard alone reaches every control in the order of the page', () =>
   withVarnel({ language: 'en' }, async ({ page }) => {
-    for (const [id, ready] of Object.entries({ dashboard: '.facts', settings: '.themes' })) {
+    for (const [id, ready] of Object.entries({ network: '.table', settings: '.themes' })) {
       await page.waitForSelector(`[data-nav=${id}]`);
       await openView(page, id);
       await page.waitForSelector(ready);
