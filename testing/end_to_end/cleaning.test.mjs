@@ -193,12 +193,31 @@ test('junk is measured, cleaned by choice, and what the page says is what the di
         await dialog.waitFor({ state: 'detached' });
         return items.length;
       };
+      // Whoever only looks is not told that the service is missing; what needs it is marked.
       await openView(page, 'cleaning');
-      await closeServiceDialog(page);
       await measured(page);
+      assert.equal(await page.getByRole('dialog').count(), 0);
+      const marks = page.getByRole('img', { name: app.text('service.needed') });
+      await app.until(
+        async () => (await marks.count()) === 5,
+        'four categories and hibernation to be marked',
+      );
       for (const name of kNames)
         assert.equal(await titleOf(page, `[data-junk=${name}] .junk-size`), before[name], name);
       await page.waitForSelector('.at-system .row');
+      await page.click('[data-junk=windowsTemp] button');
+      for (const folder of kCategories.windowsTemp.flat()) {
+        const inside = page.locator(`[data-folder="${folder.replaceAll('\\', '\\\\')}"]`);
+        const there = (await readdir(unixPath(folder))).map((name) =>
+          name.replace(/^(empty|x{120}|link)$/, '$&\\'),
+        );
+        const listed = await inside.getByRole('listitem').locator('span:first-child').allInnerTexts();
+        assert.deepEqual(listed.toSorted(), there.toSorted());
+        const only = await inside.getByText(app.text('junk.onlyMeasured')).count();
+        assert.equal(only, kCategories.windowsTemp[1].includes(folder) ? 1 : 0, folder);
+      }
+      await page.click('[data-junk=userTemp] button');
+      await page.locator('[data-folder]', { hasText: 'locked.tmp' }).waitFor();
       await harness.look(app, 'cleaning-ready-light-cs');
 
       // The two folders of Windows go together, and the total follows.
@@ -263,7 +282,7 @@ test('hibernation and automatic cleaning are switched by the service or not at a
             `${view} to be ${on}`,
           );
         await openView(page, view);
-        if (view === 'cleaning') await closeServiceDialog(page);
+        if (view === 'cleaning') await measured(page);
         await is(was);
         await toggle.click();
         await closeServiceDialog(page);

@@ -1,5 +1,6 @@
 import { render } from 'preact';
 import { host } from '../bridge/host.ts';
+import { startCleaning } from '../clean/cleaning.ts';
 import { toast } from '../kit/toast.tsx';
 import { startDiagnostics } from '../net/diagnostics.ts';
 import { startServiceDialog } from '../shell/service.tsx';
@@ -17,6 +18,7 @@ startStatus();
 startTerminal();
 startAutoScan();
 startQueue();
+startCleaning();
 startServiceDialog();
 startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));

@@ -41,6 +41,13 @@ export function formatTime(time: number): string {
   return cached('time', () => new Intl.DateTimeFormat(locale(), { timeStyle: 'medium' })).format(time);
 }
 
+/** Milliseconds since the epoch as a month: "červenec 2025". */
+export function formatMonth(time: number): string {
+  return cached('month', () => new Intl.DateTimeFormat(locale(), { month: 'long', year: 'numeric' })).format(
+    time,
+  );
+}
+
 /** A day as "2024-07-01" in the order of the language; any other text as it is. */
 export function formatDate(text: string): string {
   const time = /^\d{4}-\d\d-\d\d$/.test(text) ? Date.parse(text) : NaN;

@@ -5,6 +5,7 @@ import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
+import { onServiceMissing } from '../shell/service.tsx';
 import { status } from '../shell/status.ts';
 import { allTicked, outcomes, type Category, type Outcome, type Ticks } from './junk.ts';
 
@@ -23,11 +24,37 @@ interface Cleaning {
 /** Outlives the view: a clean goes on while another one is shown. */
 export const cleaning = createStore<Cleaning>({ ticks: allTicked });
 
+/** The category whose folders are shown. */
+export const unfolded = createStore<Category | undefined>(undefined);
+
 export function measureJunk() {
   const { ticks, since } = cleaning.get();
   if (since !== undefined) return; // the clean measures at its end
   cleaning.set({ ticks });
   void junk.reload();
+}
+
+const freshMs = 600_000;
+
+let quiet = false;
+
+/** For whoever comes to the view: measuring walks through whole trees, so a recent result will do. */
+export function measureIfOld() {
+  const { phase, at = 0 } = junk.get();
+  const { since } = cleaning.get();
+  if (phase === 'loading' || since !== undefined || Date.now() - at < freshMs) return;
+  quiet = true;
+  measureJunk();
+  void junk.reload().then(() => (quiet = false));
+}
+
+/** A missing service is no news to somebody who has asked for nothing: the marks tell it. */
+export function startCleaning() {
+  onServiceMissing(() => {
+    const shows = !quiet;
+    quiet = false; // a measuring misses it once; the next time is about an act of the user
+    return shows;
+  });
 }
 
 export function freedBytes(done: NonNullable<Cleaning['done']>): number {

@@ -7,16 +7,33 @@ import { DataView, Spinner } from '../kit/data_view.tsx';
 import { confirm } from '../kit/dialog.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { View } from '../shell/view.tsx';
-import { cleaning, cleanJunk, downloads, freedBytes, junk, measureJunk, systemFiles } from './cleaning.ts';
+import {
+  cleaning,
+  cleanJunk,
+  downloads,
+  freedBytes,
+  junk,
+  measureIfOld,
+  measureJunk,
+  systemFiles,
+  unfolded,
+} from './cleaning.ts';
 import { Downloads } from './downloads.tsx';
 import { categories, tick, tickedBytes, type Category, type Outcome } from './junk.ts';
+import { isOfWindows } from './junk_folders.ts';
+import { JunkInside } from './junk_inside.tsx';
 import { SystemFiles } from './system_files.tsx';
 
 type Sizes = Message<'junk'>;
 
 function refresh() {
   measureJunk();
+  loadOthers();
+}
+
+function loadOthers() {
   void downloads.reload();
   void systemFiles.reload();
 }
@@ -24,7 +41,10 @@ function refresh() {
 export function Cleaning() {
   const state = useStore(junk);
   const { since } = useStore(cleaning);
-  useEffect(refresh, []);
+  useEffect(() => {
+    measureIfOld();
+    loadOthers();
+  }, []);
   const unmeasured = state.data === undefined && state.phase !== 'failed';
   return (
     <View id="cleaning" refresh={refresh} state={since === undefined ? state : { phase: 'loading', since }}>
@@ -38,6 +58,7 @@ export function Cleaning() {
         )}
         <Downloads />
         <SystemFiles />
+        <JunkTotal data={state.data} />
       </div>
     </View>
   );
@@ -46,9 +67,9 @@ export function Cleaning() {
 function Junk({ data }: { data?: Sizes }) {
   const { ticks, since, done } = useStore(cleaning);
   return (
-    <section class="junk-cards" aria-label={t('cleaning.junk')}>
+    <section class="card junk-list" aria-label={t('cleaning.junk')}>
       {categories.map((category) => (
-        <JunkCard
+        <JunkRow
           key={category}
           category={category}
           size={data?.categories[category]}
@@ -58,12 +79,11 @@ function Junk({ data }: { data?: Sizes }) {
           disabled={since !== undefined}
         />
       ))}
-      <JunkTotal data={data} />
     </section>
   );
 }
 
-interface CardProps {
+interface RowProps {
   category: Category;
   size: number | undefined;
   outcome: Outcome | undefined;
@@ -73,44 +93,63 @@ interface CardProps {
   disabled: boolean;
 }
 
-function JunkCard({ category, size, outcome, kept, ticked, disabled }: CardProps) {
+function JunkRow({ category, size, outcome, kept, ticked, disabled }: RowProps) {
   const id = useId();
   const measured = kept ? undefined : size;
+  const { at } = useStore(junk);
+  const isOpen = useStore(unfolded) === category;
   // What the last clean freed gives way to what the next one would.
   const toggle = (on: boolean) => {
     const { done: _, ...rest } = cleaning.get();
     cleaning.set({ ...rest, ticks: tick(rest.ticks, category, on) });
   };
   return (
-    <label class="card junk" data-junk={category}>
-      <span class="junk-name line">
-        <input
-          type="checkbox"
-          aria-labelledby={`${id}-name`}
-          aria-describedby={`${id}-size ${id}-about`}
-          checked={ticked && !kept}
-          disabled={disabled || kept}
-          onChange={(event) => toggle(event.currentTarget.checked)}
-        />
-        <span id={`${id}-name`}>{t(`junk.${category}`)}</span>
-      </span>
-      <span
-        class="junk-size big"
-        id={`${id}-size`}
-        title={measured === undefined ? undefined : exactBytes(measured)}
-      >
-        {measured === undefined ? noValue : formatBytes(measured)}
-      </span>
-      <span class={outcome && !kept ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
-        {kept ? (
-          t('junk.kept')
-        ) : outcome ? (
-          <JunkOutcome category={category} {...outcome} />
-        ) : (
-          t(`junk.${category}.about`)
-        )}
-      </span>
-    </label>
+    <div class="junk" data-junk={category}>
+      <div class="line">
+        <label class="line">
+          <input
+            type="checkbox"
+            aria-labelledby={`${id}-name`}
+            aria-describedby={`${id}-size ${id}-about`}
+            checked={ticked && !kept}
+            disabled={disabled || kept}
+            onChange={(event) => toggle(event.currentTarget.checked)}
+          />
+          <span class="junk-about">
+            <strong id={`${id}-name`}>{t(`junk.${category}`)}</strong>
+            {isOfWindows(category) && <ServiceMark />}
+            <span class={outcome && !kept ? 'junk-outcome small' : 'muted small'} id={`${id}-about`}>
+              {kept ? (
+                t('junk.kept')
+              ) : outcome ? (
+                <JunkOutcome category={category} {...outcome} />
+              ) : (
+                t(`junk.${category}.about`)
+              )}
+            </span>
+          </span>
+          <span
+            class="junk-size"
+            id={`${id}-size`}
+            title={measured === undefined ? undefined : exactBytes(measured)}
+          >
+            {measured === undefined ? noValue : formatBytes(measured)}
+          </span>
+        </label>
+        <button
+          type="button"
+          class="icon-button"
+          aria-label={t('junk.show', { name: t(`junk.${category}`) })}
+          title={t('junk.show', { name: t(`junk.${category}`) })}
+          aria-expanded={isOpen}
+          aria-controls={isOpen ? `${id}-inside` : undefined}
+          onClick={() => unfolded.set(isOpen ? undefined : category)}
+        >
+          <Icon name={isOpen ? 'chevronUp' : 'chevronDown'} />
+        </button>
+      </div>
+      {isOpen && <JunkInside id={`${id}-inside`} category={category} at={at} />}
+    </div>
   );
 }
 
@@ -161,16 +200,16 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
   const chosen = data && tickedBytes(data.categories, ticks);
   const busy = since !== undefined || phase === 'loading';
   return (
-    <div class="card junk junk-total" aria-busy={busy}>
-      <span class="junk-name line">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
+    <section class="junk-total line" aria-busy={busy} aria-label={t('cleaning.total')}>
+      <span class="muted">{done ? t('cleaning.freedTotal') : t('cleaning.total')}</span>
       <span
-        class="junk-size big"
+        class="big"
         data-testid="junk-total"
         title={chosen === undefined || done ? undefined : exactBytes(chosen)}
       >
         {done ? formatBytes(freedBytes(done)) : chosen === undefined ? noValue : formatBytes(chosen)}
       </span>
-      <span class="muted small">
+      <span class="junk-note muted small">
         {busy ? (
           <span class="junk-busy line">
             <Spinner />
@@ -181,7 +220,7 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
         ) : data?.bytes === 0 && !done ? (
           t('cleaning.nothing')
         ) : (
-          t(done ? 'cleaning.stays' : 'cleaning.ofAll', { size: formatBytes(data?.bytes ?? 0) })
+          data && t(done ? 'cleaning.stays' : 'cleaning.ofAll', { size: formatBytes(data.bytes) })
         )}
       </span>
       <Button
@@ -192,6 +231,6 @@ function JunkTotal({ data }: { data: Sizes | undefined }) {
       >
         {t('cleaning.clean')}
       </Button>
-    </div>
+    </section>
   );
 }

@@ -1,4 +1,4 @@
-import { formatBytes } from '../base/format.ts';
+import { formatBytes, formatMonth } from '../base/format.ts';
 import { t } from '../base/text.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import { Button } from '../kit/button.tsx';
@@ -14,6 +14,9 @@ import { downloads } from './cleaning.ts';
 type Download = Reply<'getDownloadsJunk'>['items'][number];
 const pathOf = ({ path }: Download) => path;
 
+const dayMs = 86_400_000;
+const monthOf = (daysOld: number) => formatMonth(Date.now() - daysOld * dayMs);
+
 const columns: Column<Download>[] = [
   { id: 'name', title: 'app.name', value: ({ name }) => name },
   sizeColumn,
@@ -21,9 +24,9 @@ const columns: Column<Download>[] = [
     id: 'age',
     title: 'downloads.age',
     value: ({ daysOld }) => daysOld,
-    text: ({ daysOld }) => t('downloads.days', { n: daysOld }),
+    text: ({ daysOld }) => `${t('downloads.days', { n: daysOld })} (${monthOf(daysOld)})`,
     numeric: true,
-    width: '7rem',
+    width: '12.5rem',
   },
 ];
 
@@ -70,6 +73,7 @@ function DownloadsTable({ items }: { items: Download[] }) {
         sort={{ column: 'size', descending: true }}
         selection={selection}
         menu={(rows) => fileItems(rows, (files) => void remove(files))}
+        onDelete={(rows) => void remove(rows)}
         tools={
           <Button icon="remove" disabled={selected.length === 0} onClick={() => void remove(selected)}>
             {selected.length === 0

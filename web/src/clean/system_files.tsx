@@ -7,6 +7,7 @@ import { errorText } from '../kit/error_text.ts';
 import { usePending } from '../kit/hooks.ts';
 import { Switch } from '../kit/switch.tsx';
 import { toast } from '../kit/toast.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { systemFiles } from './cleaning.ts';
 
 export function SystemFiles() {
@@ -28,7 +29,10 @@ export function SystemFiles() {
             ))}
             <div class="row line">
               <span>
-                <strong>{t('system.hibernation')}</strong>
+                <strong>
+                  {t('system.hibernation')}
+                  <ServiceMark />
+                </strong>
                 <span class="muted small">{t('system.hibernation.about')}</span>
               </span>
               <HibernationSwitch on={files.hiberfil.enabled} />

@@ -1,9 +1,9 @@
 export const texts = {
-  'cleaning.junk': ['Nepotřebné soubory', 'Disposable files'],
+  'cleaning.junk': ['Nepotřebné soubory', 'Junk files'],
   'cleaning.total': ['K vyčištění', 'To be cleaned'],
   'cleaning.ofAll': [
-    'z {size} nalezených. Uvolní se nejvýše tolik.',
-    'of {size} found. At most this much is freed.',
+    'z nalezených {size}. Skutečně se může uvolnit méně.',
+    'of {size} found. The space freed may be less.',
   ],
   'cleaning.nothing': ['Není co čistit.', 'There is nothing to clean.'],
   'cleaning.measuring': ['Měří se, {n} s', 'Measuring, {n} s'],
@@ -12,31 +12,34 @@ export const texts = {
   'cleaning.confirm': ['Vyčistit vybrané kategorie?', 'Clean the ticked categories?'],
   'cleaning.confirmBody': [
     'Obsah jejich složek, dohromady až {size}, se smaže natrvalo, nepůjde do koše. Co právě používá jiný program, zůstane.',
-    'The contents of their folders, up to {size} together, are deleted for good; they do not go to the recycle bin. What another program is using stays.',
+    'The contents of their folders, up to {size} together, are deleted permanently and do not go to the recycle bin. Files in use by other programs stay.',
   ],
   'cleaning.freed': ['Uvolněno {size}', 'Freed {size}'],
   'cleaning.freedTotal': ['Uvolněno', 'Freed'],
-  'cleaning.stays': ['Ve všech kategoriích zůstává {size}.', '{size} stay in all the categories.'],
+  'cleaning.stays': [
+    'Ve všech kategoriích dohromady zbývá {size}.',
+    '{size} remain in all categories together.',
+  ],
   'cleaning.left': [
     'Zůstalo {size}: některé soubory právě používá jiný program nebo k nim chybí oprávnění.',
-    '{size} stayed: some files are in use by another program, or you have no right to delete them.',
+    '{size} stayed: some files are in use by another program, or you may not delete them.',
   ],
   'cleaning.leftMeasured': [
-    'Zůstalo {size}: {what} Varnel jen měří a některé soubory může právě používat jiný program.',
-    '{size} stayed: Varnel only measures {what}, and another program may be using some files.',
+    'Zůstalo {size}. {what} Varnel nemaže a některé soubory může používat jiný program.',
+    '{size} stayed. {what} are not deleted by Varnel, and other programs may be using some files.',
   ],
-  'cleaning.failed': ['Čištění se nedokončilo. {reason}', 'The clean did not finish. {reason}'],
+  'cleaning.failed': ['Čištění se nedokončilo. {reason}', 'Cleaning did not finish. {reason}'],
 
   'junk.windowsTemp': ['Dočasné soubory Windows', 'Windows temporary files'],
   'junk.windowsTemp.about': [
     'Zbytky po instalacích a službách ve složkách Temp a SystemTemp. Druhou z nich Varnel jen měří.',
     'What installers and services left in the folders Temp and SystemTemp. Varnel only measures the second one.',
   ],
-  'junk.windowsTemp.measured': ['složku SystemTemp', 'the folder SystemTemp'],
+  'junk.windowsTemp.measured': ['Soubory ve složce SystemTemp', 'Files in the SystemTemp folder'],
   'junk.prefetch': ['Prefetch', 'Prefetch'],
   'junk.prefetch.about': [
     'Záznamy pro rychlejší start programů, Windows si je vytvoří znovu. Čistí se vždy spolu s dočasnými soubory Windows.',
-    'Records that let programs start faster; Windows makes them anew. Always cleaned together with Windows temporary files.',
+    'Records that let programs start faster; Windows recreates them. Always cleaned together with Windows temporary files.',
   ],
   'junk.userTemp': ['Vaše dočasné soubory', 'Your temporary files'],
   'junk.userTemp.about': [
@@ -57,25 +60,42 @@ export const texts = {
     'Uložené kopie stránek z Chromu, Edge a Brave. Profily Firefoxu Varnel jen měří.',
     'Saved copies of pages from Chrome, Edge and Brave. Varnel only measures Firefox profiles.',
   ],
-  'junk.browserCache.measured': ['profily Firefoxu', 'Firefox profiles'],
+  'junk.browserCache.measured': ['Profily Firefoxu', 'Firefox profiles'],
   'junk.shaderCache': ['Mezipaměť grafiky', 'Graphics cache'],
   'junk.shaderCache.about': [
-    'Shadery přeložené pro hry a programy. Po vyčištění se poprvé načtou pomaleji.',
-    'Shaders compiled for games and programs. The first start after cleaning is slower.',
+    'Shadery přeložené pro hry a programy. Po vyčištění se hry a programy poprvé spustí pomaleji.',
+    'Shaders compiled for games and programs. After cleaning, games and programs start more slowly the first time.',
   ],
   'junk.systemLogs': ['Protokoly a hlášení chyb', 'Logs and error reports'],
   'junk.systemLogs.about': [
     'Záznamy systému a hlášení o pádech programů. Výpisy paměti ve složce Minidump Varnel jen měří.',
     'System records and reports of crashed programs. Varnel only measures memory dumps in the folder Minidump.',
   ],
-  'junk.systemLogs.measured': ['výpisy paměti ve složce Minidump', 'memory dumps in the folder Minidump'],
+  'junk.systemLogs.measured': ['Výpisy paměti ve složce Minidump', 'Memory dumps in the Minidump folder'],
 
-  'downloads.title': ['Stará velká stahování', 'Large old downloads'],
+  'junk.show': ['Složky kategorie {name}', 'Folders of {name}'],
+  'junk.open': ['Otevřít', 'Open'],
+  'junk.onlyMeasured': ['jen se měří', 'only measured'],
+  'junk.empty': ['prázdná nebo nepřístupná', 'empty or not accessible'],
+  'junk.entries': [
+    { one: '{n} položka', few: '{n} položky', many: '{n} položky', other: '{n} položek' },
+    { one: '{n} item', other: '{n} items' },
+  ],
+  'junk.more': [
+    { one: 'a {n} další', few: 'a {n} další', many: 'a {n} další', other: 'a {n} dalších' },
+    { one: 'and {n} more', other: 'and {n} more' },
+  ],
+  'junk.nowhere': [
+    'Složky této kategorie se nepodařilo najít.',
+    'The folders of this category were not found.',
+  ],
+
+  'downloads.title': ['Velké staré stažené soubory', 'Large old downloads'],
   'downloads.about': [
     'Instalační soubory, obrazy disků a archivy větší než 1 MB, které leží ve složce Stažené soubory beze změny aspoň 30 dní.',
     'Installers, disk images and archives over 1 MB that have lain unchanged in the Downloads folder for at least 30 days.',
   ],
-  'downloads.none': ['Žádná stará velká stahování tu nejsou', 'There are no large old downloads'],
+  'downloads.none': ['Žádné velké staré stažené soubory', 'No large old downloads'],
   'downloads.total': ['celkem {size}', '{size} in total'],
   'downloads.age': ['Stáří', 'Age'],
   'downloads.days': [
@@ -89,17 +109,17 @@ export const texts = {
   'system.hiberfil': ['hiberfil.sys', 'hiberfil.sys'],
   'system.hiberfil.about': [
     'Obsah paměti pro hibernaci a rychlé spuštění. Vypnutím hibernace zmizí.',
-    'The contents of memory for hibernation and fast start-up. Switching hibernation off removes it.',
+    'Holds the contents of memory for hibernation and fast start-up. It goes when hibernation is switched off.',
   ],
   'system.pagefile': ['pagefile.sys', 'pagefile.sys'],
   'system.pagefile.about': [
     'Stránkovací soubor: Windows do něj odkládají, co se nevejde do paměti. Nemažte ho.',
-    'The paging file: Windows puts there what does not fit into memory. Do not delete it.',
+    'The paging file: what does not fit into memory goes here. Do not delete it.',
   ],
   'system.swapfile': ['swapfile.sys', 'swapfile.sys'],
   'system.swapfile.about': [
     'Odkládací soubor aplikací ze Store, které zrovna nepoužíváte. Spravují ho Windows.',
-    'Where Store apps that you are not using are put aside. Windows looks after it.',
+    'Holds suspended Store apps. Windows manages it.',
   ],
   'system.absent': ['neexistuje', 'does not exist'],
   'system.hibernation': ['Hibernace', 'Hibernation'],

@@ -5,15 +5,18 @@ import { errorText } from '../kit/error_text.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import { toast } from '../kit/toast.tsx';
 
-/** Opens a folder in Explorer. The backslash at its end sees to it that nothing but a folder is opened: a file would be run. */
-export const openInExplorer = (folder: string) =>
-  host.openUrl(rootOf(folder)).then(undefined, (error: unknown) => {
-    toast(t('explorer.failed', { path: folder, reason: errorText(error) }), { error: true });
+/** What opens a folder, or the one that a file is in. Only a folder can end with a backslash: a file would be run. */
+export const explorerAddress = (path: string, isDirectory: boolean) =>
+  rootOf(isDirectory ? path : (parentOf(path) ?? path));
+
+export const openInExplorer = (path: string, isDirectory = true) =>
+  host.openUrl(explorerAddress(path, isDirectory)).then(undefined, (error: unknown) => {
+    toast(t('explorer.failed', { path, reason: errorText(error) }), { error: true });
   });
 
-/** For a menu: opens a folder, or the one that a file is in. */
+/** For the menu of a file or folder. */
 export const explorerItem = (path: string, isDirectory = false): MenuItem => ({
   label: t('explorer.open'),
   icon: 'explorer',
-  run: () => void openInExplorer(isDirectory ? path : (parentOf(path) ?? path)),
+  run: () => void openInExplorer(path, isDirectory),
 });

@@ -1,5 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
+import { explorerAddress } from './explorer.ts';
 import { mayRecycle, possibleBins } from './recyclable.ts';
 
 test('what Windows, all programs, a user as a whole or Varnel needs is never offered to the bin', () => {
@@ -18,4 +19,14 @@ test('what Windows, all programs, a user as a whole or Varnel needs is never off
 test('Varnel is looked for around and just below what is to go', () => {
   const bins = ['D:\\bin', 'D:\\Tools\\bin', 'D:\\Tools\\a.zip\\bin', 'D:\\Tools\\a.zip\\Varnel\\bin'];
   assert.deepEqual(possibleBins(['D:\\Tools\\a.zip']), bins);
+});
+
+test('Explorer is sent to folders only', () => {
+  const cases = [
+    explorerAddress('C:\\a\\run.exe', false),
+    explorerAddress('C:\\a', true),
+    explorerAddress('C:\\x.exe', false),
+    explorerAddress('C:\\', true),
+  ];
+  assert.deepEqual(cases, ['C:\\a\\', 'C:\\a\\', 'C:\\', 'C:\\']);
 });

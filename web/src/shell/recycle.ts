@@ -14,6 +14,7 @@ import { mayRecycle, possibleBins } from './recyclable.ts';
 interface File {
   path: string;
   size: number;
+  isDirectory?: boolean;
 }
 
 /** Varnel need not be where the setup puts it. */
@@ -53,12 +54,15 @@ export async function recycle(files: File[]): Promise<boolean> {
   return true;
 }
 
-/** For the menu of files. */
-export const fileItems = <F extends File>(files: F[], remove: (files: F[]) => void): MenuItem[] => [
-  ...files.slice(0, files.length === 1 ? 1 : 0).map(({ path }) => explorerItem(path)),
-  { label: t('disk.copyPath'), icon: 'copy', run: () => copyPaths(files) },
-  { label: t('recycle.verb'), icon: 'remove', danger: true, run: () => remove(files) },
-];
+/** For the menu of files and folders. */
+export function fileItems<F extends File>(files: F[], remove: (files: F[]) => void): MenuItem[] {
+  const [first] = files;
+  const items: MenuItem[] = files.length === 1 && first ? [explorerItem(first.path, first.isDirectory)] : [];
+  items.push({ label: t('disk.copyPath'), icon: 'copy', run: () => copyPaths(files) });
+  if (files.every(({ path }) => mayRecycle(path)))
+    items.push({ label: t('recycle.verb'), icon: 'remove', danger: true, run: () => remove(files) });
+  return items;
+}
 
 export const copyPaths = (files: { path: string }[]) =>
   void copyText(files.map(({ path }) => path).join('\r\n'));
