@@ -3,13 +3,12 @@ import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { createWatchdog } from '../base/watchdog.ts';
 import { host } from '../bridge/host.ts';
-import type { Reply } from '../bridge/protocol.ts';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
+import { route } from '../shell/navigation.ts';
+import { recycle } from '../shell/recycle.ts';
 import { telemetry } from '../shell/telemetry.ts';
-
-export type Entry = Reply<'getFolderContents'>['items'][number];
-export type BigFile = { path: string; size: number };
+import { stillThere, sumOf, withoutGone, type Entry, type Sized } from './tree.ts';
 
 interface Analysis {
   running?: {
@@ -23,9 +22,13 @@ interface Analysis {
     root: string;
     at: number; // ms since the epoch
     total: number;
-    files: BigFile[];
+    files: Sized[];
+    /** What has gone to the recycle bin since. */
+    gone: Sized[];
   };
 }
+
+export type { Entry };
 
 // An analysis reports every few thousand items; a disk that only sleeps wakes sooner.
 const silenceMs = 60_000;
@@ -33,8 +36,15 @@ const silenceMs = 60_000;
 /** One analysis at a time: the host keeps the sizes of one, and does not guard them. It goes on while another view is shown. */
 export const analysis = createStore<Analysis>({});
 
+interface Folder {
+  path: string;
+  items: Entry[];
+  /** What lies in its largest folders, by their paths. */
+  inside: ReadonlyMap<string, Entry[]>;
+}
+
 /** The folder that is shown. */
-export const folder = createStore<{ path: string; items: Entry[] }>({ path: '', items: [] });
+export const folder = createStore<Folder>({ path: '', items: [], inside: new Map() });
 
 export function startAnalysis(drive: string) {
   if (analysis.get().running) return;
@@ -59,17 +69,12 @@ export function startAnalysis(drive: string) {
       if (status === 'done') {
         end();
         const items = folders ?? [];
-        folder.set({ path: root, items });
         analysis.set({
-          result: {
-            root,
-            at: Date.now(),
-            total: items.reduce((sum, { size }) => sum + size, 0),
-            files: files ?? [],
-          },
+          result: { root, at: Date.now(), total: sumOf(items), files: files ?? [], gone: [] },
         });
+        show(root, items);
         if (success === false) toast(t('disk.partial', { drive }), { error: true });
-        else toast(t('disk.done', { drive }));
+        else if (route.get().view !== 'disk') toast(t('disk.done', { drive }));
       } else if (scanned !== undefined && scanned > running.scanned) {
         // Branches are scanned side by side, so a count may arrive after a higher one.
         const perSecond = scanned / Math.max(0.001, (Date.now() - since) / 1000);
@@ -87,7 +92,28 @@ export function startAnalysis(drive: string) {
   }
 }
 
-const list = async (path: string) => (await host.request('getFolderContents', { path })).items;
+const list = async (path: string) => {
+  const { items } = await host.request('getFolderContents', { path });
+  return withoutGone(items, analysis.get().result?.gone ?? []);
+};
+
+const aheadCount = 8;
+
+/** Shows a folder at once, and what lies in its largest folders when that is known. */
+function show(path: string, items: Entry[]) {
+  const before = folder.get();
+  const shown = { path, items, inside: before.path === path ? before.inside : new Map() };
+  folder.set(shown);
+  const largest = items
+    .filter(({ isDirectory, size }) => isDirectory && size > 0)
+    .sort((a, b) => b.size - a.size)
+    .slice(0, aheadCount);
+  const listings = largest.map(async ({ path }) => [path, await list(path)] as const);
+  void Promise.all(listings).then(
+    (known) => folder.get() === shown && folder.set({ ...shown, inside: new Map(known) }),
+    () => {}, // the map stays as it is
+  );
+}
 
 let lastOpened = 0;
 
@@ -96,25 +122,34 @@ export async function openFolder(path: string) {
   const mine = ++lastOpened;
   try {
     const items = await list(path);
-    if (mine === lastOpened && !analysis.get().running) folder.set({ path, items });
+    if (mine === lastOpened && !analysis.get().running) show(path, items);
   } catch (error) {
     toast(t('disk.openFailed', { path, reason: errorText(error) }), { error: true });
   }
 }
 
-/** Takes those of the largest files off the list that their folders do not hold any more. */
-export async function forgetGone(files: BigFile[]) {
-  const paths = new Set(files.map(({ path }) => path));
-  const parents = [...new Set([...paths].map((path) => parentOf(path) ?? path))];
+/** Asks, recycles, and takes what went off every sum. Only a new listing of their folders tells what that is. */
+export async function remove(entries: Sized[]) {
+  if (!(await recycle(entries))) return;
+  const parents = [...new Set(entries.map(({ path }) => parentOf(path) ?? path))];
   try {
     const listings = await Promise.all(parents.map(list));
-    for (const { path } of listings.flat()) paths.delete(path);
+    const left = new Set(listings.flat().map(({ path }) => path));
+    const gone = entries.filter(({ path }) => !left.has(path));
+    const { result } = analysis.get();
+    if (result)
+      analysis.set({
+        result: {
+          ...result,
+          total: Math.max(0, result.total - sumOf(gone)),
+          files: stillThere(result.files, gone),
+          gone: [...result.gone, ...gone],
+        },
+      });
   } catch {
-    return; // not known: they stay
+    // Not known: the sums stay until the next analysis.
   }
-  const { result } = analysis.get();
-  if (result)
-    analysis.set({ result: { ...result, files: result.files.filter(({ path }) => !paths.has(path)) } });
+  refreshDisk();
 }
 
 export function goUp() {

@@ -20,7 +20,7 @@ export function Drives({ disks }: { disks: Drive[] }) {
   const chosen = of(running?.root) || of(wanted) || of(result?.root) || disks[0];
   if (!chosen) return <Notice icon="disk" title={t('dashboard.noDisks')} />;
   return (
-    <div class="drives line">
+    <div class={running || result ? 'drives line brief' : 'drives line'}>
       <div class="drive-list" role="radiogroup" aria-label={t('disk.drives')}>
         {disks.map(({ drive, percent, freeBytes, totalBytes, usedBytes }) => (
           <label class="drive choice" key={drive} data-drive={drive}>

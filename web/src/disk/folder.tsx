@@ -1,52 +1,58 @@
-import { useMemo } from 'preact/hooks';
-import { formatBytes, formatPercent, noValue } from '../base/format.ts';
+import { useMemo, useState } from 'preact/hooks';
+import { fold } from '../base/fold.ts';
+import { formatBytes } from '../base/format.ts';
 import { crumbsOf } from '../base/paths.ts';
 import { t } from '../base/text.ts';
-import { Bar } from '../kit/bar.tsx';
-import { Button } from '../kit/button.tsx';
-import { copyText } from '../kit/clipboard.ts';
+import { IconButton } from '../kit/button.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { isTyping, useKey } from '../kit/keyboard.ts';
 import type { MenuItem } from '../kit/menu.tsx';
-import type { Column } from '../kit/table/column.ts';
+import { textOf } from '../kit/table/column.ts';
+import { change, useSelection, useTableState } from '../kit/table/memory.ts';
+import { filterRows } from '../kit/table/rules.ts';
 import { Table } from '../kit/table/table.tsx';
-import { analysis, folder, goUp, openFolder, type Entry } from './analysis.ts';
+import { fileItems } from '../shell/recycle.ts';
+import { analysis, folder, goUp, openFolder, remove } from './analysis.ts';
 import { DiskMap } from './disk_map.tsx';
 import type { Drive } from './drives.tsx';
-import { kindOf } from './kinds.ts';
+import { entryPath, folderColumns } from './folder_columns.tsx';
+import { kindOf, sumsOfKinds, type Kind } from './kinds.ts';
 import { LargestFiles } from './largest_files.tsx';
+import { isBelow, sumOf, type Entry } from './tree.ts';
 
 const isUpKey = (event: KeyboardEvent) => event.key === 'Backspace' && !isTyping(event);
+
+/** A difference worth a sentence, as a part of what is in use. */
+const missingShare = 0.02;
 
 export function Result({
   total,
   files,
   disk,
 }: NonNullable<ReturnType<typeof analysis.get>['result']> & { disk: Drive | undefined }) {
-  const { path, items } = useStore(folder);
+  const { path } = useStore(folder);
   const crumbs = crumbsOf(path);
+  const used = disk?.usedBytes ?? total;
 
   useKey(isUpKey, goUp);
 
   return (
     <>
       <div class="where line">
-        <Button icon="arrowUp" disabled={crumbs.length === 1} onClick={goUp}>
-          {t('disk.up')}
-        </Button>
+        <IconButton icon="arrowUp" label={t('disk.up')} disabled={crumbs.length === 1} onClick={goUp} />
         <Crumbs crumbs={crumbs} />
         <span class="muted small" data-testid="disk-total">
           {disk
-            ? t('disk.foundOf', { found: formatBytes(total), used: formatBytes(disk.usedBytes) })
+            ? t('disk.foundOf', { found: formatBytes(total), used: formatBytes(used) })
             : t('disk.found', { found: formatBytes(total) })}
         </span>
       </div>
-      {disk && total > disk.usedBytes && <p class="muted small">{t('disk.hardLinks')}</p>}
-      <div class="explorer">
-        <FolderTable path={path} items={items} />
-        <DiskMap path={path} items={items} />
-      </div>
+      <Explorer />
+      {total > used && <p class="muted small">{t('disk.hardLinks')}</p>}
+      {total < used * (1 - missingShare) && (
+        <p class="muted small">{t('disk.missing', { size: formatBytes(used - total) })}</p>
+      )}
       <LargestFiles files={files} />
     </>
   );
@@ -74,92 +80,93 @@ function Crumbs({ crumbs }: { crumbs: ReturnType<typeof crumbsOf> }) {
   );
 }
 
-const entryPath = ({ path }: Entry) => path;
+const wordsOf = (row: Entry & { share: number }) =>
+  fold(folderColumns.map((column) => textOf(column, row)).join('\n'));
 
-/** A folder without bytes: nothing in it, no access to it, or the analysis has never been there, as behind a link. */
-const isUnknown = ({ isDirectory, size }: Entry) => isDirectory && size === 0;
-
-/** With its percentage of the folder. */
-type FolderRow = Entry & { share: number };
-
-const shareText = (row: FolderRow) => (isUnknown(row) ? noValue : formatPercent(row.share));
-
-const folderColumns: Column<FolderRow>[] = [
-  {
-    id: 'name',
-    title: 'app.name',
-    value: ({ name }) => name,
-    cell: ({ name, isDirectory }) => (
-      <span class="entry line" title={name}>
-        <Icon name={isDirectory ? 'folder' : 'file'} />
-        <span>{name}</span>
-      </span>
-    ),
-  },
-  {
-    id: 'size',
-    title: 'app.size',
-    value: ({ size }) => size,
-    text: (row) => (isUnknown(row) ? noValue : formatBytes(row.size)),
-    numeric: true,
-    width: '6.25rem',
-  },
-  {
-    id: 'share',
-    title: 'disk.share',
-    value: ({ share }) => share,
-    text: shareText,
-    cell: (row) => (
-      <span class="share line">
-        <Bar percent={row.share} />
-        <span>{shareText(row)}</span>
-      </span>
-    ),
-    width: '8rem',
-    drop: 1,
-  },
-  {
-    id: 'kind',
-    title: 'disk.kind',
-    value: (row) => t(`kind.${kindOf(row)}`),
-    text: (row) => (isUnknown(row) ? t('disk.unknown') : t(`kind.${kindOf(row)}`)),
-    cell: (row) =>
-      isUnknown(row) ? (
-        <span class="tag" title={t('disk.unknownHint')}>
-          {t('disk.unknown')}
-        </span>
-      ) : (
-        t(`kind.${kindOf(row)}`)
-      ),
-    width: '7.5rem',
-    drop: 2,
-  },
-];
-
-function folderMenu([entry]: Entry[]): MenuItem[] {
-  if (!entry) return [];
-  const { path, isDirectory } = entry;
-  const open: MenuItem = { label: t('disk.open'), icon: 'folder', run: () => void openFolder(path) };
-  const copy: MenuItem = { label: t('disk.copyPath'), icon: 'copy', run: () => void copyText(path) };
-  return isDirectory ? [open, copy] : [copy];
+function entryMenu(entries: Entry[]): MenuItem[] {
+  const [entry] = entries;
+  const open = (path: string): MenuItem => ({
+    label: t('disk.open'),
+    icon: 'folder',
+    run: () => void openFolder(path),
+  });
+  return [
+    ...(entry?.isDirectory && entries.length === 1 ? [open(entry.path)] : []),
+    ...fileItems(entries, (chosen) => void remove(chosen)),
+  ];
 }
 
-function FolderTable({ path, items }: { path: string; items: Entry[] }) {
+/** The folder as a table and as a map, in step. */
+function Explorer() {
+  const { path, items, inside } = useStore(folder);
+  const state = useTableState('folder');
+  const selection = useSelection('folder');
+  const query = useStore(state, (one) => one.query);
+  const [only, setOnly] = useState<{ path: string; kind: Kind }>();
+  const kind = only?.path === path ? only.kind : undefined;
+  // What was clicked in the map may lie one level deeper than the rows.
+  const [deep, setDeep] = useState<Entry>();
+
   const rows = useMemo(() => {
-    const sum = items.reduce((total, { size }) => total + size, 0);
-    return items.map((entry) => ({ ...entry, share: sum > 0 ? (entry.size / sum) * 100 : 0 }));
-  }, [items]);
+    const sum = sumOf(items);
+    return items
+      .map((entry) => ({ ...entry, share: sum > 0 ? (entry.size / sum) * 100 : 0 }))
+      .filter((entry) => kind === undefined || kindOf(entry) === kind);
+  }, [items, kind]);
+  const shown = useMemo(() => filterRows(rows, query, wordsOf), [rows, query]);
+
+  const { keys, active } = selection[0];
+  const isDeep = deep && active !== undefined && isBelow(deep.path, String(active));
+  const marked = isDeep ? new Set([...keys, deep.path]) : keys;
+  const chosen = () => (isDeep ? [deep] : shown.filter((row) => keys.has(row.path)));
+
   return (
-    <Table
-      label={t('disk.contents')}
-      rows={rows}
-      rowKey={entryPath}
-      columns={folderColumns}
-      remember="folder"
-      sort={{ column: 'size', descending: true }}
-      subject={path}
-      onActivate={(entry) => entry.isDirectory && void openFolder(entry.path)}
-      menu={folderMenu}
-    />
+    <div class="explorer">
+      <Table
+        label={t('disk.contents')}
+        rows={rows}
+        rowKey={entryPath}
+        columns={folderColumns}
+        remember="folder"
+        sort={{ column: 'size', descending: true }}
+        subject={path}
+        selection={selection}
+        onActivate={(entry) => entry.isDirectory && void openFolder(entry.path)}
+        onDelete={(entries) => void remove(entries)}
+        menu={entryMenu}
+      />
+      <figure class="map">
+        <DiskMap
+          path={path}
+          items={shown}
+          inside={inside}
+          marked={marked}
+          onPick={(entry, row) => {
+            setDeep(entry.path === row ? undefined : entry);
+            change(state, {
+              selection: { keys: new Set([row]), active: row, anchor: row },
+              scrollTop: undefined,
+            });
+          }}
+          onEnter={(folder) => void openFolder(folder)}
+          onDelete={() => void remove(chosen())}
+          menu={() => entryMenu(chosen())}
+        />
+        <figcaption class="legend small" role="group" aria-label={t('disk.kinds')}>
+          {sumsOfKinds(items).map(({ kind: one, size }) => (
+            <button
+              type="button"
+              class="line"
+              key={one}
+              aria-pressed={one === kind}
+              onClick={() => setOnly(one === kind ? undefined : { path, kind: one })}
+            >
+              <i style={{ background: `var(--kind-${one})` }} />
+              {t(`kind.${one}`)} <span class="muted">{formatBytes(size)}</span>
+            </button>
+          ))}
+        </figcaption>
+      </figure>
+    </div>
   );
 }

@@ -5,6 +5,6 @@ import { kindOf } from './kinds.ts';
 test('kinds', () => {
   const names = ['film.MKV', 'archiv.tar.gz', 'pagefile.sys', 'README', '.zip', 'konec.', 'x.toString'];
   const kinds = names.map((name) => kindOf({ name, isDirectory: false }));
-  assert.deepEqual(kinds, ['video', 'archive', 'program', 'other', 'other', 'other', 'other']);
+  assert.deepEqual(kinds, ['video', 'archive', 'system', 'other', 'other', 'other', 'other']);
   assert.equal(kindOf({ name: 'složka.mp4', isDirectory: true }), 'folder');
 });

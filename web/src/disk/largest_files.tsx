@@ -5,25 +5,21 @@ import { Card } from '../kit/card.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
-import { copyPaths, fileItems, recycle, sizeColumn } from '../shell/recycle.ts';
-import { forgetGone, refreshDisk, type BigFile } from './analysis.ts';
+import { copyPaths, fileItems, sizeColumn } from '../shell/recycle.ts';
+import { remove } from './analysis.ts';
+import type { Sized } from './tree.ts';
 
-const filePath = ({ path }: BigFile) => path;
+const filePath = ({ path }: Sized) => path;
 
-const columns: Column<BigFile>[] = [
+const columns: Column<Sized>[] = [
   { id: 'name', title: 'app.name', value: ({ path }) => nameOf(path) },
   { id: 'folder', title: 'kind.folder', value: ({ path }) => parentOf(path), drop: 1 },
   sizeColumn,
 ];
 
-export function LargestFiles({ files }: { files: BigFile[] }) {
+export function LargestFiles({ files }: { files: Sized[] }) {
   const selection = useSelection('largest');
   const selected = files.filter(({ path }) => selection[0].keys.has(path));
-  const remove = async (rows: BigFile[]) => {
-    if (!(await recycle(rows))) return;
-    await forgetGone(rows);
-    refreshDisk();
-  };
   return (
     <Card title={t('disk.largest')} aside={<span class="muted">{t('disk.largestHint')}</span>}>
       <Table
@@ -35,6 +31,7 @@ export function LargestFiles({ files }: { files: BigFile[] }) {
         sort={{ column: 'size', descending: true }}
         selection={selection}
         menu={(rows) => fileItems(rows, (files) => void remove(files))}
+        onDelete={(rows) => void remove(rows)}
         tools={
           <>
             <Button icon="copy" disabled={selected.length === 0} onClick={() => copyPaths(selected)}>

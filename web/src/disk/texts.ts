@@ -1,13 +1,13 @@
 export const texts = {
   'disk.drives': ['Disky k analýze', 'Disks to analyse'],
-  'disk.used': ['{used} z {total}, volných {free}', '{used} of {total}, {free} free'],
+  'disk.used': ['obsazeno {used} z {total}, volno {free}', '{used} of {total} in use, {free} free'],
   'disk.analyse': ['Analyzovat {drive}', 'Analyse {drive}'],
-  'disk.start': ['Zjistěte, co na disku zabírá místo', 'Find out what takes the space on a disk'],
+  'disk.start': ['Zjistěte, co na disku zabírá místo', 'Find out what takes up space on a disk'],
   'disk.startHint': [
     'Analýza projde celý disk jednou. Potom ukáže velikosti složek a 30 největších souborů. Nic nemění ani nemaže.',
-    'The analysis goes through the whole disk once. Then it shows the sizes of folders and the 30 largest files. It changes and deletes nothing.',
+    'The analysis goes through the whole disk once, then shows the sizes of folders and the 30 largest files. It changes and deletes nothing.',
   ],
-  'disk.running': ['Prochází se {drive}', 'Going through {drive}'],
+  'disk.running': ['Analyzuje se {drive}', 'Analysing {drive}'],
   'disk.reading': ['Čtou se první složky…', 'Reading the first folders…'],
   'disk.scanned': ['Položek', 'Items'],
   'disk.perSecond': ['Za sekundu', 'Per second'],
@@ -31,7 +31,11 @@ export const texts = {
   'disk.foundOf': ['Nalezeno {found}, obsazeno {used}', '{found} found, {used} in use'],
   'disk.hardLinks': [
     'Nalezeno je víc než obsazeno: soubor s více pevnými odkazy, hlavně ve složce Windows, se počítá na každém místě znovu.',
-    'More is found than is in use: a file with several hard links, mostly in the Windows folder, counts anew in every place.',
+    'More is found than is in use: a file with several hard links, mostly in the Windows folder, is counted once per link.',
+  ],
+  'disk.missing': [
+    'O {size} méně, než je obsazeno: do některých složek nemáte přístup a místo zabírá i to, co nejsou soubory, například body obnovení.',
+    '{size} less than is in use: you have no access to some folders, and space is also taken by what is not a file, such as restore points.',
   ],
   'disk.contents': ['Obsah složky', 'Folder contents'],
   'disk.share': ['Podíl', 'Share'],
@@ -39,14 +43,14 @@ export const texts = {
   'disk.unknown': ['bez údajů', 'no figures'],
   'disk.unknownHint': [
     'Složka je prázdná, nepřístupná, nebo ji analýza neprošla, třeba proto, že je odkazem jinam.',
-    'The folder is empty, cannot be opened, or the analysis has not been there, for example because it is a link to elsewhere.',
+    'The folder is empty, cannot be opened, or it was not scanned, for example because it is a link to elsewhere.',
   ],
   'disk.open': ['Otevřít složku', 'Open folder'],
   'disk.map': [
-    'Mapa složky {path}. Totéž obsahuje tabulka.',
-    'Map of the folder {path}. The table holds the same.',
+    'Mapa složky {path}. Šipkami se pohybujete, Enter otevírá. Totéž obsahuje tabulka.',
+    'Map of the folder {path}. Arrow keys move, Enter opens. The table holds the same.',
   ],
-  'disk.mapEmpty': ['Nic, co by zabíralo místo, se tu nenašlo.', 'Nothing that takes space was found here.'],
+  'disk.mapEmpty': ['Nic, co by zabíralo místo, tu není.', 'Nothing here takes up space.'],
   'disk.rest': [
     {
       one: '{n} malá položka',
@@ -56,8 +60,9 @@ export const texts = {
     },
     { one: '{n} small item', other: '{n} small items' },
   ],
+  'disk.kinds': ['Ukázat jen jeden druh', 'Show only one kind'],
   'disk.largest': ['Největší soubory', 'Largest files'],
-  'disk.largestHint': ['z celého disku, nejvýše 30', 'on the whole disk, at most 30'],
+  'disk.largestHint': ['z celého disku, nejvýše 30', 'on the whole disk, up to 30'],
 
   'kind.folder': ['Složka', 'Folder'],
   'kind.video': ['Video', 'Video'],
@@ -66,5 +71,6 @@ export const texts = {
   'kind.document': ['Dokument', 'Document'],
   'kind.archive': ['Archiv', 'Archive'],
   'kind.program': ['Program', 'Program'],
+  'kind.system': ['Systém', 'System'],
   'kind.other': ['Ostatní', 'Other'],
 } as const;

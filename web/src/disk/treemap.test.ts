@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { fitText, squarify, tilesOf, type Rect } from './treemap.ts';
+import { fitText, nestedTiles, squarify, tilesOf, type Rect } from './treemap.ts';
 
 const area = ({ width, height }: Rect) => width * height;
 const sum = (values: number[]) => values.reduce((total, value) => total + value, 0);
@@ -65,6 +65,29 @@ test('what is too small is put together, and nothing gets lost', () => {
   const dust = Array.from({ length: 100_000 }, () => ({ size: 1 }));
   const alike = tilesOf(dust, 500, 400, 36).map(({ count, entry }) => [count, entry]);
   assert.deepEqual(alike, [[100_000, undefined]]);
+});
+
+test('the tiles of a folder fill its tile below the name, in proportion', () => {
+  const users = ['a', 'b', 'c'].map((path, i) => ({ path, size: 3 ** i }));
+  const entries = [
+    { path: 'Users', size: 13 },
+    { path: 'tiny', size: 1 },
+  ];
+  const inside = new Map([
+    ['Users', users],
+    ['tiny', users],
+  ]);
+  const [outer, ...rest] = nestedTiles(entries, inside, 600, 400, 1, 20);
+  const inner = rest.filter(({ around }) => around === outer!.entry);
+  assert.deepEqual([outer!.filled, inner.length, rest.length], [true, 3, 4], 'a small tile stays empty');
+  const box = { x: outer!.x + 2, y: 20, width: outer!.width - 4, height: outer!.height - 22 };
+  assertTiling(
+    inner,
+    inner.map(({ size }) => size),
+    box,
+    'inside',
+  );
+  assert.ok(Math.abs(sum(inner.map(area)) - area(box)) < 1);
 });
 
 test('a label is whole, shortened or absent, and never wider than its room', () => {

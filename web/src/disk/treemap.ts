@@ -62,6 +62,10 @@ export interface Tile<Entry> extends Rect {
   entry: Entry | undefined;
   /** How many entries it stands for. */
   count: number;
+  /** The folder inside whose tile it lies. */
+  around?: Entry;
+  /** Tiles lie in it. */
+  filled?: true;
 }
 
 /** The tiles of a folder. Entries that would get less than `leastArea` (square pixels) are put together in one, the last. */
@@ -89,6 +93,32 @@ export function tilesOf<Entry extends { size: number }>(
     { x: 0, y: 0, width, height },
   );
   return tiles.map((tile, i) => ({ ...tile, ...rects[i]! }));
+}
+
+const frame = 2; // pixels around the inner tiles
+
+/**
+ * The tiles of a folder, each followed by the tiles of what lies in it, if that is known (by path) and there is room for them
+ * below a name `head` pixels high.
+ */
+export function nestedTiles<Entry extends { path: string; size: number }>(
+  entries: readonly Entry[],
+  inside: ReadonlyMap<string, readonly Entry[]>,
+  width: number,
+  height: number,
+  leastArea: number,
+  head: number,
+): Tile<Entry>[] {
+  return tilesOf(entries, width, height, leastArea).flatMap((tile) => {
+    const { entry } = tile;
+    const items = entry && inside.get(entry.path)?.filter(({ size }) => size > 0);
+    if (!entry || !items?.length || tile.width < 3 * head || tile.height < 3 * head) return [tile];
+    const inner = tilesOf(items, tile.width - 2 * frame, tile.height - head - frame, leastArea);
+    return [
+      { ...tile, filled: true as const },
+      ...inner.map((one) => ({ ...one, x: tile.x + frame + one.x, y: tile.y + head + one.y, around: entry })),
+    ];
+  });
 }
 
 /** The text, or as much of its beginning as fits with an ellipsis; nothing when that is less than three characters. */

@@ -67,7 +67,7 @@ export function useActiveRow<Row>(
   useLayoutEffect(() => {
     if (scrollTop !== undefined) ref.current!.scrollTop = state.get().scrollTop!;
     else if (activeIndex >= 0) reveal(activeIndex);
-  }, [state, scrollTop, scrollTop === undefined && activeIndex >= 0]);
+  }, [state, scrollTop, scrollTop === undefined && activeIndex]);
 
   // New data may move the row that the user is at: it stays in sight if it was.
   const inSight = useRef(false);

@@ -1,0 +1,29 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { stillThere, withoutGone } from './tree.ts';
+
+test('what has gone is missing in every folder around it, and nowhere else', () => {
+  const gone = [
+    { path: 'C:\\a\\x', size: 5 },
+    { path: 'C:\\a\\y.txt', size: 2 },
+    { path: 'C:\\d', size: 9 },
+  ];
+  const sizes: [path: string, isDirectory: boolean, before: number, after: number][] = [
+    ['C:\\a', true, 30, 23],
+    ['C:\\a\\x', true, 5, 0], // made anew
+    ['C:\\a\\x2', true, 6, 6],
+    ['C:\\ab', true, 7, 7],
+    ['C:\\a\\y.txt', false, 3, 3],
+    ['C:\\d', true, 8, 0],
+  ];
+  const items = sizes.map(([path, isDirectory, size]) => ({ name: '', path, isDirectory, size }));
+  assert.deepEqual(
+    withoutGone(items, gone).map(({ size }) => size),
+    sizes.map(([, , , after]) => after),
+  );
+  const files = ['C:\\a\\x\\1', 'C:\\a\\y.txt', 'C:\\a\\y.txt2', 'C:\\e'].map((path) => ({ path, size: 1 }));
+  assert.deepEqual(
+    stillThere(files, gone).map(({ path }) => path),
+    ['C:\\a\\y.txt2', 'C:\\e'],
+  );
+});
