@@ -1,8 +1,10 @@
 ; VarnelSetup.exe: installs, updates and removes Varnel. Built by ./dev package with
 ;   makensis -INPUTCHARSET UTF8 -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
 ; Switches: /S silent, /D=<folder> (last; only where Varnel is not installed yet), --update-restart (silent; waits for the running
-; program, replaces it, starts it again for the user), --uninstall (asks, then removes what was installed).
-; Exit codes: 0 done, 1 cancelled or not installed, 2 the running program did not end in time, 3 a file could not be replaced.
+; program, replaces it, starts it again for the user; the helper service stays away where it was left out), /NOSERVICE (without the
+; helper service), --uninstall (asks, then removes what was installed).
+; Exit codes: 0 done, 1 cancelled or not installed, 2 the running program did not end in time, 3 a file could not be replaced, 4 the
+; helper service could not be set up.
 
 Unicode true
 Target amd64-unicode
@@ -13,6 +15,7 @@ SetCompressor /SOLID lzma
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
+!include Sections.nsh
 
 !define PRODUCT "Varnel"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Varnel"
@@ -40,6 +43,7 @@ VIAddVersionKey "LegalCopyright" ""
 !insertmacro MUI_PAGE_WELCOME
 !define MUI_PAGE_CUSTOMFUNCTION_PRE SkipWhenInstalled
 !insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
 !define MUI_CUSTOMFUNCTION_UNGUIINIT un.ComeToFront
@@ -55,9 +59,16 @@ LangString NO_RUNTIME ${LANG_CZECH} "Varnel zobrazuje své okno pomocí součás
 LangString NOT_INSTALLED ${LANG_ENGLISH} "Varnel is not installed on this computer."
 LangString NOT_INSTALLED ${LANG_CZECH} "Varnel v tomto počítači není nainstalovaný."
 
+LangString SERVICE ${LANG_ENGLISH} "Helper service"
+LangString SERVICE ${LANG_CZECH} "Pomocná služba"
+LangString ABOUT_SERVICE ${LANG_ENGLISH} "Does what needs administrator rights, for administrators of this computer only: the hosts file, variables and start-up programs of all users, protected junk, drivers, repairs. Varnel also works without it."
+LangString ABOUT_SERVICE ${LANG_CZECH} "Dělá to, k čemu jsou potřeba práva správce, a to jen pro správce tohoto počítače: soubor hosts, proměnné a programy po spuštění všech uživatelů, chráněné nepotřebné soubory, ovladače, opravy. Varnel funguje i bez ní."
+LangString NO_SERVICE ${LANG_ENGLISH} "The helper service could not be set up. It needs a folder that only administrators may change, such as Program Files."
+LangString NO_SERVICE ${LANG_CZECH} "Pomocnou službu se nepodařilo nastavit. Potřebuje složku, kterou smí měnit jen správci, například Program Files."
+
 Var update_restart
 
-Function .onInit
+Function Prepare
   SetRegView 64
   SetShellVarContext all
   ; What is installed is replaced where it is. (InstallDirRegKey would read the 32-bit registry view.)
@@ -80,6 +91,11 @@ Function .onInit
     SetSilent silent
   ${EndIf}
 FunctionEnd
+
+!macro SERVICE verb
+  nsExec::Exec '"$INSTDIR\bin\VarnelService.exe" ${verb}'
+  Pop $R2
+!macroend
 
 Function SkipWhenInstalled
   ${If} ${FileExists} "$INSTDIR\uninstall.exe"
@@ -153,8 +169,12 @@ Function WarnIfNoRuntime
   ${EndIf}
 FunctionEnd
 
-Section
+Section "${PRODUCT}" section_program
+  SectionIn RO
   Call WaitUntilClosed
+  ${If} ${FileExists} "$INSTDIR\bin\VarnelService.exe"
+    !insertmacro SERVICE --stop
+  ${EndIf}
   SetOutPath "$INSTDIR\bin"
   ClearErrors
   File "${SOURCE}/Varnel.exe"
@@ -190,6 +210,29 @@ Section
   WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
+SectionEnd
+
+Section "$(SERVICE)" section_service
+  SetOutPath "$INSTDIR\bin"
+  ClearErrors
+  File "${SOURCE}/VarnelService.exe"
+  ${If} ${Errors}
+    SetErrorLevel 3
+  ${EndIf}
+  SetOutPath "$INSTDIR"
+  !insertmacro SERVICE --install
+  ${If} $R2 != 0
+    MessageBox MB_OK|MB_ICONEXCLAMATION "$(NO_SERVICE)" /SD IDOK
+    SetErrorLevel 4
+  ${EndIf}
+SectionEnd
+
+Section "-Finish"
+  ${IfNot} ${SectionIsSelected} ${section_service}
+  ${AndIf} ${FileExists} "$INSTDIR\bin\VarnelService.exe"
+    !insertmacro SERVICE --remove
+    Delete "$INSTDIR\bin\VarnelService.exe"
+  ${EndIf}
   ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" $0
 
@@ -198,6 +241,25 @@ Section
     Call StartForUser
   ${EndIf}
 SectionEnd
+
+!insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
+  !insertmacro MUI_DESCRIPTION_TEXT ${section_service} "$(ABOUT_SERVICE)"
+!insertmacro MUI_FUNCTION_DESCRIPTION_END
+
+; After the sections, whose numbers it needs.
+Function .onInit
+  Call Prepare
+  ${GetParameters} $1
+  ClearErrors
+  ${GetOptions} $1 "/NOSERVICE" $2
+  ${IfNot} ${Errors}
+    !insertmacro UnselectSection ${section_service}
+  ${EndIf}
+  ${If} $update_restart == 1
+  ${AndIfNot} ${FileExists} "$INSTDIR\bin\VarnelService.exe"
+    !insertmacro UnselectSection ${section_service}
+  ${EndIf}
+FunctionEnd
 
 ; A program that another one has started may not come to the front by itself.
 Function un.ComeToFront
@@ -226,6 +288,11 @@ FunctionEnd
 Section "Uninstall"
   Call un.WaitUntilClosed
   SetOutPath "$TEMP" ; the current folder of a process cannot be removed
+  ${If} ${FileExists} "$INSTDIR\bin\VarnelService.exe"
+    !insertmacro SERVICE --remove
+    Push "$INSTDIR\bin\VarnelService.exe"
+    Call un.DeleteEnding
+  ${EndIf}
   Delete "$INSTDIR\bin\Varnel.exe"
   Delete "$INSTDIR\bin\check_updates.ps1"
   Delete "$INSTDIR\bin\update_driver.ps1"

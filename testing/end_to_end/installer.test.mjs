@@ -22,9 +22,10 @@ const kInstalled = 'C:\\Program Files\\Varnel';
 const kProgram = `${kInstalled}\\bin\\Varnel.exe`;
 const kKey = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnel';
 const kLink = 'C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Varnel.lnk';
-const kReleased = ['Varnel.exe', 'check_updates.ps1', 'update_driver.ps1'];
+const kReleased = ['Varnel.exe', 'VarnelService.exe', 'check_updates.ps1', 'update_driver.ps1'];
 const kFiles = [
   'bin/Varnel.exe',
+  'bin/VarnelService.exe',
   'bin/VarnelSetup.exe',
   'bin/check_updates.ps1',
   'bin/update_driver.ps1',
