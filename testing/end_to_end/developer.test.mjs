@@ -173,9 +173,9 @@ test('development services and their commands; devices, the ones with a problem 
     assert.deepEqual(
       (await rowsOf(page, label)).map((cells) => cells.map((cell) => cell.replace('\n', ''))),
       [
-        ['MariaDB', 'running', 'port: 3306', stop + restart],
-        ['Nginx', 'stopped', '', start],
-        ['Redis', 'running', '', 'flush cache'],
+        ['MariaDB', app.text('services.state.running'), 'port: 3306', stop + restart],
+        ['Nginx', app.text('services.state.stopped'), '', start],
+        ['Redis', app.text('services.state.running'), '', 'flush cache'],
       ],
     );
 

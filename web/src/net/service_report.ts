@@ -6,6 +6,8 @@ export interface DevService {
   title: string;
   /** A status in words, if there is one. */
   status: string;
+  /** How it is started, if that is a word. */
+  start?: string;
   /** The other members as they came. */
   facts: string;
   /** For commands; absent when the report does not name it. */
@@ -18,15 +20,17 @@ const titleMembers = ['display_name', 'displayName', 'name', 'title', 'service_t
 
 export function readService(element: unknown): DevService {
   if (!isRecord(element)) return { title: textOf(element), status: '', facts: '', commands: [] };
-  const { service_type: type, commands, status } = element;
+  const { service_type: type, commands, status, start } = element;
   const inWords = typeof status === 'string';
+  const startInWords = typeof start === 'string';
   const title = titleMembers.find((member) => typeof element[member] === 'string' && element[member] !== '');
-  const said = [title, 'service_type', 'commands', inWords && 'status'];
+  const said = [title, 'service_type', 'commands', inWords && 'status', startInWords && 'start'];
   const shown = Object.entries(element).filter(([name]) => !said.includes(name));
   return {
     title: title === undefined ? textOf(element) : textOf(element[title]),
     status: inWords ? status : '',
     facts: shown.map(([name, value]) => `${name}: ${textOf(value)}`).join(', '),
+    ...(startInWords && { start }),
     ...(typeof type === 'string' && type !== '' && { type }),
     commands: Array.isArray(commands)
       ? commands.filter((one): one is string => typeof one === 'string' && one !== '')

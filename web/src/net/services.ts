@@ -22,6 +22,19 @@ const isKnown = (command: string): command is (typeof knownCommands)[number] =>
   knownCommands.includes(command as never);
 export const commandText = (command: string) => (isKnown(command) ? t(`services.${command}`) : command);
 
+const states = ['running', 'stopped', 'starting', 'stopping', 'paused', 'pausing', 'continuing'] as const;
+const starts = ['auto', 'delayed', 'manual', 'disabled'] as const;
+
+/** A state and a way of starting in words; what is not known stays as the service says it. */
+export const stateText = (state: string) => {
+  const known = states.find((one) => one === state);
+  return known ? t(`services.state.${known}`) : state;
+};
+export const startText = (start: string) => {
+  const known = starts.find((one) => one === start);
+  return known ? t(`services.starts.${known}`) : start;
+};
+
 export async function control(service: ServiceRow, command: string) {
   const { title, type = '' } = service;
   const verb = commandText(command);

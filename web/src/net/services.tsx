@@ -3,13 +3,21 @@ import { Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { ListView } from '../kit/list_view.tsx';
 import type { Column } from '../kit/table/column.ts';
-import { commanded, commandText, control, services, type ServiceRow } from './services.ts';
+import {
+  commanded,
+  commandText,
+  control,
+  services,
+  startText,
+  stateText,
+  type ServiceRow,
+} from './services.ts';
 
 function Status({ service: { key, status } }: { service: ServiceRow }) {
   const busy = useStore(commanded);
   if (key === busy?.key) return <span class="spinner" role="img" aria-label={t('diagnostics.running')} />;
   if (status === '') return null;
-  return <span class={status === 'running' ? 'tag tag-good' : 'tag'}>{status}</span>;
+  return <span class={status === 'running' ? 'tag tag-good' : 'tag'}>{stateText(status)}</span>;
 }
 
 function Commands({ service }: { service: ServiceRow }) {
@@ -33,11 +41,16 @@ const columns: Column<ServiceRow>[] = [
   {
     id: 'status',
     title: 'devices.status',
-    value: ({ status }) => status,
+    value: ({ status }) => stateText(status),
     cell: (service) => <Status service={service} />,
     width: '10rem',
   },
-  { id: 'facts', title: 'services.facts', value: ({ facts }) => facts, drop: 1 },
+  {
+    id: 'facts',
+    title: 'services.facts',
+    value: ({ start = '', facts }) => [startText(start), facts].filter(Boolean).join(', '),
+    drop: 1,
+  },
   {
     id: 'commands',
     title: 'services.commands',

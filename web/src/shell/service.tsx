@@ -79,6 +79,8 @@ export function ServiceDialog() {
       </ul>
       <h3>{t('service.works')}</h3>
       <p>{t('service.works.text')}</p>
+      <h3>{t('service.get')}</h3>
+      <p>{t('service.get.text')}</p>
     </Dialog>
   );
 }

@@ -58,6 +58,11 @@ export const texts = {
     'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',
     'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
   ],
+  'service.get': ['Jak ji získat', 'How to get it'],
+  'service.get.text': [
+    'Spusťte instalační program Varnelu a nechte v něm zaškrtnutou součást „Pomocná služba“. Je-li už nainstalovaná, spusťte ji ve správci služeb Windows pod názvem „Varnel Helper Service“.',
+    'Run the setup program of Varnel and leave its component “Helper service” ticked. If it is installed already, start “Varnel Helper Service” in the Services console of Windows.',
+  ],
   'service.needed': [
     'Vyžaduje pomocnou službu, která teď neběží.',
     'Needs the helper service, which is not running now.',
