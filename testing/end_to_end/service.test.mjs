@@ -3,8 +3,8 @@
 import assert from 'node:assert/strict';
 import { once } from 'node:events';
 import { existsSync } from 'node:fs';
-import { mkdir, readFile, rm, symlink, writeFile } from 'node:fs/promises';
-import { join } from 'node:path';
+import { copyFile, mkdir, readFile, rename, rm, symlink, writeFile } from 'node:fs/promises';
+import { basename, dirname, join } from 'node:path';
 import { test } from 'node:test';
 
 import { withVarnel } from './harness.mjs';
@@ -12,7 +12,10 @@ import {
   buildFolder,
   copyInto,
   driveC,
+  makeFolder,
   readRegistry,
+  prepareWine,
+  registryText,
   standIn,
   startInPrefix,
   until,
@@ -237,3 +240,79 @@ test('misbehaving programs neither stop it nor learn anything', () =>
     for (let i = 0; i < 20; ++i) await works();
     assert.equal((await look()).handles, before.handles);
   }));
+
+// Stand-in tools in the system's own folder, which are the ones that the service starts.
+const kTools = ['powercfg', 'bcdedit', 'shutdown', 'dism', 'sfc', 'WindowsPowerShell\\v1.0\\powershell'].map(
+  (name) => `C:\\windows\\system32\\${name}.exe`,
+);
+
+const kOverrides = 'HKCU\\Software\\Wine\\DllOverrides';
+
+async function withTools(scripts, body) {
+  await prepareWine();
+  const folder = await makeFolder('tools-');
+  const there = kTools.map(unixPath);
+  const saved = there.filter(existsSync);
+  for (const path of saved) await rename(path, `${path}.away`);
+  await writeRegistry({
+    [kEnvironment]: { VARNEL_TOOL_SCRIPTS: registryText(folder.windows) },
+    // Wine would take its own.
+    [kOverrides]: { 'shutdown.exe': '"native"', 'dism.exe': '"native"', 'powershell.exe': '"native"' },
+  });
+  try {
+    for (const path of there) {
+      await mkdir(dirname(path), { recursive: true });
+      await copyFile(standIn('console_tool.exe'), path);
+      const name = basename(path, '.exe');
+      await writeFile(join(folder.unix, `${name}.json`), JSON.stringify(scripts[name] ?? { exit: 0 }));
+    }
+    await body(async () => {
+      const logs = kTools.map((path) => join(folder.unix, `${basename(unixPath(path), '.exe')}.log`));
+      const texts = await Promise.all(logs.filter(existsSync).map((log) => readFile(log, 'utf8')));
+      return texts.join('').replaceAll('C:\\windows\\system32\\', '').trim().split('\n');
+    });
+  } finally {
+    await writeRegistry({
+      [kEnvironment]: { VARNEL_TOOL_SCRIPTS: undefined },
+      [kOverrides]: { 'shutdown.exe': undefined, 'dism.exe': undefined, 'powershell.exe': undefined },
+    });
+    for (const path of there) await rm(path);
+    for (const path of saved) await rename(`${path}.away`, path);
+    await folder.remove();
+  }
+}
+
+test('tools of the system are started with their exact command lines', () =>
+  withTools(
+    {
+      shutdown: { exit: 1 },
+      dism: { steps: [{ text: 'Checking\r\n[=  ]\r[== ]\r\n' }], exit: 0 },
+      sfc: { steps: [{ hex: Buffer.from('\r\nOvěření 40 %\r\n', 'utf16le').toString('hex') }], exit: 3 },
+      powershell: { steps: [{ text: 'Installing...\r\nSYSTEM_REBOOT_REQUIRED\r\n' }], exit: 0 },
+    },
+    (calls) =>
+      withService(async (app) => {
+        assert.equal((await app.request('setHibernation', { enabled: false })).success, true);
+        assert.equal((await app.request('quickAction', { type: 'safemode-reboot' })).success, false);
+        const isExit = ({ streamType }) => streamType === 'exit';
+        const said = (messages) => messages.filter(({ streamType }) => streamType === 'stdout');
+        const checked = await app.posted('quickAction', { type: 'sfc' }, isExit);
+        assert.deepEqual(
+          said(checked).map(({ message }) => message),
+          ['Checking', '[=  ]', '[== ]', 'Ověření 40 %'],
+        );
+        assert.equal(checked.at(-1).code, 3);
+        const installed = await app.posted('installDriver', { title: 'Peat - System - 10.1' }, isExit);
+        assert.deepEqual([installed.at(-1).code, installed.at(-1).rebootRequired], [0, true]);
+        assert.deepEqual(await calls(), [
+          '"powercfg.exe" /hibernate off',
+          '"bcdedit.exe" /set {current} safeboot minimal',
+          '"bcdedit.exe" /deletevalue {current} safeboot',
+          '"shutdown.exe" /r /t 10',
+          '"dism.exe" /Online /Cleanup-Image /CheckHealth',
+          '"sfc.exe" /verifyonly',
+          '"WindowsPowerShell\\v1.0\\powershell.exe" -NoProfile -NonInteractive -ExecutionPolicy Bypass -File ' +
+            `"${app.folder.windows}\\bin\\update_driver.ps1" -UpdateTitle "Peat - System - 10.1"`,
+        ]);
+      }),
+  ));
