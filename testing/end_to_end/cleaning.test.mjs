@@ -219,6 +219,13 @@ test('junk is measured, cleaned by choice, and what the page says is what the di
       await page.click('[data-junk=userTemp] button');
       await page.locator('[data-folder]', { hasText: 'locked.tmp' }).waitFor();
       await harness.look(app, 'cleaning-ready-light-cs');
+      await page.setViewportSize({ width: 690, height: 430 });
+      for (const top of [0, 300, 9999]) {
+        await page.locator('.content').evaluate((box, y) => box.scrollTo(0, y), top);
+        const { y, height } = await page.locator('.junk-total .button').boundingBox();
+        assert.ok(y > 48 && y + height < 430 - 36, `the button is in sight, scrolled to ${top}`);
+      }
+      await page.setViewportSize({ width: 1250, height: 700 });
 
       // The two folders of Windows go together, and the total follows.
       await tick(page, 'prefetch');

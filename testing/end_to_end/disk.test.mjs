@@ -182,6 +182,7 @@ test('a drive is analysed once, walked through, and a large file goes to the rec
       await start.evaluate((button) => [button.click(), button.click()]);
       await page.getByRole('grid', { name: app.text('disk.contents') }).waitFor();
       await shows(driveC);
+      assert.ok(app.messages.filter(({ type }) => type === 'getFolderContents').length <= 8);
       const total = inWords(sumOf(Object.values(await listOutside(driveC))));
       assert.ok((await page.innerText('[data-testid=disk-total]')).startsWith(`${total} `));
       const files = (await largestOutside(driveC)).map(({ path, size }) => {

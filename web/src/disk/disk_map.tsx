@@ -31,6 +31,8 @@ export function DiskMap({ path, items, inside, marked, onPick, onEnter, onDelete
   const canvas = useRef<HTMLCanvasElement>(null);
   const [box, setBox] = useState({ width: 0, height: 0 });
   const [hover, setHover] = useState<MapTile>();
+  // The pointer has its place by itself; the keys have theirs as long as they are used.
+  const [keyed, setKeyed] = useState(false);
   const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
   const { theme, language } = currentSettings();
 
@@ -50,7 +52,7 @@ export function DiskMap({ path, items, inside, marked, onPick, onEnter, onDelete
 
   const at = ({ offsetX, offsetY }: MouseEvent) => tileAt(tiles, offsetX, offsetY);
   const outlined = tiles.filter(({ entry }) => entry && marked.has(entry.path));
-  const named = hover ?? outlined.at(-1);
+  const named = hover ?? (keyed ? outlined.at(-1) : undefined);
 
   function pick(tile: MapTile | undefined): boolean {
     const { entry, row } = tile ? picked(tile) : {};
@@ -68,6 +70,7 @@ export function DiskMap({ path, items, inside, marked, onPick, onEnter, onDelete
     const next = nextTile(tiles, current, key);
     if (next) {
       setHover(undefined);
+      setKeyed(true);
       pick(next);
     } else if (key === 'Enter') enter(current);
     else if (key === 'Delete' && current) onDelete();
@@ -86,6 +89,8 @@ export function DiskMap({ path, items, inside, marked, onPick, onEnter, onDelete
         tabIndex={0}
         aria-label={t('disk.map', { path })}
         onPointerMove={(event) => setHover(at(event))}
+        onPointerDown={() => setKeyed(false)}
+        onBlur={() => setKeyed(false)}
         onPointerLeave={() => setHover(undefined)}
         onClick={(event) => pick(at(event))}
         onDblClick={(event) => enter(at(event))}
