@@ -36,7 +36,7 @@ inline bool Exists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// Tests that empty fixed system folders must never do so on a real Windows.
+// What empties fixed system folders to measure it must never do so on a real Windows.
 inline bool IsWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
