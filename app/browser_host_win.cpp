@@ -123,8 +123,7 @@ HRESULT OnControllerCreated(HRESULT result, ICoreWebView2Controller* controller)
   MapPublicFolder(*view.Get());
   ConnectEvents(*view.Get());
   const HRESULT navigated = view->Navigate((kOrigin + L"/index.html").c_str());
-  // The window's own turn, WM_SETFOCUS, was before there was a control.
-  if (GetFocus() == state.main_window) controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC);
+  FocusBrowser();  // WM_SETFOCUS came before there was a control
   return navigated;
 }
 

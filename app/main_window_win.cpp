@@ -106,16 +106,6 @@ void ScaleFirstSize(HWND window) {
                std::min(place.top, work.bottom - size.cy), size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// A child window is not told of what happens to the window around it.
-void TellBrowser(UINT message) {
-  ICoreWebView2Controller* controller = State().controller.Get();
-  if (!controller) return;
-  if (message == WM_SETFOCUS)
-    controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC);
-  else
-    controller->NotifyParentWindowPositionChanged();
-}
-
 void DeliverJson(LPARAM carried) {
   const std::unique_ptr<std::wstring> json(reinterpret_cast<std::wstring*>(carried));
   if (json && State().view) State().view->PostWebMessageAsJson(json->c_str());
@@ -147,6 +137,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM
       return 0;
     case WM_SIZE:
       FitBrowser();
+      FocusBrowser();  // restoring may give the focus while the control is still hidden
       return 0;
     case WM_GETMINMAXINFO: {
       const SIZE size = ScaleToDisplay(window, kMinimumSize);
@@ -164,9 +155,12 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM
       DeliverJson(lparam);
       return 0;
     case WM_SETFOCUS:
+      FocusBrowser();
+      break;
     case WM_MOVE:
     case WM_MOVING:
-      TellBrowser(message);
+      // A child window is not told that the one around it moves.
+      if (State().controller) State().controller->NotifyParentWindowPositionChanged();
       break;
     case WM_DPICHANGED: {
       const RECT& suggested = *reinterpret_cast<const RECT*>(lparam);
@@ -248,6 +242,12 @@ void FitBrowser() {
   RECT client = {};
   GetClientRect(state.main_window, &client);
   state.controller->put_Bounds(client);
+}
+
+void FocusBrowser() {
+  const AppState& state = State();
+  if (state.controller && GetFocus() == state.main_window && !IsIconic(state.main_window))
+    state.controller->MoveFocus(COREWEBVIEW2_MOVE_FOCUS_REASON_PROGRAMMATIC);
 }
 
 int RunMessageLoop() {

@@ -32,5 +32,9 @@ bool CreateMainWindow(HINSTANCE instance, int show_command);
 // whether the window is minimized (put_Bounds, put_IsVisible). On the UI thread.
 void FitBrowser();
 
+// Hands the keyboard focus on to the browser control if the window itself has it and is not minimized
+// (MoveFocus). On the UI thread.
+void FocusBrowser();
+
 // Runs until WM_QUIT and returns its exit code.
 int RunMessageLoop();

@@ -38,6 +38,7 @@ test('the envelope, through the real window', () =>
       ['{"action":"testBridge","requestId":3.9}', [testBridgeReply(3)]],
       ['{"action":"testBridge","requestId":"7"}', [typeError('number', 'string')]],
       ['{"action":"openUrl","url":1}', [typeError('string', 'number')]],
+      ['{"action":"downloadAndApplyUpdate","data":[]}', [/type_error\.305/]],
       ['{"action":"noSuchAction","requestId":1}', []],
       ['{"action":"quickAction","requestId":3,"data":{"type":"other"}}', []],
       ['[1,2]', []],
