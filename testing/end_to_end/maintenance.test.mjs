@@ -303,8 +303,6 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       assert.deepEqual([await install.isEnabled(), app.process.exitCode], [true, null]);
 
       // What would end the program while something is installed says so, and nothing is installed while it is about to end.
-      await openView(page, 'software');
-      await page.keyboard.press('F5');
       await queueUpdate();
       await openView(page, 'maintenance');
       await press(page, text('remove.verb'));
@@ -326,7 +324,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       assert.deepEqual([await install.isEnabled(), app.process.exitCode], [false, null]);
       await app.until(() => finishDownload, 'the request of the installer');
       await queueUpdate();
-      await page.getByRole('alert').getByText(text('update.downloading')).waitFor();
+      await page.getByRole('status').getByText(text('jobs.notNow')).waitFor();
       assert.equal((await app.toolCalls('winget')).filter((call) => call.includes('--id')).length, 1);
       await openView(page, 'maintenance');
       finishDownload();

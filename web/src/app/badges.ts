@@ -6,7 +6,7 @@ import { update } from '../maint/update.ts';
 import { queueBusy } from '../shell/busy.ts';
 import type { ViewId } from '../shell/navigation.ts';
 import { settingsDocument } from '../shell/settings.ts';
-import { ignoredIds } from '../software/ignored.ts';
+import { ignoredNow } from '../software/ignored.ts';
 import { updates } from '../software/lists.ts';
 import { scan } from '../software/scan.ts';
 
@@ -16,8 +16,8 @@ export type Badge = 'busy' | 'unsaved' | number | undefined;
 /** What the navigation says of views that are not looked at. */
 export function useBadges(): Partial<Record<ViewId, Badge>> {
   useStore(settingsDocument);
-  const ignored = ignoredIds();
-  const waiting = useStore(updates).data?.filter(({ id }) => !ignored.has(id)).length;
+  const isIgnored = ignoredNow();
+  const waiting = useStore(updates).data?.filter((one) => !isIgnored(one)).length;
   const scanning = useStore(scan, ({ running }) => running !== undefined);
   const queued = useStore(queueBusy);
   const analysing = useStore(analysis, ({ running }) => running !== undefined);

@@ -165,7 +165,7 @@ function Choice({ label, hint, value, options, onChoose }: ChoiceProps) {
   );
 }
 
-const keyOf = ({ type, id }: Ignored) => `${type}\n${id}`;
+const keyOf = ({ type, id, version }: Ignored) => [type, id, version].join('\n');
 
 /** One entry goes at once and can be brought back; several are asked about first. */
 async function removeEntries(entries: Ignored[], gone: Ignored[]) {
@@ -189,6 +189,12 @@ async function removeEntries(entries: Ignored[], gone: Ignored[]) {
 
 const columns: Column<Ignored>[] = [
   { id: 'id', title: 'settings.ignored.id', value: ({ id }) => id },
+  {
+    id: 'version',
+    title: 'settings.version',
+    value: ({ version }) => version ?? t('settings.ignored.every'),
+    width: '9rem',
+  },
   { id: 'type', title: 'settings.ignored.type', value: ({ type }) => type, width: '12rem', drop: 1 },
 ];
 

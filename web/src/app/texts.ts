@@ -84,6 +84,7 @@ export const texts = {
   ],
   'settings.ignored.id': ['Položka', 'Item'],
   'settings.ignored.type': ['Druh', 'Kind'],
+  'settings.ignored.every': ['všechny', 'all'],
   'settings.remove': ['Odebrat ze seznamu', 'Remove from the list'],
   'settings.removed': [
     {

@@ -25,6 +25,7 @@ import play from 'lucide:play';
 import service from 'lucide:plug-zap';
 import refresh from 'lucide:refresh-cw';
 import startup from 'lucide:rocket';
+import skip from 'lucide:skip-forward';
 import search from 'lucide:search';
 import settings from 'lucide:settings';
 import user from 'lucide:shield';
@@ -66,6 +67,7 @@ const icons = {
   search,
   service,
   settings,
+  skip,
   software,
   startup,
   success,

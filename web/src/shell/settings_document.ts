@@ -1,5 +1,5 @@
 // The settings document belongs to the page, but it can hold anything: an old version's keys, null, an array.
-import { bool, isRecord, object, record, text } from '../base/shape.ts';
+import { bool, isRecord, object, optional, record, text } from '../base/shape.ts';
 
 export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light', 'system'] as const;
 
@@ -7,6 +7,8 @@ export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light', 'sys
 export interface Ignored {
   id: string;
   type: string;
+  /** The only version that is left out; absent for all of them. */
+  version?: string | undefined;
 }
 
 export interface Settings {
@@ -32,7 +34,7 @@ function oneOf<T extends string>(value: unknown, allowed: readonly T[], fallback
 }
 
 const isSorts = record(object({ column: text, descending: bool }));
-const isIgnored = object({ id: text, type: text });
+const isIgnored = object({ id: text, type: text, version: optional(text) });
 
 /** Reads what is usable; every key that is missing, null or of the wrong type is its default. */
 export function readSettings(document: unknown): Settings {

@@ -1,24 +1,20 @@
 import { t } from '../base/text.ts';
 import { currentSettings, saveSettings } from '../shell/settings.ts';
+import { isIgnoredBy, withIgnored, type Ignoring } from './ignored_entries.ts';
+import type { Package } from './package_rows.ts';
 
-const ignoredType = 'software';
+type Offer = Pick<Package, 'id' | 'available'>;
 
-/** Identifiers of the packages that the user does not want to be offered. */
-export function ignoredIds(): Set<string> {
-  return new Set(
-    currentSettings()
-      .ignoreList.filter(({ type }) => type === ignoredType)
-      .map(({ id }) => id),
-  );
-}
+/** Says which packages the user does not want to be offered. */
+export const ignoredNow = () => isIgnoredBy(currentSettings().ignoreList);
 
-export function setIgnored(ids: string[], on: boolean) {
+export function setIgnored(offers: Offer[], how: Ignoring) {
   const before = currentSettings().ignoreList;
-  const others = before.filter(({ id, type }) => type !== ignoredType || !ids.includes(id));
-  const added = on ? ids.map((id) => ({ id, type: ignoredType })) : [];
   const action = { label: t('app.undo'), run: () => saveSettings({ ignoreList: before }) };
-  saveSettings(
-    { ignoreList: [...others, ...added] },
-    on ? { text: t('software.ignoredDone', { n: ids.length }), action } : undefined,
-  );
+  const done = {
+    always: t('software.ignoredDone', { n: offers.length }),
+    version: t('software.skippedDone'),
+    never: '',
+  }[how];
+  saveSettings({ ignoreList: withIgnored(before, offers, how) }, done ? { text: done, action } : undefined);
 }

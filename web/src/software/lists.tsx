@@ -5,29 +5,30 @@ import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { DataView, Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
+import type { MenuItem } from '../kit/menu.tsx';
 import { currentSettings } from '../shell/settings.ts';
-import { ignoredIds, setIgnored } from './ignored.ts';
+import { ignoredNow, setIgnored } from './ignored.ts';
 import { apps, drivers, packageKey, updates, type Drivers } from './lists.ts';
 import { isSafeArgument, obstacleOf, type Package } from './package_rows.ts';
-import { scan, startScan } from './scan.ts';
+import { scan } from './scan.ts';
 import { taskColumns, TaskList, type Row } from './task_list.tsx';
 
 const updateColumns = taskColumns('update', [
   ['name'],
-  ['id', '18%'],
-  ['version', '7.5rem'],
+  ['id', '18%', 3],
+  ['version', '7.5rem', 1],
   ['available', '7.5rem'],
-  ['source', '5.5rem'],
+  ['source', '5.5rem', 2],
 ]);
 
-const uninstallColumns = taskColumns('uninstall', [['name'], ['id', '26%'], ['version', '9rem']]);
+const uninstallColumns = taskColumns('uninstall', [['name'], ['id', '26%', 2], ['version', '9rem', 1]]);
 
 const driverColumns = taskColumns('driver', [
   ['name'],
-  ['version', '7.5rem'],
+  ['version', '7.5rem', 1],
   ['available', '7.5rem'],
-  ['date', '7rem'],
-  ['severity', '7rem'],
+  ['date', '7rem', 3],
+  ['severity', '7rem', 2],
 ]);
 
 const asRow = (one: Package): Row => ({
@@ -45,7 +46,7 @@ interface ScannedProps<T> {
   children(data: T): ComponentChildren;
 }
 
-/** A list that the scan fills: before the first one, an invitation. */
+/** A list that the scan fills, or that is asked for alone: before that, an invitation. */
 function Scanned<T>({ source, ...view }: ScannedProps<T>) {
   const { running } = useStore(scan);
   const { phase } = useStore(source);
@@ -53,8 +54,8 @@ function Scanned<T>({ source, ...view }: ScannedProps<T>) {
   if (running) return <Notice icon="search" title={t('software.scanning')} />;
   return (
     <Notice icon="software" title={t('software.start')} hint={t('software.startHint')}>
-      <Button kind="primary" icon="search" onClick={startScan}>
-        {t('software.scan')}
+      <Button kind="primary" icon="search" onClick={() => void source.reload()}>
+        {t('software.look')}
       </Button>
     </Notice>
   );
@@ -75,8 +76,8 @@ function Updates({ packages }: { packages: Package[] }) {
   const [all, setAll] = useState(false);
   const { ignoreList } = currentSettings();
   const known = useMemo(() => {
-    const ignored = ignoredIds();
-    return packages.map((one) => ({ ...asRow(one), ignored: ignored.has(one.id) }));
+    const isIgnored = ignoredNow();
+    return packages.map((one) => ({ ...asRow(one), ignored: isIgnored(one) }));
   }, [packages, JSON.stringify(ignoreList)]);
   const rows = useMemo(() => known.filter(({ ignored }) => all || !ignored), [known, all]);
   const hidden = known.filter(({ ignored }) => ignored).length;
@@ -86,23 +87,7 @@ function Updates({ packages }: { packages: Package[] }) {
       label={t('software.updates')}
       rows={rows}
       columns={updateColumns}
-      menu={(marked) => {
-        const whole = marked.filter(({ block }) => block !== 'shifted');
-        const on = whole.some(({ ignored }) => !ignored);
-        return whole.length > 0
-          ? [
-              {
-                label: t(on ? 'software.ignore' : 'software.unignore'),
-                icon: 'close',
-                run: () =>
-                  setIgnored(
-                    whole.map(({ id }) => id),
-                    on,
-                  ),
-              },
-            ]
-          : [];
-      }}
+      menu={ignoreItems}
       tools={
         hidden > 0 && (
           <label class="check">
@@ -113,6 +98,23 @@ function Updates({ packages }: { packages: Package[] }) {
       }
     />
   );
+}
+
+function ignoreItems(marked: Row[]): MenuItem[] {
+  const whole = marked.filter(({ block }) => block !== 'shifted');
+  const offers = whole.map(({ id, cells }) => ({ id, available: cells.available ?? '' }));
+  const [first] = offers;
+  if (!first) return [];
+  if (whole.every(({ ignored }) => ignored))
+    return [{ label: t('software.unignore'), icon: 'close', run: () => setIgnored(offers, 'never') }];
+  const skip =
+    offers.length === 1
+      ? t('software.skip', { version: first.available })
+      : t('software.skipSome', { n: offers.length });
+  return [
+    { label: skip, icon: 'skip', run: () => setIgnored(offers, 'version') },
+    { label: t('software.ignore'), icon: 'close', run: () => setIgnored(offers, 'always') },
+  ];
 }
 
 export function InstalledPanel() {

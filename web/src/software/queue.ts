@@ -3,7 +3,10 @@ import type { Incoming } from '../base/lines.ts';
 import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
-import { queueBusy } from '../shell/busy.ts';
+import { confirm } from '../kit/dialog.tsx';
+import { errorText } from '../kit/error_text.ts';
+import { toast } from '../kit/toast.tsx';
+import { queueBusy, updateBusy } from '../shell/busy.ts';
 import { onServiceMissing } from '../shell/service.tsx';
 import {
   addLine,
@@ -25,8 +28,31 @@ import { notifyElsewhere } from './notify.ts';
 export const jobs = createStore<Jobs>([]);
 
 export function enqueue(tasks: readonly Task[]) {
+  if (!mayStart()) return;
   jobs.set(addTasks(jobs.get(), tasks));
   runNext();
+}
+
+/** Varnel ends as soon as its own update is there: says so instead of beginning something. */
+export function mayStart(): boolean {
+  if (updateBusy.get()) toast(t('jobs.notNow'));
+  return !updateBusy.get();
+}
+
+/** Restarts Windows, if the user agrees. */
+export async function restartWindows() {
+  const agreed = await confirm({
+    title: t('restart.title'),
+    body: t('restart.body'),
+    verb: t('restart.verb'),
+    danger: true,
+  });
+  if (!agreed) return;
+  try {
+    await host.request('reboot');
+  } catch (error) {
+    toast(t('restart.failed', { reason: errorText(error) }), { error: true });
+  }
 }
 
 /** Goes on without the end of the tool that runs: it may have been lost. */

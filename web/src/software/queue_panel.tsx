@@ -10,7 +10,7 @@ import { Icon } from '../kit/icon.tsx';
 import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
 import { wordOf, type JobKind } from './exit_codes.ts';
 import { isPending, pendingOnly, sameJob, stateWord, withoutWaiting, type Job } from './jobs.ts';
-import { abandonRunning, jobs } from './queue.ts';
+import { abandonRunning, enqueue, jobs, restartWindows } from './queue.ts';
 
 /** How far a job is, in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
@@ -72,10 +72,13 @@ export function QueuePanel() {
       }
     >
       {all.some(({ restart }) => restart) && (
-        <p class="outcome">
+        <div class="outcome">
           <Icon name="alert" />
           {t('jobs.restartNote')}
-        </p>
+          <Button icon="refresh" disabled={all.some(isPending)} onClick={() => void restartWindows()}>
+            {t('restart.ask')}
+          </Button>
+        </div>
       )}
       {!folded && (
         <ul>
@@ -104,11 +107,14 @@ function JobRow(job: Job) {
         {lines.length > 0 && <ToolLog label={`${t('jobs.log')}: ${name}`} lines={lines} />}
       </details>
       {state === 'failed' && (
-        <p class="small">
+        <div class="outcome small">
           {code === undefined
             ? t('jobs.noEnd')
             : `${word ? t(`code.${word}`) : ''} (${t('jobs.code', { code: codeText(code) })})`}
-        </p>
+          <Button icon="refresh" onClick={() => enqueue([job])}>
+            {t('app.retry')}
+          </Button>
+        </div>
       )}
       {unelevated && <p class="small muted">{t('jobs.alone')}</p>}
       {silent >= silentSeconds && (

@@ -10,23 +10,22 @@ import { openedList } from '../shell/links.ts';
 import { settingsDocument } from '../shell/settings.ts';
 import { openTerminal } from '../shell/terminal.ts';
 import { View } from '../shell/view.tsx';
-import { ignoredIds } from './ignored.ts';
+import { ignoredNow } from './ignored.ts';
 import { LeftoversDialog } from './leftovers_dialog.tsx';
 import { apps, drivers, lists, updates, type List } from './lists.ts';
 import { DriversPanel, InstalledPanel, UpdatesPanel } from './lists.tsx';
 import { QueuePanel } from './queue_panel.tsx';
 import { scan, startScan } from './scan.ts';
+import { openSettings } from './task_list.tsx';
 
 const panels = { updates: UpdatesPanel, installed: InstalledPanel, drivers: DriversPanel };
 
 /** How many entries each list has, as far as is known. */
 function useCounts(): Record<List, number | undefined> {
-  const { running } = useStore(scan);
   useStore(settingsDocument);
-  const ignored = ignoredIds();
-  const found = useStore(updates).data?.filter(({ id }) => !ignored.has(id));
+  const isIgnored = ignoredNow();
   return {
-    updates: found?.length ?? running?.found,
+    updates: useStore(updates).data?.filter((one) => !isIgnored(one)).length,
     installed: useStore(apps).data?.length,
     drivers: useStore(drivers).data?.updates.length,
   };
@@ -35,13 +34,15 @@ function useCounts(): Record<List, number | undefined> {
 export function Software() {
   const list = useStore(openedList);
   const source: Readable<unknown> = lists[list];
-  const { running } = useStore(scan);
+  const { running, failed } = useStore(scan);
   const state = useStore(source);
   const counts = useCounts();
   const Panel = panels[list];
+  // Looked for by itself: what answers within seconds, and is not on its way with the scan.
+  const ready = list === 'installed' || (list === 'updates' && !running && !failed);
   useEffect(() => {
-    if (list === 'installed' && apps.get().phase === 'idle') void apps.reload();
-  }, [list]);
+    if (ready && source.get().phase === 'idle') void source.reload();
+  }, [source, ready]);
   return (
     <View
       id="software"
@@ -98,6 +99,11 @@ function ScanState() {
           </>
         )}
       </p>
+      {(failed === 'drivers' || failed === 'error') && (
+        <Button icon="settings" onClick={() => openSettings('ms-settings:windowsupdate')}>
+          {t('scan.windowsUpdate')}
+        </Button>
+      )}
       <Button kind="quiet" icon="terminal" onClick={() => openTerminal(true)}>
         {t('scan.log')}
       </Button>

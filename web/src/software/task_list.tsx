@@ -13,11 +13,10 @@ import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
-import { updateBusy } from '../shell/busy.ts';
 import type { JobKind } from './exit_codes.ts';
-import { isPending } from './jobs.ts';
+import { isPending, type Job } from './jobs.ts';
 import type { Obstacle } from './package_rows.ts';
-import { enqueue, jobs } from './queue.ts';
+import { enqueue, jobs, mayStart } from './queue.ts';
 import { JobState } from './queue_panel.tsx';
 
 type Block = Obstacle | 'skipped';
@@ -50,14 +49,18 @@ const cell =
     cells[id] ?? '';
 
 /** Columns of these cells, and of the state of the row's job. */
-export function taskColumns(kind: JobKind, described: [id: Cell, width?: string][]): Column<Row>[] {
+export function taskColumns(
+  kind: JobKind,
+  described: [id: Cell, width?: string, drop?: number][],
+): Column<Row>[] {
   return [
-    ...described.map(([id, width]): Column<Row> => ({
+    ...described.map(([id, width, drop]): Column<Row> => ({
       id,
       title: `software.${id}`,
       value: cell(id),
       text: (row) => (id === 'date' ? formatDate(cell(id)(row)) : cell(id)(row)) || noValue,
       ...(width && { width }),
+      ...(drop && { drop }),
     })),
     {
       id: 'state',
@@ -69,19 +72,26 @@ export function taskColumns(kind: JobKind, described: [id: Cell, width?: string]
   ];
 }
 
-/** Says which rows can be queued: not what something stands in the way of, nor what is queued already. */
-function useUsable(kind: JobKind): (row: Row) => boolean {
-  // One text, so that it changes only when a job comes or ends, and not with every line that a tool prints.
-  const pending = useStore(jobs, (all) =>
+/** Identifiers of such jobs. Changes only when a job comes or ends, and not with every line that a tool prints. */
+function useIds(which: (job: Job) => boolean): ReadonlySet<string> {
+  const ids = useStore(jobs, (all) =>
     all
-      .filter((job) => job.kind === kind && isPending(job))
+      .filter(which)
       .map(({ id }) => id)
       .join('\n'),
   );
-  return useMemo(() => {
-    const ids = new Set(pending.split('\n'));
-    return ({ block, ignored, id }) => !block && !ignored && !ids.has(id);
-  }, [pending]);
+  return useMemo(() => new Set(ids.split('\n')), [ids]);
+}
+
+/** Says which rows can be queued: not what something stands in the way of, nor what is queued already. */
+function useUsable(kind: JobKind): (row: Row) => boolean {
+  const pending = useIds((job) => job.kind === kind && isPending(job));
+  return useMemo(
+    () =>
+      ({ block, ignored, id }) =>
+        !block && !ignored && !pending.has(id),
+    [pending],
+  );
 }
 
 export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListProps) {
@@ -90,6 +100,9 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
   const verb = (n: number) =>
     n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
   const removes = kind === 'uninstall';
+  // Also listed until winget has been asked again, or Windows restarted: what has been updated already.
+  const updated = useIds((job) => job.kind === kind && (job.state === 'done' || job.state === 'restart'));
+  const usable = kind === 'update' ? rows.filter((row) => isUsable(row) && !updated.has(row.id)) : [];
   function menuOf(marked: Row[]): MenuItem[] {
     const ready = marked.filter(isUsable);
     const act: MenuItem = {
@@ -101,7 +114,7 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
     const help: MenuItem = {
       label: t('obstacle.settings'),
       icon: 'settings',
-      run: () => openSettings(kind),
+      run: () => openSettings(settingsPages[kind]),
     };
     return [
       ...(ready.length > 0 ? [act] : []),
@@ -121,19 +134,22 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
         selection={selection}
         selectable={isUsable}
         menu={menuOf}
-        tools={(chosen) => (
-          <>
-            {tools}
-            <Button
-              kind={removes ? undefined : 'primary'}
-              icon={removes ? 'remove' : undefined}
-              disabled={chosen.length === 0}
-              onClick={() => void start(kind, chosen)}
-            >
-              {verb(chosen.length)}
-            </Button>
-          </>
-        )}
+        tools={(chosen) => {
+          const all = chosen.length === 0 && usable.length > 0;
+          return (
+            <>
+              {tools}
+              <Button
+                kind={removes ? undefined : 'primary'}
+                icon={removes ? 'remove' : undefined}
+                disabled={chosen.length === 0 && !all}
+                onClick={() => void start(kind, all ? usable : chosen)}
+              >
+                {all ? t('software.updateAll', { n: usable.length }) : verb(chosen.length)}
+              </Button>
+            </>
+          );
+        }}
       />
       <Obstacles kind={kind} rows={rows} />
     </>
@@ -148,8 +164,7 @@ const settingsPages: Partial<Record<JobKind, string>> = {
 
 /** An update can be repeated by hand; what changes more is asked about first. */
 async function start(kind: JobKind, rows: Row[]) {
-  // Varnel ends as soon as its own update is there.
-  if (updateBusy.get()) return toast(`${t('update.downloading')} ${t('update.willClose')}`, { error: true });
+  if (!mayStart()) return;
   const tasks = distinctBy(rows, ({ id }) => id).map(({ id, name }) => ({ kind, id, name }));
   const agreed =
     kind === 'update' ||
@@ -176,10 +191,9 @@ function State({ kind, id, block, ignored }: Row & { kind: JobKind }) {
 
 const obstacles = ['windows', 'shifted', 'cut', 'characters', 'skipped'] as const;
 
-function openSettings(kind: JobKind) {
-  void host
-    .openUrl(settingsPages[kind] ?? '')
-    .catch((error: unknown) => toast(errorText(error), { error: true }));
+/** Opens a page of the Windows settings. */
+export function openSettings(page = '') {
+  void host.openUrl(page).catch((error: unknown) => toast(errorText(error), { error: true }));
 }
 
 /** Why some rows cannot be acted on, in words: their marks only name it. */
@@ -197,7 +211,7 @@ function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
         </p>
       ))}
       {settingsPages[kind] && (
-        <Button icon="settings" onClick={() => openSettings(kind)}>
+        <Button icon="settings" onClick={() => openSettings(settingsPages[kind])}>
           {t('obstacle.settings')}
         </Button>
       )}

@@ -5,11 +5,12 @@ export const texts = {
   'software.installed': ['Nainstalované', 'Installed'],
   'software.drivers': ['Ovladače', 'Drivers'],
   'software.scanning': ['Seznam se ukáže, až kontrola skončí', 'The list appears when the scan is complete'],
-  'software.start': ['Zatím se nic nekontrolovalo', 'Nothing has been scanned yet'],
+  'software.start': ['Zatím se nic nehledalo', 'Nothing has been looked for yet'],
   'software.startHint': [
-    'Kontrola se zeptá správce balíčků winget na nové verze programů a Windows Update na ovladače. Trvá obvykle minutu až tři a nic nemění.',
-    'The scan asks the winget package manager for new versions of programs, and Windows Update for drivers. It usually takes one to three minutes and changes nothing.',
+    'Kontrola systému se zeptá winget na nové verze programů a Windows Update na ovladače. Trvá obvykle minutu až tři a nic nemění. Načíst můžete i jen tento seznam.',
+    'A system scan asks winget for new versions of programs, and Windows Update for drivers. It usually takes one to three minutes and changes nothing. You can also load this list alone.',
   ],
+  'software.look': ['Načíst jen tento seznam', 'Load only this list'],
   'software.name': ['Název', 'Name'],
   'software.id': ['Identifikátor', 'Identifier'],
   'software.version': ['Verze', 'Version'],
@@ -21,7 +22,7 @@ export const texts = {
   'software.noUpdates': ['Žádná aktualizace', 'No updates'],
   'software.noUpdatesHint': [
     'Správce balíčků winget žádnou nenabídl. Když v systému chybí, je seznam také prázdný.',
-    'The winget package manager offered none. Where it is missing, the list is empty too.',
+    'winget found no updates. If winget is not installed, the list is empty as well.',
   ],
   'software.noApps': ['Seznam programů je prázdný', 'The list of programs is empty'],
   'software.noAppsHint': [
@@ -42,17 +43,24 @@ export const texts = {
   'software.driver': ['Nainstalovat', 'Install'],
   'software.uninstall': ['Odinstalovat', 'Uninstall'],
   'software.selected': ['{verb} vybrané ({n})', '{verb} selected ({n})'],
+  'software.updateAll': ['Aktualizovat vše ({n})', 'Update all ({n})'],
+  'software.skip': ['Přeskočit verzi {version}', 'Skip version {version}'],
+  'software.skipSome': ['Přeskočit tyto verze ({n})', 'Skip these versions ({n})'],
+  'software.skippedDone': ['Nabídne se až další verze', 'Only the next version will be offered'],
   'software.ignore': ['Ignorovat', 'Ignore'],
   'software.unignore': ['Přestat ignorovat', 'Stop ignoring'],
   'software.ignored': ['ignorováno', 'ignored'],
   'software.ignoredDone': [
     {
-      one: '{n} program se už nenabízí',
-      few: '{n} programy se už nenabízejí',
-      many: '{n} programu se už nenabízí',
-      other: '{n} programů se už nenabízí',
+      one: 'Aktualizace {n} programu se už nebude nabízet',
+      few: 'Aktualizace {n} programů se už nebudou nabízet',
+      many: 'Aktualizace {n} programu se už nebude nabízet',
+      other: 'Aktualizace {n} programů se už nebudou nabízet',
     },
-    { one: '{n} program is no longer offered', other: '{n} programs are no longer offered' },
+    {
+      one: 'Updates of {n} program will no longer be offered',
+      other: 'Updates of {n} programs will no longer be offered',
+    },
   ],
   'software.showIgnored': ['Zobrazit ignorované ({n})', 'Show ignored ({n})'],
   'software.driver.title': [
@@ -79,17 +87,17 @@ export const texts = {
   ],
   'software.uninstall.body': [
     'Odinstalace proběhne bez dalších otázek a nejde vrátit zpět. Potom Varnel vyhledá, co po programu zůstalo.',
-    'It goes on without further questions and cannot be undone. Varnel then looks for what the program has left behind.',
+    'It runs without further questions and cannot be undone. Varnel then looks for what the program has left behind.',
   ],
 
   'obstacle.some': [
     {
-      one: '{n} řádek nejde použít. Proč?',
-      few: '{n} řádky nejdou použít. Proč?',
-      many: '{n} řádku nejde použít. Proč?',
-      other: '{n} řádků nejde použít. Proč?',
+      one: '{n} položku nelze vybrat. Proč?',
+      few: '{n} položky nelze vybrat. Proč?',
+      many: '{n} položky nelze vybrat. Proč?',
+      other: '{n} položek nelze vybrat. Proč?',
     },
-    { one: '{n} row cannot be used. Why?', other: '{n} rows cannot be used. Why?' },
+    { one: '{n} item cannot be selected. Why?', other: '{n} items cannot be selected. Why?' },
   ],
   'obstacle.shifted': ['Nečitelný řádek', 'Unreadable row'],
   'obstacle.cut': ['Zkrácený identifikátor', 'Identifier cut short'],
@@ -98,19 +106,19 @@ export const texts = {
   'obstacle.skipped': ['Skryto ve Windows', 'Hidden in Windows'],
   'obstacle.shifted.why': [
     'sloupce ve výpisu nástroje splynuly a nejde je bezpečně rozdělit, řádek je tak, jak přišel.',
-    'columns of the tool’s output ran together and cannot be told apart safely; the row is shown as it came.',
+    'columns of the tool’s output ran together and cannot be separated safely; the row is shown as it came.',
   ],
   'obstacle.cut.why': [
     'nástroj vypsal jen začátek identifikátoru, a bez celého by se mohlo jednat o jiný program.',
     'the tool printed only the beginning of the identifier; without the rest another program could be meant.',
   ],
   'obstacle.characters.why': [
-    'Varnel předá nástroji jen písmena bez diakritiky, číslice, mezery a znaky ( ) - . : _ , jiné odmítne s kódem 999. Použijte program sám nebo Nastavení Windows.',
-    'Varnel passes only letters without accents, digits, blanks and ( ) - . : _ to the tool and refuses others with code 999. Use the program itself or the Windows settings.',
+    'Varnel předá nástroji jen písmena bez diakritiky, číslice, mezery a znaky ( ) - . : _ , jiné odmítne s kódem 999. Aktualizujte přímo v programu nebo v Nastavení Windows.',
+    'Varnel passes only letters without accents, digits, blanks and ( ) - . : _ to the tool and refuses others with code 999. Update it in the program itself or in the Windows settings.',
   ],
   'obstacle.windows.why': [
-    'program není z žádného zdroje wingetu a znaky jeho identifikátoru (ARP\\…, MSIX\\…) by Varnel odmítl s kódem 999. Odinstalujte ho v Nastavení Windows.',
-    'the program comes from no winget source, and the characters of its identifier (ARP\\…, MSIX\\…) would be refused with code 999. Uninstall it in the Windows settings.',
+    'program nepochází z wingetu (identifikátor ARP\\…, MSIX\\…), a proto ho Varnel odinstalovat neumí. Odinstalujte ho v Nastavení Windows.',
+    'the program does not come from winget (its identifier is ARP\\…, MSIX\\…), so Varnel cannot uninstall it. Uninstall it in the Windows settings.',
   ],
   'obstacle.skipped.why': [
     'ovladač byl ve Windows Update označen jako nechtěný.',
@@ -131,17 +139,18 @@ export const texts = {
   'scan.log': ['Průběh v terminálu', 'Details in the terminal'],
   'scan.done': ['Kontrola systému je hotová', 'The system scan is complete'],
   'scan.failed': ['Kontrola systému se nedokončila', 'The system scan did not finish'],
+  'scan.windowsUpdate': ['Otevřít Windows Update', 'Open Windows Update'],
   'scan.failed.silent': [
     'Kontrola se už čtyři minuty neozvala, dál se na ni nečeká.',
-    'Nothing has been heard of the scan for four minutes, so it is not waited for any longer.',
+    'The scan was given up after four minutes without output.',
   ],
   'scan.failed.error': [
-    'Kontrola skončila chybou. Co se stalo, je v terminálu.',
-    'The scan ended with an error. The terminal shows what happened.',
+    'Kontrola skončila chybou. Nejspíš tu chybí winget nebo PowerShell, nebo je váš účet nesmí spustit. Podrobnosti jsou v terminálu.',
+    'The scan failed. winget or PowerShell is probably missing here, or your account may not run it. The terminal has the details.',
   ],
   'scan.failed.drivers': [
-    'Ovladače se nepodařilo zjistit. Co se stalo, je v terminálu.',
-    'Drivers could not be looked for. The terminal shows what happened.',
+    'Ovladače se nepodařilo vyhledat. Nejspíš tu chybí PowerShell, váš účet ho nesmí spustit, nebo je vypnutá služba Windows Update. Podrobnosti jsou v terminálu.',
+    'The search for drivers failed. PowerShell is probably missing here, your account may not run it, or the Windows Update service is turned off. The terminal has the details.',
   ],
   'scan.failed.absent': [
     'Kontrola se nespustila: stránka není otevřená v programu Varnel.',
@@ -157,25 +166,38 @@ export const texts = {
   'jobs.done': ['hotovo', 'done'],
   'jobs.restart': ['čeká na restart', 'needs restart'],
   'jobs.failed': ['nezdařilo se', 'failed'],
-  'jobs.unknown': ['výsledek neznámý', 'result not known'],
+  'jobs.unknown': ['výsledek neznámý', 'result unknown'],
   'jobs.code': ['kód {code}', 'code {code}'],
   'jobs.noEnd': [
-    'Konec nástroje nebyl ohlášen nebo nešel přiřadit, výsledek není známý. Co se změnilo, ukáže seznam.',
-    'The end of the tool was not reported or could not be assigned, so the result is not known. The list shows what has changed.',
+    'Nástroj neohlásil, jak skončil, takže výsledek není známý. Skutečný stav ukáže obnovený seznam.',
+    'The result is unknown because the tool did not report how it ended. The refreshed list shows the actual state.',
   ],
   'jobs.alone': [
     'Pomocná služba neběží, instaluje se s vašimi právy.',
     'The helper service is not running; this runs with your own rights.',
   ],
   'jobs.ended': ['skončilo {n} z {total}', '{n} of {total} ended'],
-  'jobs.fold': ['Sbalit frontu', 'Fold the queue'],
-  'jobs.unfold': ['Rozbalit frontu', 'Unfold the queue'],
-  'jobs.silent': ['Bez výpisu už {n} s', 'No output for {n} s'],
+  'jobs.fold': ['Sbalit frontu', 'Collapse the queue'],
+  'jobs.unfold': ['Rozbalit frontu', 'Expand the queue'],
+  'jobs.silent': ['Nástroj už {n} s nic nevypsal', 'No output for {n} s'],
   'jobs.cancelWaiting': ['Zrušit čekající', 'Cancel queued'],
   'jobs.clear': ['Skrýt dokončené', 'Hide finished'],
+  'jobs.notNow': ['Teď ne: Varnel se právě aktualizuje.', 'Not now: Varnel is being updated.'],
   'jobs.restartNote': [
     'K dokončení je potřeba restartovat Windows. Kdy, je na vás.',
     'Windows has to be restarted to finish. When is up to you.',
+  ],
+
+  'restart.ask': ['Restartovat Windows…', 'Restart Windows…'],
+  'restart.title': ['Restartovat Windows?', 'Restart Windows?'],
+  'restart.body': [
+    'Uložte si práci: všechny programy se zavřou, i Varnel.',
+    'Save your work: all programs will be closed, Varnel too.',
+  ],
+  'restart.verb': ['Restartovat', 'Restart'],
+  'restart.failed': [
+    'Windows se nepodařilo restartovat. {reason}',
+    'Windows could not be restarted. {reason}',
   ],
 
   'code.refused': ['Odmítnuto kvůli znakům v názvu.', 'Refused because of its characters.'],
@@ -199,7 +221,7 @@ export const texts = {
     'The downloaded file does not match its checksum.',
   ],
   'code.notFound': ['Balíček nebyl nalezen.', 'The package was not found.'],
-  'code.several': ['Identifikátoru odpovídá víc programů.', 'The identifier fits several programs.'],
+  'code.several': ['Identifikátoru odpovídá víc programů.', 'The identifier matches several programs.'],
   'code.rights': ['Chybí práva správce.', 'Administrator rights are missing.'],
   'code.noUpdate': ['Novější verze, která by šla použít, není.', 'No newer version applies.'],
   'code.noUninstall': ['Program nemá příkaz k odinstalaci.', 'The program has no uninstall command.'],
@@ -225,8 +247,8 @@ export const texts = {
 
   'leftovers.title': ['Co zůstalo po programu {name}', 'What {name} has left behind'],
   'leftovers.body': [
-    'Místa byla nalezena podle názvu. Předem je zaškrtnuté jen to, co leží ve složce nebo klíči vydavatele. Ostatní může patřit i jiným programům, zaškrtněte je, jen když je znáte.',
-    'The places were found by name. Only what lies in a publisher’s folder or key is ticked beforehand. The rest may belong to other programs too; tick it only if you know it.',
+    'Místa byla nalezena podle názvu. Předem je zaškrtnuté jen to, co leží ve složce nebo klíči vydavatele. Ostatní položky mohou patřit i jiným programům; zaškrtněte je, jen pokud je znáte.',
+    'The places were found by name. Only what is in a publisher’s folder or key is ticked in advance. Other items may belong to other programs as well; tick them only if you know them.',
   ],
   'leftovers.directory': ['složka, {size}', 'folder, {size}'],
   'leftovers.registry': ['klíč registru', 'registry key'],
@@ -239,20 +261,20 @@ export const texts = {
       many: 'Odstranit {n} položky natrvalo?',
       other: 'Odstranit {n} položek natrvalo?',
     },
-    { one: 'Remove {n} item for good?', other: 'Remove {n} items for good?' },
+    { one: 'Permanently remove {n} item?', other: 'Permanently remove {n} items?' },
   ],
   'leftovers.confirmBody': [
     'I se vším uvnitř. Nepůjde to do koše a nejde to vrátit zpět.',
-    'With everything inside. It does not go to the recycle bin and cannot be undone.',
+    'With everything inside. It does not go to the recycle bin, and this cannot be undone.',
   ],
-  'leftovers.verb': ['Odstranit natrvalo', 'Remove for good'],
+  'leftovers.verb': ['Odstranit natrvalo', 'Remove permanently'],
   'leftovers.none': [
     'Po programu {name} nezůstalo nic, co by šlo najít podle názvu',
-    'Nothing that can be found by name is left of {name}',
+    'No leftovers of {name} were found by name',
   ],
   'leftovers.searchFailed': [
     'Zbytky se nepodařilo vyhledat. {reason}',
-    'Leftovers could not be looked for. {reason}',
+    'The search for leftovers failed. {reason}',
   ],
   'leftovers.removed': [
     {
