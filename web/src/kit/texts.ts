@@ -3,7 +3,7 @@ export const texts = {
   'app.cancel': ['Zrušit', 'Cancel'],
   'app.close': ['Zavřít', 'Close'],
   'app.copied': ['Zkopírováno do schránky', 'Copied to the clipboard'],
-  'app.copyFailed': ['Do schránky se nepodařilo nic uložit', 'Nothing could be put on the clipboard'],
+  'app.copyFailed': ['Kopírování do schránky se nezdařilo', 'Copying to the clipboard failed'],
   'app.messages': ['Oznámení', 'Notifications'],
 
   'error.absent': [

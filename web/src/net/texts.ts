@@ -1,8 +1,8 @@
 export const texts = {
   'network.ports': ['Otevřené porty', 'Open ports'],
   'network.portsHint': [
-    'Porty TCP, na kterých čeká nějaký program',
-    'TCP ports on which a program waits for connections',
+    'Porty TCP, na kterých naslouchá nějaký program',
+    'TCP ports on which a program is listening',
   ],
   'network.port': ['Port', 'Port'],
   'network.address': ['Adresa', 'Address'],
@@ -14,8 +14,8 @@ export const texts = {
   'network.copy': ['Kopírovat adresu', 'Copy address'],
   'network.none': ['Žádný port se nenašel', 'No port was found'],
   'network.noneHint': [
-    'Buď na žádném nikdo nečeká, nebo nástroj netstat v tomto systému chybí či píše stavy jinak než anglicky.',
-    'Either nothing waits on any, or the netstat tool is missing from this system or prints states in another language than English.',
+    'Buď na žádném portu nic nenaslouchá, nebo nástroj netstat v tomto systému chybí či píše stavy jinak než anglicky.',
+    'Either nothing is listening, or the netstat tool is missing from this system or prints states in another language than English.',
   ],
 
   'reach.machine': ['jen tento počítač', 'this machine only'],
@@ -26,10 +26,10 @@ export const texts = {
     'Connections are possible from this machine only.',
   ],
   'reach.all.hint': [
-    'Čeká na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
-    'Waits on every network interface. If the firewall allows it, others can connect too.',
+    'Naslouchá na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
+    'Listens on every network interface. If the firewall allows it, others can connect too.',
   ],
-  'reach.address.hint': ['Čeká jen na této adrese.', 'Waits on this address only.'],
+  'reach.address.hint': ['Naslouchá jen na této adrese.', 'Listens on this address only.'],
 
   'diagnostics.title': ['Diagnostika spojení', 'Connection check'],
   'diagnostics.target': ['Název nebo adresa', 'Name or address'],
@@ -42,9 +42,9 @@ export const texts = {
     'Ping sends four requests and measures the response. A DNS query finds the addresses of a name.',
   ],
   'diagnostics.running': ['Běží…', 'Running…'],
-  'diagnostics.stop': ['Přestat zobrazovat', 'Stop showing'],
+  'diagnostics.stop': ['Přestat zobrazovat', 'Hide output'],
   'diagnostics.owed': [
-    'Předchozí nástroj ještě dobíhá na pozadí, proto se konec tohoto nemusí poznat.',
+    'Předchozí nástroj ještě dobíhá na pozadí, proto nemusí být poznat, kdy tento skončí.',
     'The tool before is still finishing in the background, so the end of this one may go unnoticed.',
   ],
   'diagnostics.stopped': [
@@ -64,8 +64,8 @@ export const texts = {
     'No reply came, or the name does not exist.',
   ],
   'exit.asked': [
-    'Dotaz proběhl. Zda název existuje, říká výpis, ne kód.',
-    'The query was made. Whether the name exists is in the output, not in the code.',
+    'Dotaz proběhl. Jestli název existuje, zjistíte z výpisu, ne z kódu.',
+    'The query ran. The output, not the code, tells whether the name exists.',
   ],
   'exit.failed': ['Nástroj skončil chybou.', 'The tool ended with an error.'],
   'exit.early': [

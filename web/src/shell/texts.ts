@@ -27,10 +27,10 @@ export const texts = {
   ],
   'badge.service.on': ['Služba běží', 'Service running'],
   'badge.service.off': ['Služba neběží', 'Service not running'],
-  'badge.service.on.hint': ['Pomocná služba odpovídá.', 'The helper service answers.'],
+  'badge.service.on.hint': ['Pomocná služba odpovídá.', 'The helper service is responding.'],
   'badge.service.off.hint': [
-    'Pomocná služba neodpovídá. Zobrazit, co to znamená.',
-    'The helper service does not answer. Show what that means.',
+    'Pomocná služba neodpovídá. Kliknutím zjistíte, co to znamená.',
+    'The helper service is not responding. Click to see what that means.',
   ],
   'badge.checking': ['Zjišťuje se stav', 'Checking the status'],
   'badge.unknown': ['Stav neznámý', 'Status unknown'],
@@ -38,9 +38,9 @@ export const texts = {
   'service.title': ['Pomocná služba neběží', 'The helper service is not running'],
   'service.what': [
     'Varnel sám pracuje s vašimi běžnými právy. Zásahy, které vyžadují práva správce, předává pomocné službě systému Windows, a ta teď neodpovídá.',
-    'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service does not answer now.',
+    'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service is not responding now.',
   ],
-  'service.stops': ['Dokud služba neběží, nejde', 'Until the service runs, you cannot'],
+  'service.stops': ['Dokud služba neběží, nelze:', 'Until the service runs, you cannot:'],
   'service.stops.1': [
     'uložit soubor hosts a systémové proměnné prostředí, spravovat vývojářské služby,',
     'save the hosts file and system environment variables, manage developer services,',

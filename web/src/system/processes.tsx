@@ -1,4 +1,4 @@
-import { useMemo } from 'preact/hooks';
+import { useEffect, useMemo } from 'preact/hooks';
 import { formatPercent, noValue } from '../base/format.ts';
 import { formatNumber, t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
@@ -140,6 +140,7 @@ export function Processes() {
   const folded = useStore(grouped);
   const selection = useSelection('processes');
   usePolling(pollProcesses, processesPeriodMs);
+  useEffect(() => () => paused.set(false), []); // other views show these figures as those of now
   const { data = [] } = state;
   const rows = useMemo(() => (folded ? groupByName(data) : data), [data, folded]);
   const keyOf = folded ? nameKey : pidKey;
