@@ -30,10 +30,13 @@ export function useTableState(name: string | undefined): Store<TableState> {
 export const change = (state: Store<TableState>, changes: Partial<TableState>) =>
   state.set({ ...state.get(), ...changes });
 
-/** The sort of a table, as useState gives it. */
-export function useSort(name: string | undefined, first: Sort) {
+/** The sort of a table, as useState gives it; `first` until the user has chosen one of its columns. */
+export function useSort(name: string | undefined, first: Sort, columns: readonly { id: string }[]) {
   const [own, setOwn] = useState(first);
-  const kept = useStore(sorts, (all) => (name === undefined ? own : (all[name] ?? first)));
+  const kept = useStore(sorts, (all) => {
+    const chosen = name === undefined ? undefined : all[name];
+    return chosen && columns.some(({ id }) => id === chosen.column) ? chosen : own;
+  });
   const set = (sort: Sort) =>
     name === undefined ? setOwn(sort) : sorts.set({ ...sorts.get(), [name]: sort });
   return [kept, set] as const;

@@ -31,8 +31,7 @@ export function useRows<Row>(props: RowsProps<Row>, held: boolean) {
   const state = useTableState(remember);
   const query = useStore(state, (one) => one.query);
   const setQuery = (next: string) => change(state, { query: next });
-  const [wanted, setSort] = useSort(remember, firstSort);
-  const sort = columns.some(({ id }) => id === wanted.column) ? wanted : firstSort;
+  const [sort, setSort] = useSort(remember, firstSort, columns);
   const language = locale();
   // Rows are put into words once, not at every key that is typed.
   const folded = useMemo(() => {
