@@ -41,7 +41,7 @@ export function TableBar<Row>({ label, rows, tools, onLeave }: BarProps<Row>) {
         {many && selection.keys.size > 0 && `, ${t('table.selected', { n: selection.keys.size })}`}
         {hidden > 0 && ` (${t('table.hidden', { n: hidden })})`}
       </span>
-      {held && <span class="muted small">{t('table.held')}</span>}
+      {held && <span class="held muted small">{t('table.held')}</span>}
       <div class="table-tools line">{tools}</div>
     </div>
   );
