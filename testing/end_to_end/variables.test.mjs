@@ -105,6 +105,8 @@ test('variables of the user: added, changed, deleted, and stored as text that Wi
       const changing = await dialogOf(page, `TEMP (${mine})`);
       await writeRegistry({ [kUser]: { TEMP: registryText('C:\\Installed') } });
       await changing.getByLabel(app.text('variables.value')).fill('C:\\Mine');
+      await page.keyboard.press('Escape');
+      await press(await named('hosts.discardTitle'), app.text('app.cancel'));
       await press(changing, save);
       const overwrite = await named('variables.changed', { name: 'TEMP' });
       await overwrite.getByText('C:\\Installed').waitFor();
@@ -133,6 +135,10 @@ test('variables of the user: added, changed, deleted, and stored as text that Wi
       await press(await named('variables.deleteTitle', { n: 2 }), verb);
       for (const one of ['Žluťoučký kůň', 'TMP']) await row(page, one, mine).waitFor({ state: 'detached' });
       assert.deepEqual(await readRegistry(kUser), { TEMP: 'expand:C:\\Mine' });
+      const deleted = app.text('variables.deleted', { name: '' }).trim();
+      await press(page.locator('.toast', { hasText: deleted }), app.text('app.undo'));
+      for (const one of ['Žluťoučký kůň', 'TMP']) await row(page, one, mine).waitFor();
+      assert.equal(await stored(kUser, 'Žluťoučký kůň'), 'expand:%USERPROFILE%\\Ďábelské "ódy"');
     },
   ));
 
@@ -160,6 +166,8 @@ test('a list of folders: order, missing ones, its text; and the machine through 
       await entries(dialog),
       parts.map((entry, i) => [entry, i === 1 ? missing : undefined]),
     );
+
+    await dialog.getByRole('button', { name: app.text('variables.removeUseless', { n: 1 }) }).waitFor();
 
     // Moved twice with the keyboard: the focus goes along.
     await dialog.getByRole('button', { name: app.text('variables.up', { n: 3 }) }).focus();

@@ -136,7 +136,7 @@ export const texts = {
   'variables.delete': ['Smazat', 'Delete'],
   'variables.save': ['Uložit', 'Save'],
   'variables.saved': ['Proměnná {name} uložena', 'Variable {name} saved'],
-  'variables.deleted': ['Proměnná {name} smazána', 'Variable {name} deleted'],
+  'variables.deleted': ['Smazáno: {name}', 'Deleted: {name}'],
   'variables.failed': [
     'Proměnnou {name} se nepodařilo změnit. {reason}',
     'The variable {name} could not be changed. {reason}',
@@ -159,9 +159,11 @@ export const texts = {
     { one: 'Delete {n} variable?', other: 'Delete {n} variables?' },
   ],
   'variables.deleteBody': [
-    'Programy, které s tím počítají, mohou přestat fungovat. Vrátit to nejde.',
-    'Programs that rely on this may stop working. This cannot be undone.',
+    'Programy, které s tím počítají, mohou přestat fungovat.',
+    'Programs that rely on this may stop working.',
   ],
+  'variables.discardBody': ['Proměnná zůstane, jak byla.', 'The variable stays as it was.'],
+  'variables.removeUseless': ['Odebrat chybějící a opakované ({n})', 'Remove missing and repeated ({n})'],
   'variables.equals': ['Název nesmí obsahovat znak =.', 'A name cannot contain the character =.'],
   'variables.exists': ['Taková proměnná už existuje.', 'There is such a variable already.'],
   'variables.asList': ['Upravit jako seznam', 'Edit as a list'],

@@ -36,6 +36,17 @@ export function VariableDialog({
         all.filter(({ scope }) => scope === now.scope).map(({ name }) => name),
       );
   const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
+  /** Esc is pressed in passing: what has been changed is not lost to it unasked. */
+  async function leave() {
+    const changed = now.value !== (before?.value ?? '') || (!before && now.name !== '');
+    const question = {
+      title: t('hosts.discardTitle'),
+      body: t('variables.discardBody'),
+      verb: t('hosts.discard'),
+      danger: true,
+    };
+    if (!changed || (await confirm(question))) onClose();
+  }
   async function save() {
     setSaving(true);
     // An installer may have added to it since it was read.
@@ -51,7 +62,7 @@ export function VariableDialog({
   return (
     <Dialog
       title={before ? `${before.name} (${scopeText(before)})` : t('variables.add')}
-      onClose={onClose}
+      onClose={() => void leave()}
       actions={
         <>
           <Button onClick={onClose}>{t('app.cancel')}</Button>

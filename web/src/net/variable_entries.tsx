@@ -1,8 +1,9 @@
 import { useEffect, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { Button, IconButton } from '../kit/button.tsx';
+import { createLookup } from '../shell/path_lookup.ts';
 import { isRepeated, joinList, pathOf, splitList } from './variable_values.ts';
-import { createLookup, type Variable } from './variables.ts';
+import type { Variable } from './variables.ts';
 
 /** The value as an ordered list. */
 export function Entries({
@@ -37,6 +38,8 @@ export function Entries({
     const parts = splitList(text);
     set(entries.toSpliced(i, 1, ...parts), i + parts.length - 1);
   }
+  const isUseless = (entry: string, i: number) => isRepeated(entries, i) || missing.has(entry);
+  const useless = entries.filter(isUseless).length;
   const swap = (i: number, j: number, nth: number) =>
     set(entries.with(i, entries[j]!).with(j, entries[i]!), j, nth);
   return (
@@ -77,7 +80,22 @@ export function Entries({
           );
         })}
       </ol>
-      <Button onClick={() => set([...entries, ''], entries.length)}>{t('variables.addEntry')}</Button>
+      <div class="buttons line">
+        <Button onClick={() => set([...entries, ''], entries.length)}>{t('variables.addEntry')}</Button>
+        {useless > 0 && (
+          <Button
+            icon="cleaning"
+            onClick={() =>
+              set(
+                entries.filter((entry, i) => !isUseless(entry, i)),
+                0,
+              )
+            }
+          >
+            {t('variables.removeUseless', { n: useless })}
+          </Button>
+        )}
+      </div>
     </>
   );
 }

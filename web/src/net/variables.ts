@@ -1,4 +1,3 @@
-import { nameOf, parentOf } from '../base/paths.ts';
 import { createSource } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
@@ -24,30 +23,34 @@ export const variables = createSource(async () => {
   );
 });
 
-/**
- * Looks whether paths are missing; each folder is listed once. A path is missing when the folder that would hold it is, or
- * lists others: without entries it may as well be closed to this user.
- */
-export function createLookup() {
-  const listings = new Map<string, Promise<Set<string>>>();
-  async function list(path: string) {
-    const reply = await host.request('getFolderContents', { path }).catch(() => undefined);
-    return new Set(reply?.items.map(({ name }) => name.toLowerCase()));
-  }
-  return async function isMissing(path: string): Promise<boolean> {
-    const parent = parentOf(path);
-    if (parent === undefined) return false;
-    if (!listings.has(parent)) listings.set(parent, list(parent));
-    const names = await listings.get(parent)!;
-    return !names.has(nameOf(path).toLowerCase()) && (names.size > 0 || isMissing(parent));
-  };
+/** Stores a variable and confirms that with a toast. Resolves to the reason if it fails. */
+export async function saveVariable(variable: Variable): Promise<string | undefined> {
+  const failure = await write(variable, false);
+  if (!failure) toast(t('variables.saved', { name: variable.name }));
+  return failure;
 }
 
-/** Stores or deletes a variable and confirms that with a toast. Resolves to the reason if it fails. */
-export async function saveVariable(
-  { scope, name, value }: Variable,
-  remove = false,
-): Promise<string | undefined> {
+/** Deletes variables and offers the way back. */
+export async function deleteVariables(list: readonly Variable[]) {
+  const gone: Variable[] = [];
+  for (const one of list) {
+    const failure = await write(one, true);
+    if (failure) toast(failure, { error: true });
+    else gone.push(one);
+  }
+  if (gone.length === 0) return;
+  const text = t('variables.deleted', { name: gone.map(({ name }) => name).join(', ') });
+  toast(text, { action: { label: t('app.undo'), run: () => void restore(gone) } });
+}
+
+async function restore(gone: readonly Variable[]) {
+  for (const one of gone) {
+    const failure = await saveVariable(one);
+    if (failure) toast(failure, { error: true });
+  }
+}
+
+async function write({ scope, name, value }: Variable, remove: boolean): Promise<string | undefined> {
   const data: RequestData['saveEnvVariable'] = {
     type: scope,
     name,
@@ -60,6 +63,5 @@ export async function saveVariable(
     const unexplained = t(scope === 'user' ? 'variables.refused' : 'variables.needsService');
     return t('variables.failed', { name, reason: errorText(error, unexplained) });
   }
-  toast(t(remove ? 'variables.deleted' : 'variables.saved', { name }));
   void variables.reload();
 }

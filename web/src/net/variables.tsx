@@ -6,9 +6,9 @@ import { useStore } from '../kit/hooks.ts';
 import { ListView } from '../kit/list_view.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
-import { toast } from '../kit/toast.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { VariableDialog } from './variable_dialog.tsx';
-import { saveVariable, scopeText, variableKey, variables, type Variable } from './variables.ts';
+import { deleteVariables, scopeText, variableKey, variables, type Variable } from './variables.ts';
 
 async function remove(list: Variable[]) {
   const agreed = await confirm({
@@ -19,16 +19,24 @@ async function remove(list: Variable[]) {
     verb: t('variables.delete'),
     danger: true,
   });
-  if (!agreed) return;
-  for (const one of list) {
-    const failure = await saveVariable(one, true);
-    if (failure) toast(failure, { error: true });
-  }
+  if (agreed) await deleteVariables(list);
 }
 
 const columns: Column<Variable>[] = [
   { id: 'name', title: 'app.name', value: ({ name }) => name, width: '16rem' },
-  { id: 'scope', title: 'variables.scope', value: scopeText, width: '9rem', drop: 1 },
+  {
+    id: 'scope',
+    title: 'variables.scope',
+    value: scopeText,
+    cell: (one) => (
+      <>
+        {scopeText(one)}
+        {one.scope === 'system' && <ServiceMark />}
+      </>
+    ),
+    width: '9rem',
+    drop: 1,
+  },
   { id: 'value', title: 'variables.value', value: ({ value }) => value },
 ];
 
