@@ -2,7 +2,17 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { asked, closeServiceDialog, look, openView, press, rowsOf, toastOf, withVarnel } from './harness.mjs';
+import {
+  asked,
+  closeServiceDialog,
+  look,
+  openView,
+  press,
+  rowsOf,
+  tick,
+  toastOf,
+  withVarnel,
+} from './harness.mjs';
 import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
 const kWindows = 'Software\\Microsoft\\Windows\\CurrentVersion';
@@ -88,7 +98,7 @@ test('items are switched for the user, and for everybody by the service', () => 
   const user = {
     Hvězdář: registryText(kStar),
     'Kite Sync': `expand:${kKite}`,
-    Notes: '"C:\\\\Tools\\\\notes.exe"',
+    Notes: '"C:\\\\windows\\\\notepad.exe"',
   };
   const machine = {
     Notes: '"C:\\\\Tools\\\\notes.exe -everyone"',
@@ -114,21 +124,22 @@ test('items are switched for the user, and for everybody by the service', () => 
         ).waitFor();
       const stored = (hive) => readRegistry(approved(hive));
       await openView(page, 'startup');
-      await page.getByRole('grid').waitFor();
+      const gone = text('startup.missing');
+      await page.getByText(gone).nth(2).waitFor();
       assert.deepEqual(
         (await rowsOf(page, /./)).map(([name, on, impact, scope, command]) => [
-          name,
+          name.replace(/\s*\n\s*/, ', '),
           on,
           impact,
           scope,
           command,
         ]),
         [
-          ['Hvězdář', 'high', 'user', kStar],
+          [`Hvězdář, ${gone}`, 'high', 'user', kStar],
           ['Kite Sync', 'medium', 'user', kKite],
-          ['Žárovka', 'medium', 'machine', 'C:\\Tools\\lamp updater.exe'],
-          ['Notes', 'low', 'user', 'C:\\Tools\\notes.exe'],
-          ['Notes', 'low', 'machine', 'C:\\Tools\\notes.exe -everyone'],
+          [`Žárovka, ${gone}`, 'medium', 'machine', 'C:\\Tools\\lamp updater.exe'],
+          ['Notes', 'low', 'user', 'C:\\windows\\notepad.exe'],
+          [`Notes, ${gone}`, 'low', 'machine', 'C:\\Tools\\notes.exe -everyone'],
         ].map(([name, impact, scope, command]) => [
           name,
           'true',
@@ -174,6 +185,12 @@ test('items are switched for the user, and for everybody by the service', () => 
         Object.keys(user),
         'switching deletes nothing',
       );
+
+      // Several at once.
+      for (const name of ['Hvězdář', 'Kite Sync']) await tick(page, /./, name);
+      await press(page, text('startup.turnOff', { n: 2 }));
+      await toastOf(page, text('startup.offSome', { n: 2 })).waitFor();
+      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOff, Hvězdář: kOff });
 
       // The service switches what is everybody's, in its own time, and what it did is looked at.
       const [lamp, notes] = ['Žárovka', 'Notes'].map((name) => [name, 'startup.machine']);

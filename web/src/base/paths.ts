@@ -16,6 +16,10 @@ export function parentOf(path: string): string | undefined {
   return path.slice(0, path.indexOf('\\') === at ? at + 1 : at);
 }
 
+/** Says whether a path names one place on a drive for certain: whole, as Windows spells it, with nothing to be replaced. */
+export const isPlainPath = (path: string) =>
+  /^[a-z]:(\\[^\\%~;:*?"<>|]+)+$/i.test(path) && !/[. ](\\|$)/.test(path);
+
 /** From the root to the folder itself. */
 export function crumbsOf(path: string): { name: string; path: string }[] {
   const parent = parentOf(path);

@@ -1,4 +1,5 @@
 // Environment variables whose value is a list, such as Path.
+import { isPlainPath } from '../base/paths.ts';
 
 /** Entries between semicolons; one inside quotes divides nothing. Joined again they give the same text. */
 export function splitList(value: string): string[] {
@@ -39,7 +40,7 @@ export function pathOf(entry: string, values: ReadonlyMap<string, string>): stri
   for (let depth = 0; depth < 4; ++depth)
     path = path.replace(/%([^%]+)%/g, (name, word) => values.get(word.toLowerCase()) ?? name);
   path = path.replace(/(.)\\+$/, '$1');
-  return /^[a-z]:(\\[^\\%~;:*?"<>|]+)+$/i.test(path) && !/[. ](\\|$)/.test(path) ? path : undefined;
+  return isPlainPath(path) ? path : undefined;
 }
 
 /** Why a new variable cannot have that name, among the names that there are. */

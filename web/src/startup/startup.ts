@@ -5,6 +5,8 @@ import { host } from '../bridge/host.ts';
 import type { Message } from '../bridge/protocol.ts';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
+import { createLookup } from '../shell/path_lookup.ts';
+import { fileOf } from './startup_command.ts';
 
 export type StartupItem = Message<'startup'>['items'][number];
 
@@ -16,37 +18,64 @@ export const startupKey = ({ scope, name }: StartupItem) => `${scope}\n${name}`;
 /** What is being switched, with the state that is wanted. */
 export const switching = createStore<ReadonlyMap<string, boolean>>(new Map());
 
-function mark(key: string, wanted?: boolean) {
+/** Keys of the items whose file is not on the disk. */
+export const missing = createStore<ReadonlySet<string>>(new Set());
+
+/** Looks for the files of the items; each folder is listed once. */
+export async function findMissing() {
+  const { data = [] } = startup.get();
+  const isMissing = createLookup();
+  const found = await Promise.all(
+    data.map(async (item) => {
+      const file = fileOf(item.command);
+      return file !== undefined && (await isMissing(file)) ? [startupKey(item)] : [];
+    }),
+  );
+  if (startup.get().data === data) missing.set(new Set(found.flat()));
+}
+
+function mark(items: readonly StartupItem[], wanted?: boolean) {
   const next = new Map(switching.get());
-  if (wanted === undefined) next.delete(key);
-  else next.set(key, wanted);
+  for (const item of items) {
+    if (wanted === undefined) next.delete(startupKey(item));
+    else next.set(startupKey(item), wanted);
+  }
   switching.set(next);
 }
 
 /** Switches, looks whether it holds, and offers the way back. */
-export async function switchItem(item: StartupItem, enabled: boolean) {
-  const { scope, name } = item;
-  const key = startupKey(item);
-  if (switching.get().has(key)) return;
-  mark(key, enabled);
-  const failed = (reason: string) =>
-    toast(t(enabled ? 'startup.onFailed' : 'startup.offFailed', { name, reason }), {
+export async function switchItems(items: readonly StartupItem[], enabled: boolean) {
+  const todo = items.filter((item) => !switching.get().has(startupKey(item)));
+  const asked: StartupItem[] = [];
+  const failed = (item: StartupItem, reason: string) =>
+    toast(t(enabled ? 'startup.onFailed' : 'startup.offFailed', { name: item.name, reason }), {
       error: true,
-      about: key,
+      about: startupKey(item),
     });
-  try {
-    await host.request('toggleStartupItem', { scope, name, enabled });
-    await startup.reload();
-    const now = startup.get().data?.find((other) => startupKey(other) === key);
-    // The host answers before Windows has agreed to store it.
-    if (now && now.enabled !== enabled) failed(t('startup.notStored'));
-    else
-      toast(t(enabled ? 'startup.on' : 'startup.off', { name }), {
-        about: key,
-        action: { label: t('app.undo'), run: () => void switchItem(item, !enabled) },
-      });
-  } catch (error) {
-    failed(errorText(error, t(scope === 'HKCU' ? 'startup.noList' : 'startup.needsService')));
+  mark(todo, enabled);
+  for (const item of todo) {
+    const { scope, name } = item;
+    try {
+      await host.request('toggleStartupItem', { scope, name, enabled });
+      asked.push(item);
+    } catch (error) {
+      failed(item, errorText(error, t(scope === 'HKCU' ? 'startup.noList' : 'startup.needsService')));
+    }
   }
-  mark(key);
+  if (asked.length > 0) await startup.reload();
+  const now = new Map(startup.get().data?.map((item) => [startupKey(item), item.enabled]));
+  // The host answers before Windows has agreed to store it.
+  const isStored = (item: StartupItem) => (now.get(startupKey(item)) ?? enabled) === enabled;
+  for (const item of asked) if (!isStored(item)) failed(item, t('startup.notStored'));
+  const done = asked.filter(isStored);
+  const [first] = done;
+  if (first) {
+    const text =
+      done.length === 1
+        ? t(enabled ? 'startup.on' : 'startup.off', { name: first.name })
+        : t(enabled ? 'startup.onSome' : 'startup.offSome', { n: done.length });
+    const action = { label: t('app.undo'), run: () => void switchItems(done, !enabled) };
+    toast(text, { about: startupKey(first), action });
+  }
+  mark(todo);
 }

@@ -1,14 +1,30 @@
-import { useEffect } from 'preact/hooks';
+import { useEffect, useMemo } from 'preact/hooks';
+import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
-import { IconButton } from '../kit/button.tsx';
+import { Button, IconButton } from '../kit/button.tsx';
+import { Chips } from '../kit/chips.tsx';
 import { copyText } from '../kit/clipboard.ts';
-import { Notice } from '../kit/data_view.tsx';
+import { DataView, Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
-import { ListView } from '../kit/list_view.tsx';
+import type { MenuItem } from '../kit/menu.tsx';
 import { Switch } from '../kit/switch.tsx';
 import type { Column } from '../kit/table/column.ts';
+import { useSelection } from '../kit/table/memory.ts';
+import { Table } from '../kit/table/table.tsx';
+import { explorerItem } from '../shell/explorer.ts';
+import { searchWeb } from '../shell/links.ts';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { View } from '../shell/view.tsx';
-import { startup, startupKey, switching, switchItem, type StartupItem } from './startup.ts';
+import { fileOf } from './startup_command.ts';
+import {
+  findMissing,
+  missing,
+  startup,
+  startupKey,
+  switching,
+  switchItems,
+  type StartupItem,
+} from './startup.ts';
 
 const reload = () => void startup.reload();
 
@@ -20,7 +36,13 @@ const impacts = {
 const impactOf = ({ impact }: StartupItem) => impacts[impact as keyof typeof impacts] ?? impacts.Low;
 
 const columns: Column<StartupItem>[] = [
-  { id: 'name', title: 'startup.name', value: ({ name }) => name },
+  {
+    id: 'name',
+    title: 'startup.name',
+    value: ({ name }) => name,
+    cell: (item) => <ItemName {...item} />,
+    width: '15rem',
+  },
   {
     id: 'on',
     title: 'startup.runs',
@@ -55,6 +77,7 @@ const columns: Column<StartupItem>[] = [
           icon="copy"
           label={t('startup.copyCommand', { name })}
           onClick={() => void copyText(command)}
+          inRow
         />
         <code title={command}>{command}</code>
       </span>
@@ -63,6 +86,24 @@ const columns: Column<StartupItem>[] = [
   },
 ];
 
+const isMachine = ({ scope }: StartupItem) => scope !== 'HKCU';
+
+/** Name, and what is to be known before it is switched. */
+function ItemName(item: StartupItem) {
+  const gone = useStore(missing).has(startupKey(item));
+  return (
+    <span class="startup-name line">
+      <span class="cut">{item.name}</span>
+      {gone && (
+        <span class="tag tag-warn" title={t('startup.missingHint', { file: fileOf(item.command) ?? '' })}>
+          {t('startup.missing')}
+        </span>
+      )}
+      {isMachine(item) && <ServiceMark />}
+    </span>
+  );
+}
+
 function ItemSwitch(item: StartupItem) {
   const wanted = useStore(switching).get(startupKey(item));
   return (
@@ -70,28 +111,118 @@ function ItemSwitch(item: StartupItem) {
       label={t('startup.switch', { name: item.name })}
       on={wanted ?? item.enabled}
       disabled={wanted !== undefined}
-      onToggle={(on) => void switchItem(item, on)}
+      onToggle={(on) => void switchItems([item], on)}
+      inRow
     />
   );
 }
 
+const kinds = {
+  all: () => true,
+  on: ({ enabled }: StartupItem) => enabled,
+  off: ({ enabled }: StartupItem) => !enabled,
+  high: (item: StartupItem) => impactOf(item) === impacts.High,
+  missing: (item: StartupItem) => missing.get().has(startupKey(item)),
+};
+type Kind = keyof typeof kinds;
+
+/** The kind of items that is shown; outlives the view. */
+const openedKind = createStore<Kind>('all');
+
 export function Startup() {
   useEffect(reload, []);
+  const state = useStore(startup);
+  useEffect(() => void findMissing(), [state.data]);
   return (
-    <View id="startup" refresh={reload} state={useStore(startup)}>
-      <ListView
+    <View id="startup" refresh={reload} state={state}>
+      <DataView
         source={startup}
-        label={t('view.startup')}
-        columns={columns}
-        rowKey={startupKey}
-        remember="startup"
-        sort={{ column: 'impact', descending: true }}
         nothing={<Notice icon="startup" title={t('startup.none')} hint={t('startup.noneHint')} />}
-        menu={([item]) =>
-          item ? [{ label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) }] : []
-        }
-        tools={<span class="muted small">{t('startup.impactHint')}</span>}
-      />
+      >
+        {(items) => <Items items={items} />}
+      </DataView>
+      <p class="startup-note muted small">
+        {t('startup.only')} {t('startup.impactHint')}
+      </p>
     </View>
   );
+}
+
+function Items({ items }: { items: StartupItem[] }) {
+  const chosen = useStore(openedKind);
+  const gone = useStore(missing);
+  const selection = useSelection('startup');
+  const chips = (Object.keys(kinds) as Kind[])
+    .map((id) => ({ id, title: t(`startup.kind.${id}`), count: items.filter(kinds[id]).length }))
+    .filter(({ id, count }) => id !== 'missing' || count > 0);
+  const kind = chips.some(({ id }) => id === chosen) ? chosen : 'all';
+  const rows = useMemo(() => items.filter(kinds[kind]), [items, kind, gone]);
+  return (
+    <Table
+      label={t('view.startup')}
+      rows={rows}
+      columns={columns}
+      rowKey={startupKey}
+      remember="startup"
+      sort={{ column: 'impact', descending: true }}
+      selection={selection}
+      menu={menuOf}
+      onActivate={(item) => void switchItems([item], !item.enabled)}
+      tools={(ticked) => (
+        <>
+          {ticked.length > 1 ? (
+            [true, false].map((on) => {
+              const todo = ticked.filter(({ enabled }) => enabled !== on);
+              return (
+                <Button disabled={todo.length === 0} onClick={() => void switchItems(todo, on)}>
+                  {t(on ? 'startup.turnOn' : 'startup.turnOff', { n: todo.length })}
+                </Button>
+              );
+            })
+          ) : (
+            <Chips
+              label={t('startup.kinds')}
+              chips={chips}
+              active={kind}
+              onChoose={(id) => openedKind.set(id)}
+            />
+          )}
+        </>
+      )}
+    />
+  );
+}
+
+function menuOf(items: StartupItem[]): MenuItem[] {
+  const [item] = items;
+  if (!item) return [];
+  const off = items.filter(({ enabled }) => enabled);
+  const on = items.filter(({ enabled }) => !enabled);
+  const all: MenuItem[] = [];
+  if (on.length > 0)
+    all.push({
+      label: t('startup.turnOn', { n: on.length }),
+      icon: 'play',
+      run: () => void switchItems(on, true),
+    });
+  if (off.length > 0)
+    all.push({
+      label: t('startup.turnOff', { n: off.length }),
+      icon: 'pause',
+      run: () => void switchItems(off, false),
+    });
+  if (items.length > 1) return all;
+  const file = fileOf(item.command);
+  const key = `${isMachine(item) ? 'HKLM' : 'HKCU'}\\${item.registryPath}`;
+  return [
+    ...all,
+    ...(file === undefined ? [] : [explorerItem(file)]),
+    {
+      label: t('startup.search'),
+      icon: 'search',
+      run: () => searchWeb(fileOf(item.command)?.replace(/.*\\/, '') ?? item.name),
+    },
+    { label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) },
+    { label: t('startup.copyKey'), icon: 'copy', run: () => void copyText(key) },
+  ];
 }
