@@ -82,11 +82,24 @@ test('what is typed into the hosts file survives every failure, and the rest kee
         line(9, 'hosts.twice', { word: 'A.EXAMPLE', first: 7 }),
       ]);
 
+      // Commented out and back the text is the same; finding counts.
+      const problemCount = (n) => page.getByText(app.text('hosts.problemCount', { n })).waitFor();
+      await press(page, app.text('hosts.commentLine', { line: 5 }));
+      await problemCount(1);
+      assert.ok((await editor.inputValue()).includes('\n#192.0.2.300 '));
+      await page.keyboard.press('Control+/');
+      await problemCount(2);
+      assert.equal(await editor.inputValue(), seen(kMixed));
+      await page.keyboard.press('Control+f');
+      await page.keyboard.type('EXAMPLE');
+      await page.keyboard.press('F3');
+      await page.getByText(app.text('table.count', { shown: 2, total: 5 })).waitFor();
+
       // A problem leads to its line, and what is typed there replaces it.
       await problems.first().click();
       await page.keyboard.type('192.0.2.3 spravne.example');
       await typeBehind('konec.example', '\n192.0.2.14 nový.example');
-      await page.getByText(app.text('hosts.problemCount', { n: 1 })).waitFor();
+      await problemCount(1);
       const want = `${kMixed.replace('192.0.2.300 spatne', '192.0.2.3 spravne')}\r\n192.0.2.14 nový.example`;
       await harness.look(app, 'developer-hosts-amethyst-cs');
 
@@ -158,6 +171,8 @@ test('development services and their commands; devices, the ones with a problem 
     ];
     await openView(page, 'developer');
     await openTab('services');
+    await page.getByText(app.text('services.away')).waitFor(); // no dialog but after an act of the user
+    await press(page, app.text('app.retry'));
     await closeServiceDialog(page);
     const refused = app.text('services.refused');
     await page.getByText(refused).waitFor();
@@ -165,8 +180,7 @@ test('development services and their commands; devices, the ones with a problem 
       get_dev_services: { reply: { success: true, services } },
       control_dev_service: { chunks: [{ reply: { success: true }, delay_ms: 1500 }] },
     });
-    await openTab('hosts'); // what could not be loaded is asked for again on the way back
-    await openTab('services');
+    await press(page, app.text('app.retry'));
     const label = app.text('developer.services');
     await page.getByRole('grid', { name: label }).waitFor();
     const [start, stop, restart] = ['start', 'stop', 'restart'].map((verb) => app.text(`services.${verb}`));
@@ -187,15 +201,16 @@ test('development services and their commands; devices, the ones with a problem 
       .getByRole('img', { name: app.text('diagnostics.running') })
       .waitFor();
     await row('Redis').getByRole('button').click({ force: true });
-    await toastOf(page, app.text('services.done', { verb: start, title: 'Nginx' })).waitFor();
+    await toastOf(page, app.text('services.start.done', { title: 'Nginx' })).waitFor();
     await press(row('MariaDB'), stop);
-    const question = { verb: stop, title: 'MariaDB' };
-    await press(await dialogOf(page, app.text('services.title', question)), app.text('app.cancel'));
+    const title = 'MariaDB';
+    const question = app.text('services.stop.title', { title });
+    await press(await dialogOf(page, question), app.text('app.cancel'));
     assert.deepEqual(await commands(), ['start'], 'nothing happens before the user agrees');
     await app.scriptService({ control_dev_service: { reply: { success: false } } });
     await press(row('MariaDB'), stop);
-    await press(await dialogOf(page, app.text('services.title', question)), stop);
-    const failed = app.text('services.failed', { ...question, reason: refused });
+    await press(await dialogOf(page, question), stop);
+    const failed = app.text('services.stop.failed', { title, reason: refused });
     await toastOf(page, failed, 'alert').waitFor();
     assert.deepEqual(await commands(), ['start', 'stop']);
     assert.equal((await rowsOf(page, label)).length, 3, 'what was known stays');

@@ -4,6 +4,7 @@ import type { Readable } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { useStore } from '../kit/hooks.ts';
 import { panelOf, Tabs } from '../kit/tabs.tsx';
+import { status } from '../shell/status.ts';
 import { View } from '../shell/view.tsx';
 import { openedPart, type Part } from './developer.ts';
 import { devices } from './devices.ts';
@@ -29,9 +30,12 @@ export function Developer() {
   const { source, reload = source.reload, Panel } = parts[part];
   const state = useStore(source);
   // Asked for when it is looked at, until it is there: two of them need the helper service or many seconds.
+  // Without the service its dialog would open, so that list waits for the service, or for the user.
+  const active = useStore(status, ({ data }) => data?.serviceActive === true);
+  const wanted = source !== services || active;
   useEffect(() => {
-    if (!source.get().data) void source.reload();
-  }, [source]);
+    if (wanted && !source.get().data) void source.reload();
+  }, [source, wanted]);
   return (
     <View id="developer" refresh={() => void reload()} state={state}>
       <div class="tabbed">

@@ -20,27 +20,43 @@ function familyOf(address: string): 4 | 6 | undefined {
 const isName = (word: string) =>
   word.length <= 255 && /^[\p{L}\p{M}\p{N}_-]+(\.[\p{L}\p{M}\p{N}_-]+)*\.?$/u.test(word);
 
-/** A name may have one address of each family; the first one counts. */
-export function checkHosts(lines: readonly string[]): Problem[] {
+const slice = 2000; // lines: some milliseconds
+
+/** Checks a slice of the lines at each step, and returns what is wrong. */
+export function* checkSlices(lines: readonly string[]): Generator<void, Problem[]> {
   const problems: Problem[] = [];
   const seen = new Map<string, number>();
-  lines.forEach((text, index) => {
-    const words = text.replace(/#.*/s, '').match(/\S+/g);
-    if (!words) return;
-    const line = index + 1;
-    const [address = '', ...names] = words;
-    const family = familyOf(address);
-    if (!family) return problems.push({ line, kind: 'address', word: address });
-    if (names.length === 0) return problems.push({ line, kind: 'noName', word: address });
-    for (const word of names) {
-      const key = `${family} ${word.toLowerCase()}`;
-      const first = seen.get(key);
-      if (!isName(word)) problems.push({ line, kind: 'name', word });
-      else if (first !== undefined) problems.push({ line, kind: 'twice', word, first });
-      else seen.set(key, line);
-    }
-  });
+  for (let from = 0; from < lines.length; from += slice) {
+    if (from > 0) yield;
+    lines.slice(from, from + slice).forEach((text, i) => checkLine(text, from + i + 1, seen, problems));
+  }
   return problems;
+}
+
+/** What is wrong in the lines, all at once. */
+export function checkHosts(lines: readonly string[]): Problem[] {
+  const check = checkSlices(lines);
+  for (;;) {
+    const step = check.next();
+    if (step.done) return step.value;
+  }
+}
+
+/** A name may have one address of each family; the first one counts. */
+function checkLine(text: string, line: number, seen: Map<string, number>, problems: Problem[]) {
+  const words = text.replace(/#.*/s, '').match(/\S+/g);
+  if (!words) return;
+  const [address = '', ...names] = words;
+  const family = familyOf(address);
+  if (!family) return problems.push({ line, kind: 'address', word: address });
+  if (names.length === 0) return problems.push({ line, kind: 'noName', word: address });
+  for (const word of names) {
+    const key = `${family} ${word.toLowerCase()}`;
+    const first = seen.get(key);
+    if (!isName(word)) problems.push({ line, kind: 'name', word });
+    else if (first !== undefined) problems.push({ line, kind: 'twice', word, first });
+    else seen.set(key, line);
+  }
 }
 
 const lineEnd = /\r\n|\r|\n/g;

@@ -38,8 +38,9 @@ export const startText = (start: string) => {
 export async function control(service: ServiceRow, command: string) {
   const { title, type = '' } = service;
   const verb = commandText(command);
+  const known = isKnown(command) ? command : 'other';
   const question = {
-    title: t('services.title', { verb, title }),
+    title: t(`services.${known}.title`, { title, verb }),
     body: isKnown(command) ? t('services.body') : '',
     verb,
   };
@@ -49,11 +50,10 @@ export async function control(service: ServiceRow, command: string) {
   const stop = host.on('show_service_error_modal', () => (missing = true));
   try {
     await host.request('controlDevService', { service_type: type, command });
-    toast(t('services.done', { verb, title }));
+    toast(t(`services.${known}.done`, { title, verb }));
   } catch (error) {
-    toast(t('services.failed', { verb, title, reason: errorText(error, t('services.refused')) }), {
-      error: true,
-    });
+    const reason = errorText(error, t('services.refused'));
+    toast(t(`services.${known}.failed`, { title, verb, reason }), { error: true });
   }
   stop();
   if (!missing) await services.reload(); // else its dialog would only open a second time

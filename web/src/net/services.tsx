@@ -1,8 +1,10 @@
 import { t } from '../base/text.ts';
+import { Button } from '../kit/button.tsx';
 import { Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { ListView } from '../kit/list_view.tsx';
 import type { Column } from '../kit/table/column.ts';
+import { status } from '../shell/status.ts';
 import {
   commanded,
   commandText,
@@ -61,6 +63,16 @@ const columns: Column<ServiceRow>[] = [
 ];
 
 export function Services() {
+  const { phase } = useStore(services);
+  const known = useStore(status, (state) => state.phase === 'failed' || state.data?.serviceActive === false);
+  if (phase === 'idle' && known)
+    return (
+      <Notice icon="service" title={t('services.away')} hint={t('services.awayHint')}>
+        <Button icon="refresh" onClick={() => void services.reload()}>
+          {t('app.retry')}
+        </Button>
+      </Notice>
+    );
   return (
     <ListView
       source={services}

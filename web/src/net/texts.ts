@@ -1,8 +1,8 @@
 export const texts = {
   'network.ports': ['Otevřené porty', 'Open ports'],
   'network.portsHint': [
-    'Porty TCP, na kterých naslouchá nějaký program',
-    'TCP ports on which a program is listening',
+    'Porty TCP, na kterých čeká nějaký program',
+    'TCP ports on which a program waits for connections',
   ],
   'network.port': ['Port', 'Port'],
   'network.address': ['Adresa', 'Address'],
@@ -14,8 +14,8 @@ export const texts = {
   'network.copy': ['Kopírovat adresu', 'Copy address'],
   'network.none': ['Žádný port se nenašel', 'No port was found'],
   'network.noneHint': [
-    'Buď na žádném portu nic nenaslouchá, nebo nástroj netstat v tomto systému chybí či píše stavy jinak než anglicky.',
-    'Either nothing is listening, or the netstat tool is missing from this system or prints states in another language than English.',
+    'Buď na žádném nikdo nečeká, nebo nástroj netstat v tomto systému chybí či píše stavy jinak než anglicky.',
+    'Either nothing waits on any, or the netstat tool is missing from this system or prints states in another language than English.',
   ],
 
   'reach.machine': ['jen tento počítač', 'this machine only'],
@@ -26,10 +26,10 @@ export const texts = {
     'Connections are possible from this machine only.',
   ],
   'reach.all.hint': [
-    'Naslouchá na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
-    'Listens on every network interface. If the firewall allows it, others can connect too.',
+    'Čeká na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
+    'Waits on every network interface. If the firewall allows it, others can connect too.',
   ],
-  'reach.address.hint': ['Naslouchá jen na této adrese.', 'Listens on this address only.'],
+  'reach.address.hint': ['Čeká jen na této adrese.', 'Waits on this address only.'],
 
   'diagnostics.title': ['Diagnostika spojení', 'Connection check'],
   'diagnostics.target': ['Název nebo adresa', 'Name or address'],
@@ -42,9 +42,9 @@ export const texts = {
     'Ping sends four requests and measures the response. A DNS query finds the addresses of a name.',
   ],
   'diagnostics.running': ['Běží…', 'Running…'],
-  'diagnostics.stop': ['Přestat zobrazovat', 'Hide output'],
+  'diagnostics.stop': ['Přestat zobrazovat', 'Stop showing'],
   'diagnostics.owed': [
-    'Předchozí nástroj ještě dobíhá na pozadí, proto nemusí být poznat, kdy tento skončí.',
+    'Předchozí nástroj ještě dobíhá na pozadí, proto se konec tohoto nemusí poznat.',
     'The tool before is still finishing in the background, so the end of this one may go unnoticed.',
   ],
   'diagnostics.stopped': [
@@ -64,8 +64,8 @@ export const texts = {
     'No reply came, or the name does not exist.',
   ],
   'exit.asked': [
-    'Dotaz proběhl. Jestli název existuje, zjistíte z výpisu, ne z kódu.',
-    'The query ran. The output, not the code, tells whether the name exists.',
+    'Dotaz proběhl. Zda název existuje, říká výpis, ne kód.',
+    'The query was made. Whether the name exists is in the output, not in the code.',
   ],
   'exit.failed': ['Nástroj skončil chybou.', 'The tool ended with an error.'],
   'exit.early': [
@@ -90,6 +90,12 @@ export const texts = {
     'Soubor hosts se načte znovu tak, jak je na disku.',
     'The hosts file is loaded again as it is on the disk.',
   ],
+  'hosts.find': ['Najít v souboru hosts', 'Find in the hosts file'],
+  'hosts.findHint': ['Najít (Ctrl+F)', 'Find (Ctrl+F)'],
+  'hosts.next': ['Další (F3)', 'Next (F3)'],
+  'hosts.previous': ['Předchozí (Shift+F3)', 'Previous (Shift+F3)'],
+  'hosts.comment': ['Zakomentovat', 'Comment out'],
+  'hosts.commentLine': ['Zakomentovat řádek {line}', 'Comment out line {line}'],
   'hosts.clean': ['Beze změn', 'No changes'],
   'hosts.dirty': ['Změny nejsou uložené (Ctrl+S)', 'Changes are not saved (Ctrl+S)'],
   'hosts.unsaved': ['neuloženo', 'unsaved'],
@@ -199,16 +205,42 @@ export const texts = {
   'services.starts.delayed': ['spouští se chvíli po startu Windows', 'starts a while after Windows'],
   'services.starts.manual': ['spouští se ručně', 'started by hand'],
   'services.starts.disabled': ['zakázaná', 'disabled'],
-  'services.title': ['{verb}: {title}?', '{verb}: {title}?'],
+  'services.away': ['Vývojářské služby teď nelze zjistit', 'Developer services cannot be listed now'],
+  'services.awayHint': [
+    'Hlásí je pomocná služba, a ta neběží.',
+    'The helper service reports them, and it is not running.',
+  ],
+  'services.start.title': ['Spustit službu {title}?', 'Start the service {title}?'],
+  'services.stop.title': ['Zastavit službu {title}?', 'Stop the service {title}?'],
+  'services.restart.title': ['Restartovat službu {title}?', 'Restart the service {title}?'],
+  'services.other.title': ['Poslat službě {title} příkaz „{verb}“?', 'Send “{verb}” to the service {title}?'],
+  'services.start.done': ['Služba {title} spuštěna', 'Service {title} started'],
+  'services.stop.done': ['Služba {title} zastavena', 'Service {title} stopped'],
+  'services.restart.done': ['Služba {title} restartována', 'Service {title} restarted'],
+  'services.other.done': ['Služba {title} přijala příkaz „{verb}“', 'The service {title} has taken “{verb}”'],
+  'services.start.failed': [
+    'Službu {title} se nepodařilo spustit. {reason}',
+    'The service {title} could not be started. {reason}',
+  ],
+  'services.stop.failed': [
+    'Službu {title} se nepodařilo zastavit. {reason}',
+    'The service {title} could not be stopped. {reason}',
+  ],
+  'services.restart.failed': [
+    'Službu {title} se nepodařilo restartovat. {reason}',
+    'The service {title} could not be restarted. {reason}',
+  ],
+  'services.other.failed': [
+    'Příkaz „{verb}“ pro službu {title} se nezdařil. {reason}',
+    '“{verb}” failed for the service {title}. {reason}',
+  ],
   'services.body': [
     'Co se službou právě pracuje, ztratí spojení.',
     'Whatever works with the service now loses its connection.',
   ],
-  'services.done': ['{verb}: {title}, hotovo', '{verb}: {title}, done'],
-  'services.failed': ['{verb}: {title} se nepovedlo. {reason}', '{verb}: {title} did not succeed. {reason}'],
   'services.refused': [
-    'Vývojářské služby spravuje pomocná služba, a ta požadavek nesplnila.',
-    'Developer services are managed by the helper service, and it did not fulfil the request.',
+    'Vývojářské služby spravuje pomocná služba a požadavek nesplnila.',
+    'Developer services are managed by the helper service, which did not carry out the request.',
   ],
   'services.none': [
     'Pomocná služba žádnou vývojářskou službu nehlásí',
