@@ -60,21 +60,3 @@ inline void SetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& 
                       static_cast<DWORD>(data.bytes.size())) != ERROR_SUCCESS)
     throw std::runtime_error("the registry refuses a value");
 }
-
-// Of type REG_NONE when there is no such value.
-inline RegistryData GetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name) {
-  RegistryKey key;
-  RegistryData data = {REG_NONE, std::string(65536, '\0')};
-  auto size_bytes = static_cast<DWORD>(data.bytes.size());
-  if (RegOpenKeyExW(hive, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS ||
-      RegQueryValueExW(key.get(), name.c_str(), nullptr, &data.type,
-                       reinterpret_cast<BYTE*>(data.bytes.data()), &size_bytes) != ERROR_SUCCESS)
-    return {};
-  data.bytes.resize(size_bytes);
-  return data;
-}
-
-inline bool KeyExists(HKEY hive, const wchar_t* path) {
-  RegistryKey key;
-  return RegOpenKeyExW(hive, path, 0, KEY_READ, key.put()) == ERROR_SUCCESS;
-}

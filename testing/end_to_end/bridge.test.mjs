@@ -7,16 +7,12 @@ import { copyInto, registryText, standIn, withRegistry } from './wine.mjs';
 
 const kNoPage = { page: false };
 
-// Sends `message` and gives the exact texts that come back before the reply to a request sent after it.
-async function repliesTo(app, message) {
+// Sends a message and compares the exact texts that come back before the reply to a request sent after it.
+async function expectReplies(app, message, want, name = message) {
   const from = app.texts.length;
   await app.send(message);
   await app.request('testBridge');
-  return app.texts.slice(from, -1);
-}
-
-async function expectReplies(app, message, want, name = message) {
-  const got = await repliesTo(app, message);
+  const got = app.texts.slice(from, -1);
   assert.equal(got.length, want.length, `${name} gave ${got}`);
   got.forEach((text, i) =>
     want[i] instanceof RegExp ? assert.match(text, want[i]) : assert.equal(text, want[i], name),
@@ -32,9 +28,11 @@ test('the envelope, through the real window', () =>
   withVarnel(kNoPage, async (app) => {
     const deep = (open, close) =>
       `{"action":"testBridge","requestId":9,"data":${open.repeat(10_000)}1${close.repeat(10_000)}}`;
+    const long = `{"action":"testBridge","requestId":9,"data":"${'ž'.repeat(5 << 20)}"}`;
+    // The settings file's indentation grows with the square of the depth: 36 MB here.
+    const settings = `{"action":"saveSettings","data":${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}}`;
     for (const [message, want, name] of [
       ['{"action":"testBridge","requestId":7,"data":{}}', [testBridgeReply(7)]],
-      ['{"action":"testBridge"}', [testBridgeReply(0)]],
       ['{"action":"testBridge","requestId":3.9}', [testBridgeReply(3)]],
       ['{"action":"testBridge","requestId":"7"}', [typeError('number', 'string')]],
       ['{"action":"openUrl","url":1}', [typeError('string', 'number')]],
@@ -42,26 +40,14 @@ test('the envelope, through the real window', () =>
       ['{"action":"noSuchAction","requestId":1}', []],
       ['{"action":"quickAction","requestId":3,"data":{"type":"other"}}', []],
       ['[1,2]', []],
-      // A lone surrogate becomes U+FFFD on its way to UTF-8; the same surrogate as an escape is not JSON.
-      ['{"action":"testBridge","requestId":8,"data":"\ud800"}', [testBridgeReply(8)]],
-      ['\udc00', [kParseError]],
+      [null, [], 'what is no string'],
       ['{"action":"testBridge","data":"\\ud800"}', [kParseError]],
       ['', [kParseError]],
-      [
-        JSON.stringify({ action: 'testBridge', requestId: 9, data: 'ž'.repeat(5 << 20) }),
-        [testBridgeReply(9)],
-        '10 MB',
-      ],
+      [long, [testBridgeReply(9)], '10 MB'],
       [deep('[', ']'), [testBridgeReply(9)], 'arrays in arrays'],
       [deep('{"a":', '}'), [testBridgeReply(9)], 'objects in objects'],
-      [deep('[', ''), [kParseError], 'open brackets'],
       ['['.repeat(1_000_000), [/"type":"error"/], 'a million brackets'],
-      // The settings file's indentation grows with the square of the depth: 36 MB here.
-      [
-        `{"action":"saveSettings","data":${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}}`,
-        [/"type":"(saveSettings|error)"/],
-        'deep settings',
-      ],
+      [settings, [/"type":"(saveSettings|error)"/], 'deep settings'],
     ])
       await expectReplies(app, message, want, name);
   }));
@@ -70,40 +56,22 @@ test('the envelope, through the real window', () =>
 test('a request without a required field is refused before any work begins', () =>
   withVarnel(kNoPage, async (app) => {
     const from = app.texts.length;
-    const rows = Object.entries({
-      saveEnvVariable: 'string',
-      saveHostsFile: 'string',
-      controlDevService: 'string',
-      runPingDiagnostic: 'string',
-      killProcess: 'number',
-      deleteSpecificFiles: 'array',
-      toggleStartupItem: 'string',
-      toggleScheduleClean: 'boolean',
-      uninstallApp: 'string',
-      findLeftovers: 'string',
-      cleanLeftovers: 'array',
-      startDiskAnalysis: 'string',
-      getFolderContents: 'string',
-      installSoftware: 'string',
-      installDriver: 'string',
-      quickAction: 'string',
-    });
+    const text =
+      'saveEnvVariable saveHostsFile controlDevService runPingDiagnostic toggleStartupItem uninstallApp';
+    const more =
+      'findLeftovers startDiskAnalysis getFolderContents installSoftware installDriver quickAction';
+    const rows = [
+      ...`${text} ${more}`.split(' ').map((action) => [action, 'string']),
+      ['killProcess', 'number'],
+      ['toggleScheduleClean', 'boolean'],
+      ['deleteSpecificFiles', 'array'],
+      ['cleanLeftovers', 'array'],
+    ];
     for (const [action, type] of rows)
       await expectReplies(app, `{"action":"${action}","requestId":3,"data":{}}`, [typeError(type, 'null')]);
     await new Promise((resolve) => setTimeout(resolve, 300));
     await app.request('testBridge');
     assert.equal(app.texts.length, from + 2 * rows.length + 1, 'nothing comes from a worker');
-  }));
-
-test('a message that is not a string is ignored', () =>
-  withVarnel({}, async (app) => {
-    const from = app.texts.length;
-    await app.page.evaluate(() => window.chrome.webview.postMessage({ action: 'testBridge', requestId: 77 }));
-    await app.request('testBridge');
-    assert.equal(
-      app.messages.slice(from).some(({ requestId }) => requestId === 77),
-      false,
-    );
   }));
 
 test('a thousand requests are answered in order', () =>
@@ -135,52 +103,39 @@ test('an action started twice runs twice at the same time', () => {
 
 const kHosts = 'C:\\windows\\system32\\drivers\\etc\\hosts';
 const kServices = [{ name: 'Peat DB', service_type: 'peatdb', status: 'stopped', commands: ['start'] }];
-// [action, data, what the service is asked, with which data, what else it answers and the reply then has, what
-// the reply has without the service]
-const kServiceActions = (bin) => [
-  ['toggleScheduleClean', { enabled: true }, 0, { enabled: true, exePath: `${bin}\\Varnel.exe` }],
-  ['toggleScheduleClean', { enabled: false }, 0, { enabled: false, exePath: `${bin}\\Varnel.exe` }],
+const kFolder = 'C:\\Program Files\\Varnel Žluť';
+// [action, data, what the service is asked, with which data (no word: the same), what else it answers and the reply
+// then has, what the reply has without the service]
+const kServiceActions = (exePath) => [
+  ['toggleScheduleClean', { enabled: true }, 0, { enabled: true, exePath }],
+  ['toggleScheduleClean', { enabled: false }, 0, { enabled: false, exePath }],
   [
-    'toggleStartupItem',
-    { scope: 'HKLM', name: 'Žlutý "x"', enabled: false },
-    'toggleHKLMStartup',
-    { name: 'Žlutý "x"', enable: false },
+    ...['toggleStartupItem', { scope: 'HKLM', name: 'Žlutý "x"', enabled: false }],
+    ...['toggleHKLMStartup', { name: 'Žlutý "x"', enable: false }],
   ],
   ['getHostsFile', {}, 'get_hosts_file', {}, { content: 'a\r\nž' }, { content: '' }],
-  ['saveHostsFile', { content: 'a\r\nž' }, 'save_hosts_file', { content: 'a\r\nž' }],
-  ['saveHostsFile', { content: 'x'.repeat(100_000) }, 'save_hosts_file', { content: 'x'.repeat(100_000) }],
+  ['saveHostsFile', { content: 'a\r\nž'.repeat(20_000) }, 'save_hosts_file'],
   [
-    'saveEnvVariable',
-    { type: 'system', name: 'N', value: 'v', is_delete: true },
-    'save_system_env',
-    { name: 'N', value: 'v', is_delete: true },
+    ...['saveEnvVariable', { type: 'system', name: 'N', value: 'v', is_delete: true }],
+    ...['save_system_env', { name: 'N', value: 'v', is_delete: true }],
   ],
   [
-    'saveEnvVariable',
-    { type: 'USER', name: 'N', value: '', is_delete: false },
-    'save_system_env',
-    { name: 'N', value: '', is_delete: false },
+    ...['saveEnvVariable', { type: 'USER', name: 'N', value: '', is_delete: false }],
+    ...['save_system_env', { name: 'N', value: '', is_delete: false }],
   ],
   ['getDevServices', {}, 'get_dev_services', {}, { services: kServices }, { services: [] }],
-  [
-    'controlDevService',
-    { service_type: 'peatdb', command: 'start' },
-    'control_dev_service',
-    { service_type: 'peatdb', command: 'start' },
-  ],
-  ['setHibernation', { enabled: true }, 'set_hibernation', { enabled: true }],
+  ['controlDevService', { service_type: 'peatdb', command: 'start' }, 'control_dev_service'],
+  ['setHibernation', { enabled: true }, 'set_hibernation'],
   ['quickAction', { type: 'safemode-reboot' }, 'safemodeReboot', {}],
   [
     'cleanLeftovers',
-    { items: [{ type: 'directory', path: 'C:\\Program Files\\Varnel Žluť' }] },
+    { items: [{ type: 'directory', path: kFolder }] },
     'cleanLeftoverPath',
-    { path: 'C:\\Program Files\\Varnel Žluť' },
+    { path: kFolder },
   ],
   [
-    'cleanLeftovers',
-    { items: [{ type: 'registry', path: 'HKLM\\Software\\Varnel Žluť' }] },
-    'cleanHKLMRegistry',
-    { subKey: 'Software\\Varnel Žluť' },
+    ...['cleanLeftovers', { items: [{ type: 'registry', path: 'HKLM\\Software\\Varnel Žluť' }] }],
+    ...['cleanHKLMRegistry', { subKey: 'Software\\Varnel Žluť' }],
   ],
 ];
 
@@ -192,7 +147,7 @@ test('actions of the helper service: absent, willing, and saying nothing of succ
     },
     async (app) => {
       const holder = await app.startTool('holder'); // so that only the service can read the hosts file
-      const rows = kServiceActions(`${app.folder.windows}\\bin`);
+      const rows = kServiceActions(`${app.folder.windows}\\bin\\Varnel.exe`);
       // Each row's reply, and whether the page was told that the service is away.
       const run = async (service, success, more) => {
         if (service) await (app.service ? app.scriptService(service) : app.startService(service));
@@ -208,14 +163,14 @@ test('actions of the helper service: absent, willing, and saying nothing of succ
         }
       };
       await run(undefined, false, (row) => row[5]);
-      const answers = rows.map(([action, , name, , more]) => [
-        name || action,
+      const answers = rows.map(([action, , asked, , more]) => [
+        asked || action,
         { reply: { success: true, ...more } },
       ]);
       await run(Object.fromEntries(answers), true, (row) => row[4]);
       assert.deepEqual(
         await app.serviceRequests(),
-        rows.map(([action, , name, data]) => ({ action: name || action, data })),
+        rows.map(([action, given, asked, data = given]) => ({ action: asked || action, data })),
       );
       await run({ '*': { reply: { done: true } } }, false, (row) => row[5]);
       holder.kill('SIGKILL');
@@ -225,24 +180,17 @@ test('actions of the helper service: absent, willing, and saying nothing of succ
 test('what the helper service may answer', () =>
   withVarnel({ ...kNoPage, service: {} }, async (app) => {
     const ask = async () => (await app.request('toggleScheduleClean', { enabled: true })).success;
+    const pieces = ['{"succ', 'ess":tr', 'ue}\n'].map((text) => ({ text, delay_ms: 50 }));
+    const hex = Buffer.from('{"success":true,"x":"\xf8"}\n', 'latin1').toString('hex');
     for (const [name, answer, want] of [
       ['no line feed at the end', { text: '{"success":true}' }, true],
-      [
-        'in pieces',
-        { chunks: [{ text: '{"succ' }, { text: 'ess":tr', delay_ms: 50 }, { text: 'ue}\n', delay_ms: 50 }] },
-        true,
-      ],
+      ['in pieces', { chunks: pieces }, true],
       ['two lines, left open', { text: '{"success":true}\n{"success":false}\n', hold_open: true }, true],
       ['10 kB', { reply: { content: 'x'.repeat(10_000), success: true } }, true],
       ['a text for success', { reply: { success: 'true' } }, false],
       ['no object', { text: '[true]\n' }, false],
       ['cut', { text: '{"success":tr' }, false],
-      [
-        'bytes that are no UTF-8',
-        { hex: Buffer.from('{"success":true,"x":"\xf8"}\n', 'latin1').toString('hex') },
-        false,
-      ],
-      ['an empty line', { text: '\n' }, false],
+      ['bytes that are no UTF-8', { hex }, false],
       ['closed at once', {}, false],
     ]) {
       await app.scriptService({ '*': answer });
@@ -254,14 +202,15 @@ test('what the helper service may answer', () =>
     assert.deepEqual(await Promise.all(Array.from({ length: 5 }, ask)), Array(5).fill(true));
 
     const line = (record) => ({ text: `${typeof record === 'string' ? record : JSON.stringify(record)}\n` });
-    const said = (message) => ({ type: 'stdout', message });
-    const exit = { type: 'exit', code: 0 };
+    const [a, exit] = [
+      { type: 'stdout', message: 'a' },
+      { type: 'exit', code: 3010 },
+    ];
     for (const [name, records, lines, code] of [
-      ['whole', [said('Žluť 1'), said(''), { type: 'exit', code: 3010 }], ['Žluť 1', ''], 3010],
-      ['what is no record', [{ type: 'progress' }, 'noise', '', said('a'), exit], ['a'], 0],
-      ['after the exit', [exit, said('late')], [], 0],
-      ['a mistyped record ends it', [said('a'), { type: 5 }, exit], ['a']],
-      ['closed before the exit', [said('a')], ['a']],
+      ['what is no record', [{ type: 'progress' }, 'noise', '', a, exit], ['a'], 3010],
+      ['after the exit', [exit, a], [], 3010],
+      ['a mistyped record ends it', [a, { type: 5 }, exit], ['a']],
+      ['closed before the exit', [a], ['a']],
     ]) {
       await app.scriptService({ sfcVerify: { chunks: records.map(line) }, '*': {} });
       const from = app.messages.length;
@@ -291,40 +240,33 @@ test('a service that is always busy counts as not running', () =>
 
 test('openUrl opens the url of the envelope and never that of the data', () =>
   withVarnel({ ...kNoPage, tools: { 'opener.exe': {} } }, async (app) => {
-    // Of the prefix's machine: Wine finds no scheme of the user.
-    const kScheme = 'HKLM\\Software\\Classes\\varneltest';
+    const kScheme = 'HKLM\\Software\\Classes\\varneltest'; // of the machine: Wine finds no scheme of the user
     const command = registryText(`${app.folder.windows}\\bin\\opener.exe "%1"`);
     const keys = {
       [kScheme]: { 'URL Protocol': '""' },
       [`${kScheme}\\shell\\open\\command`]: { '': command },
     };
     await withRegistry(keys, async () => {
-      for (const action of ['openUrl', 'openMailto']) {
-        assert.equal((await app.request(action, { url: `varneltest:data${action}` })).success, true);
-        assert.equal((await app.request(action, {}, { url: `varneltest:envelope${action}` })).success, true);
-      }
-      const calls = await app.until(async () => {
-        const lines = await app.toolCalls('opener');
-        return lines.length >= 2 && lines;
-      }, 'both to be opened');
-      assert.deepEqual(calls.map((line) => /varneltest:\w+/.exec(line)?.[0]).toSorted(), [
-        'varneltest:envelopeopenMailto',
-        'varneltest:envelopeopenUrl',
-      ]);
+      for (const action of ['openUrl', 'openMailto'])
+        for (const place of [[{ url: `varneltest:data${action}` }], [{}, { url: `varneltest:${action}` }]])
+          assert.equal((await app.request(action, ...place)).success, true);
+      const opened = async () =>
+        (await app.toolCalls('opener')).map((line) => /varneltest:\w+/.exec(line)?.[0]);
+      await app.until(async () => (await opened()).length >= 2, 'both to be opened');
+      assert.deepEqual((await opened()).toSorted(), ['varneltest:openMailto', 'varneltest:openUrl']);
     });
   }));
 
 test('the first telemetry has nothing to compare with; debugSystem goes on from it', () =>
   withVarnel(kNoPage, async (app) => {
-    const { cpu, download, upload, cpuTemp, gpuTemp } = await app.request('getTelemetry');
-    assert.deepEqual(
-      { cpu, download, upload, cpuTemp, gpuTemp },
-      { cpu: 0, download: 0, upload: 0, cpuTemp: 34, gpuTemp: 36 },
-    );
+    const first = await app.request('getTelemetry');
+    const want = { cpu: 0, download: 0, upload: 0, cpuTemp: 34, gpuTemp: 36 };
+    assert.deepEqual({ ...first, ...want }, first);
     for (const end = Date.now() + 300; Date.now() < end;);
-    await app.request('debugSystem');
-    const load = app.messages.map(({ message }) => /CPU Load: ([\d.]+)%/.exec(message)?.[1]).find(Boolean);
-    assert.ok(Number(load) > 0, `load ${load} since the first sample`);
+    const lines = (await app.posted('debugSystem')).map(
+      ({ message }) => /CPU Load: ([\d.]+)%/.exec(message)?.[1],
+    );
+    assert.ok(Number(lines.find(Boolean)) > 0, 'the load since the first sample');
   }));
 
 test('reboot and uninstallAppSuite start their tools with exact words', () =>
@@ -336,9 +278,7 @@ test('reboot and uninstallAppSuite start their tools with exact words', () =>
     await app.scriptTool('VarnelSetup.exe', {});
     app.send({ action: 'uninstallAppSuite', requestId: 1 }).catch(() => {}); // the program ends before it can confirm
     assert.equal(await app.exited, 0);
-    const [call] = await app.until(async () => {
-      const lines = await app.toolCalls('VarnelSetup');
-      return lines.length > 0 && lines;
-    }, 'the installer');
-    assert.match(call, /VarnelSetup\.exe"? --uninstall$/);
+    const installer = () => app.toolCalls('VarnelSetup');
+    await app.until(async () => (await installer()).length > 0, 'the installer');
+    assert.match((await installer())[0], /VarnelSetup\.exe"? --uninstall$/);
   }));

@@ -1,26 +1,27 @@
 // The driver's end of the stand-in browser loader's connection: one JSON document a line in both directions.
-import { EventEmitter, once } from 'node:events';
+import { once } from 'node:events';
 import net from 'node:net';
+import { createInterface } from 'node:readline';
 
-export class Connection extends EventEmitter {
+export class Connection {
   #socket;
-  #replies = new Map();
+  #waiting = new Map();
   #nextId = 1;
+  #server = net.createServer((socket) => this.#accept(socket));
 
-  constructor() {
-    super();
-    this.server = net.createServer((socket) => this.#accept(socket));
+  // `hear` gets every document that is no reply.
+  constructor(hear) {
+    this.hear = hear;
   }
 
   async listen() {
-    this.server.listen(0, '127.0.0.1');
-    await once(this.server, 'listening');
-    return this.server.address().port;
+    await once(this.#server.listen(0, '127.0.0.1'), 'listening');
+    return this.#server.address().port;
   }
 
   close() {
     this.#socket?.destroy();
-    this.server.close();
+    this.#server.close();
   }
 
   // Asks the loader on the program's UI thread; the answer comes after the program's handlers have returned.
@@ -28,7 +29,7 @@ export class Connection extends EventEmitter {
     const id = this.#nextId++;
     return new Promise((resolve, reject) => {
       if (!this.#socket?.writable) return reject(new Error(`${command}: the program is not connected`));
-      this.#replies.set(id, { command, resolve, reject });
+      this.#waiting.set(id, { command, resolve, reject });
       this.#socket.write(`${JSON.stringify({ command, id, ...fields })}\n`);
     });
   }
@@ -36,26 +37,20 @@ export class Connection extends EventEmitter {
   #accept(socket) {
     this.#socket = socket;
     socket.setNoDelay(true);
-    socket.on('error', () => {}); // a killed program resets the connection; "close" follows
     socket.on('close', () => {
-      for (const { command, reject } of this.#replies.values())
+      for (const { command, reject } of this.#waiting.values())
         reject(new Error(`the program ended during ${command}`));
-      this.#replies.clear();
+      this.#waiting.clear();
     });
-    let chunks = [];
-    socket.on('data', (chunk) => {
-      for (let end; (end = chunk.indexOf(10)) >= 0; chunk = chunk.subarray(end + 1)) {
-        this.#receive(JSON.parse(Buffer.concat([...chunks, chunk.subarray(0, end)]).toString('utf8')));
-        chunks = [];
-      }
-      if (chunk.length > 0) chunks.push(chunk);
+    const lines = createInterface({ input: socket });
+    // A killed program resets the connection; "close" follows.
+    for (const end of [socket, lines]) end.on('error', () => {});
+    lines.on('line', (line) => {
+      const document = JSON.parse(line);
+      const waiting = this.#waiting.get(document.reply);
+      this.#waiting.delete(document.reply);
+      if (waiting) waiting.resolve(document);
+      else this.hear(document);
     });
-  }
-
-  #receive(document) {
-    if (document.reply === undefined) return this.emit(document.event, document);
-    const waiting = this.#replies.get(document.reply);
-    this.#replies.delete(document.reply);
-    waiting?.resolve(document);
   }
 }

@@ -4,7 +4,8 @@ import { mkdir, mkdtemp, readFile, rm } from 'node:fs/promises';
 import { join } from 'node:path';
 import { after } from 'node:test';
 
-import { closeBrowser, startVarnel } from './driver.mjs';
+import { closeBrowser } from './browser.mjs';
+import { Varnel } from './driver.mjs';
 import { endWine, prefix, root } from './wine.mjs';
 
 const require = createRequire(import.meta.url);
@@ -34,75 +35,59 @@ after(async () => {
 
 const kLimitMs = 150_000; // a page that draws without end answers nothing any more
 
-async function inTime(work) {
-  let timer;
-  const limit = new Promise((_, reject) => {
-    timer = setTimeout(reject, kLimitMs, new Error(`no end within ${kLimitMs / 1000} s`));
-  });
-  await Promise.race([work, limit]).finally(() => clearTimeout(timer));
-}
-
 // Runs `body` with the program and ends it; testing/README.md has the options. Problems in the page, and what
 // axe-core finds in what it shows at the end, fail the test. `app.text` is text() in the page's language.
 export async function withVarnel(options, body) {
-  const app = await startVarnel(options);
+  const app = new Varnel(options);
   const language = options.language ?? options.settings?.language ?? 'cs';
   app.text = (key, values) => text(language, key, values);
+  let timer;
+  const limit = new Promise((_, reject) => {
+    timer = setTimeout(() => reject(new Error(`no end within ${kLimitMs / 1000} s`)), kLimitMs);
+  });
+  const run = async () => {
+    await app.start();
+    await body(app);
+    if (app.page && !app.page.isClosed()) await checkAccessibility(app.page);
+  };
   try {
-    await inTime(
-      (async () => {
-        await body(app);
-        if (app.page && !app.page.isClosed()) await checkAccessibility(app.page);
-      })(),
-    );
+    await Promise.race([run(), limit]);
   } catch (error) {
     await app.kill();
     if (app.problems.length > 0) error.message += `\nproblems in the page:\n${app.problems.join('\n')}`;
     throw error;
+  } finally {
+    clearTimeout(timer);
   }
   await app.stop();
 }
 
-// Fails when axe-core finds anything on what the page shows now.
-export async function checkAccessibility(page) {
+// Fails if axe-core finds anything on what the page shows now.
+async function checkAccessibility(page) {
   // Through the debugger: the page's own policy allows no foreign script.
   const session = await page.context().newCDPSession(page);
-  const evaluate = async (expression) => {
-    const { result, exceptionDetails } = await session.send('Runtime.evaluate', {
-      expression,
-      awaitPromise: true,
-      returnByValue: true,
-    });
-    if (exceptionDetails) throw new Error(exceptionDetails.exception?.description ?? exceptionDetails.text);
-    return result.value;
-  };
-  await evaluate(`${await readFile(require.resolve('axe-core/axe.min.js'), 'utf8')}; undefined`);
-  const { violations, passes } = await evaluate('axe.run(document, { resultTypes: ["violations"] })');
+  const axe = await readFile(require.resolve('axe-core/axe.min.js'), 'utf8');
+  const { result, exceptionDetails } = await session.send('Runtime.evaluate', {
+    ...{ expression: `${axe}; axe.run(document, { resultTypes: ["violations"] })` },
+    ...{ awaitPromise: true, returnByValue: true },
+  });
   await session.detach();
+  if (exceptionDetails) throw new Error(exceptionDetails.exception?.description ?? exceptionDetails.text);
+  const { violations, passes } = result.value;
   if (passes.length === 0) throw new Error('axe-core looked at nothing');
-  if (violations.length === 0) return;
-  const lines = violations.map(
-    ({ id, help, nodes }) => `${id}: ${help}\n  ${nodes.map(({ html }) => html).join('\n  ')}`,
-  );
-  throw new Error(`axe-core found:\n${lines.join('\n')}`);
+  const lines = violations.map(({ id, help, nodes }) => [`${id}: ${help}`, ...nodes.map(({ html }) => html)]);
+  if (lines.length > 0) throw new Error(`axe-core found:\n${lines.flat().join('\n  ')}`);
 }
 
-// Leaves build/screenshots/<name>.png to be looked at.
-export async function screenshot(page, name) {
-  const folder = join(root, 'build/screenshots');
-  await mkdir(folder, { recursive: true });
-  await page.screenshot({ path: join(folder, `${name}.png`) });
+// Checks what the page shows now with axe-core, and leaves build/screenshots/<name>.png to be looked at.
+export async function look(app, name) {
+  await checkAccessibility(app.page);
+  await app.page.screenshot({ path: join(root, 'build/screenshots', `${name}.png`) });
 }
 
 export async function openView(page, id) {
   await page.click(`[data-nav=${id}]`);
   await page.waitForSelector(`main[data-view=${id}]`);
-}
-
-// What the page shows now, for axe-core and as a picture.
-export async function look(app, name) {
-  await checkAccessibility(app.page);
-  await screenshot(app.page, name);
 }
 
 export const press = (scope, name) => scope.getByRole('button', { name, exact: true }).click();

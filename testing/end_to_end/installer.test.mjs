@@ -1,7 +1,6 @@
 // The setup program: installs, updates over a running copy, removes. Made by ./dev package; in the prefix it really installs.
 import assert from 'node:assert/strict';
 import { execFile } from 'node:child_process';
-import { once } from 'node:events';
 import { cp, readFile, readdir, rm, stat, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
 import { join } from 'node:path';
@@ -9,7 +8,7 @@ import { afterEach, before, beforeEach, test } from 'node:test';
 import { promisify } from 'node:util';
 
 import { dialogOf, openView, press, withVarnel } from './harness.mjs';
-import { serve, startReleaseServer } from './release_server.mjs';
+import { serve, withReleaseServer } from './release_server.mjs';
 import * as wine from './wine.mjs';
 
 const { filesBelow, makeFolder, runInPrefix, standIn, startInPrefix, unixPath, until, version, withAway } =
@@ -22,16 +21,12 @@ const kInstalled = 'C:\\Program Files\\Varnel';
 const kProgram = `${kInstalled}\\bin\\Varnel.exe`;
 const kKey = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnel';
 const kLink = 'C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Varnel.lnk';
+const kSettings = '{"language":"en","autoScan":false}';
 const kReleased = ['Varnel.exe', 'VarnelService.exe', 'check_updates.ps1', 'update_driver.ps1'];
-const kFiles = [
-  'bin/Varnel.exe',
-  'bin/VarnelService.exe',
-  'bin/VarnelSetup.exe',
-  'bin/check_updates.ps1',
-  'bin/update_driver.ps1',
-  'settings.json',
-  'uninstall.exe',
-];
+const kFiles = [...kReleased, 'VarnelSetup.exe']
+  .map((name) => `bin/${name}`)
+  .concat('settings.json', 'uninstall.exe')
+  .sort();
 
 await wine.prepareWine();
 const installed = unixPath(kInstalled);
@@ -49,11 +44,9 @@ const closeWindow = async () => JSON.parse(await probe('send:16,0,0', 'wait_exit
 const hasEntry = async () => (await runInPrefix('reg', ['query', kKey])).code === 0;
 
 const started = [];
-function start(program, words = [], options = {}) {
-  const child = startInPrefix(program, words, options);
-  started.push(child);
-  child.ended = once(child, 'exit').then(([code]) => code);
-  return child;
+function start(...words) {
+  started.push(startInPrefix(...words));
+  return started.at(-1);
 }
 
 // Without a window manager Wine waits two seconds for it whenever a window goes; windows that none manages go at once.
@@ -73,22 +66,18 @@ beforeEach(async () => {
   await wine.writeRegistry({ [kManaged]: { Managed: '"N"' } });
 });
 afterEach(async () => {
-  for (const child of started.splice(0)) if (child.exitCode === null) child.kill('SIGKILL');
+  for (const child of started.splice(0)) child.kill('SIGKILL');
   await remove();
 });
 
 test('the package: a zip, the setup, and check sums that are right', async () => {
   assert.equal(kZip, `Varnel-${version}.zip`);
   await runFile('sha256sum', ['--strict', '-c', 'SHA256SUMS'], { cwd: kPackage });
-  assert.deepEqual((await readFile(join(kPackage, 'SHA256SUMS'), 'utf8')).match(/\S+$/gm), [
-    `./${kZip}`,
-    './VarnelSetup.exe',
-  ]);
+  const summed = (await readFile(join(kPackage, 'SHA256SUMS'), 'utf8')).match(/\S+$/gm);
+  assert.deepEqual(summed, [`./${kZip}`, './VarnelSetup.exe']);
+  const names = String(await unzip('-Z1', kZip)).match(/.*[^/\n]$/gm);
   assert.deepEqual(
-    String(await unzip('-Z1', kZip))
-      .split('\n')
-      .filter((name) => /[^/]$/.test(name))
-      .sort(),
+    names.sort(),
     kReleased.map((name) => `Varnel/bin/${name}`),
   );
 });
@@ -130,18 +119,18 @@ test('a silent installation puts everything in place, a silent removal takes it 
   assert.ok((await readFile(unixPath(kLink))).includes(kProgram), 'the Start menu leads to the program');
 
   // Again, over what is there: settings stay, and a file that cannot be replaced is not passed over in silence.
-  await writeFile(join(installed, 'settings.json'), '{"language":"en"}');
+  await writeFile(join(installed, 'settings.json'), kSettings);
   for (const name of kReleased.slice(1)) await writeFile(inBin(name), 'older');
   const steps = [{ hold: `${kInstalled}\\bin\\update_driver.ps1`, text: 'held' }, { delay_ms: 600_000 }];
   await cp(standIn('console_tool.exe'), join(tools.unix, 'holder.exe'));
   await writeFile(join(tools.unix, 'holder.json'), JSON.stringify({ steps }));
   const holder = start(`${tools.windows}\\holder.exe`, [], { env });
-  await once(holder.stdout, 'data');
+  await until(() => holder.output, 'the file to be held');
   assert.equal(await setup('/S', '/D=C:\\elsewhere'), 3);
   holder.kill('SIGKILL');
   await holder.ended;
   assert.deepEqual(await readFile(inBin('check_updates.ps1')), await released('check_updates.ps1'));
-  assert.equal(await readFile(join(installed, 'settings.json'), 'utf8'), '{"language":"en"}');
+  assert.equal(await readFile(join(installed, 'settings.json'), 'utf8'), kSettings);
   assert.equal(existsSync(unixPath('C:\\elsewhere')), false, 'what is installed stays where it is');
 
   await writeFile(inBin('notes.txt'), 'mine');
@@ -168,7 +157,7 @@ test('a program that does not end is neither replaced nor removed', async () => 
   assert.ok(Date.now() - began >= 30_000, 'they wait for half a minute');
   assert.deepEqual(await present(), kFiles);
   assert.equal(await readFile(inBin('check_updates.ps1'), 'utf8'), 'older');
-  assert.equal(program.exitCode, null);
+  assert.equal(program.code, undefined);
   for (const which of ['one of the two', 'the other: the update has given the user the program back'])
     assert.equal(await closeWindow(), 0, which);
 });
@@ -178,36 +167,27 @@ test('the page updates the installed program while it runs, and hands its remova
   // The program that is to be replaced asks the test for its updates.
   await cp(standIn('Varnel_loopback.exe'), inBin('Varnel.exe'));
   await writeFile(inBin('update_driver.ps1'), 'older');
-  await writeFile(join(installed, 'settings.json'), '{"language":"en","autoScan":false}');
+  await writeFile(join(installed, 'settings.json'), kSettings);
   await cp(standIn('WebView2Loader.dll'), inBin('WebView2Loader.dll'));
-  const options = { language: 'en', folder: { unix: installed, windows: kInstalled, remove: () => {} } };
-  const server = await startReleaseServer({
+  const options = { language: 'en', folder: { unix: installed, windows: kInstalled } };
+  const answers = {
     '/version.json': serve('{"version":"99.0.0"}'),
     '/VarnelSetup.exe': serve(await readFile(kSetup), 200, 'application/octet-stream'),
-  });
-  try {
-    await withVarnel(options, async (app) => {
-      const { page, text } = app;
-      await openView(page, 'maintenance');
-      await press(page, text('update.install'));
-      await press(
-        await dialogOf(page, text('update.confirm', { version: '99.0.0' })),
-        text('update.install'),
-      );
-      assert.equal(await app.exited, 0);
-    });
-  } finally {
-    await server.close();
-  }
+  };
+  const update = async (app) => {
+    const { page, text } = app;
+    await openView(page, 'maintenance');
+    await press(page, text('update.install'));
+    await press(await dialogOf(page, text('update.confirm', { version: '99.0.0' })), text('update.install'));
+    assert.equal(await app.exited, 0);
+  };
+  await withReleaseServer(answers, () => withVarnel(options, update));
   const program = await released('Varnel.exe');
   const isNew = async () => (await readFile(inBin('Varnel.exe')).catch(() => Buffer.of())).equals(program);
   await until(isNew, 'the new program');
   await until(async () => JSON.parse(await probe()).found, 'the new program to start');
   assert.deepEqual(await readFile(inBin('update_driver.ps1')), await released('update_driver.ps1'));
-  assert.equal(
-    await readFile(join(installed, 'settings.json'), 'utf8'),
-    '{"language":"en","autoScan":false}',
-  );
+  assert.equal(await readFile(join(installed, 'settings.json'), 'utf8'), kSettings);
   await closeWindow();
 
   // A stand-in takes the place of the setup, which would ask in a window of its own.

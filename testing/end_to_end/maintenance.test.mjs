@@ -1,14 +1,13 @@
 // Repairs and the update, with stand-in tools, the stand-in service and a server of the test's own.
 import assert from 'node:assert/strict';
-import { once } from 'node:events';
-import { existsSync } from 'node:fs';
+import { existsSync, readFileSync } from 'node:fs';
 import { cp, mkdir, readFile, readdir, rm, writeFile } from 'node:fs/promises';
 import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import { asked, closeServiceDialog, dialogOf, look, openView, press, tick, withVarnel } from './harness.mjs';
-import { cut, kErrorPage, kReleasePort, serve, startReleaseServer } from './release_server.mjs';
+import { closeServiceDialog, dialogOf, look, openView, press, tick, withVarnel } from './harness.mjs';
+import { cut, kErrorPage, kReleasePort, serve, withReleaseServer } from './release_server.mjs';
 import { buildFolder, prepareWine, runInPrefix, standIn, unixPath, version, withAway } from './wine.mjs';
 
 const kLoopback = standIn('Varnel_loopback.exe');
@@ -19,26 +18,6 @@ const kExplorer = 'C:\\windows\\explorer.exe';
 await prepareWine();
 const kTemporary = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 const temporary = (name) => unixPath(`${kTemporary}\\${name}`);
-
-async function withReleaseServer(answers, body) {
-  const server = await startReleaseServer(answers);
-  await body(server).finally(() => server.close());
-}
-
-// What Explorer shows of an executable: the numbers of its fixed part (after their signature), and its texts.
-async function versionBlock(path) {
-  const bytes = await readFile(path);
-  const at = bytes.indexOf(Buffer.from([0xbd, 0x04, 0xef, 0xfe]));
-  assert.ok(at > 0, `${path} has a version block`);
-  const words = [10, 8, 14, 12].map((offset) => bytes.readUInt16LE(at + offset));
-  const texts = bytes.toString('utf16le', at, at + 2000);
-  const value = (name) => new RegExp(`${name}\\0+([\\d.]+)\\0`).exec(texts)?.[1];
-  return {
-    numbers: words.join('.'),
-    FileVersion: value('FileVersion'),
-    ProductVersion: value('ProductVersion'),
-  };
-}
 
 test('rebuilding icons ends Explorer, deletes its caches and nothing else, and starts it again', async () => {
   const cache = unixPath(`C:\\users\\${userInfo().username}\\AppData\\Local\\Microsoft\\Windows\\Explorer`);
@@ -58,16 +37,15 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
       const [explorer, other] = [await app.startTool('Explorer'), await app.startTool('explorer2')];
       // Not earlier: Wine's own makes the desktop for the first window.
       await withAway([kExplorer], async () => {
-        const ended = once(explorer, 'exit');
         assert.equal(await rebuild(), false, 'what cannot be started again is said');
-        await ended;
+        await explorer.ended;
         await cp(standIn('console_tool.exe'), unixPath(kExplorer));
         assert.equal(await rebuild(), true);
         await app.until(async () => (await app.toolCalls('Explorer')).length === 3, 'the new Explorer');
       });
       const [command, folder] = (await app.toolCalls('Explorer')).slice(1);
       assert.deepEqual([command, folder.toLowerCase()], ['C:\\Windows\\explorer.exe', 'c:\\windows']);
-      assert.equal(other.exitCode, null, 'another program goes on');
+      assert.equal(other.code, undefined, 'another program goes on');
       assert.deepEqual((await readdir(cache)).sort(), stays);
       assert.deepEqual(await readdir(join(cache, 'inner')), ['iconcache_32.db']);
       other.kill('SIGKILL');
@@ -111,29 +89,20 @@ test('repairs are asked for, run, and say what the tool or the service has said'
       const question = await dialogOf(page, text('repair.safemode-reboot.confirm'));
       await question.getByText('bcdedit /deletevalue {current} safeboot').waitFor();
       await press(question, text('app.cancel'));
-      assert.equal(
-        app.messages.some(({ type }) => type === 'show_service_error_modal'),
-        false,
-        'nothing happens before the user agrees',
-      );
+      const isAway = app.messages.some(({ type }) => type === 'show_service_error_modal');
+      assert.equal(isAway, false, 'nothing happens before the user agrees');
       const failed = await ends('safemode-reboot');
       await closeServiceDialog(page);
       assert.deepEqual([failed.success, await resultOf('safemode-reboot')], [false, failed.message]);
 
-      const line = (message, delay_ms = 0) => ({
-        text: `${JSON.stringify({ type: 'stdout', message })}\n`,
-        delay_ms,
-      });
+      const said = ['Zahajuje se prohledávání systému.', 'Ověření: 57 % dokončeno.'];
+      const lines = said.map((message) => ({ reply: { type: 'stdout', message }, delay_ms: 50 }));
       const exit = { text: '{"type":"exit","code":2}\n', delay_ms: 2500 };
-      const lines = [line('Zahajuje se prohledávání systému.'), line('Ověření: 57 % dokončeno.', 50)];
       const yes = { reply: { success: true } };
       await app.startService({ sfcVerify: { chunks: [...lines, exit] }, safemodeReboot: yes });
       await repair('sfc');
       await card('sfc').getByText('57').waitFor();
-      assert.deepEqual((await page.locator('.repair [role=log] > div').allInnerTexts()).slice(1), [
-        'Zahajuje se prohledávání systému.',
-        'Ověření: 57 % dokončeno.',
-      ]);
+      assert.deepEqual((await page.locator('.repair [role=log] > div').allInnerTexts()).slice(1), said);
       await look(app, 'maintenance-running-amethyst-cs');
       await openView(page, 'dashboard'); // the check goes on without its view
       await openView(page, 'maintenance');
@@ -142,8 +111,8 @@ test('repairs are asked for, run, and say what the tool or the service has said'
       const done = await ends('safemode-reboot');
       await page.getByText(done.message).waitFor();
       assert.equal(done.success, true);
-      assert.deepEqual(await asked(app, 'safemodeReboot'), [{ action: 'safemodeReboot', data: {} }]);
-      assert.deepEqual(await asked(app, 'sfcVerify'), [{ action: 'sfcVerify', data: {} }]);
+      const asked = ['sfcVerify', 'safemodeReboot'].map((action) => ({ action, data: {} }));
+      assert.deepEqual(await app.serviceRequests(), asked);
 
       // The service leaves in the middle: after a minute of silence the user may stop waiting.
       await app.scriptService({ sfcVerify: { chunks: lines } });
@@ -156,47 +125,37 @@ test('repairs are asked for, run, and say what the tool or the service has said'
       await page.clock.fastForward(3_000);
       await abandon.click();
       assert.equal(await resultOf('sfc'), text('repair.noEnd'));
-      assert.ok(
-        await card('sfc')
-          .getByRole('button', { name: text('repair.sfc.verb') })
-          .isEnabled(),
-      );
+      await repair('sfc'); // it may be asked for again
     },
   );
 });
 
 // --- the update -------------------------------------------------------------------------------------------------------
 
-test('the shipped program asks an https address for its updates', async () => {
-  const [, address] = /^VARNEL_RELEASE_URL:STRING=(.*)$/m.exec(
-    await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8'),
-  );
+test('the shipped program asks an https address for its updates, and its version block has the version', async () => {
+  const cache = await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8');
+  const [, address] = /^VARNEL_RELEASE_URL:STRING=(.*)$/m.exec(cache);
   assert.match(address, /^https:\/\/[^/]+.*[^/]$/);
-  const [shipped, forTests] = await Promise.all(
-    [join(buildFolder, 'bin/Varnel.exe'), kLoopback].map((path) => readFile(path)),
+  const [shipped, forTests] = [join(buildFolder, 'bin/Varnel.exe'), kLoopback].map((path) =>
+    readFileSync(path),
   );
   const has = (program) => [program.includes(`${address}\0`), program.includes(`127.0.0.1:${kReleasePort}`)];
-  assert.deepEqual(
-    [has(shipped), has(forTests)],
-    [
-      [true, false],
-      [false, true],
-    ],
-  );
-});
+  assert.deepEqual([...has(shipped), ...has(forTests)], [true, false, false, true]);
 
-test('the version block has the version', async () =>
-  assert.deepEqual(await versionBlock(join(buildFolder, 'bin/Varnel.exe')), {
-    numbers: `${version}.0`,
-    FileVersion: version,
-    ProductVersion: version,
-  }));
+  // What Explorer shows: the numbers of the fixed part (after their signature), and the texts.
+  const at = shipped.indexOf(Buffer.from([0xbd, 0x04, 0xef, 0xfe]));
+  const numbers = [10, 8, 14, 12].map((offset) => shipped.readUInt16LE(at + offset));
+  const block = shipped.toString('utf16le', at, at + 2000);
+  const texts = [...block.matchAll(/(?:File|Product)Version\0+([\d.]+)\0/g)].map(([, text]) => text);
+  assert.deepEqual([numbers.join('.'), ...texts], [`${version}.0`, version, version]);
+});
 
 test('what the server of releases may answer', async () => {
   const answers = {};
+  const currentVersion = version;
+  const none = { downloadUrl: '', changelog: '', mandatory: false };
   const found = (onlineVersion, hasUpdate, more) => ({
-    ...{ success: true, currentVersion: version, onlineVersion, hasUpdate },
-    ...{ downloadUrl: '', changelog: '', mandatory: false, ...more },
+    ...{ success: true, currentVersion, onlineVersion, hasUpdate, ...none, ...more },
   });
   const failed = (error) => ({ success: false, error });
   const unreadable = failed('Invalid version file');
@@ -231,16 +190,13 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
   const installer = await readFile(standIn('console_tool.exe'));
   let finishDownload;
   const answers = {};
-  const table =
-    'Name  Id     Version  Available  Source\r\n---------------------------------------\r\nTarn  B.Tarn  1.0      1.2        winget\r\n';
-  const tools = {
-    'winget.exe': {
-      cases: [
-        { when: '--id', steps: [{ delay_ms: 3000, text: 'Done\r\n' }] },
-        { when: 'upgrade', steps: [{ text: table }] },
-      ],
-    },
-  };
+  const rule = '-'.repeat(30);
+  const table = `Name  Id     Version  Available  Source\r\n${rule}\r\nTarn  B.Tarn  1.0      1.2        winget\r\n`;
+  const cases = [
+    { when: '--id', steps: [{ delay_ms: 3000, text: 'Done\r\n' }] },
+    { when: 'upgrade', steps: [{ text: table }] },
+  ];
+  const tools = { 'winget.exe': { cases } };
   const options = { program: kLoopback, settings: { theme: 'light', language: 'en' }, tools };
   await withVarnel({ ...options, viewport: { width: 1250, height: 700 } }, async (app) => {
     const { page, text } = app;
@@ -258,17 +214,15 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
     await openView(page, 'maintenance');
     await card.getByText(text('update.unreachable')).waitFor();
 
-    await withReleaseServer(answers, async (server) => {
+    await withReleaseServer(answers, async (requests) => {
       // One that has to be asks by itself, but not in the place of another question.
-      const markup = '<b>x</b>\n<img src=x onerror="document.title=1">';
-      answers['/version.json'] = serve(
-        JSON.stringify({ version: '99.0.0', mandatory: true, changelog: markup }),
-      );
+      const changelog = '<b>x</b>\n<img src=x onerror="document.title=1">';
+      answers['/version.json'] = serve(JSON.stringify({ version: '99.0.0', mandatory: true, changelog }));
       await refresh();
       const insists = await dialogOf(page, text('update.mandatory'));
       await page.keyboard.press('Escape');
       await insists.waitFor({ state: 'detached' });
-      assert.equal(await card.locator('.changelog').textContent(), markup);
+      assert.equal(await card.locator('.changelog').textContent(), changelog);
       let answerNow;
       const held = new Promise((resolve) => {
         answers['/version.json'] = (response) =>
@@ -292,15 +246,11 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       await look(app, 'maintenance-ready-light-en');
       await install.click();
       await press(await dialogOf(page, title), text('app.cancel'));
-      assert.deepEqual(
-        server.requests,
-        Array(3).fill('/version.json'),
-        'nothing is downloaded without consent',
-      );
+      assert.deepEqual(requests, Array(3).fill('/version.json'), 'nothing is downloaded without consent');
       await install.click();
       await agree(title);
       await card.getByRole('alert').getByText(text('update.failed')).waitFor();
-      assert.deepEqual([await install.isEnabled(), app.process.exitCode], [true, null]);
+      assert.deepEqual([await install.isEnabled(), app.process.code], [true, undefined]);
 
       // What would end the program while something is installed says so, and nothing is installed while it is about to end.
       await queueUpdate();
@@ -315,13 +265,13 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
         response.write(installer.subarray(0, 100_000));
         finishDownload = () => response.end(installer.subarray(100_000));
       };
-      const { length } = server.requests;
+      const { length } = requests;
       await refresh();
-      await app.until(() => server.requests.length > length && install.isEnabled(), 'the next check');
+      await app.until(() => requests.length > length && install.isEnabled(), 'the next check');
       await install.click();
       await agree(title);
       await card.getByText(text('update.downloading')).waitFor();
-      assert.deepEqual([await install.isEnabled(), app.process.exitCode], [false, null]);
+      assert.deepEqual([await install.isEnabled(), app.process.code], [false, undefined]);
       await app.until(() => finishDownload, 'the request of the installer');
       await queueUpdate();
       await page.getByRole('status').getByText(text('jobs.notNow')).waitFor();
@@ -335,7 +285,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
         return calls.length > 0 && calls;
       }, 'the installer');
       assert.match(call, /\\VarnelUpdate\.exe"? --update-restart$/);
-      assert.equal(server.requests.at(-1), '/VarnelSetup.exe');
+      assert.equal(requests.at(-1), '/VarnelSetup.exe');
       assert.deepEqual(await readFile(temporary('VarnelUpdate.exe')), installer);
     });
   });

@@ -2,21 +2,11 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { startVarnel } from './driver.mjs';
 import { dialogOf, look, openView, press, text as textOf, withVarnel } from './harness.mjs';
+import { makeFolder, prepareWine } from './wine.mjs';
 
-const kViews = [
-  'dashboard',
-  'cleaning',
-  'software',
-  'disk',
-  'startup',
-  'processes',
-  'network',
-  'developer',
-  'maintenance',
-  'settings',
-];
+const kViews =
+  'dashboard cleaning software disk startup processes network developer maintenance settings'.split(' ');
 
 const last = (app, type) => app.messages.findLast((message) => message.type === type);
 const badge = (page, said) => page.locator('[data-testid=badge-service]', { hasText: said }).waitFor();
@@ -58,14 +48,10 @@ test('the dashboard shows what the program measured', () =>
 
     const { cpu, gpu, ram, motherboard, os, ramTooltip } = last(app, 'status').specs;
     const facts = [cpu, gpu, ram, motherboard === 'Unknown' ? [] : motherboard, os].flat();
+    const disks = shown.sample.disks.map(({ drive, percent }) => [drive, `${Math.round(percent)}%`]);
     assert.deepEqual(
-      shown.facts,
-      facts.map((fact) => fact.trim()),
-    );
-    assert.equal(shown.memoryHint, ramTooltip);
-    assert.deepEqual(
-      shown.disks,
-      shown.sample.disks.map(({ drive, percent }) => [drive, `${Math.round(percent)}%`]),
+      [shown.facts, shown.memoryHint, shown.disks],
+      [facts.map((fact) => fact.trim()), ramTooltip, disks],
     );
     assert.ok(shown.disks.length >= 1, 'drive C is there');
     assert.equal(shown.text.includes(text('dashboard.battery')), shown.sample.battery.hasBattery);
@@ -111,52 +97,49 @@ test('a service that comes later is seen on the way to another view', () =>
   }));
 
 test('settings take effect at once and survive a restart', async () => {
-  const first = await startVarnel({ settings: { theme: 'ember', autoScan: true, unknownKey: [1, null] } });
-  const attributes = (page) =>
+  await prepareWine();
+  const folder = await makeFolder();
+  const attributes = ({ page }) =>
     page.evaluate(() => ({ ...document.documentElement.dataset, lang: document.documentElement.lang }));
-  try {
-    const { page } = first;
-    await openView(page, 'settings');
-    assert.deepEqual(await attributes(page), { theme: 'ember', lang: 'cs' });
-    const from = first.messages.length;
-    await page.click('.theme[data-theme=light]');
-    await page.getByRole('combobox', { name: textOf('cs', 'settings.language') }).selectOption('en');
-    await page.getByRole('heading', { level: 1, name: textOf('en', 'view.settings') }).waitFor();
-    await first.until(
-      () => first.messages.slice(from).filter(({ type }) => type === 'saveSettings').length === 2,
-      'both changes to be saved',
-    );
-    assert.deepEqual(await attributes(page), { theme: 'light', lang: 'en' });
-  } catch (error) {
-    await first.kill();
-    throw error;
-  }
-  await first.stop({ keepFolder: true });
-  await withVarnel({ folder: first.folder, language: 'en' }, async (app) => {
+  await withVarnel(
+    { folder, settings: { theme: 'ember', autoScan: true, unknownKey: [1, null] } },
+    async (app) => {
+      const { page } = app;
+      await openView(page, 'settings');
+      assert.deepEqual(await attributes(app), { theme: 'ember', lang: 'cs' });
+      const from = app.messages.length;
+      await page.click('.theme[data-theme=light]');
+      await page.getByRole('combobox', { name: textOf('cs', 'settings.language') }).selectOption('en');
+      await page.getByRole('heading', { level: 1, name: textOf('en', 'view.settings') }).waitFor();
+      const saved = () => app.messages.slice(from).filter(({ type }) => type === 'saveSettings').length;
+      await app.until(() => saved() === 2, 'both changes to be saved');
+      assert.deepEqual(await attributes(app), { theme: 'light', lang: 'en' });
+    },
+  );
+  await withVarnel({ folder, language: 'en' }, async (app) => {
     await app.page.getByRole('heading', { level: 1, name: app.text('view.dashboard') }).waitFor();
-    assert.deepEqual(await attributes(app.page), { theme: 'light', lang: 'en' });
+    assert.deepEqual(await attributes(app), { theme: 'light', lang: 'en' });
     const { theme, language, autoScan, unknownKey } = await app.settingsFile();
     assert.deepEqual([theme, language, autoScan, unknownKey], ['light', 'en', true, [1, null]]);
   });
+  await folder.remove();
 });
 
-test('diagnostics come into the terminal as the program sent them; a broken settings file gives defaults', () =>
-  withVarnel(
-    { settings: '{"theme":7,"language":null,"autoScan":false,"ignoreList":{"a":1}}' },
-    async (app) => {
-      const { page, text } = app;
-      await openView(page, 'settings');
-      assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), 'amethyst');
-      await press(page, text('settings.diagnostics'));
-      await app.waitForMessage(({ type }) => type === 'debugSystem');
-      const sent = app.messages.filter(({ type }) => type === 'console_log').map(({ message }) => message);
-      assert.ok(sent.length >= 10, `${sent.length} lines`);
-      assert.equal(sent[0], '[DebugSystem] Gathering system debug information...');
-      const lines = page.locator('.terminal-output > div');
-      await lines.nth(sent.length - 1).waitFor();
-      assert.deepEqual(await lines.allTextContents(), sent);
-    },
-  ));
+test('diagnostics come into the terminal as they were sent; a broken settings file gives defaults', () => {
+  const settings = '{"theme":7,"language":null,"autoScan":false,"ignoreList":{"a":1}}';
+  return withVarnel({ settings }, async (app) => {
+    const { page, text } = app;
+    await openView(page, 'settings');
+    assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), 'amethyst');
+    await press(page, text('settings.diagnostics'));
+    await app.waitForMessage(({ type }) => type === 'debugSystem');
+    const sent = app.messages.filter(({ type }) => type === 'console_log').map(({ message }) => message);
+    assert.ok(sent.length >= 10, `${sent.length} lines`);
+    const lines = page.locator('.terminal-output > div');
+    await lines.nth(sent.length - 1).waitFor();
+    assert.deepEqual(await lines.allTextContents(), sent);
+  });
+});
 
 // One run a look: every view is there, is accessible, and leaves a picture.
 for (const [theme, language, width, height] of [

@@ -12,7 +12,7 @@ const row = (page, text) => page.getByRole('grid').locator('tbody tr', { hasText
 const lists = (app) => app.messages.filter(({ type }) => type === 'processes');
 const kills = (app) =>
   app.messages.filter(({ type }) => type === 'killProcess').map(({ success }) => success);
-const runs = (tool) => tool.exitCode === null && tool.signalCode === null;
+const runs = (tool) => tool.code === undefined;
 
 const stays = { steps: [{ text: 'up' }, { delay_ms: 600_000 }] };
 

@@ -7,22 +7,19 @@ export const kReleasePort = 23719;
 export const kErrorPage =
   '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
 
-// `answers` by path: a function of the response each; other paths are not found.
-export async function startReleaseServer(answers) {
+// Runs `body` with a server; `answers` by path: a function of the response each; other paths are not found.
+export async function withReleaseServer(answers, body) {
   const requests = [];
   const server = createServer((request, response) => {
     requests.push(request.url);
     (answers[request.url] ?? serve(kErrorPage, 404, 'text/html'))(response);
   });
-  server.listen(kReleasePort, '127.0.0.1');
-  await once(server, 'listening');
-  return {
-    requests,
-    close: () =>
-      new Promise((resolve) => {
-        server.close(resolve).closeAllConnections();
-      }),
-  };
+  await once(server.listen(kReleasePort, '127.0.0.1'), 'listening');
+  try {
+    return await body(requests);
+  } finally {
+    server.close().closeAllConnections();
+  }
 }
 
 export const serve =
@@ -32,7 +29,6 @@ export const serve =
 
 // Announces more than it sends before it breaks the connection.
 export const cut = (body) => (response) => {
-  response
-    .writeHead(200, { 'content-length': 5000 })
-    .write(body, () => setTimeout(() => response.destroy(), 50));
+  response.writeHead(200, { 'content-length': 5000 });
+  response.write(body, () => setTimeout(() => response.destroy(), 50));
 };

@@ -1,6 +1,7 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
 import { spawn, execFile } from 'node:child_process';
 import { once } from 'node:events';
+import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import {
   cp,
   lstat,
@@ -13,7 +14,6 @@ import {
   unlink,
   writeFile,
 } from 'node:fs/promises';
-import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
@@ -31,33 +31,16 @@ const runFile = promisify(execFile);
 let display; // the Xvfb process, when it is ours
 
 // A virtual display on a free number, unless there is a display and the caller wants to be seen.
-async function ensureDisplay({ visible }) {
+async function ensureDisplay(visible) {
   if (display || (visible && process.env.DISPLAY)) return;
-  display = spawn('Xvfb', ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'], {
-    stdio: ['ignore', 'ignore', 'ignore', 'pipe'],
-    detached: true,
-  });
+  const args = ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'];
+  display = spawn('Xvfb', args, { stdio: ['ignore', 'ignore', 'ignore', 'pipe'], detached: true });
   process.on('exit', () => display?.kill());
-  const [number] = await Promise.race([
-    once(display.stdio[3], 'data'),
-    once(display, 'exit').then(() => {
-      throw new Error('Xvfb did not start');
-    }),
-  ]);
+  const [number] = await once(display.stdio[3], 'data');
   process.env.DISPLAY = `:${String(number).trim()}`;
 }
 
 const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
-
-// Rejects if `promise` is not settled in time.
-export function within(promise, what, milliseconds = kWaitMs) {
-  if (milliseconds === Infinity) return promise;
-  let timer;
-  const late = new Promise((_, reject) => {
-    timer = setTimeout(() => reject(new Error(`waited ${milliseconds} ms for ${what}`)), milliseconds);
-  });
-  return Promise.race([promise, late]).finally(() => clearTimeout(timer));
-}
 
 // Looks again and again, at the latest when `woken` settles, until `look` gives something other than undefined
 // or false: that.
@@ -70,19 +53,14 @@ export async function until(look, what, milliseconds = kWaitMs, woken = () => un
   }
 }
 
-export function wineEnvironment(extra = {}) {
-  return {
-    ...process.env,
-    WINEPREFIX: prefix,
-    WINEDEBUG: '-all',
-    WINEDLLOVERRIDES: 'mscoree,mshtml=',
-    LC_ALL: 'C.UTF-8',
-    ...extra,
-  };
-}
+const kEnvironment = {
+  ...{ WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=', LC_ALL: 'C.UTF-8' },
+};
+// Not before it is needed: the display may come later.
+const wineEnvironment = (extra) => ({ ...process.env, ...kEnvironment, ...extra });
 
 export async function prepareWine({ visible = false } = {}) {
-  await ensureDisplay({ visible });
+  await ensureDisplay(visible);
   if (!existsSync(join(prefix, 'system.reg'))) {
     await mkdir(prefix, { recursive: true });
     await runFile('wineboot', ['-u'], { env: wineEnvironment() });
@@ -137,37 +115,29 @@ export function unixPath(windowsPath) {
 
 // Every file in a folder and below it, {path, size}; links are neither listed nor followed.
 export async function filesBelow(unix) {
-  const entries = existsSync(unix) ? await readdir(unix, { withFileTypes: true }) : [];
-  const found = await Promise.all(
-    entries.map(async (entry) => {
-      const path = join(unix, entry.name);
-      if (entry.isDirectory()) return filesBelow(path);
-      return entry.isFile() ? [{ path, size: (await lstat(path)).size }] : [];
-    }),
-  );
-  return found.flat();
+  const entries = existsSync(unix) ? await readdir(unix, { withFileTypes: true, recursive: true }) : [];
+  const paths = entries.filter((entry) => entry.isFile()).map(({ path, name }) => join(path, name));
+  return Promise.all(paths.map(async (path) => ({ path, size: (await lstat(path)).size })));
 }
 
-// In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
-export function startInPrefix(program, args = [], { env = {}, cwd } = {}) {
-  return spawn('wine', [program, ...args], {
-    stdio: ['pipe', 'pipe', 'ignore'],
-    env: wineEnvironment(env),
-    cwd,
-    detached: true,
-  });
+// Starts a Windows program; `output` is what it has written so far, `ended` settles with its exit code (or signal),
+// which is its `code` then.
+export function startInPrefix(program, args = [], { env, cwd } = {}) {
+  // In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
+  const options = { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), cwd, detached: true };
+  const child = spawn('wine', [program, ...args], options);
+  child.output = '';
+  child.stdout.setEncoding('utf8').on('data', (text) => (child.output += text));
+  child.ended = once(child, 'exit').then(([code, signal]) => (child.code = signal ?? code));
+  return child;
 }
 
 // Runs a Windows program to its end: {code, stdout}. Programs of Windows by bare name, stand-ins by path.
 export async function runInPrefix(program, args = [], options = {}) {
   const child = startInPrefix(program, args, options);
   child.stdin.end();
-  let stdout = '';
-  child.stdout.setEncoding('utf8').on('data', (text) => {
-    stdout += text;
-  });
   const [code] = await once(child, 'close');
-  return { code, stdout: stdout.replaceAll('\r\n', '\n') };
+  return { code, stdout: child.output.replaceAll('\r\n', '\n') };
 }
 
 // Values of a registry key as its exported text has them, {name: 'hex:02,00' or '"text"'}, with text that Windows expands as
