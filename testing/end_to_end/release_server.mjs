@@ -2,8 +2,12 @@
 import { once } from 'node:events';
 import { createServer } from 'node:http';
 
+import { holds, until } from './wine.mjs';
+
 // The address that is compiled into Varnel_loopback.exe.
 export const kReleasePort = 23719;
+// There is one: test files that use it wait for each other.
+await until(() => holds('releases of Varnel'), 'the releases', Infinity);
 export const kErrorPage =
   '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
 

@@ -8,22 +8,10 @@ import { basename, dirname, join } from 'node:path';
 import { test } from 'node:test';
 
 import { withVarnel } from './harness.mjs';
-import {
-  buildFolder,
-  copyInto,
-  driveC,
-  makeFolder,
-  readRegistry,
-  prepareWine,
-  registryText,
-  standIn,
-  startInPrefix,
-  until,
-  unixPath,
-  within,
-  withRegistry,
-  writeRegistry,
-} from './wine.mjs';
+import * as wine from './wine.mjs';
+
+const { buildFolder, copyInto, driveC, makeFolder, prepareWine, readRegistry, registryText } = wine;
+const { standIn, startInPrefix, until, unixPath, withRegistry, writeRegistry } = wine;
 
 const kEnvironment = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment';
 const kRun = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
@@ -38,14 +26,12 @@ function withService(body, options = {}) {
       'update_driver.ps1': join(buildFolder, 'bin/update_driver.ps1'),
     });
     const service = startInPrefix(`${app.folder.windows}\\bin\\VarnelService.exe`, ['--console']);
-    let log = '';
-    service.stdout.setEncoding('utf8').on('data', (text) => (log += text));
     try {
-      await until(() => log.includes('ready'), 'the service');
-      await body(app, { log: () => log.replaceAll('\r', ''), process: service });
+      await until(() => service.output.includes('ready'), 'the service');
+      await body(app, { log: () => service.output.replaceAll('\r', ''), process: service });
     } finally {
       service.stdin.end();
-      if (service.exitCode === null) await within(once(service, 'exit'), 'the service to end');
+      await service.ended;
     }
   });
 }
@@ -53,11 +39,9 @@ function withService(body, options = {}) {
 // What the service answers a program that is not Varnel.exe.
 async function peer(mode, input = '', ...words) {
   const child = startInPrefix(standIn('pipe_peer.exe'), [mode, ...words]);
-  let text = '';
-  child.stdout.setEncoding('utf8').on('data', (part) => (text += part));
   child.stdin.end(input);
-  await within(once(child, 'close'), `the peer that is to ${mode}`, 60_000);
-  return text.replaceAll('\r', '').trim();
+  await once(child, 'close');
+  return child.output.replaceAll('\r', '').trim();
 }
 const ask = (action, data = {}) => peer('ask', `${JSON.stringify({ action, data })}\n`);
 
@@ -229,7 +213,7 @@ test('misbehaving programs neither stop it nor learn anything', () =>
     assert.ok(half > 4_000 && half < 8_000, `half a line is waited for: ${half} ms`);
 
     const silent = startInPrefix(standIn('pipe_peer.exe'), ['hold', '8']);
-    await within(once(silent.stdout, 'data'), 'eight silent peers');
+    await until(() => silent.output, 'eight silent peers');
     const begin = Date.now();
     await works();
     assert.ok(Date.now() - begin < 8_000);

@@ -14,13 +14,25 @@ import {
   unlink,
   writeFile,
 } from 'node:fs/promises';
+import { createServer } from 'node:net';
 import { join, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
 export const root = fileURLToPath(new URL('../..', import.meta.url));
 export const buildFolder = process.env.VARNEL_BUILD ?? join(root, 'build/mingw');
-export const prefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ?? join(root, 'build/wine');
+
+// Whether nobody else holds a name, which this process then keeps to its end: a lock that no crash leaves behind.
+export function holds(name) {
+  const server = createServer().unref();
+  return new Promise((resolve) => {
+    server.once('error', () => resolve(false)).listen(`\0${name}`, () => resolve(true));
+  });
+}
+
+// Two test files may run beside each other: each has a prefix of its own.
+const kPrefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ?? join(root, 'build/wine');
+export const prefix = (await holds(kPrefix)) ? kPrefix : `${kPrefix}2`;
 // What a release changes, and all the rest follows.
 export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
   readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),

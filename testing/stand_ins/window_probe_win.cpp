@@ -1,11 +1,6 @@
-// Looks at the program's window, or drives it, as any other process can: window_probe.exe [WORD]... Each word
-// is one step; the answer is one JSON document on standard output.
-//   find                    waits for the window; without any word the probe only tells whether there is one
-//   send:MESSAGE,W,L        SendMessageW, numbers in decimal; the results stand in "results"
-//   resize:WIDTH,HEIGHT     SetWindowPos
-//   move:X,Y                SetWindowPos
-//   dpi:X,Y,WIDTH,HEIGHT    WM_DPICHANGED, as a display of another scale would send it, with this suggestion
-//   wait_exit               waits until the process of the window has ended: its exit code
+// Looks at the program's window, or drives it, as any other process can: window_probe.exe [WORD]... Each word is
+// one step (testing/README.md has them); the answer is one JSON document on standard output, in which "results" are
+// those of the messages sent. Without any word it only tells whether there is a window.
 #include <windows.h>
 
 #include <cstdio>
@@ -25,9 +20,9 @@ constexpr int kFindAttempts = 1000;  // 10 ms each
 
 HWND Find(bool wait) {
   HWND window = nullptr;
-  for (int i = 0; i < (wait ? kFindAttempts : 1) && !window; ++i) {
-    if (i > 0) Sleep(10);
+  for (int left = wait ? kFindAttempts : 1; left > 0 && !window; --left) {
     window = FindWindowW(L"VarnelWebView2Window", nullptr);
+    if (!window && wait) Sleep(10);
   }
   return window;
 }
@@ -68,14 +63,15 @@ void SendRect(HWND window, UINT message, WPARAM wparam, const RECT& rect) {
 
 void Step(HWND window, const std::string& word, json& answer) {
   long long a = 0, b = 0;
+  int x = 0, y = 0;
   unsigned message = 0;
   if (std::sscanf(word.c_str(), "send:%u,%lld,%lld", &message, &a, &b) == 3) {
     answer["results"].push_back(
         SendMessageW(window, message, static_cast<WPARAM>(a), static_cast<LPARAM>(b)));
-  } else if (std::sscanf(word.c_str(), "resize:%lld,%lld", &a, &b) == 2) {
-    SetWindowPos(window, nullptr, 0, 0, static_cast<int>(a), static_cast<int>(b), SWP_NOMOVE | SWP_NOZORDER);
-  } else if (std::sscanf(word.c_str(), "move:%lld,%lld", &a, &b) == 2) {
-    SetWindowPos(window, nullptr, static_cast<int>(a), static_cast<int>(b), 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  } else if (std::sscanf(word.c_str(), "resize:%d,%d", &x, &y) == 2) {
+    SetWindowPos(window, nullptr, 0, 0, x, y, SWP_NOMOVE | SWP_NOZORDER);
+  } else if (std::sscanf(word.c_str(), "move:%d,%d", &x, &y) == 2) {
+    SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
   } else if (RECT rect{}; std::sscanf(word.c_str(), "dpi:%ld,%ld,%ld,%ld", &rect.left, &rect.top, &rect.right,
                                       &rect.bottom) == 4) {
     rect.right += rect.left;
