@@ -22,13 +22,11 @@ const isTest = (path) =>
 const isWindows = (path) => /_win(_test|_bench)?\.(cpp|h)$/.test(path) || kWindowsHeaders.has(path);
 
 function sourcesBelow(root, folder, kind) {
-  const found = [];
-  for (const entry of readdirSync(join(root, folder), { withFileTypes: true })) {
-    const path = `${folder}/${entry.name}`;
-    if (entry.isDirectory() && entry.name !== 'node_modules') found.push(...sourcesBelow(root, path, kind));
-    else if (kind.test(entry.name)) found.push(path);
-  }
-  return found;
+  if (!existsSync(join(root, folder))) return [];
+  const names = readdirSync(join(root, folder), { recursive: true });
+  return names
+    .filter((name) => kind.test(name) && !/node_modules/.test(name))
+    .map((name) => `${folder}/${name}`);
 }
 
 function breachOfInclude(root, path, quoted, included) {
@@ -47,7 +45,7 @@ function breachOfInclude(root, path, quoted, included) {
 
 function findProgramBreaches(root) {
   const breaches = [];
-  for (const folder of Object.keys(kMayUse).filter((name) => existsSync(join(root, name)))) {
+  for (const folder of Object.keys(kMayUse)) {
     for (const path of sourcesBelow(root, folder, /\.(cpp|h)$/)) {
       const text = readFileSync(join(root, path), 'utf8');
       if (path.endsWith('.h') && !/^(\/\/.*\n|\n)*#pragma once\n/.test(text))
@@ -80,7 +78,6 @@ function findCircles(imports) {
 const kPage = 'web/src';
 
 function findPageBreaches(root) {
-  if (!existsSync(join(root, kPage))) return [];
   const breaches = [];
   const imports = new Map();
   for (const path of sourcesBelow(root, kPage, /\.(tsx?|css)$/)) {
