@@ -125,8 +125,7 @@ test('--silent-clean cleans all categories without a window, a browser or the se
     const service = { '*': { reply: { success: true } } };
     await withVarnel({ args: ['--quiet', 'x--silent-clean=now', '/y'], service }, async (app) => {
       let looks = 0;
-      for (; app.process.code === undefined; ++looks)
-        assert.equal((await app.window()).found, false);
+      for (; app.process.code === undefined; ++looks) assert.equal((await app.window()).found, false);
       assert.ok(looks > 0);
       assert.deepEqual([await app.exited, app.calls], [0, []]);
       assert.deepEqual(await app.serviceRequests(), []);

@@ -195,8 +195,13 @@ test('the keyboard alone reaches every control in the order of the page', () =>
     }
   }));
 
-test('in a window of half the size, as at 200 %, rows still have their names', () =>
-  withVarnel({ viewport: { width: 700, height: 450 } }, async ({ page }) => {
+test('in a window of half the size, as at 200 %, rows have their names; a page that is loaded again is told', () =>
+  withVarnel({ viewport: { width: 700, height: 450 } }, async (app) => {
+    const { page } = app;
+    const pushed = () => app.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0);
+    await app.until(() => pushed().length === 1, 'the first status push');
+    await page.reload();
+    await app.until(() => pushed().length === 2, 'the second status push');
     await openView(page, 'processes');
     const row = page.getByRole('row', { name: /Varnel\.exe/ });
     const { width } = await row.getByRole('gridcell').nth(1).boundingBox();
