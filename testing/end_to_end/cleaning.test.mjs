@@ -210,8 +210,9 @@ test('junk is measured, cleaned by choice, and what the page says is what the di
         const there = (await readdir(unixPath(folder))).map((name) =>
           name.replace(/^(empty|x{120}|link)$/, '$&\\'),
         );
-        const listed = await inside.getByRole('listitem').locator('span:first-child').allInnerTexts();
-        assert.deepEqual(listed.toSorted(), there.toSorted());
+        const items = inside.getByRole('listitem').locator('span:first-child');
+        await app.until(async () => (await items.count()) === there.length, folder);
+        assert.deepEqual((await items.allInnerTexts()).toSorted(), there.toSorted());
         const only = await inside.getByText(app.text('junk.onlyMeasured')).count();
         assert.equal(only, kCategories.windowsTemp[1].includes(folder) ? 1 : 0, folder);
       }
