@@ -38,6 +38,15 @@ std::vector<std::byte> Ask(HANDLE token, TOKEN_INFORMATION_CLASS what) {
   return answer;
 }
 
+// Whether the peer may act as the user of the token, and has not only a token to look at: whoever has waited for
+// somebody else to connect to him, or asks for a logon without password, has one of those of any user.
+bool MayBeActedAs(HANDLE token) {
+  SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
+  DWORD size_bytes = 0;
+  return GetTokenInformation(token, TokenImpersonationLevel, &level, sizeof(level), &size_bytes) &&
+         level >= SecurityImpersonation;
+}
+
 // Whether Administrators is an enabled group of the token.
 bool ActsAsAdministrator(HANDLE token) {
   KernelHandle asked;  // CheckTokenMembership takes no primary token
@@ -153,20 +162,15 @@ Peer IdentifyPeer(HANDLE pipe) {
   peer.token = TokenOfClient(pipe);
   if (!peer.token) return peer;
   peer.user = UserOf(peer.token.get());
+  if (!MayBeActedAs(peer.token.get())) return peer;
   peer.facts.is_elevated = ActsAsAdministrator(peer.token.get());
   peer.facts.is_administrator = peer.facts.is_elevated || CanElevate(peer.token.get());
   peer.facts.is_confined = IsConfined(peer.token.get());
   return peer;
 }
 
-ActingAs::ActingAs(const Peer& peer) : is_acting_(false) {
-  SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
-  DWORD size_bytes = 0;
-  is_acting_ =
-      peer.token &&
-      GetTokenInformation(peer.token.get(), TokenImpersonationLevel, &level, sizeof(level), &size_bytes) &&
-      level >= SecurityImpersonation && SetThreadToken(nullptr, peer.token.get());
-}
+ActingAs::ActingAs(const Peer& peer)
+    : is_acting_(peer.token && MayBeActedAs(peer.token.get()) && SetThreadToken(nullptr, peer.token.get())) {}
 
 ActingAs::~ActingAs() {
   TakeOwnRightsBack();
