@@ -87,10 +87,10 @@ bool RemoveLeftoverFolder(const std::wstring& path) {
 
 bool RemoveMachineKey(const std::vector<std::wstring>& names) {
   RegistryKey key;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, nullptr, 0, KEY_READ | KEY_WOW64_64KEY, key.put()) != ERROR_SUCCESS)
-    return false;
   for (const std::wstring& name : names) {
-    key = OpenKey(key.get(), name, &name == &names.back() ? kDeleteAccess : KEY_READ);
+    // The hive's own handle is every thread's, and not to be closed.
+    key = OpenKey(key ? key.get() : HKEY_LOCAL_MACHINE, name,
+                  &name == &names.back() ? kDeleteAccess : KEY_READ);
     if (!key || IsLink(key.get())) return false;
   }
   return DeleteKeyTree(key.get(), 0);
