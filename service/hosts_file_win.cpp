@@ -8,9 +8,11 @@
 
 namespace {
 
+// Writes a new file: what is there already may be a link, or somebody else's.
 bool WriteWhole(const std::wstring& path, const std::string& content) {
-  const FileHandle file(
-      CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  DeleteFileW(path.c_str());
+  const FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   DWORD written = 0;
   return file &&
          WriteFile(file.get(), content.data(), static_cast<DWORD>(content.size()), &written, nullptr) &&
