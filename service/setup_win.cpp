@@ -103,8 +103,11 @@ bool IsTrusted(PSID sid) {
          EqualSid(sid, reinterpret_cast<TOKEN_USER*>(user)->User.Sid);
 }
 
-// Whether nobody but the trusted may do any of `rights` to the file or folder.
+// Whether nobody but the trusted may do any of `rights` to the file or folder. A link has an access list of its
+// own, which is not the one that would be read.
 bool IsGuarded(const std::wstring& path, DWORD rights) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || attributes & FILE_ATTRIBUTE_REPARSE_POINT) return false;
   PSECURITY_DESCRIPTOR descriptor = nullptr;
   PSID owner = nullptr;
   PACL list = nullptr;
@@ -138,8 +141,8 @@ bool IsOwnFolderSafe() {
     if (!IsGuarded(own + file, kTakeOver | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD))
       return false;
   // A folder above that can be renamed takes the path away; new ones beside it do no harm.
-  for (size_t end = own.rfind(L'\\'); end != own.npos && end > 2; end = own.rfind(L'\\', end - 1))
-    if (!IsGuarded(own.substr(0, end), kTakeOver | FILE_DELETE_CHILD)) return false;
+  for (size_t end = own.rfind(L'\\'); end != own.npos && end >= 2; end = own.rfind(L'\\', end - 1))
+    if (!IsGuarded(own.substr(0, end == 2 ? 3 : end), kTakeOver | FILE_DELETE_CHILD)) return false;
   return true;
 }
 
