@@ -212,8 +212,8 @@ bool RequiresElevation() {
 }
 
 void Log(WORD type, const char* what, std::string_view action, const Peer& peer) {
-  WriteEvent(
-      type, Utf8ToWide(Printable(action) + " " + what) + L", asked by " + peer.user + L" with " + peer.image);
+  WriteEvent(type, Utf8ToWide(Printable(action) + " " + what) + L", asked by " + PrintableName(peer.user) +
+                       L" with " + PrintableName(peer.image));
 }
 
 Outcome Run(const Row& row, const Request& request, const Peer& peer, const Answer& answer) try {

@@ -237,7 +237,16 @@ std::vector<std::string_view> PossibleCommands(const ServiceState& service) {
 std::string Printable(std::string_view text) {
   std::string printable(text.substr(0, 200));
   for (char& c : printable)
-    if (c < ' ' || c > '~') c = '?';
+    if (c < ' ' || c > '~' || c == '%') c = '?';
+  return printable;
+}
+
+std::wstring PrintableName(std::wstring_view name) {
+  std::wstring printable(name.substr(0, 1000));
+  for (wchar_t& unit : printable)
+    if (HasControl({&unit, 1}) || unit == L'%' || (unit >= 0x200B && unit <= 0x200F) ||
+        (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069))
+      unit = L'?';
   return printable;
 }
 

@@ -89,8 +89,13 @@ std::vector<std::string_view> PossibleCommands(const ServiceState& service);
 
 // --- texts -------------------------------------------------------------------------------------------------
 
-// A text of a request for the event log: at most 200 characters, nothing that is not printable ASCII.
+// A text of a request for the event log: at most 200 characters, nothing that is not printable ASCII, and no "%",
+// which the log's reader takes for the place of another text.
 std::string Printable(std::string_view text);
+
+// A name that the peer has chosen, for the event log: at most 1000 units (an entry that is too long is dropped),
+// no control character, none that turns the direction of writing, no "%".
+std::wstring PrintableName(std::wstring_view name);
 
 // The scheduled task that starts `program` (UTF-8) with --silent-clean once a week, with the rights of whoever
 // is logged on.

@@ -219,7 +219,9 @@ TEST(ServiceTexts, UnmarkedUtf16IsReadHoweverItIsCut) {
     EXPECT_EQ(got, want) << piece;
   }
   EXPECT_EQ(ToolText().Add("10 %\r\n"), "10 %\r\n");
-  EXPECT_EQ(Printable("a\nb\x80" + std::string(300, 'x')), "a?b?" + std::string(196, 'x'));
+  EXPECT_EQ(Printable("a\nb\x80%" + std::string(300, 'x')), "a?b??" + std::string(195, 'x'));
+  EXPECT_EQ(PrintableName(L"Š%1\n\u202Exe." + std::wstring(2000, L'x')),
+            L"Š?1??xe." + std::wstring(992, L'x'));
   EXPECT_NE(
       BuildTaskXml("C:\\R&D <1>\\Varnel.exe").find("<Command>C:\\R&amp;D &lt;1&gt;\\Varnel.exe</Command>"),
       std::string::npos);
