@@ -2,6 +2,7 @@
 
 #include <winternl.h>
 
+#include <atomic>
 #include <cstddef>
 #include <stack>
 #include <string_view>
@@ -33,6 +34,8 @@ bool IsReparsePoint(DWORD attributes) {
 bool IsReadOnly(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
+
+constexpr auto kStatusInvalidParameter = static_cast<NTSTATUS>(0xC000000D);
 
 // FileDispositionInfoEx, which headers show only to programs that need Windows 10 version 1607.
 constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
@@ -95,10 +98,22 @@ FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, 
   object.Length = sizeof(object);
   object.RootDirectory = folder;
   object.ObjectName = &text;
+  // The folder may have been turned into a link where it stands: that must fail, whether or not a file system
+  // would follow it. The first versions of Windows 10 do not know the attribute.
+  static std::atomic<ULONG> attributes = OBJ_DONT_REPARSE;
+  object.Attributes = attributes;
   IO_STATUS_BLOCK outcome = {};
   HANDLE opened = nullptr;
-  const NTSTATUS status = NtCreateFile(&opened, access, &object, &outcome, nullptr, 0, share, FILE_OPEN,
-                                       options | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+  const auto open = [&] {
+    return NtCreateFile(&opened, access, &object, &outcome, nullptr, 0, share, FILE_OPEN,
+                        options | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+  };
+  NTSTATUS status = open();
+  if (status == kStatusInvalidParameter && object.Attributes != 0) {
+    object.Attributes = 0;
+    status = open();
+    if (status >= 0) attributes = 0;
+  }
   if (status >= 0) return FileHandle(opened);
   SetLastError(RtlNtStatusToDosError(status));
   return {};
