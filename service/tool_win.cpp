@@ -7,31 +7,47 @@
 #include <vector>
 
 #include "base/handle_win.h"
+#include "base/lower_case.h"
 #include "exec/hidden_process_win.h"
 
 namespace {
 
 constexpr DWORD kChunkBytes = 4095;
 
-// The variables that this process's user has by the registry: none that somebody has put into this process.
-class OwnEnvironment {
- public:
-  OwnEnvironment() {
-    KernelHandle token;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE, token.put()) &&
-        !CreateEnvironmentBlock(&block_, token.get(), FALSE))
-      block_ = nullptr;
-  }
-  ~OwnEnvironment() {
-    if (block_) DestroyEnvironmentBlock(block_);
-  }
-  OwnEnvironment(const OwnEnvironment&) = delete;
-  OwnEnvironment& operator=(const OwnEnvironment&) = delete;
-  void* get() const { return block_; }
+// The temporary folder that is this process's alone (GetTempPath2W); empty on a Windows without one. The system's
+// variables name C:\Windows\Temp, where every user may put a library beside a program that a tool unpacks.
+std::wstring TemporaryFolder() {
+  using GetTempPath2 = DWORD(WINAPI*)(DWORD size_units, wchar_t * path);
+  const auto ask = reinterpret_cast<GetTempPath2>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetTempPath2W")));
+  wchar_t path[MAX_PATH + 1] = {};
+  if (ask) ask(MAX_PATH + 1, path);
+  std::wstring folder = path;
+  if (folder.ends_with(L'\\')) folder.pop_back();
+  return folder;
+}
 
- private:
-  void* block_ = nullptr;
-};
+// The variables that this process's user has by the registry, none that somebody has put into this process, as a
+// block for CreateProcessW; empty on failure.
+std::wstring OwnEnvironment() {
+  KernelHandle token;
+  void* block = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE, token.put()) ||
+      !CreateEnvironmentBlock(&block, token.get(), FALSE))
+    return {};
+  const std::wstring temporary = TemporaryFolder();
+  std::wstring variables;
+  const auto* next = static_cast<const wchar_t*>(block);
+  for (std::wstring_view line = next; !line.empty(); line = next) {
+    next += line.size() + 1;
+    const std::wstring name = LowerCase(std::wstring(line.substr(0, line.find(L'='))));
+    const bool is_replaced = !temporary.empty() && (name == L"temp" || name == L"tmp");
+    variables += is_replaced ? name + L'=' + temporary : std::wstring(line);
+    variables += L'\0';
+  }
+  DestroyEnvironmentBlock(block);
+  return variables + L'\0';
+}
 
 // A list of one handle that the child inherits, and no other.
 class InheritedHandle {
@@ -77,8 +93,8 @@ std::optional<DWORD> RunSystemTool(std::wstring_view tool, const std::wstring& a
   const std::wstring path = SystemPath(tool), folder = SystemPath(L"");
   std::wstring command = L"\"" + path + L"\" " + arguments;
   std::optional<OutputPipe> pipe = CreateOutputPipe();
-  const OwnEnvironment environment;
-  if (!pipe || !environment.get()) return std::nullopt;
+  std::wstring environment = OwnEnvironment();
+  if (!pipe || environment.empty()) return std::nullopt;
   const InheritedHandle inherited(pipe->write.get());
   const KernelHandle job(cancel ? CreateJobObjectW(nullptr, nullptr) : nullptr);
   // Ends with this program, too.
@@ -97,7 +113,7 @@ std::optional<DWORD> RunSystemTool(std::wstring_view tool, const std::wstring& a
   if (!CreateProcessW(
           path.c_str(), command.data(), nullptr, nullptr, TRUE,
           CREATE_NO_WINDOW | CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT,
-          environment.get(), folder.c_str(), &startup.StartupInfo, &started))
+          environment.data(), folder.c_str(), &startup.StartupInfo, &started))
     return std::nullopt;
   const KernelHandle process(started.hProcess), thread(started.hThread);
   pipe->write.reset();
