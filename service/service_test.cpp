@@ -23,26 +23,16 @@ TEST(ServiceRequest, IsAnActionWithFlatData) {
 
 TEST(ServiceRequest, IsNothingElse) {
   const std::string full = R"({"action":"a","data":{"x":true}})";
+  for (const char* line :
+       {"", "{}", R"(["a"])", R"({"action":"a"})", R"({"data":{}})", R"({"action":1,"data":{}})",
+        R"({"action":"a","data":null})", R"({"action":"a","data":{"x":1}})",
+        R"({"action":"a","data":{"x":["y"]}})", R"({"action":"a","data":{"x":{}}})",
+        R"({"action":"a","data":{"x":true,"x":false}})", R"({"action":"a","action":"b","data":{}})",
+        R"({"action":"a","data":{},"data":{}})", R"({"action":"a","data":{},"more":{}})",
+        R"({"action":"a","data":{"x":"\ud800"}})", "{\"action\":\"\xFF\",\"data\":{}}"})
+    EXPECT_FALSE(ParseRequest(line)) << line;
   for (const std::string& line :
-       {std::string(),
-        std::string("{}"),
-        std::string(R"(["a"])"),
-        std::string(R"({"action":"a"})"),
-        std::string(R"({"data":{}})"),
-        std::string(R"({"action":1,"data":{}})"),
-        std::string(R"({"action":"a","data":null})"),
-        std::string(R"({"action":"a","data":{"x":1}})"),
-        std::string(R"({"action":"a","data":{"x":["y"]}})"),
-        std::string(R"({"action":"a","data":{"x":{}}})"),
-        std::string(R"({"action":"a","data":{"x":true,"x":false}})"),
-        std::string(R"({"action":"a","action":"b","data":{}})"),
-        std::string(R"({"action":"a","data":{},"data":{}})"),
-        std::string(R"({"action":"a","data":{},"more":{}})"),
-        std::string(R"({"action":"a","data":{"x":"\ud800"}})"),
-        std::string("{\"action\":\"\xFF\",\"data\":{}}"),
-        full + full,
-        full.substr(0, full.size() - 1),
-        std::string(1'000'000, '['),
+       {full + full, full.substr(0, full.size() - 1), std::string(1'000'000, '['),
         R"({"action":"a","data":{"x":")" + std::string(kMaxRequestBytes, 'x') + "\"}}"})
     EXPECT_FALSE(ParseRequest(line)) << line.substr(0, 100);
   EXPECT_TRUE(ParseRequest(full));
@@ -131,35 +121,20 @@ TEST(ServiceRules, Keys) {
   EXPECT_EQ(RemovableKey(L"Software\\Tarn"), (Names{L"Software", L"Tarn"}));
   EXPECT_EQ(RemovableKey(L"SOFTWARE\\Tarn s.r.o.\\Microsoft"),
             (Names{L"SOFTWARE", L"Tarn s.r.o.", L"Microsoft"}));
-  for (const std::wstring& key : std::initializer_list<std::wstring>{L"",
-                                                                     L"\\",
-                                                                     L"SOFTWARE",
-                                                                     L"SOFTWARE\\",
-                                                                     L"\\SOFTWARE\\Tarn",
-                                                                     L"SOFTWARE\\\\Tarn",
-                                                                     L"SOFTWARE\\Tarn\\",
-                                                                     L"SYSTEM\\CurrentControlSet",
-                                                                     L"SOFTWARE/Tarn",
-                                                                     L"SOFTWARE\\Microsoft",
-                                                                     L"software\\MICROSOFT\\Windows",
-                                                                     L"SOFTWARE\\M\u0130crosoft",
-                                                                     L"SOFTWARE\\Cla\u017F\u017Fes",
-                                                                     L"SOFTWARE\\Classes\\.txt",
-                                                                     L"SOFTWARE\\Policies",
-                                                                     L"SOFTWARE\\Clients\\x",
-                                                                     L"SOFTWARE\\Wow6432Node\\Tarn",
-                                                                     L"SOFTWARE\\RegisteredApplications",
-                                                                     L"SOFTWARE\\Wine",
-                                                                     L"SOFTWARE\\Varnel",
-                                                                     L"SOFTWARE\\.\\Microsoft",
-                                                                     L"SOFTWARE\\..\\SYSTEM",
-                                                                     L"SOFTWARE\\ \\x",
-                                                                     std::wstring(L"SOFTWARE\\Tarn\0x", 15),
-                                                                     std::wstring(L"SOFTWARE\\\0Tarn", 14),
-                                                                     L"SOFTWARE\\Tarn\uFF3Cx",
-                                                                     L"SOFTWARE\\" + std::wstring(256, L'x'),
-                                                                     L"HKLM\\SOFTWARE\\Tarn",
-                                                                     L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
+  for (const wchar_t* key :
+       {L"", L"\\", L"SOFTWARE", L"SOFTWARE\\", L"\\SOFTWARE\\Tarn", L"SOFTWARE\\\\Tarn", L"SOFTWARE\\Tarn\\",
+        L"SYSTEM\\CurrentControlSet",
+        // Windows' own, this program's, or another name
+        L"SOFTWARE/Tarn", L"SOFTWARE\\Microsoft", L"software\\MICROSOFT\\Windows",
+        L"SOFTWARE\\M\u0130crosoft", L"SOFTWARE\\Cla\u017F\u017Fes", L"SOFTWARE\\Classes\\.txt",
+        L"SOFTWARE\\Policies", L"SOFTWARE\\Clients\\x", L"SOFTWARE\\Wow6432Node\\Tarn",
+        L"SOFTWARE\\RegisteredApplications", L"SOFTWARE\\Wine", L"SOFTWARE\\Varnel",
+        L"SOFTWARE\\.\\Microsoft", L"SOFTWARE\\..\\SYSTEM", L"SOFTWARE\\ \\x", L"SOFTWARE\\Tarn\uFF3Cx",
+        L"HKLM\\SOFTWARE\\Tarn", L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
+    EXPECT_FALSE(RemovableKey(key)) << WideToUtf8(key);
+  for (const std::wstring& key :
+       {std::wstring(L"SOFTWARE\\Tarn\0x", 15), std::wstring(L"SOFTWARE\\\0Tarn", 14),
+        L"SOFTWARE\\" + std::wstring(256, L'x')})
     EXPECT_FALSE(RemovableKey(key)) << WideToUtf8(key);
 }
 

@@ -10,15 +10,7 @@ import { driveC, filesBelow, makeFolder } from './wine.mjs';
 
 const kMB = 1_000_000;
 const kLong = ['x', 'y', 'z'].map((letter) => letter.repeat(100)).join('/');
-const kHome = {
-  'Holiday.mkv': 810,
-  'Backup.zip': 520,
-  'Photos/summer.jpg': 480,
-  'Concert.flac': 340,
-  'Game.exe': 260,
-  'Chronicle.pdf': 160,
-  'Panorama.jpg': 95,
-};
+const kHome = { 'Holiday.mkv': 810, 'Backup.zip': 520, 'Photos/summer.jpg': 480, 'Game.exe': 260 };
 const sumOf = (files) => files.reduce((total, { size }) => total + size, 0);
 const windowsPath = (unix) => `C:\\${unix.slice(driveC.length + 1).replaceAll('/', '\\')}`;
 
@@ -31,11 +23,8 @@ async function withTree(body) {
     await writeFile(path, '');
     await truncate(path, size);
   };
-  for (let i = 0; i < 34; ++i)
-    await put(
-      join(tree.unix, 'big', i % 2 ? 'Žluťoučký kůň' : '漢字かな', `video ${i}.mkv`),
-      (900 + i) * kMB,
-    );
+  const inBig = (i) => join(tree.unix, 'big', i % 2 ? 'Žluťoučký kůň' : '漢字かな', `video ${i}.mkv`);
+  for (let i = 0; i < 34; ++i) await put(inBig(i), (900 + i) * kMB);
   for (const [name, size] of [
     [`${kLong}/at the end.dat`, 77 * kMB],
     ['huge.vhdx', 5 * 2 ** 30],
@@ -104,28 +93,22 @@ test('an analysis has every figure of the disk, and a listing those of the last 
 
       // Many at the same time do not mix.
       const from = app.messages.length;
-      const places = await Promise.all(
-        ['big', 'Home', 'dots'].map(async (name) => [
-          `${tree.windows}\\${name}`,
-          await listOutside(join(tree.unix, name)),
-        ]),
-      );
+      const names = ['big', 'Home', 'dots'];
+      const want = await Promise.all(names.map((name) => listOutside(join(tree.unix, name))));
       for (let id = 0; id < 60; ++id) {
-        const [place] = places[id % 3];
+        const place = `${tree.windows}\\${names[id % 3]}`;
         if (id < 21) await app.send({ action: 'startDiskAnalysis', requestId: id, data: { drive: place } });
-        await app.send({ action: 'getFolderContents', requestId: 100 + id, data: { path: place } });
+        await app.send({ action: 'getFolderContents', requestId: 120 + id, data: { path: place } });
       }
       const answers = () =>
         app.messages.slice(from).filter((message) => isDone(message) || message.type === 'getFolderContents');
       await app.until(() => answers().length === 81, '21 analyses and 60 listings');
       for (const { requestId, folders, items } of answers()) {
-        const [, want] = places[(requestId % 100) % 3];
         const got = listed(folders ?? items);
-        for (const [name, { isDirectory, size }] of Object.entries(want))
-          assert.ok(
-            got[name].size === size || (items && isDirectory && got[name].size === 0),
-            `${requestId} ${name}: ${got[name].size}`,
-          );
+        for (const [name, { isDirectory, size }] of Object.entries(want[requestId % 3])) {
+          const sizes = items && isDirectory ? [size, 0] : [size];
+          assert.ok(sizes.includes(got[name].size), `${requestId} ${name}: ${got[name].size}`);
+        }
       }
     }),
   ));
@@ -183,8 +166,6 @@ test('a drive is analysed once, walked through, and a large file goes to the rec
       await page.getByRole('grid', { name: app.text('disk.contents') }).waitFor();
       await shows(driveC);
       assert.ok(app.messages.filter(({ type }) => type === 'getFolderContents').length <= 8);
-      const total = inWords(sumOf(Object.values(await listOutside(driveC))));
-      assert.ok((await page.innerText('[data-testid=disk-total]')).startsWith(`${total} `));
       const files = (await largestOutside(driveC)).map(({ path, size }) => {
         const cut = path.lastIndexOf('\\');
         return [path.slice(cut + 1), path.slice(0, cut), inWords(size)];
@@ -193,18 +174,11 @@ test('a drive is analysed once, walked through, and a large file goes to the rec
 
       await enter(tree.windows.slice(3));
       await shows(tree.unix);
-      const empty = (await contents()).filter(([, , , kind]) => kind === app.text('disk.unknown'));
-      assert.deepEqual(empty.map(([name]) => name).toSorted(), ['link', 'no files', 'zeros']);
-      const big = sumOf(await filesBelow(join(tree.unix, 'big')));
       // A tile inside another: one click marks the row of the outer one, two enter.
       await clickInMap(page, `${tree.windows}\\big\\漢字かな`, 1);
-      const marked = page.locator('tr[aria-selected=true]').filter({ hasText: 'big' });
-      await marked.waitFor();
+      await page.locator('tr[aria-selected=true]').filter({ hasText: 'big' }).waitFor();
+      const big = sumOf(await filesBelow(join(tree.unix, 'big')));
       assert.equal(await clickInMap(page, `${tree.windows}\\big`, 2), inWords(big));
-      await shows(join(tree.unix, 'big'));
-      await enter('漢字かな');
-      await shows(join(tree.unix, 'big/漢字かな'));
-      await page.keyboard.press('Backspace');
       await shows(join(tree.unix, 'big'));
       await page.click('.crumb >> nth=1');
       await enter('Home');
@@ -236,48 +210,23 @@ test('a drive is analysed once, walked through, and a large file goes to the rec
       await shows(driveC);
       const left = inWords(sumOf(Object.values(await listOutside(driveC))));
       assert.ok((await page.innerText('[data-testid=disk-total]')).startsWith(`${left} `));
-      for (const [name, items] of [
-        [/^windows/, 0],
-        [tree.windows.slice(3), 1],
-      ]) {
-        await page.locator('tbody tr').filter({ hasText: name }).first().click({ button: 'right' });
+      for (const name of ['windows', tree.windows.slice(3)]) {
+        const shown = page.locator('tbody tr').filter({ hasText: new RegExp(`^${name}`) });
+        await shown.first().click({ button: 'right' });
         const item = page.getByRole('menuitem', { name: app.text('recycle.verb') });
         await page.getByRole('menuitem', { name: app.text('disk.open') }).waitFor();
-        assert.equal(await item.count(), items);
+        assert.equal(await item.count(), name === 'windows' ? 0 : 1);
         await page.keyboard.press('Escape');
       }
-      await enter(tree.windows.slice(3));
-      await shows(tree.unix);
-
-      // What has come since has no figures.
-      await mkdir(join(tree.unix, 'new'));
-      await writeFile(join(tree.unix, 'new', 'a'), 'x'.repeat(5000));
-      await page.keyboard.press('F5');
-      const row = await app.until(
-        async () => (await contents()).find(([name]) => name === 'new'),
-        'the new folder',
-      );
-      assert.deepEqual(row.slice(1), ['—', '—', app.text('disk.unknown')]);
-
       const huge = join(tree.unix, 'huge.vhdx');
-      await page
-        .getByRole('grid', { name: app.text('disk.largest') })
-        .getByRole('checkbox')
-        .nth(1)
-        .click();
-      await recycle(huge, () =>
-        page
-          .locator('.card .button')
-          .filter({ hasText: app.text('recycle.verb') })
-          .click(),
-      );
+      const boxes = page.getByRole('grid', { name: app.text('disk.largest') }).getByRole('checkbox');
+      await boxes.nth(1).click();
+      const verb = page.locator('.card .button', { hasText: app.text('recycle.verb') });
+      await recycle(huge, () => verb.click());
       await app.until(async () => (await largest()).length === 29, 'the file to leave the list');
       assert.deepEqual((await readdir(join(home.trash, 'files'))).toSorted(), ['huge.vhdx', 'three']);
       assert.equal(existsSync(huge), false);
-      const starts = app.messages.filter(
-        ({ type, status }) => type === 'disk_analysis_progress' && status === 'done',
-      );
-      assert.equal(starts.length, 1);
+      assert.equal(app.messages.filter(({ status }) => status === 'done').length, 1, 'analysed once');
     });
     await home.remove();
   }));

@@ -5,18 +5,10 @@ import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import {
-  dialogOf,
-  inWords,
-  makeHome,
-  openView,
-  press,
-  rowsOf,
-  tick,
-  toastOf,
-  withVarnel,
-} from './harness.mjs';
+import * as harness from './harness.mjs';
 import { makeFolder, unixPath } from './wine.mjs';
+
+const { dialogOf, inWords, makeHome, openView, press, rowsOf, tick, toastOf, withVarnel } = harness;
 
 const kUser = `C:\\users\\${userInfo().username}`;
 
@@ -59,14 +51,13 @@ test('old large downloads go to the recycle bin and come back', async () => {
   await withVarnel({ language: 'cs', service: {}, env: { HOME: home.unix } }, async (app) => {
     const { page } = app;
     const label = app.text('downloads.title');
-    const rows = () => rowsOf(page, label);
     await openView(page, 'cleaning');
     await page.getByRole('grid', { name: label }).waitFor();
     const age = (n) => {
       const month = new Intl.DateTimeFormat('cs', { month: 'long', year: 'numeric' });
       return `${app.text('downloads.days', { n })} (${month.format(Date.now() - n * 86_400_000)})`;
     };
-    assert.deepEqual(await rows(), [
+    assert.deepEqual(await rowsOf(page, label), [
       ['Žluťoučký instalátor.ISO', inWords(2 * kMiB, 'cs'), age(31)],
       ['above.zip', inWords(kMiB + 1, 'cs'), age(30)],
     ]);

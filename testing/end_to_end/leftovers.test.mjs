@@ -6,19 +6,11 @@ import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import {
-  asked,
-  closeServiceDialog,
-  dialogOf,
-  inWords,
-  look,
-  openView,
-  press,
-  tick,
-  withVarnel,
-} from './harness.mjs';
+import * as harness from './harness.mjs';
 import { job, kAgreed, openList, pressSelected, prints, winget } from './winget.mjs';
 import { filesBelow, makeFolder, readRegistry, unixPath, withRegistry } from './wine.mjs';
+
+const { asked, closeServiceDialog, dialogOf, openView, press, tick, withVarnel } = harness;
 
 test('which leftovers are removed, and by whom', async () => {
   const place = await makeFolder('users/varnel-test-'); // elsewhere folders are the service's
@@ -56,38 +48,22 @@ test('which leftovers are removed, and by whom', async () => {
         const got = await clean(type, path);
         if (want !== undefined) assert.equal(got, want, `${type} ${path}`);
       }
-      const items = [
-        { type: 'registry', path: 'HKLM\\Software\\x' },
-        'neither',
-        { type: 'directory', path: at('beside') },
-      ];
-      assert.equal(
-        (await app.request('cleanLeftovers', { items })).success,
-        false,
-        'the others go all the same',
+      const items = [['registry', 'HKLM\\Software\\x'], [], ['directory', at('beside')]].map(
+        ([type, path]) => (type ? { type, path } : 'neither'),
       );
-      assert.deepEqual(['tree', 'held/file.txt', 'beside', 'outside/file.txt'].map(there), [
-        false,
-        true,
-        false,
-        true,
-      ]);
+      assert.equal((await app.request('cleanLeftovers', { items })).success, false, 'the others go');
+      const gone = ['tree', 'held/file.txt', 'beside', 'outside/file.txt'].map((name) => !there(name));
+      assert.deepEqual(gone, [true, false, true, false]);
       assert.deepEqual(await readRegistry(kKey), { a: '"b"' });
       holder.kill('SIGKILL');
 
       await app.startService({});
-      for (const [answer, want] of [
-        [{ reply: { success: true } }, true],
-        [{ reply: {} }, false],
-        [{ reply: [1] }, false],
-        [{}, false],
-      ]) {
+      const kTool = 'C:\\Program Files\\Varnel Žluť';
+      for (const answer of [{ reply: { success: true } }, { reply: {} }, { reply: [1] }, {}]) {
         await app.scriptService({ '*': answer });
-        assert.equal(await clean('directory', 'C:\\Program Files\\Varnel Žluť'), want);
+        assert.equal(await clean('directory', kTool), answer.reply?.success === true);
       }
-      assert.deepEqual((await asked(app, 'cleanLeftoverPath'))[0].data, {
-        path: 'C:\\Program Files\\Varnel Žluť',
-      });
+      assert.deepEqual((await asked(app, 'cleanLeftoverPath'))[0].data, { path: kTool });
       // Last: what it would do to the hive if it did anything.
       assert.equal(await clean('registry', 'HKCU\\'), false);
       assert.ok(await readRegistry('HKCU\\Software'), 'the hive is as it was');
@@ -104,11 +80,8 @@ test('a program is uninstalled and what is left of it goes by choice', async () 
     machine: 'C:\\Program Files\\Brook\\Tarn Sync',
   };
   const others = [`${user}\\Local\\Brook\\Other`, 'C:\\Program Files\\Brook\\Other'];
-  const keys = {
-    user: 'HKCU\\Software\\Brook\\TarnSync',
-    machine: 'HKLM\\Software\\Brook\\TarnSync',
-    short: 'HKCU\\Software\\TarnSync',
-  };
+  const [inUser, inMachine] = ['HKCU', 'HKLM'].map((hive) => `${hive}\\Software\\Brook\\TarnSync`);
+  const keys = { user: inUser, machine: inMachine, short: 'HKCU\\Software\\TarnSync' };
   const kOtherKey = 'HKCU\\Software\\Brook\\Other';
   const isThere = (path) => (path.startsWith('HK') ? readRegistry(path) : existsSync(unixPath(path)));
   const outside = await makeFolder('varnel-canary-');
@@ -148,29 +121,18 @@ test('a program is uninstalled and what is left of it goes by choice', async () 
         await tick(page, text('software.installed'), 'Tarn Sync');
         await uninstall('Heron', true);
         await job(page, 'Heron.MediaSuite', 'failed');
-        assert.equal(
-          app.messages.some(({ type }) => type === 'findLeftovers'),
-          false,
-          'nothing is looked for after a program that is still there',
-        );
-        await page.getByRole('row', { name: /Heron/ }).waitFor();
+        const looked = app.messages.some(({ type }) => type === 'findLeftovers');
+        assert.equal(looked, false, 'nothing is looked for after a program that is still there');
         await uninstall('Tarn Sync', true);
         const dialog = await dialogOf(page, text('leftovers.title', { name: 'Tarn Sync' }));
-        assert.deepEqual(
-          (await app.toolCalls('winget')).filter((line) => line.includes('Tarn')),
-          [`winget uninstall --id "Brook.TarnSync" --silent ${kAgreed}`],
-        );
+        const calls = (await app.toolCalls('winget')).filter((line) => line.includes('Tarn'));
+        assert.deepEqual(calls, [`winget uninstall --id "Brook.TarnSync" --silent ${kAgreed}`]);
         assert.deepEqual((await leftovers()).toSorted(), shown.toSorted());
-        assert.deepEqual(
-          (await leftovers('[data-leftover]:has(:checked)')).toSorted(),
-          byPublisher.toSorted(),
-          'what may be shared is not ticked',
-        );
-        await dialog
-          .getByText(text('leftovers.directory', { size: inWords(1500) }))
-          .first()
-          .waitFor();
-        await look(app, 'software-leftovers-en');
+        const ticked = (await leftovers('[data-leftover]:has(:checked)')).toSorted();
+        assert.deepEqual(ticked, byPublisher.toSorted(), 'what may be shared is not ticked');
+        const folder = text('leftovers.directory', { size: harness.inWords(1500) });
+        await dialog.getByText(folder).first().waitFor();
+        await harness.look(app, 'software-leftovers-en');
 
         const remove = async (n) => {
           await press(page, text('leftovers.remove', { n }));
@@ -190,16 +152,11 @@ test('a program is uninstalled and what is left of it goes by choice', async () 
 
         await app.startService({ '*': { reply: { success: true } } });
         await remove(2);
-        await page
-          .getByRole('status')
-          .filter({ hasText: text('leftovers.removed', { n: 2 }) })
-          .waitFor();
-        assert.deepEqual(await asked(app, 'cleanLeftoverPath'), [
-          { action: 'cleanLeftoverPath', data: { path: folders.machine } },
-        ]);
-        assert.deepEqual(await asked(app, 'cleanHKLMRegistry'), [
-          { action: 'cleanHKLMRegistry', data: { subKey: keys.machine.slice(5) } },
-        ]);
+        const removed = text('leftovers.removed', { n: 2 });
+        await page.getByRole('status').filter({ hasText: removed }).waitFor();
+        const data = async (action) => (await asked(app, action)).map((request) => request.data);
+        assert.deepEqual(await data('cleanLeftoverPath'), [{ path: folders.machine }]);
+        assert.deepEqual(await data('cleanHKLMRegistry'), [{ subKey: keys.machine.slice(5) }]);
         for (const path of [folders.machine, folders.roaming, ...others, `${keys.short}\\Inner`, kOtherKey])
           assert.ok(await isThere(path), `${path} stays`);
         assert.equal((await filesBelow(outside.unix)).length, 1, 'what a link leads to is untouched');

@@ -10,25 +10,24 @@ import { test } from 'node:test';
 import { withVarnel } from './harness.mjs';
 import * as wine from './wine.mjs';
 
-const { buildFolder, copyInto, driveC, makeFolder, prepareWine, readRegistry, registryText } = wine;
-const { standIn, startInPrefix, until, unixPath, withRegistry, writeRegistry } = wine;
+const { makeFolder, readRegistry, standIn, startInPrefix, unixPath } = wine;
 
 const kEnvironment = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment';
 const kRun = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
-const kApproved = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run';
+const kApproved = kRun.replace('Run', 'Explorer\\StartupApproved\\Run');
+const kOn = 'hex:02,00,00,00,00,00,00,00,00,00,00,00';
 
-// Runs `body` with the program and the real service beside it. `service.log()` is what it would write into the
+// Runs `body` with the program and the real service beside it. `log()` is what it would write into the
 // event log.
-function withService(body, options = {}) {
-  return withVarnel({ page: false, ...options }, async (app) => {
-    await copyInto(app.binFolder, {
-      'VarnelService.exe': join(buildFolder, 'bin/VarnelService.exe'),
-      'update_driver.ps1': join(buildFolder, 'bin/update_driver.ps1'),
-    });
+function withService(body) {
+  return withVarnel({ page: false }, async (app) => {
+    const files = ['VarnelService.exe', 'update_driver.ps1'];
+    const copies = files.map((name) => [name, join(wine.buildFolder, 'bin', name)]);
+    await wine.copyInto(app.binFolder, Object.fromEntries(copies));
     const service = startInPrefix(`${app.folder.windows}\\bin\\VarnelService.exe`, ['--console']);
     try {
-      await until(() => service.output.includes('ready'), 'the service');
-      await body(app, { log: () => service.output.replaceAll('\r', ''), process: service });
+      await wine.until(() => service.output.includes('ready'), 'the service');
+      await body(app, () => service.output);
     } finally {
       service.stdin.end();
       await service.ended;
@@ -53,31 +52,27 @@ const put = async (windowsPath, text = 'x') => {
 };
 
 test('the hosts file is replaced in one step, and its last version kept', () =>
-  withService(async (app, service) => {
+  withService(async (app, log) => {
     const hosts = await put('C:\\windows\\system32\\drivers\\etc\\hosts', '127.0.0.1 before\n');
+    const save = async (content) => (await app.request('saveHostsFile', { content })).success;
     const content = '127.0.0.1 after\r\n# žluťoučký\r\n'.repeat(2_000);
-    assert.equal((await app.request('saveHostsFile', { content })).success, true);
-    assert.equal((await app.request('getHostsFile')).content, content);
+    assert.equal(await save(content), true);
     assert.equal(await readFile(hosts, 'utf8'), content);
     assert.equal(await readFile(`${hosts}.varnel.bak`, 'utf8'), '127.0.0.1 before\n');
-    assert.equal(
-      (await app.request('saveHostsFile', { content: 'x'.repeat(8 * 1024 * 1024 + 1) })).success,
-      false,
-    );
+    assert.equal(await save('x'.repeat(8 * 1024 * 1024 + 1)), false);
     assert.equal(await readFile(hosts, 'utf8'), content);
     assert.equal(existsSync(`${hosts}.varnel.new`), false);
-    assert.match(service.log(), /save_hosts_file was done, asked by .*Varnel\.exe/);
-    assert.match(service.log(), /save_hosts_file was refused for what it names/);
+    assert.match(log(), /save_hosts_file was done, asked by .*Varnel\.exe[^]*was refused for what it names/);
     assert.deepEqual(JSON.parse(await ask('get_hosts_file')), { content, success: true });
     await Promise.all([rm(hosts), rm(`${hosts}.varnel.bak`)]);
   }));
 
 test('variables, start-up items and keys of the machine', () =>
-  withRegistry(
+  wine.withRegistry(
     {
       [kEnvironment]: undefined,
       [kRun]: { VarnelTest: '"C:\\\\x.exe"' },
-      [kApproved]: { Other: 'hex:02,00,00,00,00,00,00,00,00,00,00,00' },
+      [kApproved]: { Other: kOn },
       'HKLM\\Software\\VarnelTestMaker\\Tool\\Deep\\er': { a: '"b"' },
       'HKLM\\Software\\VarnelTestMaker\\Other': { a: '"b"' },
     },
@@ -86,23 +81,20 @@ test('variables, start-up items and keys of the machine', () =>
         const save = async (name, value, is_delete = false) =>
           (await app.request('saveEnvVariable', { type: 'system', name, value, is_delete })).success;
         assert.equal(await save('VARNEL_TEST', '%SystemRoot%\\příklad'), true);
-        await writeRegistry({ [kEnvironment]: { VARNEL_TEST_OLD: '"x"' } });
+        await wine.writeRegistry({ [kEnvironment]: { VARNEL_TEST_OLD: '"x"' } });
         assert.equal(await save('VARNEL_TEST_OLD', '', true), true);
         assert.equal(await save('Path', '', true), false);
         const variables = await readRegistry(kEnvironment);
         assert.equal(variables.VARNEL_TEST, 'expand:%SystemRoot%\\příklad');
         assert.equal(variables.VARNEL_TEST_OLD, undefined);
         assert.ok(Object.keys(variables).some((name) => name.toLowerCase() === 'path'));
-        assert.equal(await save('VARNEL_TEST', '', true), true);
 
         const toggle = async (name) =>
           (await app.request('toggleStartupItem', { scope: 'HKLM', name, enabled: false })).success;
         assert.equal(await toggle('VarnelTest'), true);
         assert.equal(await toggle('NoSuchItem'), false);
-        assert.deepEqual(await readRegistry(kApproved), {
-          Other: 'hex:02,00,00,00,00,00,00,00,00,00,00,00',
-          VarnelTest: 'hex:03,00,00,00,00,00,00,00,00,00,00,00',
-        });
+        const kOff = kOn.replace('02', '03');
+        assert.deepEqual(await readRegistry(kApproved), { Other: kOn, VarnelTest: kOff });
 
         const clean = async (path) =>
           (await app.request('cleanLeftovers', { items: [{ type: 'registry', path }] })).success;
@@ -110,27 +102,20 @@ test('variables, start-up items and keys of the machine', () =>
         assert.equal(await readRegistry('HKLM\\Software\\VarnelTestMaker\\Tool'), undefined);
         assert.ok(await readRegistry('HKLM\\Software\\VarnelTestMaker\\Other'));
         assert.equal(await clean('HKLM\\Software\\Microsoft'), false);
-        assert.ok(await readRegistry('HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run'));
+        assert.ok(await readRegistry(kRun));
       }),
   ));
+
+const kTest = 'C:\\Program Files\\VarnelTest';
+const kData = 'C:\\ProgramData\\VarnelTest';
 
 test('junk goes, leftover folders go, and what is behind links stays', () =>
   withService(async (app) => {
     const canary = join(app.folder.unix, 'canary');
-    const junk = [
-      'C:\\windows\\temp\\a\\file',
-      'C:\\windows\\Prefetch\\file',
-      'C:\\windows\\Logs\\deep\\file',
-    ];
-    const files = await Promise.all(
-      [...junk, 'C:\\Program Files\\VarnelTest\\sub\\file'].map((path) => put(path)),
-    );
+    const junk = ['temp\\a', 'Prefetch', 'Logs\\deep'].map((folder) => `C:\\windows\\${folder}\\file`);
+    const files = await Promise.all([...junk, `${kTest}\\sub\\file`].map((path) => put(path)));
     await put(`${app.folder.windows}\\canary\\file`);
-    const links = [
-      'C:\\windows\\temp\\link',
-      'C:\\Program Files\\VarnelTest\\link',
-      'C:\\ProgramData\\VarnelTestLink',
-    ];
+    const links = ['C:\\windows\\temp\\link', `${kTest}\\link`, `${kData}Link`];
     for (const link of links) await symlink(canary, unixPath(link));
     const sizes = JSON.parse(await ask('getJunkSizes'));
     assert.ok(sizes.success && sizes.windowsTempBytes >= 1 && sizes.prefetchBytes >= 1);
@@ -138,52 +123,31 @@ test('junk goes, leftover folders go, and what is behind links stays', () =>
     assert.equal((await app.request('cleanJunk')).success, true);
     const remove = async (path) =>
       (await app.request('cleanLeftovers', { items: [{ type: 'directory', path }] })).success;
-    await remove('C:\\Program Files\\VarnelTest'); // not the link: Wine cannot
-    for (const path of [
-      'C:\\ProgramData\\VarnelTestLink',
-      'C:\\ProgramData\\VarnelTestLink\\file',
-      'C:\\windows\\Fonts',
-    ])
+    await remove(kTest); // not the link: Wine cannot
+    for (const path of [`${kData}Link`, `${kData}Link\\file`, 'C:\\windows\\Fonts'])
       assert.equal(await remove(path), false, path);
     assert.deepEqual(files.filter(existsSync), []);
     assert.ok(existsSync(join(canary, 'file')));
     for (const link of links) await rm(unixPath(link));
-    assert.equal(await remove('C:\\Program Files\\VarnelTest'), true);
-    assert.equal(existsSync(join(driveC, 'Program Files/VarnelTest')), false);
+    assert.equal(await remove(kTest), true);
+    assert.equal(existsSync(unixPath(kTest)), false);
   }));
-
-const kWeekly = 'C:\\windows\\system32\\tasks\\Varnel\\Silent clean';
 
 test('the weekly cleaning is there and gone', () =>
   withService(async (app) => {
-    const toggle = async (enabled) => (await app.request('toggleScheduleClean', { enabled })).success;
     for (const enabled of [true, true, false, false]) {
-      assert.equal(await toggle(enabled), true, `${enabled}`);
-      assert.equal(existsSync(unixPath(kWeekly)), enabled);
+      assert.equal((await app.request('toggleScheduleClean', { enabled })).success, true, `${enabled}`);
+      assert.equal(existsSync(unixPath('C:\\windows\\system32\\tasks\\Varnel\\Silent clean')), enabled);
     }
   }));
 
 test('another program may read, and nothing else', () =>
-  withService(async (app, service) => {
-    const data = {
-      content: 'x',
-      enabled: true,
-      enable: true,
-      name: 'x',
-      value: 'x',
-      is_delete: false,
-      path: 'x',
-    };
+  withService(async (_, log) => {
+    const texts = { content: 'x', name: 'x', value: 'x', path: 'x' };
+    const data = { ...texts, enabled: true, enable: true, is_delete: false };
     for (const action of [
-      'save_hosts_file',
-      'save_system_env',
-      'control_dev_service',
-      'set_hibernation',
-      'cleanJunk',
-      'toggleScheduleClean',
-      'toggleHKLMStartup',
-      'cleanLeftoverPath',
-      'cleanHKLMRegistry',
+      ...['save_hosts_file', 'save_system_env', 'control_dev_service', 'set_hibernation', 'cleanJunk'],
+      ...['toggleScheduleClean', 'toggleHKLMStartup', 'cleanLeftoverPath', 'cleanHKLMRegistry'],
       'safemodeReboot',
     ])
       assert.equal(await ask(action, data), '{"error":"Not asked by Varnel.exe","success":false}', action);
@@ -193,12 +157,12 @@ test('another program may read, and nothing else', () =>
         { code: 5, type: 'exit' },
       ]);
     assert.equal(await ask('delete\neverything'), '{"error":"Unknown action","success":false}');
-    assert.ok(service.log().includes('delete?everything is unknown'));
+    assert.ok(log().includes('delete?everything is unknown'));
     assert.equal(JSON.parse(await ask('get_dev_services')).success, true);
   }));
 
 test('misbehaving programs neither stop it nor learn anything', () =>
-  withService(async (app) => {
+  withService(async () => {
     const look = async () => JSON.parse(await peer('look'));
     const works = async () => assert.equal(JSON.parse(await ask('getJunkSizes')).success, true);
     await works();
@@ -226,23 +190,23 @@ test('misbehaving programs neither stop it nor learn anything', () =>
   }));
 
 // Stand-in tools in the system's own folder, which are the ones that the service starts.
-const kTools = ['powercfg', 'bcdedit', 'shutdown', 'dism', 'sfc', 'WindowsPowerShell\\v1.0\\powershell'].map(
-  (name) => `C:\\windows\\system32\\${name}.exe`,
-);
-
+const kSystem = 'C:\\windows\\system32\\';
+const kTools = ['powercfg', 'bcdedit', 'shutdown', 'dism', 'sfc', 'WindowsPowerShell\\v1.0\\powershell'];
 const kOverrides = 'HKCU\\Software\\Wine\\DllOverrides';
+const kNative = ['shutdown.exe', 'dism.exe', 'powershell.exe']; // Wine would take its own
 
 async function withTools(scripts, body) {
-  await prepareWine();
+  await wine.prepareWine();
   const folder = await makeFolder('tools-');
-  const there = kTools.map(unixPath);
+  const there = kTools.map((name) => unixPath(`${kSystem}${name}.exe`));
   const saved = there.filter(existsSync);
   for (const path of saved) await rename(path, `${path}.away`);
-  await writeRegistry({
-    [kEnvironment]: { VARNEL_TOOL_SCRIPTS: registryText(folder.windows) },
-    // Wine would take its own.
-    [kOverrides]: { 'shutdown.exe': '"native"', 'dism.exe': '"native"', 'powershell.exe': '"native"' },
-  });
+  const setUp = (scriptFolder, native) =>
+    wine.writeRegistry({
+      [kEnvironment]: { VARNEL_TOOL_SCRIPTS: scriptFolder },
+      [kOverrides]: Object.fromEntries(kNative.map((name) => [name, native])),
+    });
+  await setUp(wine.registryText(folder.windows), '"native"');
   try {
     for (const path of there) {
       await mkdir(dirname(path), { recursive: true });
@@ -251,15 +215,12 @@ async function withTools(scripts, body) {
       await writeFile(join(folder.unix, `${name}.json`), JSON.stringify(scripts[name] ?? { exit: 0 }));
     }
     await body(async () => {
-      const logs = kTools.map((path) => join(folder.unix, `${basename(unixPath(path), '.exe')}.log`));
+      const logs = there.map((path) => join(folder.unix, `${basename(path, '.exe')}.log`));
       const texts = await Promise.all(logs.filter(existsSync).map((log) => readFile(log, 'utf8')));
-      return texts.join('').replaceAll('C:\\windows\\system32\\', '').trim().split('\n');
+      return texts.join('').replaceAll(kSystem, '').trim().split('\n');
     });
   } finally {
-    await writeRegistry({
-      [kEnvironment]: { VARNEL_TOOL_SCRIPTS: undefined },
-      [kOverrides]: { 'shutdown.exe': undefined, 'dism.exe': undefined, 'powershell.exe': undefined },
-    });
+    await setUp();
     for (const path of there) await rm(path);
     for (const path of saved) await rename(`${path}.away`, path);
     await folder.remove();
@@ -281,10 +242,8 @@ test('tools of the system are started with their exact command lines', () =>
         const isExit = ({ streamType }) => streamType === 'exit';
         const said = (messages) => messages.filter(({ streamType }) => streamType === 'stdout');
         const checked = await app.posted('quickAction', { type: 'sfc' }, isExit);
-        assert.deepEqual(
-          said(checked).map(({ message }) => message),
-          ['Checking', '[=  ]', '[== ]', 'Ověření 40 %'],
-        );
+        const lines = said(checked).map(({ message }) => message);
+        assert.deepEqual(lines, ['Checking', '[=  ]', '[== ]', 'Ověření 40 %']);
         assert.equal(checked.at(-1).code, 3);
         const installed = await app.posted('installDriver', { title: 'Peat - System - 10.1' }, isExit);
         assert.deepEqual([installed.at(-1).code, installed.at(-1).rebootRequired], [0, true]);

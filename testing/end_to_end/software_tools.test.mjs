@@ -64,6 +64,7 @@ test('lines and ends of tools', () => {
     const everyByte = Array.from({ length: 256 }, (_, value) => `${String.fromCharCode(value)}\n`).join('');
     const bytes = { steps: [{ hex: hex(`${everyByte}${'x'.repeat(5000)}\n`) }] };
     const ping = { type: 'ping', target: '127.0.0.1 & "žluť"' };
+    const split = { steps: [{ hex: '50c5' }, { hex: '990d', delay_ms: 60 }, { text: '\nb' }] };
     const zero = `${'x'.repeat(100)}\0${'x'.repeat(2899)}\n`; // what follows in a read of 1023 bytes is lost
     for (const [action, data, script, lines, code] of [
       ['installSoftware', { id: kId }, undefined, ['Bye'], 0],
@@ -73,13 +74,7 @@ test('lines and ends of tools', () => {
       ['uninstallApp', { id: kId }, bytes, undefined, 0],
       ['runPingDiagnostic', ping, undefined, ['Bye'], 259], // not waited for: "still active"
       ['runPingDiagnostic', ping, { steps: [{ hex: hex(zero) }] }, ['x'.repeat(100 + 3000 - 1023)], 0],
-      [
-        'runPingDiagnostic',
-        ping,
-        { steps: [{ hex: '50c5' }, { hex: '990d', delay_ms: 60 }, { text: '\nb' }] },
-        ['Př'],
-        0,
-      ],
+      ['runPingDiagnostic', ping, split, ['Př'], 0],
     ]) {
       if (script) await app.scriptTool(action === 'runPingDiagnostic' ? 'cmd.exe' : 'winget.exe', script);
       const [got, exit] = await streamOf(app, action, data);
@@ -98,44 +93,29 @@ test('lines and ends of tools', () => {
 
 test('a scan and a list of drivers, whatever the tools do', () =>
   withVarnel({ page: false, tools: { 'winget.exe': {}, 'powershell.exe': {} } }, async (app) => {
-    const found = '{"scannedDriversCount":9,"updates":[{"Title":"Síť"}]}';
+    const one = '{"scannedDriversCount":9,"updates":[{"Title":"Síť"}]}';
+    const empty = '{"scannedDriversCount":88,"updates":[]}';
+    const codes = [/non-zero code: 2316632079$/, /returned exit code: 5$/];
+    const noJson = [/^řeč$/, /parse_error\.101/]; // the error quotes the first byte of a character
     // The closing message, what the scan said of errors, and the driver list alone.
     for (const [name, winget, powershell, scan, errors, drivers] of [
-      ['both lists', prints(kTable), prints(found), [true, 1, 1, 9], [], [true, 1, 9]],
+      ['both lists', prints(kTable), prints(one), [true, 1, 1, 9], [], [true, 1, 9]],
+      ['nothing', prints(''), prints(empty), [true, 0, 0, 88], [], [true, 0, 88]],
       [
-        'nothing',
-        prints(''),
-        prints('{"scannedDriversCount":88,"updates":[]}'),
-        [true, 0, 0, 88],
-        [],
-        [true, 0, 88],
-      ],
-      [
-        'exit codes, and no object',
+        'exit codes',
         prints(kTable, 0x8a15000f),
         prints('[1,2]', 5),
         [true, 1, 0, 171],
-        [/non-zero code: 2316632079$/, /returned exit code: 5$/],
+        codes,
         [true, 0, 171],
       ],
-      [
-        'no JSON', // the parse error quotes the first byte of a character
-        prints(kTable),
-        prints('řeč'),
-        [false, undefined, undefined, undefined],
-        [/^řeč$/, /parse_error\.101/],
-        [false, 0, 171],
-      ],
+      ['no JSON', prints(kTable), prints('řeč'), [false, ...Array(3)], noJson, [false, 0, 171]],
     ]) {
       await app.scriptTool('winget.exe', winget);
       await app.scriptTool('powershell.exe', powershell);
       const posted = await app.posted('startSystemScan', {}, ({ status }) => status === 'done');
-      const done = posted.at(-1);
-      assert.deepEqual(
-        [done.success, done.software?.length, done.drivers?.length, done.scannedDriversCount],
-        scan,
-        name,
-      );
+      const { success, software, drivers: found, scannedDriversCount } = posted.at(-1);
+      assert.deepEqual([success, software?.length, found?.length, scannedDriversCount], scan, name);
       const said = posted.filter(({ style }) => style === 'stderr-line').map(({ message }) => message);
       assert.equal(said.length, errors.length, `${name}: ${said}`);
       errors.forEach((error, i) => assert.match(said[i], error, name));
@@ -144,11 +124,8 @@ test('a scan and a list of drivers, whatever the tools do', () =>
     }
     await app.scriptTool('powershell.exe', { steps: [{ delay_ms: 8200, text: '{}' }] });
     const posted = await app.posted('startSystemScan', {}, ({ status }) => status === 'done');
-    assert.deepEqual(
-      posted.map(({ ticks }) => ticks).filter(Boolean),
-      [1, 2],
-      'a sign of life every four seconds',
-    );
+    const ticks = posted.map((message) => message.ticks).filter(Boolean);
+    assert.deepEqual(ticks, [1, 2], 'a sign of life every four seconds');
   }));
 
 test('without the tools', () =>
@@ -165,11 +142,8 @@ test('without the tools', () =>
         const reply = await app.request(action);
         assert.deepEqual([reply.success, reply[member]], [true, []], action);
       }
-      for (const [action, data] of Object.entries({
-        installSoftware: { id: kId },
-        uninstallApp: { id: kId },
-        installDriver: { title: 'Peat - System' },
-      })) {
+      for (const action of ['installSoftware', 'uninstallApp', 'installDriver']) {
+        const data = { id: kId, title: 'Peat - System' };
         const [lines, { code }] = await streamOf(app, action, data);
         assert.deepEqual([lines, code], [[], 1], action);
       }
@@ -179,15 +153,11 @@ test('without the tools', () =>
 test('what the service says while it installs a driver', () =>
   withVarnel({ page: false, service: {} }, async (app) => {
     const out = (message) => ({ type: 'stdout', message });
+    const kReboot = 'x SYSTEM_REBOOT_REQUIRED';
     const exit = (code, more) => ({ type: 'exit', code, ...more });
     for (const [records, lines, code, rebootRequired] of [
       [[out(' a '), { type: 'note' }, exit(3)], [' a '], 3, false],
-      [
-        [out('x SYSTEM_REBOOT_REQUIRED'), exit(0, { rebootRequired: false })],
-        ['x SYSTEM_REBOOT_REQUIRED'],
-        0,
-        true,
-      ],
+      [[out(kReboot), exit(0, { rebootRequired: false })], [kReboot], 0, true],
       [[exit(0, { rebootRequired: true })], [], 0, true],
       [['oops', exit(4)], [], 4, false],
     ]) {

@@ -1,11 +1,9 @@
 // Environment variables, looked at in the registry.
 import assert from 'node:assert/strict';
-import { mkdir } from 'node:fs/promises';
-import { join } from 'node:path';
 import { test } from 'node:test';
 
 import * as harness from './harness.mjs';
-import { makeFolder, readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
+import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
 const { asked, closeServiceDialog, dialogOf, openView, press, rowsOf, toastOf, withVarnel } = harness;
 
@@ -29,14 +27,11 @@ test('every variable that fits is listed, whatever its type and name', () => {
     LONG: [registryText(`${longest}x`)], // left out
     'V\udc00': [registryText('after these'), 'after these', 'V\ufffd'],
   };
-  const entries = Object.entries(values);
-  return withRegistry({ [kUser]: Object.fromEntries(entries.map(([name, [data]]) => [name, data])) }, () =>
+  const of = (what) => Object.fromEntries(Object.entries(values).map(what));
+  return withRegistry({ [kUser]: of(([name, [data]]) => [name, data]) }, () =>
     withVarnel({ page: false }, async (app) => {
-      const want = entries.filter(([, [, value]]) => value !== undefined);
-      assert.deepEqual(
-        (await app.request('getEnvVariables')).user,
-        Object.fromEntries(want.map(([name, [, value, shown = name]]) => [shown, value])),
-      );
+      const want = JSON.stringify(of(([name, [, value, shown = name]]) => [shown, value]));
+      assert.deepEqual((await app.request('getEnvVariables')).user, JSON.parse(want)); // without what has no value
     }),
   );
 });
@@ -48,13 +43,6 @@ const row = (page, name, scope) =>
     .locator('tbody tr')
     .filter({ has: page.getByRole('gridcell', { name, exact: true }) })
     .filter({ hasText: scope });
-const entries = (dialog) =>
-  dialog
-    .locator('.entries li')
-    .evaluateAll((all) =>
-      all.map((one) => [one.querySelector('input').value, one.querySelector('.tag')?.innerText]),
-    );
-
 // Runs `body` with the tab of variables; `named` gives a dialog of the page by the key of its title.
 const withVariables = (keys, body) =>
   withRegistry(keys, () =>
@@ -73,25 +61,15 @@ test('variables of the user: added, changed, deleted, and stored as text that Wi
       const mine = app.text('variables.user');
       const save = app.text('variables.save');
       const listed = await rowsOf(page, app.text('developer.variables'));
-      assert.deepEqual(
-        listed.filter(([, scope]) => scope === mine).map(([name, , value]) => `${name} ${value}`),
-        ['TEMP C:\\Old', 'TMP C:\\Old'],
-      );
-      const machine = Object.keys(await readRegistry(kMachine));
-      assert.equal(listed.length, machine.length + 2);
+      assert.equal(listed.length, Object.keys(await readRegistry(kMachine)).length + 2);
 
-      // A new one, by the keyboard; names that cannot be are refused as they are typed.
+      // A new one; names that cannot be are refused as they are typed.
       await press(page, app.text('variables.add'));
       const adding = await named('variables.add');
       const name = adding.getByLabel(app.text('app.name'));
-      for (const [text, fault] of [
-        ['a=b', 'variables.equals'],
-        ['temp', 'variables.exists'],
-      ]) {
-        await name.fill(text);
-        await adding.getByRole('alert').getByText(app.text(fault)).waitFor();
-        assert.ok(await adding.getByRole('button', { name: save }).isDisabled());
-      }
+      await name.fill('temp');
+      await adding.getByRole('alert').getByText(app.text('variables.exists')).waitFor();
+      assert.ok(await adding.getByRole('button', { name: save }).isDisabled());
       await name.fill('Žluťoučký kůň');
       await page.keyboard.press('Tab');
       await page.keyboard.press('Tab');
@@ -118,18 +96,15 @@ test('variables of the user: added, changed, deleted, and stored as text that Wi
       assert.equal(await stored(kUser, 'TEMP'), 'expand:C:\\Mine');
 
       // Deleted after a question, also one that is gone already.
-      for (const one of ['Žluťoučký kůň', 'TMP', 'TEMP'])
-        await row(page, one, mine)
-          .getByRole('checkbox')
-          .setChecked(one !== 'TEMP');
+      for (const one of ['Žluťoučký kůň', 'TMP', 'TEMP']) {
+        const box = row(page, one, mine).getByRole('checkbox');
+        await box.setChecked(one !== 'TEMP');
+      }
       const verb = app.text('variables.delete');
       await press(page, verb);
       await press(await named('variables.deleteTitle', { n: 2 }), app.text('app.cancel'));
-      assert.equal(
-        Object.keys(await readRegistry(kUser)).length,
-        3,
-        'nothing happens before the user agrees',
-      );
+      const names = Object.keys(await readRegistry(kUser));
+      assert.equal(names.length, 3, 'nothing happens before the user agrees');
       await writeRegistry({ [kUser]: { TMP: undefined } });
       await press(page, verb);
       await press(await named('variables.deleteTitle', { n: 2 }), verb);
@@ -142,50 +117,9 @@ test('variables of the user: added, changed, deleted, and stored as text that Wi
     },
   ));
 
-test('a list of folders: order, missing ones, its text; and the machine through the service', async () => {
-  const folder = await makeFolder('Nástroje ž-');
-  const name = folder.windows.slice(3);
-  await mkdir(join(folder.unix, 'bin'));
-  const parts = [
-    '%varnel_tools%\\bin',
-    `${folder.windows}\\gone`,
-    `"C:\\${name.toUpperCase()}\\BIN\\"`,
-    '',
-    '%NO_SUCH%\\bin',
-    'Q:\\bin',
-  ];
-  const values = { Path: `expand:${parts.join(';')}`, VARNEL_TOOLS: registryText(folder.windows) };
-  await withVariables({ [kUser]: values, [kMachine]: undefined }, async (app, page, named) => {
+test('variables of the machine: not without the service, and with it what it did is shown', () =>
+  withVariables({ [kMachine]: undefined }, async (app, page, named) => {
     const save = app.text('variables.save');
-    await row(page, 'Path', app.text('variables.user')).dblclick();
-    const dialog = await dialogOf(page, `Path (${app.text('variables.user')})`);
-    // Only what is certain is marked.
-    const missing = app.text('variables.missing');
-    await app.until(async () => (await entries(dialog))[1][1] === missing, 'the missing folder to be marked');
-    assert.deepEqual(
-      await entries(dialog),
-      parts.map((entry, i) => [entry, i === 1 ? missing : undefined]),
-    );
-
-    await dialog.getByRole('button', { name: app.text('variables.removeUseless', { n: 1 }) }).waitFor();
-
-    // Moved twice with the keyboard: the focus goes along.
-    await dialog.getByRole('button', { name: app.text('variables.up', { n: 3 }) }).focus();
-    await page.keyboard.press('Enter');
-    await page.keyboard.press('Enter');
-    await press(dialog, app.text('variables.removeEntry', { n: 4 }));
-    await press(dialog, app.text('variables.addEntry'));
-    await page.keyboard.type('C:\\added; "one; field"');
-    const [first, gone, third, , ...rest] = parts;
-    const want = [third, first, gone, ...rest, 'C:\\added; "one; field"'].join(';');
-    await press(dialog, app.text('variables.asText'));
-    const value = dialog.getByRole('textbox', { name: app.text('variables.value') });
-    assert.equal(await value.inputValue(), want);
-    await press(dialog, save);
-    await dialog.waitFor({ state: 'detached' });
-    assert.equal(await stored(kUser, 'Path'), `expand:${want}`);
-
-    // Variables of the machine: not without the service, and with it what it did is shown.
     const everyone = app.text('variables.system');
     await row(page, 'OS', everyone).dblclick();
     const machine = await dialogOf(page, `OS (${everyone})`);
@@ -208,12 +142,10 @@ test('a list of folders: order, missing ones, its text; and the machine through 
     await press(await named('variables.deleteTitle', { n: 1 }), app.text('variables.delete'));
     await toastOf(page, failed, 'alert').waitFor();
     assert.deepEqual(
-      (await asked(app, 'save_system_env')).map(({ data }) => data),
+      (await asked(app, 'save_system_env')).map(({ data }) => [data.name, data.value, data.is_delete]),
       [
-        { name: 'OS', value: 'Žádný %windir%', is_delete: false },
-        { name: 'OS', value: '', is_delete: true },
+        ['OS', 'Žádný %windir%', false],
+        ['OS', '', true],
       ],
     );
-  });
-  await folder.remove();
-});
+  }));
