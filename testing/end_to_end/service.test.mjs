@@ -177,7 +177,7 @@ test('misbehaving programs neither stop it nor learn anything', () =>
     assert.ok(half > 4_000 && half < 8_000, `half a line is waited for: ${half} ms`);
 
     const silent = startInPrefix(standIn('pipe_peer.exe'), ['hold', '8']);
-    await until(() => silent.output, 'eight silent peers');
+    await wine.until(() => silent.output, 'eight silent peers');
     const begin = Date.now();
     await works();
     assert.ok(Date.now() - begin < 8_000);
