@@ -5,7 +5,7 @@
 
 #include "app/dispatcher.h"
 #include "base/fields.h"
-#include "base/worker_win.h"
+#include "base/worker.h"
 
 // The two ways in which a row of the action table calls its function: with the request's id and the named
 // fields of its data, one for each further parameter. A row that does not fit its function does not compile.

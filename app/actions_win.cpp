@@ -1,6 +1,7 @@
-#include "app/actions_win.h"
+#include "app/actions.h"
 
 #include <windows.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <iterator>
@@ -8,29 +9,33 @@
 #include <utility>
 
 #include "app/action_rows.h"
-#include "app/settings_win.h"
-#include "app/system_actions_win.h"
-#include "clean/downloads_win.h"
-#include "clean/junk_win.h"
-#include "clean/system_files_win.h"
-#include "disk/disk_actions.h"
-#include "maint/quick_actions_win.h"
-#include "maint/update_win.h"
-#include "net/dev_services_win.h"
+#include "app/debug_report.h"
+#include "app/settings.h"
+#include "app/uninstall.h"
+#include "base/page.h"
+#include "base/text.h"
+#include "clean/downloads.h"
+#include "clean/junk.h"
+#include "clean/system_files.h"
+#include "disk/analysis.h"
+#include "maint/quick_actions.h"
+#include "maint/update.h"
+#include "net/dev_services.h"
 #include "net/environment_win.h"
-#include "net/hosts_file_win.h"
+#include "net/hosts_file.h"
 #include "net/network_tools.h"
-#include "net/pnp_devices_win.h"
-#include "net/ports_win.h"
-#include "software/install_streams_win.h"
-#include "software/leftovers_win.h"
-#include "software/package_lists_win.h"
-#include "software/system_scan_win.h"
-#include "startup/schedule_clean_win.h"
-#include "startup/startup_items_win.h"
-#include "system/processes_win.h"
-#include "system/status_win.h"
-#include "system/telemetry_win.h"
+#include "net/pnp_devices.h"
+#include "net/ports.h"
+#include "software/install_streams.h"
+#include "software/leftovers.h"
+#include "software/package_lists.h"
+#include "software/system_scan.h"
+#include "startup/schedule_clean.h"
+#include "startup/startup_items.h"
+#include "system/hardware.h"
+#include "system/processes.h"
+#include "system/status.h"
+#include "system/telemetry.h"
 
 namespace {
 
@@ -39,7 +44,15 @@ void exitApp(int) {
 }
 
 void testBridge(int request_id) {
-  PostSuccess("testBridge", request_id, {{"status", "ok"}});
+  PostReply("testBridge", request_id, true, {{"status", "ok"}});
+}
+
+// Opens the address in the member `url` of the request itself, not of its data; none opens nothing. Replies
+// with the action's name as received, whatever became of it.
+void OpenUrl(Request& request) {
+  const std::string url = request.envelope.value("url", std::string());
+  if (!url.empty()) ShellExecuteW(nullptr, L"open", Utf8ToWide(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+  PostReply(request.action, request.request_id, true);
 }
 
 // The user's own variables are written directly, all others by the helper service.
@@ -80,8 +93,8 @@ void QuickAction(Request& request) {
 constexpr Action kActions[] = {
     {"exitApp", Inline<exitApp>},
     {"testBridge", Inline<testBridge>},
-    {"openUrl", openUrl},
-    {"openMailto", openUrl},
+    {"openUrl", OpenUrl},
+    {"openMailto", OpenUrl},
     {"getCPU", Inline<getCPU>},
     {"uninstallAppSuite", Inline<uninstallAppSuite>},
     {"getOpenPorts", Worker<getOpenPorts>},

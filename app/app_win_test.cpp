@@ -11,7 +11,7 @@
 #include "app/com_callback_win.h"
 #include "app/main_window_win.h"
 #include "app/webview2_loader_win.h"
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/text.h"
 #include "testing/registry_sandbox_win.h"
 

@@ -9,20 +9,20 @@
 #include "app/main_window_win.h"
 #include "base/page.h"
 #include "base/text.h"
+#include "base/trace.h"
 
 void PostJsonToJs(std::string_view json) {
   auto carried = std::make_unique<std::wstring>(Utf8ToWide(json));
-  OutputDebugStringW(L"[Varnel Debug] PostJsonToJs: calling PostMessageW...\n");
+  Trace(L"PostJsonToJs: calling PostMessageW...");
   // A post to no window would succeed, into the queue of the calling thread, and nobody would free the text.
   const HWND window = State().main_window;
   if (window && PostMessageW(window, WM_POST_JSON, 0, reinterpret_cast<LPARAM>(carried.get()))) {
     static_cast<void>(carried.release());  // now owned by the message
-    OutputDebugStringW(L"[Varnel Debug] PostMessageW queued successfully.\n");
+    Trace(L"PostMessageW queued successfully.");
     return;
   }
   const DWORD error = window ? GetLastError() : ERROR_INVALID_WINDOW_HANDLE;
-  OutputDebugStringW(
-      (L"[Varnel Debug] PostMessageW failed! Error: " + std::to_wstring(error) + L"\n").c_str());
+  Trace(L"PostMessageW failed! Error: " + std::to_wstring(error));
 }
 
 void SendConsoleLog(std::string_view message, std::string_view style) {

@@ -1,4 +1,4 @@
-#include "app/browser_host_win.h"
+#include "app/browser_host.h"
 
 #include <windows.h>
 #include <shlobj.h>
@@ -6,15 +6,15 @@
 
 #include <string>
 
-#include "app/actions_win.h"
+#include "app/actions.h"
 #include "app/com_callback_win.h"
 #include "app/embedded_files.h"
 #include "app/main_window_win.h"
 #include "app/webview2_loader_win.h"
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/handle_win.h"
-#include "base/worker_win.h"
-#include "system/status_win.h"
+#include "base/worker.h"
+#include "system/status.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -139,10 +139,8 @@ HRESULT OnEnvironmentCreated(HRESULT result, ICoreWebView2Environment* environme
 
 }  // namespace
 
-ComPtr<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler> MakeEnvironmentHandler() {
-  return MakeCallback<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler>(OnEnvironmentCreated);
-}
-
 void StartBrowser() {
-  CreateBrowserEnvironment(ProfileFolder(), MakeEnvironmentHandler().Get());
+  const auto handler =
+      MakeCallback<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler>(OnEnvironmentCreated);
+  CreateBrowserEnvironment(ProfileFolder(), handler.Get());
 }

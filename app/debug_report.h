@@ -6,7 +6,10 @@
 #include "system/hardware.h"
 #include "system/telemetry.h"
 
-// Lines of the page's terminal for the diagnostic action, in UTF-8.
+// Writes the hardware and one telemetry sample to the page's terminal, then replies. UI thread.
+void debugSystem(int request_id);
+
+// Returns the terminal's lines, in UTF-8.
 std::vector<std::string> FormatDebugSpecs(const HardwareSpecs& specs);
 
 // Numbers have six digits after the point; GB = 2^30 bytes.

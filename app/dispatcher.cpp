@@ -7,7 +7,6 @@
 #include "base/fields.h"
 #include "base/json_text.h"
 #include "base/page.h"
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -44,9 +43,4 @@ void ActionDispatcher::Dispatch(std::wstring_view message) const noexcept {
   } catch (...) {
     PostFailure("unknown exception");
   }
-}
-
-void PostSuccess(std::string_view type, int32_t request_id, nlohmann::json fields) {
-  fields.update(MakeReply(type, true, request_id));
-  PostJsonToJs(fields.dump());
 }

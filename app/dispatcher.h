@@ -36,7 +36,3 @@ class ActionDispatcher {
  private:
   std::span<const Action> actions_;
 };
-
-// Posts {"requestId":...,"success":true,"type":...} with the members of the object `fields`. Move large
-// values into it.
-void PostSuccess(std::string_view type, int32_t request_id, nlohmann::json fields = nlohmann::json::object());

@@ -9,6 +9,7 @@
 
 #include "base/fields.h"
 #include "base/json_text.h"
+#include "base/page.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
 
@@ -19,13 +20,14 @@ using Replies = std::vector<std::string>;
 constexpr Action kTestActions[] = {
     {"testBridge",
      [](Request& request) {
-       PostSuccess("testBridge", request.request_id, {{"status", "ok"}});
+       PostReply("testBridge", request.request_id, true, {{"status", "ok"}});
      }},
     {"echo",
      [](Request& request) {
-       PostSuccess(request.action, request.request_id, {{"got", std::move(request.data)}});
+       PostReply(request.action, request.request_id, true, {{"got", std::move(request.data)}});
      }},
-    {"text", [](Request& request) { PostSuccess(FieldReader<std::string>::Read(request.data, "type"), 0); }},
+    {"text",
+     [](Request& request) { PostReply(FieldReader<std::string>::Read(request.data, "type"), 0, true); }},
     {"noMemory", [](Request&) { throw std::bad_alloc(); }},
     {"throwNumber", [](Request&) { throw 7; }},
 };

@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "app/browser_host_win.h"
+#include "app/browser_host.h"
 #include "app/main_window_win.h"
-#include "app/silent_clean_win.h"
-#include "base/worker_win.h"
-#include "maint/update_win.h"
+#include "base/worker.h"
+#include "clean/junk.h"
+#include "maint/update.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_c
   DisguiseCloudPlaceholders();
   const std::string arguments = command_line;
   if (arguments.find("--silent-clean") != std::string::npos) {
-    RunSilentClean();
+    CleanJunkCategories({true, true, true, true, true, true, true});
     return 0;
   }
   if (!CreateMainWindow(instance, show_command)) return 1;

@@ -3,6 +3,7 @@
 
 #include "app/dispatcher.h"
 #include "base/fields.h"
+#include "base/page.h"
 #include "base/text.h"
 #include "testing/fuzz_target.h"
 #include "testing/recording_page.h"
@@ -12,10 +13,10 @@ FUZZ_TARGET(request_envelope, bytes) {
   constexpr Action kActions[] = {
       {"echo",
        [](Request& it) {
-         PostSuccess(it.action, it.request_id, {{"got", std::move(it.data)}});
+         PostReply(it.action, it.request_id, true, {{"got", std::move(it.data)}});
        }},
       {"text",
-       [](Request& it) { PostSuccess(FieldReader<std::string>::Read(it.data, "type"), it.request_id); }},
+       [](Request& it) { PostReply(FieldReader<std::string>::Read(it.data, "type"), it.request_id, true); }},
   };
   ActionDispatcher(kActions).Dispatch(Utf8ToWide(bytes));
   if (TakePostedMessages().size() > 1) std::abort();

@@ -1,10 +1,9 @@
-#include "app/settings_win.h"
+#include "app/settings.h"
 
 #include <utility>
 
-#include "app/dispatcher.h"
-#include "app/settings.h"
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
+#include "base/page.h"
 
 namespace {
 
@@ -15,10 +14,10 @@ std::filesystem::path SettingsFile() {
 }  // namespace
 
 void getSettings(int32_t request_id) {
-  PostSuccess("settings", request_id, {{"settings", LoadSettings(SettingsFile())}});
+  PostReply("settings", request_id, true, {{"settings", LoadSettings(SettingsFile())}});
 }
 
 void saveSettings(int32_t request_id, nlohmann::json document) {
   SaveSettings(SettingsFile(), document);
-  PostSuccess("saveSettings", request_id, {{"settings", std::move(document)}});
+  PostReply("saveSettings", request_id, true, {{"settings", std::move(document)}});
 }

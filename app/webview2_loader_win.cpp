@@ -7,8 +7,9 @@
 
 #include "app/browser_runtime.h"
 #include "app/com_callback_win.h"
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/handle_win.h"
+#include "base/registry_win.h"
 
 namespace {
 
@@ -59,9 +60,9 @@ Function LoadExport(const std::wstring& library_path, const char* name) {
 // none.
 std::wstring InstalledRuntimeFolder(HKEY root) {
   constexpr wchar_t kClientState[] =
-      L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}";
-  RegistryKey key;
-  if (RegOpenKeyExW(root, kClientState, 0, KEY_READ | KEY_WOW64_32KEY, key.put()) != ERROR_SUCCESS) return {};
+      LR"(Software\Microsoft\EdgeUpdate\ClientState\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5})";
+  const RegistryKey key = OpenKey(root, kClientState, KEY_READ | KEY_WOW64_32KEY);
+  if (!key) return {};
   wchar_t folder[MAX_PATH] = {};
   DWORD size_bytes = sizeof(folder);
   if (RegGetValueW(key.get(), nullptr, L"EBWebView", RRF_RT_REG_SZ, nullptr, folder, &size_bytes) !=

@@ -13,7 +13,7 @@
 #include "base/registry_win.h"
 #include "base/text.h"
 #include "base/utf8.h"
-#include "base/worker_win.h"
+#include "base/worker.h"
 #include "testing/registry_sandbox_win.h"
 
 TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {

@@ -1,4 +1,4 @@
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 
 #include <windows.h>
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cwctype>
 #include <string>
 
-// Lower-cases each unit on its own with towlower in the "C" locale, which this program never leaves: A to Z,
-// nothing else.
-inline std::wstring LowerCase(std::wstring text) {
-  for (wchar_t& unit : text) unit = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(unit)));
+// Lower-cases A to Z and nothing else.
+template <typename Char>
+std::basic_string<Char> LowerCase(std::basic_string<Char> text) {
+  for (Char& unit : text)
+    if (unit >= 'A' && unit <= 'Z') unit = static_cast<Char>(unit - 'A' + 'a');
   return text;
 }

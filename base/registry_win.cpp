@@ -1,10 +1,15 @@
 #include "base/registry_win.h"
 
-#include "base/handle_win.h"
+RegistryKey OpenKey(HKEY root, const std::wstring& path, REGSAM access) {
+  RegistryKey key;
+  if (RegOpenKeyExW(root, path.c_str(), 0, access, key.put()) != ERROR_SUCCESS)
+    static_cast<void>(key.release());
+  return key;
+}
 
 std::wstring ReadRegistryString(HKEY root, const wchar_t* path, const wchar_t* value) {
-  RegistryKey key;
-  if (RegOpenKeyExW(root, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS) return L"Unknown";
+  const RegistryKey key = OpenKey(root, path);
+  if (!key) return L"Unknown";
   // One more unit than the system may fill: the data need not end with a NUL.
   wchar_t buffer[512 + 1] = {};
   DWORD size_bytes = 1024;
@@ -17,8 +22,8 @@ std::wstring ReadRegistryString(HKEY root, const wchar_t* path, const wchar_t* v
 std::vector<RegistryValue> ReadRegistryValues(HKEY root, const wchar_t* path, DWORD name_units,
                                               DWORD data_bytes) {
   std::vector<RegistryValue> values;
-  RegistryKey key;
-  if (RegOpenKeyExW(root, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS) return values;
+  const RegistryKey key = OpenKey(root, path);
+  if (!key) return values;
   std::vector<wchar_t> name(name_units);
   std::vector<wchar_t> data(data_bytes / sizeof(wchar_t) + 1);
   for (DWORD index = 0;; ++index) {

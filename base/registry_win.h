@@ -5,6 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "base/handle_win.h"
+
+// Opens a key below `root` (RegOpenKeyExW). The result is empty if that fails.
+RegistryKey OpenKey(HKEY root, const std::wstring& path, REGSAM access = KEY_READ);
+
 // Text of a registry value, up to its first NUL, read with KEY_READ into a 1024-byte buffer (RegOpenKeyExW,
 // RegQueryValueExW). The value's type is not checked. "Unknown" when the key cannot be opened or the value
 // cannot be read, also when it is longer.

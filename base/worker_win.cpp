@@ -1,4 +1,4 @@
-#include "base/worker_win.h"
+#include "base/worker.h"
 
 #include <windows.h>
 #include <process.h>

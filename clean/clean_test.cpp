@@ -9,6 +9,7 @@
 #include "clean/junk.h"
 #include "clean/system_files.h"
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 using nlohmann::json;
 
@@ -100,13 +101,11 @@ TEST(Downloads, OldLargeInstallersAndArchivesAreListed) {
   const std::vector<DownloadJunkItem> items = {
       ReviewDownload(folder, {L"Žluťoučký instalátor.MSI", 2 * kMiB, kNow - 31 * kDay}, kNow).value(),
       ReviewDownload(folder, {L"obraz.iso", 5'368'709'120, kNow - 400 * kDay}, kNow).value()};
-  EXPECT_EQ(BuildDownloadsReply(9, items), RecordedMessage("getDownloadsJunk"));
-  EXPECT_EQ(BuildDeletedReply(10, 1), RecordedMessage("deleteSpecificFiles"));
-  EXPECT_EQ(json::parse(BuildDeletedReply(10, 0))["success"], false);
+  EXPECT_EQ(PostedReply("getDownloadsJunk", 9, true, ToJson(items)), RecordedMessage("getDownloadsJunk"));
 }
 
 TEST(SystemFiles, RepliesAreWhatThePageReads) {
-  EXPECT_EQ(BuildSystemFilesReply(11, {{true, 6'871'947'673}, true, {true, 17'179'869'184}, {}}),
+  EXPECT_EQ(PostedReply("getSystemFilesAdvisor", 11, true,
+                        ToJson(SystemFiles{{true, 6'871'947'673}, true, {true, 17'179'869'184}, {}})),
             RecordedMessage("getSystemFilesAdvisor"));
-  EXPECT_EQ(BuildHibernationReply(12, true, false), RecordedMessage("setHibernation"));
 }

@@ -6,12 +6,13 @@
 #include <utility>
 
 #include "base/lower_case.h"
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
 
 constexpr uint64_t kTicksPerHour = 36'000'000'000;
+constexpr uint64_t kMinAgeHours = 720;
+constexpr uint64_t kLargestIgnoredBytes = 1'048'576;
 
 constexpr std::wstring_view kExtensions[] = {L".iso", L".img", L".exe", L".msi", L".zip",
                                              L".rar", L".7z",  L".tar", L".gz",  L".cab"};
@@ -20,7 +21,7 @@ constexpr std::wstring_view kExtensions[] = {L".iso", L".img", L".exe", L".msi",
 
 bool HasDownloadJunkExtension(const std::wstring& name) {
   const size_t dot = name.rfind(L'.');
-  if (dot == std::wstring::npos || dot == 0) return false;
+  if (dot == name.npos || dot == 0) return false;
   return std::ranges::find(kExtensions, LowerCase(name.substr(dot))) != std::end(kExtensions);
 }
 
@@ -29,29 +30,18 @@ std::optional<DownloadJunkItem> ReviewDownload(const std::wstring& folder, const
   if (!HasDownloadJunkExtension(file.name) || file.written_at == 0 || file.written_at > now)
     return std::nullopt;
   const uint64_t age_hours = (now - file.written_at) / kTicksPerHour;
-  if (age_hours < kDownloadMinAgeHours || file.size_bytes <= kDownloadLargestIgnoredBytes)
-    return std::nullopt;
+  if (age_hours < kMinAgeHours || file.size_bytes <= kLargestIgnoredBytes) return std::nullopt;
   const std::wstring path = folder + (folder.ends_with(L'\\') ? L"" : L"\\") + file.name;
   return DownloadJunkItem{WideToUtf8(file.name), WideToUtf8(path), file.size_bytes, age_hours / 24};
 }
 
-std::string BuildDownloadsReply(int request_id, std::span<const DownloadJunkItem> items) {
+nlohmann::json ToJson(const std::vector<DownloadJunkItem>& items) {
   uint64_t total_bytes = 0;
-  nlohmann::json list = nlohmann::json::array();
+  nlohmann::json rows = nlohmann::json::array();
   for (const DownloadJunkItem& item : items) {
     total_bytes += item.size_bytes;
-    list.push_back(
+    rows.push_back(
         {{"name", item.name}, {"path", item.path}, {"size", item.size_bytes}, {"daysOld", item.days_old}});
   }
-  nlohmann::json reply = MakeReply("getDownloadsJunk", true, request_id);
-  reply["totalBytes"] = total_bytes;
-  reply["count"] = items.size();
-  reply["items"] = std::move(list);
-  return reply.dump();
-}
-
-std::string BuildDeletedReply(int request_id, size_t deleted_count) {
-  nlohmann::json reply = MakeReply("deleteSpecificFiles", deleted_count > 0, request_id);
-  reply["deletedCount"] = deleted_count;
-  return reply.dump();
+  return {{"totalBytes", total_bytes}, {"count", items.size()}, {"items", std::move(rows)}};
 }

@@ -2,11 +2,18 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
+#include <vector>
 
-inline constexpr uint64_t kDownloadMinAgeHours = 720;
-inline constexpr uint64_t kDownloadLargestIgnoredBytes = 1'048'576;
+#include <nlohmann/json.hpp>
+
+// Replies with the old, large installers and archives that lie directly in the user's Downloads folder
+// (SHGetKnownFolderPath, else %USERPROFILE%\Downloads). Worker body.
+void getDownloadsJunk(int request_id);
+
+// Moves each path (UTF-8, absolute) to the Recycle Bin (SHFileOperationW) and reports how many were moved.
+// The shell may show a message box for a file that it cannot move. Worker body.
+void deleteSpecificFiles(int request_id, const std::vector<std::string>& paths);
 
 struct DownloadFile {
   std::wstring name;
@@ -22,13 +29,13 @@ struct DownloadJunkItem {
   uint64_t days_old = 0;
 };
 
-// True for ".iso", ".zip" and the other extensions that are reviewed, in any case; only the last extension of
+// Returns true for ".iso", ".zip" and the other extensions that are reviewed, in any case; only the last extension of
 // a name counts, and a name that begins with its only dot has none.
 bool HasDownloadJunkExtension(const std::wstring& name);
 
-// The item that is listed for a file of `folder` at the time `now` (100 ns since 1601), or nothing.
+// Returns the item that is listed for a file of `folder` at the time `now` (100 ns since 1601), or nothing.
 std::optional<DownloadJunkItem> ReviewDownload(const std::wstring& folder, const DownloadFile& file,
                                                uint64_t now);
 
-std::string BuildDownloadsReply(int request_id, std::span<const DownloadJunkItem> items);
-std::string BuildDeletedReply(int request_id, size_t deleted_count);
+// Returns the members of the page's reply.
+nlohmann::json ToJson(const std::vector<DownloadJunkItem>& items);

@@ -1,4 +1,4 @@
-#include "clean/downloads_win.h"
+#include "clean/downloads.h"
 
 #include <windows.h>
 #include <knownfolders.h>
@@ -6,26 +6,21 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
+#include "base/environment_variable.h"
+#include "base/file_time_win.h"
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/text.h"
-#include "clean/downloads.h"
 
 namespace {
 
-uint64_t Ticks(const FILETIME& time) {
-  return uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
-}
-
-// Empty when there is none.
+// Returns an empty path if there is none.
 std::wstring DownloadsFolder() {
   TaskMemoryString known;
   if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Downloads, 0, nullptr, known.put()))) return known.get();
-  wchar_t profile[MAX_PATH] = {};
-  const DWORD length = GetEnvironmentVariableW(L"USERPROFILE", profile, MAX_PATH);
-  if (length == 0 || length >= MAX_PATH) return {};
-  return std::wstring(profile) + L"\\Downloads";
+  const std::wstring profile = ReadEnvironmentVariable(L"USERPROFILE");
+  return profile.empty() ? profile : profile + L"\\Downloads";
 }
 
 // A file itself: no folder, and no link to something elsewhere. (Files that the system keeps compressed or in
@@ -61,7 +56,7 @@ bool NamesItself(const std::wstring& path) {
 
 bool MoveToRecycleBin(const std::wstring& path) {
   if (!NamesItself(path)) return false;
-  // The shell reads a list of texts that an empty one ends.
+  // pFrom is a list of strings that ends with an empty one.
   const std::wstring list = path + L'\0';
   SHFILEOPSTRUCTW operation = {};
   operation.wFunc = FO_DELETE;
@@ -83,7 +78,7 @@ void getDownloadsJunk(int request_id) {
     const DownloadFile file = {entry->cFileName, SizeBytes(*entry), Ticks(entry->ftLastWriteTime)};
     if (auto item = ReviewDownload(folder, file, Ticks(now))) items.push_back(std::move(*item));
   }
-  PostJsonToJs(BuildDownloadsReply(request_id, items));
+  PostReply("getDownloadsJunk", request_id, true, ToJson(items));
 }
 
 void deleteSpecificFiles(int request_id, const std::vector<std::string>& paths) {
@@ -91,5 +86,5 @@ void deleteSpecificFiles(int request_id, const std::vector<std::string>& paths) 
   size_t deleted_count = 0;
   for (const std::string& path : paths)
     if (MoveToRecycleBin(Utf8ToWide(path))) ++deleted_count;
-  PostJsonToJs(BuildDeletedReply(request_id, deleted_count));
+  PostReply("deleteSpecificFiles", request_id, deleted_count > 0, {{"deletedCount", deleted_count}});
 }

@@ -14,13 +14,6 @@ std::wstring Closed(std::wstring_view folder) {
   return std::wstring(folder) + L'\\';
 }
 
-// What the service counts, and where its figure goes.
-struct ServiceSize {
-  const char* member;
-  size_t category;
-};
-constexpr ServiceSize kServiceSizes[] = {{"windowsTempBytes", 0}, {"prefetchBytes", 2}};
-
 }  // namespace
 
 uint64_t JunkSizes::Total() const {
@@ -42,8 +35,9 @@ nlohmann::json BuildCleanRequest(const JunkFlags& flags) {
 
 void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes) {
   if (!ReplySuccess(answer)) return;
-  for (const auto& [member, category] : kServiceSizes)
-    sizes.bytes[category] = std::max(sizes.bytes[category], ReplyCount(answer, member, 0));
+  for (size_t i = 0; i < kJunkCategoryCount; ++i)
+    if (const char* member = kJunkCategories[i].service_member)
+      sizes.bytes[i] = std::max(sizes.bytes[i], ReplyCount(answer, member, 0));
 }
 
 std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes) {

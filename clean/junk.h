@@ -22,6 +22,7 @@ struct JunkCategory {
   const char* key;
   JunkBase base;
   std::span<const JunkFolder> folders;
+  const char* service_member = nullptr;  // of the helper service's answer: its figure, if it counts one
 };
 
 inline constexpr JunkFolder kWindowsTempFolders[] = {
@@ -52,9 +53,9 @@ inline constexpr JunkFolder kSystemLogsFolders[] = {
 
 inline constexpr size_t kJunkCategoryCount = 7;
 inline constexpr std::array<JunkCategory, kJunkCategoryCount> kJunkCategories = {{
-    {"windowsTemp", JunkBase::kNone, kWindowsTempFolders},
+    {"windowsTemp", JunkBase::kNone, kWindowsTempFolders, "windowsTempBytes"},
     {"userTemp", JunkBase::kUserTemp, kUserTempFolders},
-    {"prefetch", JunkBase::kNone, kPrefetchFolders},
+    {"prefetch", JunkBase::kNone, kPrefetchFolders, "prefetchBytes"},
     {"winUpdate", JunkBase::kNone, kWinUpdateFolders},
     {"browserCache", JunkBase::kLocalAppData, kBrowserCacheFolders},
     {"shaderCache", JunkBase::kLocalAppData, kShaderCacheFolders},
@@ -91,14 +92,29 @@ struct JunkSelection {
   nlohmann::json request_id;  // whatever number the page sent, to be given back as it came
 };
 
+// Measures all categories (GetTempPathW, SHGetFolderPathW, FindFirstFileW). A folder that is missing or
+// cannot be read adds nothing.
+JunkSizes MeasureJunkSizes();
+
+// Empties the folders of the selected categories with the user's own rights; what cannot be deleted stays.
+// Returns false if memory ran out on the way.
+bool CleanJunkCategories(const JunkFlags& selected);
+
+// Replies with the sizes. If the helper service answers, its figures for protected folders count; if not,
+// the page is told. Worker body.
+void getJunk(int request_id);
+
+// Has the service clean, or cleans itself without one, and replies with the sizes afterwards. Worker body.
+void cleanJunk(const JunkSelection& selection);
+
 // Reads a request's `data` object and request identifier: a category that it does not name, or all without
-// `data`, is selected. Throws nlohmann::json::type_error when a flag is no boolean or `data` no object.
+// `data`, is selected. Throws nlohmann::json::type_error if a flag is no boolean or `data` no object.
 JunkSelection ParseJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id);
 
-// The `data` of the service's request to clean.
+// Returns the `data` of the service's request to clean.
 nlohmann::json BuildCleanRequest(const JunkFlags& flags);
 
-// The larger of our figure and the service's for the two folders that the service sees with the system's
+// Takes the larger of our figure and the service's for the two folders that the service sees with the system's
 // rights. `answer` is its reply to "getJunkSizes", any JSON value:
 //   {"prefetchBytes":1048576,"success":true,"windowsTempBytes":52428800}
 void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes);

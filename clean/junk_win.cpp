@@ -1,4 +1,4 @@
-#include "clean/junk_win.h"
+#include "clean/junk.h"
 
 #include <windows.h>
 #include <shlobj.h>
@@ -6,10 +6,11 @@
 #include <exception>
 #include <optional>
 
-#include "base/exe_directory_win.h"
+#include "base/environment_variable.h"
+#include "base/exe_directory.h"
 #include "base/file_walk_win.h"
 #include "base/page.h"
-#include "exec/service_pipe_win.h"
+#include "exec/service_pipe.h"
 
 namespace {
 
@@ -31,8 +32,8 @@ KeptFolders FoldersToKeep() {
   GetWindowsDirectoryW(path, MAX_PATH);
   kept.windows = path;
   kept.others.push_back(LongPath(GetExeDirectory()));
-  const DWORD length = GetEnvironmentVariableW(L"USERPROFILE", path, MAX_PATH);
-  if (length > 0 && length < MAX_PATH) kept.others.push_back(LongPath(path));
+  const std::wstring named = ReadEnvironmentVariable(L"USERPROFILE");
+  if (!named.empty()) kept.others.push_back(LongPath(named));
   TaskMemoryString profile;  // also without that variable
   if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Profile, 0, nullptr, profile.put())))
     kept.others.push_back(LongPath(profile.get()));
@@ -109,7 +110,7 @@ void getJunk(int request_id) {
 }
 
 void cleanJunk(const JunkSelection& selection) {
-  // Whether the service or this program could delete all of it shows in the sizes.
+  // The outcome is not checked: the sizes measured below show what is left.
   if (IsServiceRunning())
     SendServiceRequest("cleanJunk", BuildCleanRequest(selection.flags));
   else

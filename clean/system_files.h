@@ -1,9 +1,17 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 
 #include <nlohmann/json.hpp>
+
+// Replies with the sizes of C:\hiberfil.sys, C:\pagefile.sys and C:\swapfile.sys (GetFileAttributesExW) and
+// whether hibernation is on (HibernateEnabled in the registry). Worker body.
+void getSystemFilesAdvisor(int request_id);
+
+// Has the helper service switch hibernation, off if `enabled` is missing; without the service the page is
+// told. Worker body.
+void setHibernation(int request_id, std::optional<bool> enabled);
 
 struct SystemFileInfo {
   bool exists = false;
@@ -17,5 +25,5 @@ struct SystemFiles {
   SystemFileInfo swapfile;
 };
 
-std::string BuildSystemFilesReply(int request_id, const SystemFiles& files);
-std::string BuildHibernationReply(int request_id, bool success, bool enabled);
+// Returns the members of the page's reply.
+nlohmann::json ToJson(const SystemFiles& files);

@@ -1,17 +1,17 @@
-#include "clean/system_files_win.h"
+#include "clean/system_files.h"
 
 #include <windows.h>
 
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
-#include "clean/system_files.h"
-#include "exec/service_pipe_win.h"
+#include "base/registry_win.h"
+#include "exec/service_pipe.h"
 
 namespace {
 
-// Files that the system keeps locked are measured too. The page and swap file refuse even the query of their
-// attributes; what their folder says of them is asked then, which opens nothing.
+// Measures files that the system keeps locked, too. The page and swap files refuse even attribute queries.
+// Their size is then taken from the directory entry, which does not open them.
 SystemFileInfo ReadSystemFile(const wchar_t* path) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return {true, SizeBytes(data)};
@@ -23,10 +23,8 @@ SystemFileInfo ReadSystemFile(const wchar_t* path) {
 }
 
 bool IsHibernationEnabled() {
-  RegistryKey power;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, LR"(SYSTEM\CurrentControlSet\Control\Power)", 0, KEY_READ,
-                    power.put()) != ERROR_SUCCESS)
-    return false;
+  const RegistryKey power = OpenKey(HKEY_LOCAL_MACHINE, LR"(SYSTEM\CurrentControlSet\Control\Power)");
+  if (!power) return false;
   DWORD value = 0;
   DWORD size_bytes = sizeof(value);
   return RegQueryValueExW(power.get(), L"HibernateEnabled", nullptr, nullptr, reinterpret_cast<BYTE*>(&value),
@@ -37,14 +35,15 @@ bool IsHibernationEnabled() {
 }  // namespace
 
 void getSystemFilesAdvisor(int request_id) {
-  PostJsonToJs(BuildSystemFilesReply(request_id, {.hiberfil = ReadSystemFile(LR"(C:\hiberfil.sys)"),
-                                                  .hibernation_enabled = IsHibernationEnabled(),
-                                                  .pagefile = ReadSystemFile(LR"(C:\pagefile.sys)"),
-                                                  .swapfile = ReadSystemFile(LR"(C:\swapfile.sys)")}));
+  const SystemFiles files = {.hiberfil = ReadSystemFile(LR"(C:\hiberfil.sys)"),
+                             .hibernation_enabled = IsHibernationEnabled(),
+                             .pagefile = ReadSystemFile(LR"(C:\pagefile.sys)"),
+                             .swapfile = ReadSystemFile(LR"(C:\swapfile.sys)")};
+  PostReply("getSystemFilesAdvisor", request_id, true, ToJson(files));
 }
 
 void setHibernation(int request_id, std::optional<bool> enabled) {
   const bool is_on = enabled.value_or(false);
   const bool success = SendServiceCommand("set_hibernation", {{"enabled", is_on}});
-  PostJsonToJs(BuildHibernationReply(request_id, success, is_on));
+  PostReply("setHibernation", request_id, success, {{"enabled", is_on}});
 }

@@ -5,9 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "disk/disk_messages.h"
+#include "disk/analysis.h"
 #include "disk/folder_scan.h"
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 using SystemHelper::DiskFileItem;
 
@@ -183,29 +184,31 @@ TEST(ListFolder, SortsAndTakesFolderSizesFromTheCache) {
   }
 }
 
-TEST(VerbatimPath, OnlyPrefixesWhatWindowsWouldNotChange) {
+TEST(ExtendedReadPath, OnlyPrefixesWhatWindowsWouldNotChange) {
   for (const std::wstring path : {L"C:\\", L"c:\\a b\\ends with dot.", L"C:\\a\\...\\b", L"C:\\a\\"})
-    EXPECT_EQ(VerbatimPath(path), L"\\\\?\\" + path);
+    EXPECT_EQ(ExtendedReadPath(path), L"\\\\?\\" + path);
   for (const wchar_t* path : {L"C:", L"a\\b", L"1:\\a", L"C:/a", L"C:\\a/b", L"C:\\\\a", L"C:\\a\\..",
                               L"C:\\.\\a", L"\\\\server\\share\\a", L"\\\\?\\C:\\a"})
-    EXPECT_EQ(VerbatimPath(path), path);
+    EXPECT_EQ(ExtendedReadPath(path), path);
 }
 
 TEST(DiskMessages, AreTheRecordedOnes) {
-  EXPECT_EQ(DiskProgressMessage(7, 5000, L"C:\\Users\\Žofie\\写真"),
-            RecordedMessage("disk_analysis_progress"));
   const uint64_t photo_bytes = 734'003'200;
-  EXPECT_EQ(DiskDoneMessage(7, "C:\\",
-                            {{L"Users", L"C:\\Users", true, photo_bytes},
-                             {L"Perfect Logs", L"C:\\Perfect Logs", true, 0},
-                             {L"pagefile.sys", L"C:\\pagefile.sys", false, uint64_t{1} << 34}},
-                            {{uint64_t{1} << 34, L"C:\\pagefile.sys"},
-                             {photo_bytes, L"C:\\Users\\Žofie\\写真\\dovolená.mp4"}},
-                            true),
+  EXPECT_EQ(PostedReply("disk_analysis_progress", 7, true,
+                        {{"status", "done"},
+                         {"drive", "C:\\"},
+                         {"folders", ToJson(std::vector<FolderEntry>{
+                                         {L"Users", L"C:\\Users", true, photo_bytes},
+                                         {L"Perfect Logs", L"C:\\Perfect Logs", true, 0},
+                                         {L"pagefile.sys", L"C:\\pagefile.sys", false, uint64_t{1} << 34}})},
+                         {"files", ToJson(std::vector<SystemHelper::DiskFileItem>{
+                                       {uint64_t{1} << 34, L"C:\\pagefile.sys"},
+                                       {photo_bytes, L"C:\\Users\\Žofie\\写真\\dovolená.mp4"}})}}),
             RecordedMessage("disk_analysis_progress.done"));
-  EXPECT_TRUE(DiskDoneMessage(1, "Q:\\", {}, {}, false).find(R"("success":false)") != std::string::npos);
-  EXPECT_EQ(FolderContentsMessage(8, "C:\\Users\\Žofie",
-                                  {{L"写真", L"C:\\Users\\Žofie\\写真", true, photo_bytes},
-                                   {L"úkoly.txt", L"C:\\Users\\Žofie\\úkoly.txt", false, 512}}),
+  EXPECT_EQ(PostedReply("getFolderContents", 8, true,
+                        {{"path", "C:\\Users\\Žofie"},
+                         {"items", ToJson(std::vector<FolderEntry>{
+                                       {L"写真", L"C:\\Users\\Žofie\\写真", true, photo_bytes},
+                                       {L"úkoly.txt", L"C:\\Users\\Žofie\\úkoly.txt", false, 512}})}}),
             RecordedMessage("getFolderContents"));
 }

@@ -44,9 +44,9 @@ struct FolderEntry {
 // "C:\" or "C:\a" and "b" give "C:\b" and "C:\a\b".
 std::wstring JoinPath(std::wstring_view folder, std::wstring_view name);
 
-// The form in which a folder is read: a plain full path on a drive gets the prefix "\\?\", with which Windows
-// takes paths longer than 260 units and names that end with a dot or a space. Any other path stays as it is.
-std::wstring VerbatimPath(std::wstring_view path);
+// Returns the form in which a folder is read: a plain full path on a drive becomes extended, any other path
+// stays as it is. See base/extended_path.h.
+std::wstring ExtendedReadPath(std::wstring_view path);
 
 // Directories before files, then larger before smaller; equals keep their order.
 void SortFolderEntries(std::vector<FolderEntry>& entries);
@@ -72,7 +72,7 @@ class FolderScan {
         largest_files_(largest_files),
         counter_(counter),
         progress_(progress),
-        path_(VerbatimPath(folder)),
+        path_(ExtendedReadPath(folder)),
         prefix_length_(path_.size() - folder.size()) {}
 
   uint64_t Run() {
@@ -153,7 +153,7 @@ void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_s
   uint64_t total = 0;
   LargestFiles largest_files;
   std::vector<std::wstring> branches;
-  const bool readable = read(VerbatimPath(root) + L"*", [&](const FoundEntry& entry) {
+  const bool readable = read(ExtendedReadPath(root) + L"*", [&](const FoundEntry& entry) {
     if (!IsCounted(entry)) return;
     counter.fetch_add(1, std::memory_order_relaxed);
     if (entry.is_directory) {
@@ -205,7 +205,7 @@ template <typename Reader>
 std::vector<FolderEntry> ListFolder(const Reader& read, const std::wstring& path,
                                     const FolderSizes& folder_sizes) {
   std::vector<FolderEntry> entries;
-  read(JoinPath(VerbatimPath(path), L"*"), [&](const FoundEntry& found) {
+  read(JoinPath(ExtendedReadPath(path), L"*"), [&](const FoundEntry& found) {
     if (IsDotEntry(found.name)) return;
     FolderEntry& entry = entries.emplace_back(
         FolderEntry{found.name, JoinPath(path, found.name), found.is_directory, found.size});

@@ -1,17 +1,14 @@
-#include "exec/command_runner_win.h"
+#include "exec/command_runner.h"
 
 #include <utility>
 
+#include "base/trace.h"
 #include "exec/hidden_process_win.h"
 
 namespace {
 
 constexpr DWORD kChunkBytes = 4095;
 constexpr DWORD kHangTimeoutMs = 10'000;
-
-void Trace(const std::wstring& text) {
-  OutputDebugStringW((L"[Varnel Debug] " + text + L"\n").c_str());
-}
 
 }  // namespace
 
@@ -49,9 +46,4 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   result.started = true;
   Trace(L"ExecuteCmd finished. Exit code: " + std::to_wstring(result.exit_code));
   return result;
-}
-
-bool TerminateProcessById(uint32_t pid) {
-  const KernelHandle process(OpenProcess(PROCESS_TERMINATE, FALSE, pid));
-  return process && TerminateProcess(process.get(), 0);
 }

@@ -1,4 +1,4 @@
-#include "exec/service_pipe_win.h"
+#include "exec/service_pipe.h"
 
 #include <exception>
 

@@ -52,6 +52,11 @@ std::string ReplyText(const json& reply, const char* name, std::string_view fall
   return member.is_string() ? member.get<std::string>() : std::string(fallback);
 }
 
+json ReplyList(const json& reply, const char* name) {
+  const json& member = MemberOf(reply, name);
+  return member.is_array() ? member : json::array();
+}
+
 StreamRecord ParseStreamRecord(std::string_view line) {
   using Kind = StreamRecord::Kind;
   json document;

@@ -27,11 +27,12 @@ nlohmann::json FailedServiceReply(std::string_view error);
 // serialised again). Never throws.
 nlohmann::json ParseServiceReply(std::string_view line);
 
-// A member of a reply; `fallback` when the reply is no object, has no such member, or it is of another type
-// (for a count: anything but a whole number from 0 on).
+// Returns a member of a reply; `fallback` if the reply is no object, has no such member, or it is of another
+// type (for a count: anything but a whole number from 0 on). The fallback of a list is an empty one.
 bool ReplyFlag(const nlohmann::json& reply, const char* name, bool fallback);
 uint64_t ReplyCount(const nlohmann::json& reply, const char* name, uint64_t fallback);
 std::string ReplyText(const nlohmann::json& reply, const char* name, std::string_view fallback);
+nlohmann::json ReplyList(const nlohmann::json& reply, const char* name);
 
 inline bool ReplySuccess(const nlohmann::json& reply) {
   return ReplyFlag(reply, "success", false);

@@ -2,48 +2,37 @@
 #include <nlohmann/json.hpp>
 
 #include "maint/quick_actions.h"
-#include "maint/update_reply.h"
+#include "maint/update.h"
 #include "maint/version.h"
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 using nlohmann::json;
 
-TEST(UpdateCheckReply, ReadsTheDescription) {
+TEST(DescribeUpdate, ReadsTheDescription) {
   json want = json::parse(RecordedMessage("checkForUpdates"));
   want["currentVersion"] = kCurrentVersion;
   EXPECT_EQ(
-      BuildUpdateCheckReply(
-          5,
-          R"({"version":"99.10.0","download_url":"https://releases.varnel.example/99.10.0/VarnelSetup.exe",)"
-          R"("changelog":"Rychlejší analýza disku\nOpravy","mandatory":true})"),
+      PostedReply(
+          "checkForUpdates", 5, true,
+          DescribeUpdate(
+              R"({"version":"99.10.0","download_url":"https://releases.varnel.example/99.10.0/VarnelSetup.exe",)"
+              R"("changelog":"Rychlejší analýza disku\nOpravy","mandatory":true})")),
       want.dump());
   const std::string version(kCurrentVersion);
-  EXPECT_EQ(BuildUpdateCheckReply(5, R"({"downloadUrl":"https://other.example","extra":1})"),
+  EXPECT_EQ(PostedReply("checkForUpdates", 5, true,
+                        DescribeUpdate(R"({"downloadUrl":"https://other.example","extra":1})")),
             R"({"changelog":"","currentVersion":")" + version +
                 R"(","downloadUrl":"","hasUpdate":false,"mandatory":false,"onlineVersion":")" + version +
                 R"(","requestId":5,"success":true,"type":"checkForUpdates"})")
       << "missing members have defaults";
   for (const char* description :
        {"", "<html>404</html>", "[]", "{\"version\":null}", "{\"version\":\"\xFF\"}"})
-    EXPECT_EQ(BuildUpdateCheckReply(5, description),
-              R"({"error":"Invalid version file","requestId":5,"success":false,"type":"checkForUpdates"})")
-        << description;
+    EXPECT_ANY_THROW(DescribeUpdate(description)) << description;
 }
 
-TEST(ApplyUpdateReply, CarriesTheErrorOnlyWhenItFailed) {
-  EXPECT_EQ(BuildApplyUpdateReply(6, ""), RecordedMessage("downloadAndApplyUpdate"));
-  EXPECT_EQ(BuildApplyUpdateReply(6, "Failed to download update executable"),
-            RecordedMessage("downloadAndApplyUpdate.failed"));
-}
-
-TEST(QuickActions, AreTheRecordedMessages) {
-  EXPECT_EQ(BuildRebuildIconsReply(7, true), RecordedMessage("quickAction"));
-  EXPECT_EQ(
-      BuildSafeModeReply(7, false),
-      R"({"message":"Nepodařilo se nastavit nouzový režim.","requestId":7,"success":false,"type":"quickAction"})");
-  EXPECT_EQ(BuildFileCheckStatus(8), RecordedMessage("sfc_stream.status"));
-  EXPECT_EQ(BuildFileCheckLine(8, "Verification 40% complete."), RecordedMessage("sfc_stream.stdout"));
-  EXPECT_EQ(BuildFileCheckExit(8, 2, FileCheckResultText(2)), RecordedMessage("sfc_stream.exit"));
+TEST(FileCheckResultText, SaysHowItEnded) {
+  EXPECT_EQ(FileCheckResultText(2), json::parse(RecordedMessage("sfc_stream.exit"))["message"]);
   EXPECT_TRUE(FileCheckResultText(0).starts_with("[Success] "));
 }
 

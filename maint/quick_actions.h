@@ -4,23 +4,27 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+// Worker bodies of the quick repairs.
 
-// Texts, replies and decisions of the quick repairs. Replies and stream messages are compact JSON documents.
+// Runs "ipconfig /flushdns"; replies with what it printed, and always with success.
+void flushDns(int request_id);
 
-std::string BuildQuickActionReply(int request_id, bool success, std::string_view message);
-std::string BuildRebuildIconsReply(int request_id, bool success);
-std::string BuildSafeModeReply(int request_id, bool success);
+void rebuildIcons(int request_id);
 
-std::string BuildFileCheckStatus(int request_id);
-std::string BuildFileCheckLine(int request_id, std::string_view line);
-std::string BuildFileCheckExit(int request_id, int64_t code, std::string_view message);
+// Checks system files and components in the helper service, streamed line by line.
+void sfcVerify(int request_id);
 
-// What the person reads when the service's file check ended with `code`.
+// Asks the helper service to configure safe mode and restart.
+void safemodeReboot(int request_id);
+
+// Restarts the machine at once; replies when the shutdown command has returned. UI thread.
+void reboot(int request_id);
+
+// Returns what the user reads when the service's file check has ended with `code`.
 std::string FileCheckResultText(int64_t code);
 
-// Explorer's process name in any case.
+// Returns true for Explorer's process name in any case.
 bool IsExplorer(std::wstring_view executable_name);
 
-// Icon and thumbnail cache files of Explorer; the test is case-sensitive.
+// Returns true for icon and thumbnail cache files of Explorer; the test is case-sensitive.
 bool IsIconCacheFile(std::wstring_view file_name);

@@ -1,47 +1,41 @@
-#include "maint/quick_actions_win.h"
+#include "maint/quick_actions.h"
 
 #include <windows.h>
-#include <tlhelp32.h>
 
 #include <string>
 
+#include "base/environment_variable.h"
+#include "base/file_walk_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/text.h"
-#include "exec/command_runner_win.h"
-#include "exec/service_pipe_win.h"
+#include "exec/command_runner.h"
+#include "exec/processes.h"
+#include "exec/service_pipe.h"
 #include "exec/tool_run.h"
-#include "maint/quick_actions.h"
+#include "exec/tool_stream.h"
 
 namespace {
 
 void EndExplorers() {
-  const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-  if (!snapshot) return;
-  PROCESSENTRY32W entry = {};
-  entry.dwSize = sizeof entry;
-  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
-       more = Process32NextW(snapshot.get(), &entry))
-    if (IsExplorer(entry.szExeFile)) TerminateProcessById(entry.th32ProcessID);
+  ForEachProcess([](uint32_t pid, const wchar_t* name) {
+    if (IsExplorer(name)) TerminateProcessById(pid);
+  });
 }
 
 void DeleteIconCaches() {
-  wchar_t local_app_data[32767] = {};
-  const DWORD length = GetEnvironmentVariableW(L"LOCALAPPDATA", local_app_data, 32767);
-  if (length == 0) return;
-  const std::wstring folder = std::wstring(local_app_data, length) + L"\\Microsoft\\Windows\\Explorer\\";
-  WIN32_FIND_DATAW found = {};
-  const FindHandle walk(FindFirstFileW((folder + L"*").c_str(), &found));
-  if (!walk) return;
-  do {
-    if (IsIconCacheFile(found.cFileName)) DeleteFileW((folder + found.cFileName).c_str());
-  } while (FindNextFileW(walk.get(), &found));
+  const std::wstring local_app_data = ReadEnvironmentVariable(L"LOCALAPPDATA");
+  if (local_app_data.empty()) return;
+  const std::wstring folder = local_app_data + LR"(\Microsoft\Windows\Explorer\)";
+  FolderListing listing(folder);
+  while (const WIN32_FIND_DATAW* entry = listing.Next())
+    if (IsIconCacheFile(entry->cFileName)) DeleteFileW((folder + entry->cFileName).c_str());
 }
 
 bool StartExplorer() {
   wchar_t command[] = L"C:\\Windows\\explorer.exe";
   STARTUPINFOW startup = {};
-  startup.cb = sizeof startup;
+  startup.cb = sizeof(startup);
   PROCESS_INFORMATION process = {};
   // A shell that stood in this program's folder would keep it from being removed.
   if (!CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, L"C:\\Windows", &startup,
@@ -51,13 +45,8 @@ bool StartExplorer() {
   return true;
 }
 
-}  // namespace
-
-void flushDns(int request_id) {
-  PostJsonToJs(
-      BuildQuickActionReply(request_id, true, ConsoleTextToUtf8(CaptureTool(L"ipconfig /flushdns"))));
-}
-
+// Ends every Explorer process, deletes the icon and thumbnail caches under %LOCALAPPDATA% and starts Explorer
+// again. Returns true if the new Explorer was started; processes and files that resist are left.
 bool RebuildIconCache() {
   EndExplorers();
   Sleep(500);  // until Explorer has let go of its files
@@ -65,26 +54,45 @@ bool RebuildIconCache() {
   return StartExplorer();
 }
 
+void PostOutcome(int request_id, bool success, std::string_view message) {
+  PostReply("quickAction", request_id, success, {{"message", message}});
+}
+
+}  // namespace
+
+void flushDns(int request_id) {
+  PostOutcome(request_id, true, ConsoleTextToUtf8(CaptureTool(L"ipconfig /flushdns")));
+}
+
 void rebuildIcons(int request_id) {
-  PostJsonToJs(BuildRebuildIconsReply(request_id, RebuildIconCache()));
+  const bool success = RebuildIconCache();
+  PostOutcome(request_id, success,
+              success ? "Mezipaměť ikon na ploše byla úspěšně obnovena a Windows Explorer byl restartován."
+                      : "Nepodařilo se obnovit mezipaměť ikon.");
 }
 
 void sfcVerify(int request_id) {
-  PostJsonToJs(BuildFileCheckStatus(request_id));
-  if (!EnsureServiceOrNotify()) {
-    PostJsonToJs(BuildFileCheckExit(request_id, 1, "Pomocná služba neběží."));
-    return;
-  }
-  const ServiceSession session =
-      RunServiceSession("sfcVerify", nlohmann::json::object(),
-                        [&](const std::string& line) { PostJsonToJs(BuildFileCheckLine(request_id, line)); });
+  const ToolStream stream("sfc_stream", request_id);
+  const auto end = [&](int64_t code, std::string_view message) { stream.Exit(code, {{"message", message}}); };
+  stream.Status("Spouštím test integrity systémových souborů a komponent Windows přes pomocnou službu...");
+  if (!EnsureServiceOrNotify()) return end(1, "Pomocná služba neběží.");
+  const ServiceSession session = RunServiceSession("sfcVerify", nlohmann::json::object(),
+                                                   [&](const std::string& line) { stream.Line(line); });
   if (!session.connected)
-    PostJsonToJs(BuildFileCheckExit(request_id, 1, "Nepodařilo se připojit k pomocné službě."));
+    end(1, "Nepodařilo se připojit k pomocné službě.");
   else if (session.exit)
-    PostJsonToJs(BuildFileCheckExit(request_id, session.exit->code, FileCheckResultText(session.exit->code)));
+    end(session.exit->code, FileCheckResultText(session.exit->code));
 }
 
 void safemodeReboot(int request_id) {
   const bool success = SendServiceCommand("safemodeReboot", {});
-  PostJsonToJs(BuildSafeModeReply(request_id, success));
+  PostOutcome(
+      request_id, success,
+      success ? "Systém byl úspěšně nakonfigurován pro spuštění do nouzového režimu. Restartuji počítač..."
+              : "Nepodařilo se nastavit nouzový režim.");
+}
+
+void reboot(int request_id) {
+  ExecuteCmd(L"shutdown /r /t 0");
+  PostReply("reboot", request_id, true);
 }

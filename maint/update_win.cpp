@@ -1,18 +1,18 @@
-#include "maint/update_win.h"
+#include "maint/update.h"
 
 #include <windows.h>
 #include <objbase.h>
-#include <shellapi.h>
 #include <wininet.h>
 
+#include <exception>
 #include <fstream>
 #include <iterator>
 
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/text.h"
+#include "exec/elevated_start_win.h"
 #include "maint/release_url.h"
-#include "maint/update_reply.h"
 #include "maint/version.h"
 
 namespace {
@@ -38,34 +38,22 @@ std::wstring DownloadedInstaller() {
   return TemporaryFile(L"VarnelUpdate.exe");
 }
 
-// False only when a block could not be written whole. A read that fails ends the copy like the end of the
+// Returns false only if a block could not be written whole. A read that fails ends the copy like the end of the
 // body does.
 bool CopyToFile(HINTERNET source, HANDLE file) {
   char block[16384];
   DWORD read = 0;
-  while (InternetReadFile(source, block, sizeof block, &read) && read > 0) {
+  while (InternetReadFile(source, block, sizeof(block), &read) && read > 0) {
     DWORD written = 0;
     if (!WriteFile(file, block, read, &written, nullptr) || written < read) return false;
   }
   return true;
 }
 
-// Starts the downloaded installer with an elevation prompt and without a window of its own.
-void StartInstaller(const std::wstring& path) {
-  // The shell may hand the start to an extension that needs COM; the process ends right after, so nothing is
-  // undone.
-  (void)CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-  SHELLEXECUTEINFOW start = {};
-  start.cbSize = sizeof start;
-  start.lpVerb = L"runas";
-  start.lpFile = path.c_str();
-  start.lpParameters = L"--update-restart";
-  start.nShow = SW_HIDE;
-  ShellExecuteExW(&start);
-}
-
-}  // namespace
-
+// Fetches `url` into the file `path`, overwriting it (WinINet, the system's proxy settings). Returns false if
+// the address cannot be opened or the file cannot be written; a failed write leaves no file. A connection
+// that breaks later leaves what had arrived and counts as success, and so does any HTTP status: callers judge
+// the content.
 bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   DeleteUrlCacheEntryW(url.c_str());
   InternetHandle session(
@@ -86,16 +74,25 @@ bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   return false;
 }
 
+}  // namespace
+
 void checkForUpdates(int request_id) {
+  const auto fail = [request_id](const char* error) {
+    PostReply("checkForUpdates", request_id, false, {{"error", error}});
+  };
   const std::wstring local_copy = TemporaryFile(L"varnel_version_online.json");
   DeleteFileW(local_copy.c_str());
   if (!DownloadFile(Utf8ToWide(std::string(kReleaseUrl) + "/version.json"), local_copy)) {
-    PostJsonToJs(BuildUpdateCheckFailure(request_id, "Download failed from update server"));
+    fail("Download failed from update server");
   } else if (std::ifstream file(local_copy.c_str(), std::ios::binary); !file) {
-    PostJsonToJs(BuildUpdateCheckFailure(request_id, "Cannot read downloaded version file"));
+    fail("Cannot read downloaded version file");
   } else {
-    const std::string description{std::istreambuf_iterator<char>(file), {}};
-    PostJsonToJs(BuildUpdateCheckReply(request_id, description));
+    try {
+      const std::string description{std::istreambuf_iterator<char>(file), {}};
+      PostReply("checkForUpdates", request_id, true, DescribeUpdate(description));
+    } catch (const std::exception&) {
+      fail("Invalid version file");
+    }
   }
   DeleteFileW(local_copy.c_str());
 }
@@ -106,16 +103,20 @@ void downloadAndApplyUpdate(int request_id, const std::optional<std::string>& do
   DeleteFileW(installer.c_str());
   DeleteUrlCacheEntryW(url.c_str());
   if (!DownloadFile(url, installer) || GetFileAttributesW(installer.c_str()) == INVALID_FILE_ATTRIBUTES) {
-    PostJsonToJs(BuildApplyUpdateReply(request_id, "Failed to download update executable"));
+    PostReply("downloadAndApplyUpdate", request_id, false,
+              {{"error", "Failed to download update executable"}});
     return;
   }
   // While the user is asked to let it run as administrator, the file can be read, but neither written, nor
   // renamed, nor deleted.
   const FileHandle held(CreateFileW(installer.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
-  PostJsonToJs(BuildApplyUpdateReply(request_id, ""));
+  PostReply("downloadAndApplyUpdate", request_id, true);
   Sleep(500);
-  StartInstaller(installer);
+  // The shell may hand the start to an extension that needs COM. The process ends right after, so nothing is
+  // undone.
+  static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
+  StartElevated(installer, L"--update-restart", 0, SW_HIDE);
   ExitProcess(0);
 }
 

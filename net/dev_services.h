@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include <nlohmann/json.hpp>
-
-// The page's message, one compact JSON document: the services that the helper service's answer lists, as they
-// stand. Null, or an answer without a list, gives none.
-std::string BuildDevServices(int request_id, const nlohmann::json& answer);
+// Worker bodies: list the local development services that the helper service reports, and hand one of its
+// commands on to it. Texts are UTF-8 and mean something to the service and the page only.
+void getDevServices(int request_id);
+void controlDevService(int request_id, const std::string& service_type, const std::string& command);

@@ -3,17 +3,23 @@
 #include "base/handle_win.h"
 #include "base/page.h"
 #include "base/registry_win.h"
-#include "base/reply.h"
 #include "base/text.h"
-#include "exec/service_pipe_win.h"
+#include "exec/service_pipe.h"
 
 namespace {
 
 constexpr wchar_t kUserPath[] = L"Environment";
-constexpr wchar_t kSystemPath[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
+constexpr wchar_t kSystemPath[] = LR"(System\CurrentControlSet\Control\Session Manager\Environment)";
 constexpr DWORD kNameUnits = 16383;
 constexpr DWORD kDataBytes = 32767;
 constexpr UINT kBroadcastTimeoutMs = 5000;
+
+nlohmann::json ReadEnvVariables(HKEY hive, const wchar_t* path) {
+  nlohmann::json variables = nlohmann::json::object();
+  for (const RegistryValue& value : ReadRegistryValues(hive, path, kNameUnits, kDataBytes))
+    variables[WideToUtf8(value.name)] = WideToUtf8(value.text);
+  return variables;
+}
 
 LSTATUS SetValue(HKEY key, const std::wstring& name, const std::wstring& value) {
   const auto size_bytes = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
@@ -27,13 +33,6 @@ LSTATUS DeleteValue(HKEY key, const std::wstring& name) {
 }
 
 }  // namespace
-
-EnvVariables ReadEnvVariables(HKEY hive, const std::wstring& path) {
-  EnvVariables variables;
-  for (RegistryValue& value : ReadRegistryValues(hive, path.c_str(), kNameUnits, kDataBytes))
-    variables.emplace_back(std::move(value.name), std::move(value.text));
-  return variables;
-}
 
 bool WriteEnvVariable(HKEY hive, const std::wstring& path, const std::wstring& name,
                       const std::wstring& value, bool is_delete) {
@@ -50,8 +49,9 @@ bool WriteEnvVariable(HKEY hive, const std::wstring& path, const std::wstring& n
 }
 
 void getEnvVariables(int request_id) {
-  PostJsonToJs(BuildEnvVariables(request_id, ReadEnvVariables(HKEY_CURRENT_USER, kUserPath),
-                                 ReadEnvVariables(HKEY_LOCAL_MACHINE, kSystemPath)));
+  PostReply("getEnvVariables", request_id, true,
+            {{"user", ReadEnvVariables(HKEY_CURRENT_USER, kUserPath)},
+             {"system", ReadEnvVariables(HKEY_LOCAL_MACHINE, kSystemPath)}});
 }
 
 void saveEnvVariable(int request_id, const std::string& type, const std::string& name,
@@ -61,5 +61,5 @@ void saveEnvVariable(int request_id, const std::string& type, const std::string&
           ? WriteEnvVariable(HKEY_CURRENT_USER, kUserPath, Utf8ToWide(name), Utf8ToWide(value), is_delete)
           : SendServiceCommand("save_system_env",
                                {{"name", name}, {"value", value}, {"is_delete", is_delete}});
-  PostJsonToJs(MakeReply("saveEnvVariable", success, request_id).dump());
+  PostReply("saveEnvVariable", request_id, success);
 }

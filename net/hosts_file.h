@@ -3,12 +3,13 @@
 #include <optional>
 #include <string>
 
-#include <nlohmann/json.hpp>
+// Posts the text of the hosts file, C:\Windows\System32\drivers\etc\hosts: read directly (CreateFileW,
+// ReadFile), bytes that are not UTF-8 taken as text in the ANSI code page, else through the helper service.
+// Worker body.
+void getHostsFile(int request_id);
 
-// The page's message, one compact JSON document, from the file's bytes; those that are not UTF-8 are taken as
-// text in the ANSI code page.
-std::string BuildHostsFile(int request_id, const std::string& bytes);
+// Has the helper service replace the hosts file by `content` (UTF-8), as it is. Worker body.
+void saveHostsFile(int request_id, const std::string& content);
 
-// The same from the helper service's answer; null, or any other value than a successful answer, gives a
-// failed reply.
-std::string BuildHostsFileFromService(int request_id, const nlohmann::json& answer);
+// Returns the file's bytes; nothing if it cannot be opened or read whole.
+std::optional<std::string> ReadHostsFile();

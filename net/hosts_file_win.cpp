@@ -1,16 +1,18 @@
-#include "net/hosts_file_win.h"
+#include "net/hosts_file.h"
+
+#include <windows.h>
 
 #include <vector>
 
 #include "base/handle_win.h"
 #include "base/page.h"
-#include "base/reply.h"
-#include "exec/service_pipe_win.h"
-#include "net/hosts_file.h"
+#include "base/text.h"
+#include "exec/service_pipe.h"
+#include "exec/service_protocol.h"
 
 namespace {
 
-constexpr wchar_t kHostsPath[] = L"C:\\Windows\\System32\\drivers\\etc\\hosts";
+constexpr wchar_t kHostsPath[] = LR"(C:\Windows\System32\drivers\etc\hosts)";
 constexpr size_t kChunkBytes = 64 * 1024;
 
 }  // namespace
@@ -33,16 +35,16 @@ std::optional<std::string> ReadHostsFile() {
 }
 
 void getHostsFile(int request_id) {
-  if (const std::optional<std::string> content = ReadHostsFile()) {
-    PostJsonToJs(BuildHostsFile(request_id, *content));
+  if (const std::optional<std::string> bytes = ReadHostsFile()) {
+    PostReply("getHostsFile", request_id, true, {{"content", FileTextToUtf8(*bytes)}});
     return;
   }
   nlohmann::json answer;
   if (EnsureServiceOrNotify()) answer = SendServiceRequest("get_hosts_file", {});
-  PostJsonToJs(BuildHostsFileFromService(request_id, answer));
+  PostReply("getHostsFile", request_id, ReplySuccess(answer),
+            {{"content", ReplyText(answer, "content", "")}});
 }
 
 void saveHostsFile(int request_id, const std::string& content) {
-  const bool success = SendServiceCommand("save_hosts_file", {{"content", content}});
-  PostJsonToJs(MakeReply("saveHostsFile", success, request_id).dump());
+  PostReply("saveHostsFile", request_id, SendServiceCommand("save_hosts_file", {{"content", content}}));
 }

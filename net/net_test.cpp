@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "base/reply.h"
-#include "net/dev_services.h"
-#include "net/hosts_file.h"
 #include "net/pnp_devices.h"
 #include "net/ports.h"
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 namespace {
 
@@ -35,14 +33,11 @@ std::string RowsOf(std::string_view output) {
   return rows;
 }
 
-json DevicesOf(std::string_view output) {
-  return json::parse(BuildPnpDevices(1, output));
-}
-
 }  // namespace
 
 TEST(ParseListeningPorts, ReadsTheTable) {
-  EXPECT_EQ(BuildOpenPorts(7, ParseListeningPorts(kNetstat)), RecordedMessage("getOpenPorts"));
+  EXPECT_EQ(PostedReply("getOpenPorts", 7, true, {{"ports", ParseListeningPorts(kNetstat)}}),
+            RecordedMessage("getOpenPorts"));
 }
 
 TEST(ParseListeningPorts, OddLines) {
@@ -65,48 +60,17 @@ TEST(ParseListeningPorts, OddLines) {
   for (const auto& c : cases) EXPECT_EQ(RowsOf(c.output), c.want) << c.name;
 }
 
-TEST(BuildHostsFile, KeepsAMarkAndConvertsOtherText) {
-  EXPECT_EQ(json::parse(BuildHostsFile(1, "\xEF\xBB\xBF# x"))["content"], "\xEF\xBB\xBF# x");
-  const json utf16 = json::parse(BuildHostsFile(1, std::string("\xFF\xFE#\0", 4)));
-  EXPECT_EQ(utf16["success"], true);
-  EXPECT_NE(utf16["content"], "");
-}
-
-TEST(BuildHostsFile, TakesTheServicesAnswer) {
-  struct {
-    json answer;
-    bool success;
-    const char* content;
-  } cases[] = {
-      {{{"success", true}, {"content", "a\r\nb"}}, true, "a\r\nb"},
-      {{{"content", "a"}}, false, "a"},
-      {{{"success", false}, {"error", "Service not running"}}, false, ""},
-      {json::array({1}), false, ""},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(
-        json::parse(BuildHostsFileFromService(7, c.answer)),
-        (json{{"type", "getHostsFile"}, {"success", c.success}, {"requestId", 7}, {"content", c.content}}))
-        << c.answer;
-}
-
-TEST(BuildDevServices, HandsTheListOnAsItStands) {
-  const json odd = {1, nullptr, "x", {{"deep", {1}}}};
-  EXPECT_EQ(json::parse(BuildDevServices(1, {{"services", odd}})),
-            (json{{"type", "getDevServices"}, {"success", false}, {"requestId", 1}, {"services", odd}}));
-  for (const json& answer : {json(nullptr), json{{"services", "x"}}})
-    EXPECT_EQ(BuildDevServices(1, answer),
-              R"({"requestId":1,"services":[],"success":false,"type":"getDevServices"})");
-}
-
-TEST(BuildPnpDevices, ReadsWhatPowerShellPrints) {
+TEST(ParsePnpDevices, ReadsWhatPowerShellPrints) {
   EXPECT_EQ(
-      BuildPnpDevices(
-          7, R"([{"FriendlyName":"Peat PCIe Root Port #1 \u0026 Bridge","Class":"SYSTEM","Status":"OK"},)"
-             R"({"FriendlyName":null,"Class":"NET","Status":"OK"},{"Class":"NET"},7,)"
-             R"({"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},)"
-             R"({"FriendlyName":"Peat Filter","Class":null}])"
-             "\r\n"),
+      PostedReply(
+          "getPnpDevices", 7, true,
+          {{"devices",
+            ParsePnpDevices(
+                R"([{"FriendlyName":"Peat PCIe Root Port #1 \u0026 Bridge","Class":"SYSTEM","Status":"OK"},)"
+                R"({"FriendlyName":null,"Class":"NET","Status":"OK"},{"Class":"NET"},7,)"
+                R"({"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},)"
+                R"({"FriendlyName":"Peat Filter","Class":null}])"
+                "\r\n")}}),
       RecordedMessage("getPnpDevices"));
   const json one = {{{"FriendlyName", "Peat"}, {"Class", "NET"}, {"Status", "OK"}}};
   struct {
@@ -129,9 +93,10 @@ TEST(BuildPnpDevices, ReadsWhatPowerShellPrints) {
       {"half a surrogate", R"([{"FriendlyName":"\ud800"}])", false, json::array()},
   };
   for (const auto& c : cases) {
-    const json message = DevicesOf(c.output);
-    EXPECT_EQ(message["success"], c.success) << c.name;
-    EXPECT_EQ(message["devices"], c.devices) << c.name;
+    if (c.success)
+      EXPECT_EQ(ParsePnpDevices(c.output), c.devices) << c.name;
+    else
+      EXPECT_ANY_THROW(ParsePnpDevices(c.output)) << c.name;
   }
-  EXPECT_EQ(DevicesOf("[{\"FriendlyName\":\"Zvukov\xA0 karta\"}]")["devices"].size(), 1u) << "code page 852";
+  EXPECT_EQ(ParsePnpDevices("[{\"FriendlyName\":\"Zvukov\xA0 karta\"}]").size(), 1u) << "code page 852";
 }

@@ -1,9 +1,8 @@
 #include "net/pnp_devices.h"
 
-#include <exception>
+#include <string>
 
 #include "base/json_text.h"
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -20,26 +19,16 @@ bool HasName(const json& element) {
   return element.is_object() && element.contains("FriendlyName") && !element["FriendlyName"].is_null();
 }
 
-json DevicesOf(const json& document) {
+}  // namespace
+
+json ParsePnpDevices(std::string_view output) {
   json devices = json::array();
+  if (output.empty()) return devices;
+  const json document = ParseJson(ConsoleTextToUtf8(output));
   for (const json& element : document.is_array() ? document : json::array({document}))
     if (HasName(element))
       devices.push_back({{"FriendlyName", MemberText(element, "FriendlyName", "")},
                          {"Class", MemberText(element, "Class", "System")},
                          {"Status", MemberText(element, "Status", "Unknown")}});
   return devices;
-}
-
-}  // namespace
-
-std::string BuildPnpDevices(int request_id, std::string_view output) {
-  json reply = MakeReply("getPnpDevices", true, request_id);
-  reply["devices"] = json::array();
-  if (output.empty()) return reply.dump();
-  try {
-    reply["devices"] = DevicesOf(ParseJson(ConsoleTextToUtf8(output)));
-  } catch (const std::exception&) {
-    reply["success"] = false;
-  }
-  return reply.dump();
 }

@@ -1,11 +1,16 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
-// The page's message, one compact JSON document, from what the device query printed (any code page, also
-// nothing): the devices with a name, in its order, as {FriendlyName, Class, Status}. One bare object is one
-// device. What is not JSON gives a failed reply without devices.
-//   [{"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},{"FriendlyName":"Peat
-//   Filter","Class":null,"Status":"OK"}]
-std::string BuildPnpDevices(int request_id, std::string_view output);
+#include <nlohmann/json.hpp>
+
+// Asks PowerShell for the devices with a signed driver and posts them; takes many seconds. Posts none if
+// PowerShell cannot be started or prints nothing. Worker body.
+void getPnpDevices(int request_id);
+
+// Returns the devices with a name that the query printed (any code page, also nothing), in its order, as
+// {FriendlyName, Class, Status}. One bare object is one device. Throws std::exception for text that is not
+// JSON.
+//   [{"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},
+//    {"FriendlyName":"Peat Filter","Class":null,"Status":"OK"}]
+nlohmann::json ParsePnpDevices(std::string_view output);

@@ -1,8 +1,10 @@
-#include "net/pnp_devices_win.h"
+#include "net/pnp_devices.h"
+
+#include <exception>
+#include <utility>
 
 #include "base/page.h"
-#include "exec/command_runner_win.h"
-#include "net/pnp_devices.h"
+#include "exec/command_runner.h"
 
 namespace {
 
@@ -16,5 +18,12 @@ constexpr wchar_t kQuery[] =
 }  // namespace
 
 void getPnpDevices(int request_id) {
-  PostJsonToJs(BuildPnpDevices(request_id, ExecuteCmd(kQuery).output));
+  nlohmann::json devices = nlohmann::json::array();
+  bool success = true;
+  try {
+    devices = ParsePnpDevices(ExecuteCmd(kQuery).output);
+  } catch (const std::exception&) {
+    success = false;
+  }
+  PostReply("getPnpDevices", request_id, success, {{"devices", std::move(devices)}});
 }

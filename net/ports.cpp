@@ -1,8 +1,8 @@
 #include "net/ports.h"
 
+#include <string>
 #include <vector>
 
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -40,10 +40,4 @@ nlohmann::json ParseListeningPorts(std::string_view output) {
                      {"pid", tokens[4]}});
   }
   return ports;
-}
-
-std::string BuildOpenPorts(int request_id, const nlohmann::json& ports) {
-  nlohmann::json reply = MakeReply("getOpenPorts", true, request_id);
-  reply["ports"] = ports;
-  return reply.dump();
 }

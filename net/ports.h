@@ -1,16 +1,15 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
-// Listening TCP sockets in the output of "netstat -ano" (any code page), in its order, as an array of objects
-// of texts. A line counts when it holds the word LISTENING, which some translated systems do not print, and
-// five columns or more.
+// Posts the listening TCP sockets, none if netstat cannot be started. Worker body.
+void getOpenPorts(int request_id);
+
+// Returns the listening TCP sockets in the output of "netstat -ano" (any code page), in its order, as an
+// array of objects of texts. A line counts if it holds the word LISTENING, which some translated systems do
+// not print, and five columns or more.
 //   TCP    127.0.0.1:5354         0.0.0.0:0              LISTENING       1016
 //     -> {"local":"127.0.0.1:5354","pid":"1016","port":"5354","proto":"TCP","state":"LISTENING"}
 nlohmann::json ParseListeningPorts(std::string_view output);
-
-// The page's message, one compact JSON document.
-std::string BuildOpenPorts(int request_id, const nlohmann::json& ports);

@@ -1,14 +1,16 @@
-#include "net/ports_win.h"
-
-#include "base/page.h"
-#include "exec/command_runner_win.h"
 #include "net/ports.h"
 
+#include "base/page.h"
+#include "exec/command_runner.h"
+
+namespace {
+
 nlohmann::json GetListeningPorts() {
-  const CmdResult result = ExecuteCmd(L"cmd.exe /c netstat -ano");
-  return result.started ? ParseListeningPorts(result.output) : nlohmann::json::array();
+  return ParseListeningPorts(ExecuteCmd(L"cmd.exe /c netstat -ano").output);
 }
 
+}  // namespace
+
 void getOpenPorts(int request_id) {
-  PostJsonToJs(BuildOpenPorts(request_id, GetListeningPorts()));
+  PostReply("getOpenPorts", request_id, true, {{"ports", GetListeningPorts()}});
 }

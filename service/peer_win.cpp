@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/lower_case.h"
 
 namespace {

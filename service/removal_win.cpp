@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
 #include "service/topics_win.h"

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <exception>
 
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/text.h"
 #include "exec/line_cutter.h"
 #include "exec/service_protocol.h"
 #include "net/environment_win.h"
-#include "net/hosts_file_win.h"
+#include "net/hosts_file.h"
 #include "service/event_log_win.h"
 #include "service/tool_text.h"
 #include "service/tool_win.h"

@@ -7,7 +7,7 @@
 #include <array>
 #include <string>
 
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "service/service_handle_win.h"
 #include "service/topics_win.h"
 

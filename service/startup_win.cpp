@@ -1,6 +1,6 @@
 #include "base/handle_win.h"
 #include "service/topics_win.h"
-#include "startup/startup_items_win.h"
+#include "startup/startup_items.h"
 
 bool SwitchMachineStartup(const std::wstring& name, bool enable) {
   RegistryKey run;

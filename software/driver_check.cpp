@@ -60,3 +60,9 @@ DriverCheck ParseDriverCheck(std::string_view output) {
   for (const nlohmann::json& update : *updates) check.updates.push_back(BuildDriverUpdateEntry(update));
   return check;
 }
+
+nlohmann::json ToJson(const DriverCheck& check) {
+  return {{"updates", check.updates},
+          {"count", check.updates.size()},
+          {"scannedDriversCount", check.scanned_drivers_count}};
+}

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+// The check for driver updates by scripts/check_updates.ps1.
+
 // What scripts/check_updates.ps1 found.
 struct DriverCheck {
   // Entries for the page: title, description, categories, kbArticles, currentVersion, availableVersion,
@@ -21,6 +23,9 @@ struct DriverCheck {
 // that is not JSON.
 DriverCheck ParseDriverCheck(std::string_view output);
 
-// Why there is no such document: the first line of the output with text in it, as UTF-8, cut to 300 code
-// points.
+// Returns why there is no such document: the first line of the output with text in it, as UTF-8, cut to 300
+// code points.
 std::string DriverCheckFailure(std::string_view output);
+
+// Returns the members of the page's reply.
+nlohmann::json ToJson(const DriverCheck& check);

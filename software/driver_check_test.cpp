@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "testing/recorded_message.h"
+#include "testing/recording_page.h"
+
 namespace {
 
 // A found update with nothing but fallbacks, changed by `patch`.
@@ -72,4 +75,13 @@ TEST(ParseDriverCheck, BrokenBytesStayServable) {
   const std::string title = check.updates[0]["title"];
   EXPECT_TRUE(title.starts_with("Zvukov") && title.ends_with(" karta")) << title;
   EXPECT_NO_THROW(check.updates.dump());
+}
+
+TEST(DriverCheck, IsTheRecordedReply) {
+  const DriverCheck check = ParseDriverCheck(
+      R"({"scannedDriversCount":143,"updates":[{"Title":"Peat® - System - 10.1.5.3","Description":)"
+      R"("Peat System driver update","Categories":"Drivers","KBArticles":"None","CurrentVersion":"10.1.4.0",)"
+      R"("AvailableVersion":"10.1.5.3","ReleaseDate":"2024-07-01","Severity":"","HardwareId":)"
+      R"("PCI\\VEN_8086&DEV_9D3A","IsSkipped":false}]})");
+  EXPECT_EQ(PostedReply("driver_updates", 23, true, ToJson(check)), RecordedMessage("driver_updates"));
 }

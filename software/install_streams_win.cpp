@@ -1,14 +1,14 @@
-#include "software/install_streams_win.h"
+#include "software/install_streams.h"
 
 #include <string_view>
 
 #include "base/text.h"
 #include "exec/line_cutter.h"
 #include "exec/safe_argument.h"
-#include "exec/service_pipe_win.h"
+#include "exec/service_pipe.h"
 #include "exec/tool_run.h"
 #include "exec/tool_stream.h"
-#include "software/driver_scripts_win.h"
+#include "software/driver_scripts.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
-#include "software/leftovers_win.h"
+#include "software/leftovers.h"
 
 #include <windows.h>
 
+#include "base/environment_variable.h"
 #include "base/file_walk_win.h"
-#include "base/handle_win.h"
 #include "base/page.h"
+#include "base/registry_win.h"
 #include "base/text.h"
-#include "exec/service_pipe_win.h"
-#include "software/leftover_candidates.h"
+#include "exec/service_pipe.h"
 
 namespace {
 
@@ -19,14 +19,6 @@ struct Hive {
   HKEY key;
 };
 const Hive kHives[] = {{kUserHive, HKEY_CURRENT_USER}, {kMachineHive, HKEY_LOCAL_MACHINE}};
-
-// Empty when the variable is missing.
-std::wstring ReadEnvironmentVariable(const wchar_t* name) {
-  std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
-  if (!value.empty())
-    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
-  return value;
-}
 
 std::vector<std::string> ReadRoots() {
   std::vector<std::string> roots;
@@ -42,11 +34,6 @@ bool IsDirectory(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool KeyExists(HKEY hive, const std::wstring& path) {
-  RegistryKey key;
-  return RegOpenKeyExW(hive, path.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS;
-}
-
 std::vector<LeftoverItem> FindItems(const LeftoverNameParts& parts) {
   std::vector<LeftoverItem> items;
   for (std::string& path : LeftoverFolderCandidates(ReadRoots(), parts)) {
@@ -55,8 +42,7 @@ std::vector<LeftoverItem> FindItems(const LeftoverNameParts& parts) {
   }
   for (const std::string& path : LeftoverKeyCandidates(parts)) {
     for (const Hive& hive : kHives) {
-      if (KeyExists(hive.key, Utf8ToWide(path)))
-        items.push_back({"registry", std::string(hive.prefix) + path});
+      if (OpenKey(hive.key, Utf8ToWide(path))) items.push_back({"registry", std::string(hive.prefix) + path});
     }
   }
   return items;
@@ -66,7 +52,7 @@ bool RemoveEntry(const std::wstring& path, DWORD attributes) {
   if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return DeleteFileW(path.c_str());
   if (RemoveDirectoryW(path.c_str())) return true;
   const DWORD error = GetLastError();
-  // What a link leads to is not the item.
+  // Never delete through a link.
   if (error != ERROR_DIR_NOT_EMPTY || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return false;
   ClearDirectoryContents(path);
   return RemoveDirectoryW(path.c_str());
@@ -91,6 +77,14 @@ bool RemoveKeyTree(std::string_view path) {
   return false;
 }
 
+// Removes a folder with all that is in it (a link alone, never its target), or a key with its subkeys, with
+// the user's own rights. Returns true if nothing is left of it; a folder that is gone already counts as
+// removed, a key does not.
+bool RemoveLeftoverItem(const std::string& type, const std::string& path) {
+  if (type == "directory") return RemoveDirectoryTree(Utf8ToWide(path));
+  return type == "registry" && RemoveKeyTree(path);
+}
+
 bool RemoveItem(const LeftoverItem& item) {
   switch (ChooseLeftoverRemoval(item)) {
     case LeftoverRemoval::kLocal:
@@ -107,17 +101,13 @@ bool RemoveItem(const LeftoverItem& item) {
 
 }  // namespace
 
-bool RemoveLeftoverItem(const std::string& type, const std::string& path) {
-  if (type == "directory") return RemoveDirectoryTree(Utf8ToWide(path));
-  return type == "registry" && RemoveKeyTree(path);
-}
-
 void findLeftovers(int request_id, const std::string& id, const std::string& name) {
-  PostJsonToJs(FindLeftoversReply(request_id, FindItems(SplitLeftoverName(id, name))));
+  const std::vector<LeftoverItem> items = FindItems(SplitLeftoverName(id, name));
+  PostReply("findLeftovers", request_id, true, {{"leftovers", ToJson(items)}});
 }
 
 void cleanLeftovers(int request_id, const std::vector<nlohmann::json>& items) {
   bool success = true;
   for (const nlohmann::json& item : items) success = RemoveItem(ReadLeftoverItem(item)) && success;
-  PostJsonToJs(CleanLeftoversReply(request_id, success));
+  PostReply("cleanLeftovers", request_id, success);
 }

@@ -1,8 +1,7 @@
-#include "software/package_lists_win.h"
+#include "software/package_lists.h"
 
 #include "base/page.h"
 #include "exec/tool_run.h"
-#include "software/software_messages.h"
 #include "software/winget_table.h"
 
 namespace {
@@ -13,9 +12,11 @@ constexpr const wchar_t* kWingetListCommand =
 }  // namespace
 
 void getSoftwareUpdates(int request_id) {
-  PostJsonToJs(SoftwareUpdatesReply(request_id, ParseSoftwareUpdates(CaptureTool(kWingetUpgradeCommand))));
+  const std::vector<SoftwareUpdateEntry> updates = ParseSoftwareUpdates(CaptureTool(kWingetUpgradeCommand));
+  PostReply("software_updates", request_id, true, {{"updates", ToJson(updates)}, {"count", updates.size()}});
 }
 
 void getInstalledApps(int request_id) {
-  PostJsonToJs(InstalledAppsReply(request_id, ParseInstalledApps(CaptureTool(kWingetListCommand))));
+  const std::vector<InstalledAppEntry> apps = ParseInstalledApps(CaptureTool(kWingetListCommand));
+  PostReply("apps", request_id, true, {{"apps", ToJson(apps)}});
 }

@@ -1,18 +1,20 @@
-#include "software/system_scan_win.h"
+#include "software/system_scan.h"
 
 #include <atomic>
 #include <chrono>
 #include <exception>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "base/page.h"
 #include "base/text.h"
-#include "exec/command_runner_win.h"
+#include "exec/command_runner.h"
 #include "software/driver_check.h"
-#include "software/driver_scripts_win.h"
-#include "software/package_lists_win.h"
-#include "software/software_messages.h"
+#include "software/driver_scripts.h"
+#include "software/package_lists.h"
+#include "software/winget_table.h"
 
 namespace {
 
@@ -21,6 +23,13 @@ constexpr std::chrono::nanoseconds kHeartbeatInterval{4'000'000'000};
 constexpr const char* kSystemLine = "system-line";
 constexpr const char* kErrorLine = "stderr-line";
 constexpr const char* kSuccessLine = "success-line";
+
+// Posts a stage of the scan.
+void PostProgress(int request_id, const char* status, bool success,
+                  nlohmann::json more = nlohmann::json::object()) {
+  more["status"] = status;
+  PostReply("scan_progress", request_id, success, std::move(more));
+}
 
 // Tells the page every four seconds that the scan is alive, from construction to destruction, which waits for
 // the current interval.
@@ -37,7 +46,11 @@ class Heartbeat {
     for (int ticks = 1; !stop_; ++ticks) {
       std::this_thread::sleep_until(std::chrono::steady_clock::now() + kHeartbeatInterval);
       if (stop_) return;
-      PostJsonToJs(ScanHeartbeatMessage(request_id, ticks));
+      const nlohmann::json beat = {{"type", "scan_progress"},
+                                   {"status", "scanning_drivers_heartbeat"},
+                                   {"requestId", request_id},
+                                   {"ticks", ticks}};
+      PostJsonToJs(beat.dump());
     }
   } catch (...) {
     // Out of memory: the scan itself reports it.
@@ -58,7 +71,7 @@ std::vector<SoftwareUpdateEntry> ScanSoftware() {
   return ParseSoftwareUpdates(result.output);
 }
 
-// Throws when the script printed something else than JSON.
+// Throws if the script printed something else than JSON.
 DriverCheck ScanDrivers(int request_id) {
   CmdResult result;
   {
@@ -86,18 +99,21 @@ DriverCheck ScanDrivers(int request_id) {
 
 void Scan(int request_id) {
   SendConsoleLog("Thread started: System Scan initiated.", kSystemLine);
-  PostJsonToJs(ScanningAppsMessage(request_id));
+  PostProgress(request_id, "scanning_apps", true);
   SendConsoleLog("Scanning software updates via winget...", kSystemLine);
   const std::vector<SoftwareUpdateEntry> software = ScanSoftware();
   SendConsoleLog("Software scan finished. Found " + std::to_string(software.size()) + " packages.",
                  kSuccessLine);
-  PostJsonToJs(ScanningDriversMessage(request_id, software.size()));
+  PostProgress(request_id, "scanning_drivers", true, {{"softwareCount", software.size()}});
   SendConsoleLog("Querying driver updates via Windows Update COM Agent...", kSystemLine);
   const DriverCheck drivers = ScanDrivers(request_id);
   SendConsoleLog("Driver scan finished. Found " + std::to_string(drivers.updates.size()) + " updates.",
                  kSuccessLine);
   SendConsoleLog("Scan completed successfully, dispatching JSON to JS.", kSuccessLine);
-  PostJsonToJs(ScanDoneMessage(request_id, software, drivers));
+  PostProgress(request_id, "done", true,
+               {{"software", ToJson(software)},
+                {"drivers", drivers.updates},
+                {"scannedDriversCount", drivers.scanned_drivers_count}});
 }
 
 }  // namespace
@@ -112,16 +128,19 @@ void startSystemScan(int request_id) {
   } catch (...) {
     SendConsoleLog("[Fatal Error] Unknown exception in scan thread.", kErrorLine);
   }
-  PostJsonToJs(ScanFailedMessage(request_id));
+  PostProgress(request_id, "done", false);
 }
 
 void getDriverUpdates(int request_id) {
   const CmdResult result = ExecuteCmd(ScriptCommand(kCheckDriversScript));
-  std::string reply;
+  nlohmann::json members;
+  bool success = true;
   try {
-    reply = DriverUpdatesReply(request_id, result.started ? ParseDriverCheck(result.output) : DriverCheck{});
+    members = ToJson(result.started ? ParseDriverCheck(result.output) : DriverCheck());
   } catch (const std::exception&) {
-    reply = DriverUpdatesFailedReply(request_id, DriverCheckFailure(result.output));
+    success = false;
+    members = ToJson(DriverCheck());
+    members["error"] = DriverCheckFailure(result.output);
   }
-  PostJsonToJs(reply);
+  PostReply("driver_updates", request_id, success, std::move(members));
 }

@@ -89,3 +89,22 @@ std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture) {
     entries.push_back({std::move(row[0]), std::move(row[1]), std::move(row[2]), SourceOf(row, "local")});
   return entries;
 }
+
+nlohmann::json ToJson(const std::vector<SoftwareUpdateEntry>& updates) {
+  nlohmann::json rows = nlohmann::json::array();
+  for (const SoftwareUpdateEntry& entry : updates)
+    rows.push_back({{"name", entry.name},
+                    {"id", entry.id},
+                    {"version", entry.version},
+                    {"available", entry.available},
+                    {"source", entry.source}});
+  return rows;
+}
+
+nlohmann::json ToJson(const std::vector<InstalledAppEntry>& apps) {
+  nlohmann::json rows = nlohmann::json::array();
+  for (const InstalledAppEntry& entry : apps)
+    rows.push_back(
+        {{"name", entry.name}, {"id", entry.id}, {"version", entry.version}, {"source", entry.source}});
+  return rows;
+}

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 // The text tables of the Windows Package Manager. Columns are told apart by two blanks or more; where the
 // tool puts only one (in the widest row of a column), two columns arrive as one cell. All results are UTF-8.
 
@@ -31,3 +33,7 @@ struct InstalledAppEntry {
 // are dropped.
 std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture);
 std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture);
+
+// Returns the rows of the page's tables.
+nlohmann::json ToJson(const std::vector<SoftwareUpdateEntry>& updates);
+nlohmann::json ToJson(const std::vector<InstalledAppEntry>& apps);

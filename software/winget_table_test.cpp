@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "base/utf8.h"
+#include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 namespace {
 
@@ -116,4 +118,16 @@ TEST(ParseInstalledApps, ReadsWhatTheToolPrints) {
                                 "local"},
                           Cells{"竹林メモ", "Chikurin.Memo", "4.0", "local"},
                           Cells{"Old Driver Pack", "ARP\\Machine\\X86\\OldDrv", "Unknown", "local"}));
+}
+
+TEST(PackageLists, AreAsRecorded) {
+  const std::vector<SoftwareUpdateEntry> updates = {
+      {"Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"},
+      {"Podzim Poznámky", "9QX2B4LMN0PR", "3.1", "3.2", "msstore"}};
+  EXPECT_EQ(PostedReply("software_updates", 21, true, {{"updates", ToJson(updates)}, {"count", 2}}),
+            RecordedMessage("software_updates"));
+  const std::vector<InstalledAppEntry> apps = {
+      {"Tarn Sync", "Brook.TarnSync", "1.2.0", "winget"},
+      {"Peat Audio Console", "ARP\\Machine\\X64\\{0F3C}", "6.0.1", "local"}};
+  EXPECT_EQ(PostedReply("apps", 22, true, {{"apps", ToJson(apps)}}), RecordedMessage("apps"));
 }

@@ -1,10 +1,9 @@
 #include "startup/startup_items.h"
 
-#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "base/lower_case.h"
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -26,7 +25,7 @@ constexpr std::pair<std::wstring_view, const wchar_t*> kImpactWords[] = {
 std::wstring EstimateImpact(const std::wstring& command) {
   const std::wstring lower = LowerCase(command);
   for (const auto& [word, impact] : kImpactWords)
-    if (lower.find(word) != std::wstring::npos) return impact;
+    if (lower.find(word) != lower.npos) return impact;
   return L"Low";
 }
 
@@ -38,7 +37,7 @@ bool IsDisabledByApproval(uint32_t type, std::span<const uint8_t> data) {
   return type == kRegistryBinary && !data.empty() && data[0] != kEnabled;
 }
 
-std::string BuildStartupItems(int request_id, const std::vector<StartupItem>& items) {
+nlohmann::json ToJson(const std::vector<StartupItem>& items) {
   nlohmann::json rows = nlohmann::json::array();
   for (const StartupItem& item : items)
     rows.push_back({{"name", WideToUtf8(item.name)},
@@ -47,7 +46,5 @@ std::string BuildStartupItems(int request_id, const std::vector<StartupItem>& it
                     {"scope", WideToUtf8(item.scope)},
                     {"enabled", item.enabled},
                     {"impact", WideToUtf8(item.impact)}});
-  nlohmann::json reply = MakeReply("startup", true, request_id);
-  reply["items"] = std::move(rows);
-  return reply.dump();
+  return rows;
 }

@@ -4,8 +4,20 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include <nlohmann/json.hpp>
+
+// Posts the items of the user's "Run" key, then of the machine's, each in the registry's order. Values that
+// are not text, empty, longer than 1024 bytes or have names of 256 units and more are left out. UI thread.
+void getStartupItems(int request_id);
+
+// Switches an item on or off, the machine's through the helper service. Texts are UTF-8. Worker body.
+void toggleStartupItem(int request_id, const std::string& scope, const std::string& name, bool enabled);
+
+// Writes the item's value into the approval list: of the user for the scope "HKCU", of the machine for any
+// other. Returns false if the list's key cannot be opened; it is not created. A failing write goes unnoticed.
+bool SetStartupApproved(const std::wstring& scope, const std::wstring& name, bool enable);
 
 // A program that a "Run" key starts at logon.
 struct StartupItem {
@@ -17,7 +29,7 @@ struct StartupItem {
   std::wstring impact;  // "High", "Medium" or "Low"
 };
 
-// Estimated effect on the logon, from words in the command line.
+// Estimates the effect on the logon from words in the command line.
 //   C:\Program Files\Steam\steam.exe -silent: "High"     C:\Tools\FooUpdater.exe: "Medium"
 std::wstring EstimateImpact(const std::wstring& command);
 
@@ -29,5 +41,5 @@ ApprovalValue MakeApprovalValue(bool enable);
 // `type` is the registry's type number. A value that is empty or not binary disables nothing.
 bool IsDisabledByApproval(uint32_t type, std::span<const uint8_t> data);
 
-// The page's message, one compact JSON document.
-std::string BuildStartupItems(int request_id, const std::vector<StartupItem>& items);
+// Returns the rows of the page's table.
+nlohmann::json ToJson(const std::vector<StartupItem>& items);

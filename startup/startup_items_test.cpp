@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 TEST(EstimateImpact, FirstWordOfTheCommandDecides) {
   struct {
@@ -37,11 +38,12 @@ TEST(Approval, OnlyTheFirstByteOfBinaryDataCounts) {
   for (const auto& c : cases) EXPECT_EQ(IsDisabledByApproval(c.type, c.data), c.want) << c.name;
 }
 
-TEST(BuildStartupItems, MatchesTheRecordedMessage) {
+TEST(StartupItems, MatchesTheRecordedMessage) {
   const std::wstring path = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
-  EXPECT_EQ(
-      BuildStartupItems(
-          7, {{L"Steam", L"\"C:\\Program Files\\Steam\\steam.exe\" -silent", path, L"HKCU", false, L"High"},
-              {L"Žlutý kůň", L"%windir%\\system32\\Žlutý.exe", path, L"HKLM", true, L"Low"}}),
-      RecordedMessage("startup"));
+  EXPECT_EQ(PostedReply("startup", 7, true,
+                        {{"items", ToJson({{L"Steam", L"\"C:\\Program Files\\Steam\\steam.exe\" -silent",
+                                            path, L"HKCU", false, L"High"},
+                                           {L"Žlutý kůň", L"%windir%\\system32\\Žlutý.exe", path, L"HKLM",
+                                            true, L"Low"}})}}),
+            RecordedMessage("startup"));
 }

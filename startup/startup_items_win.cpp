@@ -1,35 +1,36 @@
-#include "startup/startup_items_win.h"
+#include "startup/startup_items.h"
 
-#include "base/handle_win.h"
+#include <windows.h>
+
+#include <utility>
+
 #include "base/page.h"
 #include "base/registry_win.h"
-#include "base/reply.h"
 #include "base/text.h"
-#include "exec/service_pipe_win.h"
+#include "exec/service_pipe.h"
 
 namespace {
 
-constexpr wchar_t kRunPath[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+constexpr wchar_t kRunPath[] = LR"(Software\Microsoft\Windows\CurrentVersion\Run)";
 constexpr wchar_t kApprovalPath[] =
-    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
+    LR"(Software\Microsoft\Windows\CurrentVersion\Explorer\StartupApproved\Run)";
 constexpr DWORD kNameUnits = 256;
 constexpr DWORD kDataBytes = 1024;
 constexpr DWORD kApprovalBytes = 256;
 
-}  // namespace
-
-void ReadRunKey(HKEY hive, const std::wstring& path, const std::wstring& scope,
-                std::vector<StartupItem>& items) {
-  for (RegistryValue& value : ReadRegistryValues(hive, path.c_str(), kNameUnits, kDataBytes)) {
+// Appends the items of one "Run" key.
+void ReadRunKey(HKEY hive, const wchar_t* scope, std::vector<StartupItem>& items) {
+  for (RegistryValue& value : ReadRegistryValues(hive, kRunPath, kNameUnits, kDataBytes)) {
     if (value.text.empty()) continue;
     const std::wstring impact = EstimateImpact(value.text);
-    items.push_back({std::move(value.name), std::move(value.text), path, scope, true, impact});
+    items.push_back({std::move(value.name), std::move(value.text), kRunPath, scope, true, impact});
   }
 }
 
+// Switches off those items of the hive's scope that its approval list has disabled.
 void ApplyStartupApproval(std::vector<StartupItem>& items, HKEY hive) {
-  RegistryKey key;
-  if (RegOpenKeyExW(hive, kApprovalPath, 0, KEY_READ, key.put()) != ERROR_SUCCESS) return;
+  const RegistryKey key = OpenKey(hive, kApprovalPath);
+  if (!key) return;
   const wchar_t* scope = hive == HKEY_CURRENT_USER ? L"HKCU" : L"HKLM";
   for (StartupItem& item : items) {
     if (item.scope != scope) continue;
@@ -37,32 +38,33 @@ void ApplyStartupApproval(std::vector<StartupItem>& items, HKEY hive) {
     DWORD size_bytes = sizeof(data);
     DWORD type = REG_NONE;
     if (RegQueryValueExW(key.get(), item.name.c_str(), nullptr, &type, data, &size_bytes) == ERROR_SUCCESS &&
-        IsDisabledByApproval(type, {data, size_bytes}))
+        IsDisabledByApproval(type, std::span(data, size_bytes)))
       item.enabled = false;
   }
 }
 
 std::vector<StartupItem> GetStartupItems() {
   std::vector<StartupItem> items;
-  ReadRunKey(HKEY_CURRENT_USER, kRunPath, L"HKCU", items);
-  ReadRunKey(HKEY_LOCAL_MACHINE, kRunPath, L"HKLM", items);
+  ReadRunKey(HKEY_CURRENT_USER, L"HKCU", items);
+  ReadRunKey(HKEY_LOCAL_MACHINE, L"HKLM", items);
   ApplyStartupApproval(items, HKEY_CURRENT_USER);
   ApplyStartupApproval(items, HKEY_LOCAL_MACHINE);
   return items;
 }
 
+}  // namespace
+
 bool SetStartupApproved(const std::wstring& scope, const std::wstring& name, bool enable) {
   const HKEY hive = scope == L"HKCU" ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
-  RegistryKey key;
-  if (RegOpenKeyExW(hive, kApprovalPath, 0, KEY_QUERY_VALUE | KEY_SET_VALUE, key.put()) != ERROR_SUCCESS)
-    return false;
+  const RegistryKey key = OpenKey(hive, kApprovalPath, KEY_QUERY_VALUE | KEY_SET_VALUE);
+  if (!key) return false;
   const ApprovalValue value = MakeApprovalValue(enable);
   RegSetValueExW(key.get(), name.c_str(), 0, REG_BINARY, value.data(), static_cast<DWORD>(value.size()));
   return true;
 }
 
 void getStartupItems(int request_id) {
-  PostJsonToJs(BuildStartupItems(request_id, GetStartupItems()));
+  PostReply("startup", request_id, true, {{"items", ToJson(GetStartupItems())}});
 }
 
 void toggleStartupItem(int request_id, const std::string& scope, const std::string& name, bool enabled) {
@@ -70,5 +72,5 @@ void toggleStartupItem(int request_id, const std::string& scope, const std::stri
   if (scope == "HKCU") success = SetStartupApproved(L"HKCU", Utf8ToWide(name), enabled);
   if (scope == "HKLM")
     success = SendServiceCommand("toggleHKLMStartup", {{"name", name}, {"enable", enabled}});
-  PostJsonToJs(MakeReply("toggleStartupItem", success, request_id).dump());
+  PostReply("toggleStartupItem", request_id, success);
 }

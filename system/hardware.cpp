@@ -41,7 +41,7 @@ void AddMemoryDevice(const SmbiosStructure& device, MemoryModules& modules) {
   for (const auto& type : kMemoryTypes)
     if (type.code == device.Byte(0x12)) modules.type = type.name;
   if (device.Length() >= 0x17 && IsKnownSpeed(device.Word(0x15))) modules.speed_mhz = device.Word(0x15);
-  // The configured speed stands in only while no module has told its rated one.
+  // Falls back to the configured speed until a module reports its rated speed.
   if (device.Length() >= 0x24 && modules.speed_mhz == 0 && IsKnownSpeed(device.Word(0x20)))
     modules.speed_mhz = device.Word(0x20);
 }
@@ -64,7 +64,7 @@ MemoryModules ParseMemoryModules(std::string_view table) {
     if (length < kStructureHeaderBytes || length > table.size()) break;
     if (structure.Type() == kMemoryDevice && length >= 20) AddMemoryDevice(structure, modules);
     const size_t strings_end = table.find(std::string_view("\0\0", 2), length);
-    if (strings_end == std::string_view::npos) break;
+    if (strings_end == table.npos) break;
     table.remove_prefix(strings_end + 2);
   }
   return modules;
@@ -108,7 +108,7 @@ std::wstring FormatBoard(std::wstring manufacturer, const std::wstring& product)
   if (missing(product)) return L"Unknown";
   if (missing(manufacturer)) return product;
   const size_t cut = manufacturer.find(L" Technology");
-  if (cut != std::wstring::npos) manufacturer.erase(cut);
+  if (cut != manufacturer.npos) manufacturer.erase(cut);
   return manufacturer + L" " + product;
 }
 
@@ -122,7 +122,7 @@ std::wstring FormatOs(std::wstring product_name, const std::wstring& build,
     // No number, or one that is too large: the name stays.
   }
   const size_t found = product_name.find(kOldName);
-  if (build_number >= 22'000 && found != std::wstring::npos)
+  if (build_number >= 22'000 && found != product_name.npos)
     product_name.replace(found, kOldName.size(), L"Windows 11");
   if (display_version != L"Unknown") product_name += L" (Version " + display_version + L")";
   return product_name;

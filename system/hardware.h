@@ -17,6 +17,14 @@ struct HardwareSpecs {
   bool is_admin = false;  // the process token is elevated
 };
 
+// Posts the processor's name. UI thread.
+void getCPU(int request_id);
+
+// Collects everything afresh: registry, GetTokenInformation, EnumDisplayDevicesW, DXGI,
+// GetSystemFirmwareTable, GetPhysicallyInstalledSystemMemory, GlobalMemoryStatusEx. Never fails; what cannot
+// be read keeps its default. Any thread.
+HardwareSpecs CollectHardwareSpecs();
+
 // Fitted memory modules as the firmware tells. Type and speed are those of the last module that tells any.
 struct MemoryModules {
   int32_t count = 0;

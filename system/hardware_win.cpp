@@ -1,4 +1,4 @@
-#include "system/hardware_win.h"
+#include "system/hardware.h"
 
 #include <windows.h>
 #include <dxgi.h>
@@ -6,7 +6,9 @@
 #include <wrl/client.h>
 
 #include "base/handle_win.h"
+#include "base/page.h"
 #include "base/registry_win.h"
+#include "base/text.h"
 
 namespace {
 
@@ -73,9 +75,9 @@ void CollectMemory(HardwareSpecs& specs) {
 }  // namespace
 
 HardwareSpecs CollectHardwareSpecs() {
-  constexpr const wchar_t* kProcessor = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
-  constexpr const wchar_t* kBios = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
-  constexpr const wchar_t* kWindows = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  constexpr const wchar_t* kProcessor = LR"(HARDWARE\DESCRIPTION\System\CentralProcessor\0)";
+  constexpr const wchar_t* kBios = LR"(HARDWARE\DESCRIPTION\System\BIOS)";
+  constexpr const wchar_t* kWindows = LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)";
   auto read = [](const wchar_t* path, const wchar_t* value) {
     return ReadRegistryString(HKEY_LOCAL_MACHINE, path, value);
   };
@@ -90,4 +92,8 @@ HardwareSpecs CollectHardwareSpecs() {
   specs.os = FormatOs(read(kWindows, L"ProductName"), read(kWindows, L"CurrentBuild"),
                       read(kWindows, L"DisplayVersion"));
   return specs;
+}
+
+void getCPU(int request_id) {
+  PostReply("cpu_info", request_id, true, {{"cpu", WideToUtf8(CollectHardwareSpecs().cpu)}});
 }

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "base/lower_case.h"
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -27,7 +26,7 @@ bool IsInWindowsDirectory(const std::wstring& path, const std::wstring& windows_
   return LowerCase(path).starts_with(LowerCase(windows_directory));
 }
 
-std::string BuildProcesses(int request_id, const std::vector<ProcessInfo>& processes) {
+nlohmann::json ToJson(const std::vector<ProcessInfo>& processes) {
   nlohmann::json rows = nlohmann::json::array();
   for (const ProcessInfo& process : processes)
     rows.push_back({{"name", WideToUtf8(process.name)},
@@ -36,7 +35,5 @@ std::string BuildProcesses(int request_id, const std::vector<ProcessInfo>& proce
                     {"mem", std::llround(process.mem_usage_mb)},
                     {"cpuTimeSec", process.cpu_time_sec},
                     {"isSystem", process.is_system}});
-  nlohmann::json reply = MakeReply("processes", true, request_id);
-  reply["processes"] = std::move(rows);
-  return reply.dump();
+  return rows;
 }

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 TEST(IsSystemProcess, ByIdOrWholeName) {
   struct {
@@ -30,12 +31,13 @@ TEST(IsInWindowsDirectory, ComparesTheBeginningInAnyCase) {
   EXPECT_TRUE(IsInWindowsDirectory(L"D:\\x.exe", L""));
 }
 
-TEST(BuildProcesses, RoundsMegabytesHalfUp) {
-  EXPECT_EQ(
-      BuildProcesses(7, {{L"Explorer.EXE", 1432, 0, 0, true}, {L"Příklad.exe", 4711, 12.5, 3.25, false}}),
-      RecordedMessage("processes"));
+TEST(Processes, RoundsMegabytesHalfUp) {
+  EXPECT_EQ(PostedReply("processes", 7, true,
+                        {{"processes", ToJson({{L"Explorer.EXE", 1432, 0, 0, true},
+                                               {L"Příklad.exe", 4711, 12.5, 3.25, false}})}}),
+            RecordedMessage("processes"));
   const nlohmann::json message =
-      nlohmann::json::parse(BuildProcesses(1, {{L"a", 4294967295u, 12.49, 0, false}}));
+      nlohmann::json{{"processes", ToJson({{L"a", 4294967295u, 12.49, 0, false}})}};
   EXPECT_EQ(message["processes"][0]["mem"], 12);
   EXPECT_EQ(message["processes"][0]["pid"], 4294967295u);
 }

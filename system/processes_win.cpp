@@ -1,13 +1,12 @@
-#include "system/processes_win.h"
+#include "system/processes.h"
 
 #include <windows.h>
 #include <psapi.h>
-#include <tlhelp32.h>
 
+#include "base/file_time_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
-#include "base/reply.h"
-#include "exec/command_runner_win.h"
+#include "exec/processes.h"
 
 namespace {
 
@@ -17,10 +16,6 @@ std::wstring WindowsDirectory() {
   wchar_t buffer[kPathUnits] = {};
   const UINT length = GetWindowsDirectoryW(buffer, kPathUnits);
   return length < kPathUnits ? std::wstring(buffer, length) : std::wstring();
-}
-
-uint64_t Ticks(const FILETIME& time) {
-  return (uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
 }
 
 // Fills in what only the opened process tells.
@@ -49,26 +44,21 @@ void InspectProcess(ProcessInfo& process, const std::wstring& windows_directory)
 
 std::vector<ProcessInfo> ListProcesses() {
   std::vector<ProcessInfo> processes;
-  const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-  if (!snapshot) return processes;
   const std::wstring windows_directory = WindowsDirectory();
-  PROCESSENTRY32W entry = {};
-  entry.dwSize = sizeof(entry);
-  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
-       more = Process32NextW(snapshot.get(), &entry)) {
+  ForEachProcess([&](uint32_t pid, const wchar_t* name) {
     ProcessInfo& process = processes.emplace_back();
-    process.name = entry.szExeFile;
-    process.pid = entry.th32ProcessID;
-    process.is_system = IsSystemProcess(process.pid, process.name);
+    process.name = name;
+    process.pid = pid;
+    process.is_system = IsSystemProcess(pid, process.name);
     if (!process.is_system) InspectProcess(process, windows_directory);
-  }
+  });
   return processes;
 }
 
 void getProcesses(int request_id) {
-  PostJsonToJs(BuildProcesses(request_id, ListProcesses()));
+  PostReply("processes", request_id, true, {{"processes", ToJson(ListProcesses())}});
 }
 
 void killProcess(int request_id, uint32_t pid) {
-  PostJsonToJs(MakeReply("killProcess", TerminateProcessById(pid), request_id).dump());
+  PostReply("killProcess", request_id, TerminateProcessById(pid));
 }

@@ -1,4 +1,4 @@
-#include "system/processes_win.h"
+#include "system/processes.h"
 
 #include <windows.h>
 

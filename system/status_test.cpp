@@ -24,8 +24,9 @@ HardwareSpecs RealisticSpecs() {
 
 }  // namespace
 
-TEST(BuildStatus, IsTheRecordedMessage) {
-  EXPECT_EQ(BuildStatus(1, true, RealisticSpecs()).dump(), RecordedMessage("status"));
+TEST(DescribeStatus, IsTheRecordedMessage) {
+  EXPECT_EQ(PostedReply("status", 1, true, DescribeStatus(true, RealisticSpecs())),
+            RecordedMessage("status"));
 }
 
 TEST(PushStatus, WaitsForTheServiceFifteenRoundsAtMost) {
@@ -47,9 +48,9 @@ TEST(PushStatus, WaitsForTheServiceFifteenRoundsAtMost) {
     TakePostedTexts();
     PushStatus({[&] { return probes++ >= c.first_answer; }, [&] { return specs; },
                 [&](unsigned milliseconds) { sleeps.push_back(milliseconds); }});
-    std::vector<nlohmann::json> want;
-    for (const bool active : c.posted) want.push_back(BuildStatus(0, active, specs));
-    EXPECT_EQ(TakePostedMessages(), want) << c.first_answer;
+    std::vector<bool> posted;
+    for (const nlohmann::json& message : TakePostedMessages()) posted.push_back(message["serviceActive"]);
+    EXPECT_EQ(posted, c.posted) << c.first_answer;
     EXPECT_EQ(sleeps, std::vector<unsigned>(c.sleeps, 2000)) << c.first_answer;
   }
 }

@@ -1,15 +1,13 @@
-#include "system/status_win.h"
+#include "system/status.h"
 
 #include <windows.h>
 
 #include "base/page.h"
-#include "exec/service_pipe_win.h"
-#include "system/hardware_win.h"
-#include "system/status.h"
+#include "exec/service_pipe.h"
 
 void getStatus(int request_id) {
   const bool service_active = IsServiceRunning();
-  PostJsonToJs(BuildStatus(request_id, service_active, CollectHardwareSpecs()).dump());
+  PostReply("status", request_id, true, DescribeStatus(service_active, CollectHardwareSpecs()));
 }
 
 void PushStatus() {

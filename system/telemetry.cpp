@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
-#include "base/reply.h"
 #include "base/text.h"
 
 namespace {
@@ -66,7 +66,7 @@ double EstimateGpuTemperature(double load_percent) {
   return std::clamp(load_percent * 0.38 + 36.0, 30.0, 85.0);
 }
 
-nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample) {
+nlohmann::json ToJson(const TelemetrySample& sample) {
   nlohmann::json disks = nlohmann::json::array();
   for (const DiskUsage& disk : sample.disks) {
     const std::string drive = WideToUtf8(disk.drive);
@@ -80,20 +80,18 @@ nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample) {
                      {"usedBytes", disk.used_bytes},
                      {"percent", percent}});
   }
-  nlohmann::json telemetry = MakeReply("telemetry", true, request_id);
-  telemetry.update({{"cpu", sample.cpu},
-                    {"ram", sample.ram_load},
-                    {"cpuTemp", std::round(sample.cpu_temp)},
-                    {"gpuTemp", std::round(sample.gpu_temp)},
-                    {"download", sample.download},
-                    {"upload", sample.upload},
-                    {"networkAdapter", WideToUtf8(sample.network_adapter)},
-                    {"battery",
-                     {{"hasBattery", sample.battery.present},
-                      {"isCharging", sample.battery.charging},
-                      {"percent", sample.battery.percent},
-                      {"lifeTime", sample.battery.life_time_s},
-                      {"saverMode", sample.battery.saver_mode}}},
-                    {"disks", std::move(disks)}});
-  return telemetry;
+  return {{"cpu", sample.cpu},
+          {"ram", sample.ram_load},
+          {"cpuTemp", std::round(sample.cpu_temp)},
+          {"gpuTemp", std::round(sample.gpu_temp)},
+          {"download", sample.download},
+          {"upload", sample.upload},
+          {"networkAdapter", WideToUtf8(sample.network_adapter)},
+          {"battery",
+           {{"hasBattery", sample.battery.present},
+            {"isCharging", sample.battery.charging},
+            {"percent", sample.battery.percent},
+            {"lifeTime", sample.battery.life_time_s},
+            {"saverMode", sample.battery.saver_mode}}},
+          {"disks", std::move(disks)}};
 }

@@ -36,6 +36,15 @@ struct TelemetrySample {
   double gpu_temp = 0;
 };
 
+// Takes a sample and posts it. UI thread.
+void getTelemetry(int request_id);
+
+// Takes one sample (GetSystemTimes, GlobalMemoryStatusEx, GetLogicalDriveStringsW, GetIfTable,
+// GetAdaptersAddresses, GetSystemPowerStatus). Load and rates are against the previous call, whoever made it:
+// process-wide values without a lock, so only the UI thread calls this. Never fails; what cannot be read
+// stays 0.
+TelemetrySample SampleTelemetry();
+
 // Times of all processors since the start, in 100 ns; kernel time includes idle time.
 struct CpuTimes {
   uint64_t idle = 0, kernel = 0, user = 0;
@@ -76,5 +85,5 @@ bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type);
 double EstimateCpuTemperature(double load_percent);
 double EstimateGpuTemperature(double load_percent);
 
-// The page's telemetry message.
-nlohmann::json BuildTelemetry(int request_id, const TelemetrySample& sample);
+// Returns the members of the page's telemetry message.
+nlohmann::json ToJson(const TelemetrySample& sample);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/recorded_message.h"
+#include "testing/recording_page.h"
 
 namespace {
 
@@ -129,6 +130,6 @@ TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
 
 // Among its values: half a degree goes up, a disk without size has 0 percent, an adapter name with Czech
 // letters.
-TEST(BuildTelemetry, IsTheRecordedMessage) {
-  EXPECT_EQ(BuildTelemetry(2, RealisticSample()).dump(), RecordedMessage("telemetry"));
+TEST(Telemetry, IsTheRecordedMessage) {
+  EXPECT_EQ(PostedReply("telemetry", 2, true, ToJson(RealisticSample())), RecordedMessage("telemetry"));
 }

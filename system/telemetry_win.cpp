@@ -1,9 +1,10 @@
-#include "system/telemetry_win.h"
+#include "system/telemetry.h"
 
 #include <winsock2.h>
 #include <windows.h>
 #include <iphlpapi.h>
 
+#include "base/file_time_win.h"
 #include "base/page.h"
 
 namespace {
@@ -14,14 +15,10 @@ constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
 CpuTimes g_previous_cpu;
 NetworkCounters g_previous_network;
 
-uint64_t ToTicks(const FILETIME& time) {
-  return static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
-}
-
 double SampleCpuLoad() {
   FILETIME idle = {}, kernel = {}, user = {};
   if (!GetSystemTimes(&idle, &kernel, &user)) return 0;
-  const CpuTimes now = {ToTicks(idle), ToTicks(kernel), ToTicks(user)};
+  const CpuTimes now = {Ticks(idle), Ticks(kernel), Ticks(user)};
   const double load = CpuLoadPercent(g_previous_cpu, now);
   g_previous_cpu = now;
   return load;
@@ -95,8 +92,7 @@ Battery SampleBattery() {
                          SystemStatusFlag(status));
 }
 
-}  // namespace
-
+// Returns the friendly name of the first adapter that is up and is neither loopback nor tunnel.
 std::wstring FindActiveAdapterName() {
   constexpr const wchar_t* kNone = L"No Active Adapter";
   constexpr ULONG kFlags =
@@ -111,6 +107,8 @@ std::wstring FindActiveAdapterName() {
       return adapter->FriendlyName;
   return kNone;
 }
+
+}  // namespace
 
 TelemetrySample SampleTelemetry() {
   TelemetrySample sample;
@@ -128,5 +126,5 @@ TelemetrySample SampleTelemetry() {
 }
 
 void getTelemetry(int request_id) {
-  PostJsonToJs(BuildTelemetry(request_id, SampleTelemetry()).dump());
+  PostReply("telemetry", request_id, true, ToJson(SampleTelemetry()));
 }

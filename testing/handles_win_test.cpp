@@ -5,16 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include "clean/downloads_win.h"
-#include "clean/junk_win.h"
-#include "clean/system_files_win.h"
-#include "disk/disk_actions.h"
+#include "clean/downloads.h"
+#include "clean/junk.h"
+#include "clean/system_files.h"
+#include "disk/analysis.h"
 #include "net/environment_win.h"
-#include "net/hosts_file_win.h"
-#include "startup/startup_items_win.h"
-#include "system/processes_win.h"
-#include "system/status_win.h"
-#include "system/telemetry_win.h"
+#include "net/hosts_file.h"
+#include "startup/startup_items.h"
+#include "system/processes.h"
+#include "system/status.h"
+#include "system/telemetry.h"
 #include "testing/recording_page.h"
 
 namespace {

@@ -35,3 +35,9 @@ std::vector<std::string> TakePostedTexts() {
 std::vector<nlohmann::json> TakePostedMessages() {
   return Parse(TakePostedTexts());
 }
+
+std::string PostedReply(std::string_view type, int request_id, bool success, nlohmann::json members) {
+  TakePostedTexts();
+  PostReply(type, request_id, success, std::move(members));
+  return TakePostedTexts().at(0);
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -13,3 +14,6 @@ std::vector<std::string> TakePostedTexts();
 
 // The same, parsed.
 std::vector<nlohmann::json> TakePostedMessages();
+
+// What PostReply posts, as its exact text.
+std::string PostedReply(std::string_view type, int request_id, bool success, nlohmann::json members);

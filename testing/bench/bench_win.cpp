@@ -12,14 +12,14 @@
 #include <fstream>
 #include <future>
 
-#include "app/actions_win.h"
+#include "app/actions.h"
 #include "app/main_window_win.h"
-#include "base/exe_directory_win.h"
+#include "base/exe_directory.h"
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
-#include "disk/disk_space.h"
-#include "system/processes_win.h"
-#include "system/telemetry_win.h"
+#include "disk/analysis.h"
+#include "system/processes.h"
+#include "system/telemetry.h"
 
 namespace {
 
