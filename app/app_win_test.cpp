@@ -1,5 +1,5 @@
-// What neither the bridge nor another process can see of the window: its icons, what the browser is made of, and
-// its callbacks.
+// What neither the bridge nor another process can see of the window: its icons, what the browser is
+// made of, and its callbacks.
 #include <windows.h>
 
 #include <filesystem>

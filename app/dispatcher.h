@@ -7,9 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
-// One request of the page: {"action":"killProcess","data":{"pid":4242},"requestId":7}. Handlers read members
-// with the JSON library's typed accessors and let its exceptions out; the dispatcher turns them into the
-// failure reply.
+// One request of the page: {"action":"killProcess","data":{"pid":4242},"requestId":7}. Handlers
+// read members with the JSON library's typed accessors and let its exceptions out; the dispatcher
+// turns them into the failure reply.
 struct Request {
   std::string action;
   int32_t request_id = 0;

@@ -31,8 +31,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_c
     return 0;
   }
   if (!CreateMainWindow(instance, show_command)) return 1;
-  // The browser control lives in a single-threaded apartment, and so do the shell extensions behind
-  // ShellExecuteW.
+  // The browser control lives in a single-threaded apartment, and so do the shell extensions
+  // behind ShellExecuteW.
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
   StartBrowser();
   StartWorker(DeleteDownloadedInstaller);

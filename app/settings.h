@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-// The user's settings, one JSON document. Its keys belong to the page: nothing is merged, checked or added
-// here.
+// The user's settings, one JSON document. Its keys belong to the page: nothing is merged,
+// checked or added here.
 
 // Post the document of settings.json in the parent of the executable's folder, and replace it. UI thread.
 void getSettings(int request_id);

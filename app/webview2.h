@@ -344,8 +344,8 @@ using CreateWebView2Environment = HRESULT(STDAPICALLTYPE*)(
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler);
 
 // The installed runtime's EmbeddedBrowserWebView.dll exports this under the name
-// CreateWebViewEnvironmentWithOptionsInternal. `runtime_type` is 0 for the installed runtime; `options` may
-// not be null.
+// CreateWebViewEnvironmentWithOptionsInternal. `runtime_type` is 0 for the installed runtime;
+// `options` may not be null.
 using CreateWebView2EnvironmentInternal = HRESULT(STDAPICALLTYPE*)(
     bool check_running_instance, int runtime_type, PCWSTR user_data_folder, IUnknown* options,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler);

@@ -56,8 +56,8 @@ Function LoadExport(const std::wstring& library_path, const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
-// Folder of the installed runtime of the stable channel, as its updater registers it; empty when there is
-// none.
+// Folder of the installed runtime of the stable channel, as its updater registers it;
+// empty when there is none.
 std::wstring InstalledRuntimeFolder(HKEY root) {
   constexpr wchar_t kClientState[] =
       LR"(Software\Microsoft\EdgeUpdate\ClientState\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5})";

@@ -7,10 +7,10 @@
 
 #include "base/handle_win.h"
 
-// Walks over folders. None of them follows a junction or symbolic link that it meets, whatever is put in the
-// way while it runs: a folder is opened once, and all that is in it is reached from its handle, never by a
-// path. Paths may be relative, have either separator, and need no "\\?\" prefix however long the paths below
-// them become.
+// Walks over folders. None of them follows a junction or symbolic link that it meets, whatever is
+// put in the way while it runs: a folder is opened once, and all that is in it is reached from its
+// handle, never by a path. Paths may be relative, have either separator, and need no "\\?\" prefix
+// however long the paths below them become.
 
 // The entries of one folder, "." and ".." left out (FindFirstFileW, FindNextFileW).
 class FolderListing {

@@ -22,8 +22,8 @@ struct RegistryValue {
   std::wstring text;
 };
 
-// Values of a key in the registry's order, opened with KEY_READ (RegOpenKeyExW, RegEnumValueW); none when it
-// cannot be opened. Values that do not fit into buffers of `name_units` (NUL included) and `data_bytes` are
-// left out.
+// Values of a key in the registry's order, opened with KEY_READ (RegOpenKeyExW, RegEnumValueW);
+// none when it cannot be opened. Values that do not fit into buffers of `name_units` (NUL included)
+// and `data_bytes` are left out.
 std::vector<RegistryValue> ReadRegistryValues(HKEY root, const wchar_t* path, DWORD name_units,
                                               DWORD data_bytes);

@@ -119,6 +119,6 @@ nlohmann::json BuildCleanRequest(const JunkFlags& flags);
 //   {"prefetchBytes":1048576,"success":true,"windowsTempBytes":52428800}
 void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes);
 
-// Reply of type "junk" or "cleanJunk". `kept` lists the keys of categories that are left alone, if there are
-// any.
+// Reply of type "junk" or "cleanJunk". `kept` lists the keys of categories that are left
+// alone, if there are any.
 std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes);

@@ -12,18 +12,17 @@ enum class LineEnding {
 
 struct OutputLine {
   std::string text;  // bytes as printed, in whatever code page; never empty
-  bool is_progress =
-      false;  // ended by CR or CR LF: progress bars redraw themselves so. kReturnOrLineFeed only
+  // Ended by CR or CR LF, as progress bars redraw themselves. kReturnOrLineFeed only.
+  bool is_progress = false;
 
   bool operator==(const OutputLine&) const = default;
 };
 
 // Cuts output that arrives in pieces into lines, the same ones wherever the pieces were split. Empty lines
 // are left out, and so is a last line that never gets its ending.
-//   "Found Tarn Sync\r\n\r\n  10 %\r  100 %\r\nDone\n", kLineFeed:         "Found Tarn Sync", "  10 %\r  100
-//   %", "Done"
-//                                                     kReturnOrLineFeed: "Found Tarn Sync", "10 %", "100 %",
-//                                                     "Done"
+//   "Found Tarn Sync\r\n\r\n  10 %\r  100 %\r\nDone\n"
+//     kLineFeed:         "Found Tarn Sync", "  10 %\r  100 %", "Done"
+//     kReturnOrLineFeed: "Found Tarn Sync", "10 %", "100 %", "Done"
 class LineCutter {
  public:
   explicit LineCutter(LineEnding ending) : ending_(ending) {}

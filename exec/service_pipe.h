@@ -20,10 +20,10 @@ bool IsServiceRunning();
 bool EnsureServiceOrNotify();
 
 // Sends one request and returns the service's answer, any JSON value; read it with the functions of
-// exec/service_protocol.h. On failure {"error":...,"success":false} with "Service not running" (after five
-// attempts, at least 500 ms), "Write failed" (also when `data` holds text that is not UTF-8), "Empty
-// response" or "Parse failed". Null `data` is sent as {}. There is no time limit on the service's side. Never
-// throws.
+// exec/service_protocol.h. On failure {"error":...,"success":false} with "Service not running"
+// (after five attempts, at least 500 ms), "Write failed" (also when `data` holds text that is not
+// UTF-8), "Empty response" or "Parse failed". Null `data` is sent as {}. There is no time limit on
+// the service's side. Never throws.
 nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json& data);
 
 // EnsureServiceOrNotify and SendServiceRequest for work of which only the outcome matters: true when the

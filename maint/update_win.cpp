@@ -38,8 +38,8 @@ std::wstring DownloadedInstaller() {
   return TemporaryFile(L"VarnelUpdate.exe");
 }
 
-// Returns false only if a block could not be written whole. A read that fails ends the copy like the end of the
-// body does.
+// Returns false only if a block could not be written whole. A read that fails ends the copy like
+// the end of the body does.
 bool CopyToFile(HINTERNET source, HANDLE file) {
   char block[16384];
   DWORD read = 0;
@@ -50,10 +50,10 @@ bool CopyToFile(HINTERNET source, HANDLE file) {
   return true;
 }
 
-// Fetches `url` into the file `path`, overwriting it (WinINet, the system's proxy settings). Returns false if
-// the address cannot be opened or the file cannot be written; a failed write leaves no file. A connection
-// that breaks later leaves what had arrived and counts as success, and so does any HTTP status: callers judge
-// the content.
+// Fetches `url` into the file `path`, overwriting it (WinINet, the system's proxy settings).
+// Returns false if the address cannot be opened or the file cannot be written; a failed write
+// leaves no file. A connection that breaks later leaves what had arrived and counts as success, and
+// so does any HTTP status: callers judge the content.
 bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   DeleteUrlCacheEntryW(url.c_str());
   InternetHandle session(
@@ -113,8 +113,8 @@ void downloadAndApplyUpdate(int request_id, const std::optional<std::string>& do
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
   PostReply("downloadAndApplyUpdate", request_id, true);
   Sleep(500);
-  // The shell may hand the start to an extension that needs COM. The process ends right after, so nothing is
-  // undone.
+  // The shell may hand the start to an extension that needs COM. The process ends right after,
+  // so nothing is undone.
   static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
   StartElevated(installer, L"--update-restart", 0, SW_HIDE);
   ExitProcess(0);

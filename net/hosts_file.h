@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-// Posts the text of the hosts file, C:\Windows\System32\drivers\etc\hosts: read directly (CreateFileW,
-// ReadFile), bytes that are not UTF-8 taken as text in the ANSI code page, else through the helper service.
-// Worker body.
+// Posts the text of the hosts file, C:\Windows\System32\drivers\etc\hosts: read directly
+// (CreateFileW, ReadFile), bytes that are not UTF-8 taken as text in the ANSI code page, else
+// through the helper service. Worker body.
 void getHostsFile(int request_id);
 
 // Has the helper service replace the hosts file by `content` (UTF-8), as it is. Worker body.

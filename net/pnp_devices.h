@@ -8,9 +8,9 @@
 // PowerShell cannot be started or prints nothing. Worker body.
 void getPnpDevices(int request_id);
 
-// Returns the devices with a name that the query printed (any code page, also nothing), in its order, as
-// {FriendlyName, Class, Status}. One bare object is one device. Throws std::exception for text that is not
-// JSON.
+// Returns the devices with a name that the query printed (any code page, also nothing), in its
+// order, as {FriendlyName, Class, Status}. One bare object is one device. Throws std::exception for
+// text that is not JSON.
 //   [{"FriendlyName":"Zvuková karta Peat®","Class":"MEDIA","Status":"OK"},
 //    {"FriendlyName":"Peat Filter","Class":null,"Status":"OK"}]
 nlohmann::json ParsePnpDevices(std::string_view output);

@@ -17,14 +17,14 @@ struct DriverCheck {
 };
 
 // Reads the script's whole output (bytes as captured):
-//   {"scannedDriversCount":143,"updates":[{"Title":"Peat - System - 10.1.5.3","CurrentVersion":"10.1.4.0",
-//   ...}]}
+//   {"scannedDriversCount":143,
+//    "updates":[{"Title":"Peat - System - 10.1.5.3","CurrentVersion":"10.1.4.0",...}]}
 // A document that is no object, or has no array `updates`, gives no entries. Throws std::exception for text
 // that is not JSON.
 DriverCheck ParseDriverCheck(std::string_view output);
 
-// Returns why there is no such document: the first line of the output with text in it, as UTF-8, cut to 300
-// code points.
+// Returns why there is no such document: the first line of the output with text in it, as UTF-8,
+// cut to 300 code points.
 std::string DriverCheckFailure(std::string_view output);
 
 // Returns the members of the page's reply.

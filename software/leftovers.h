@@ -7,8 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-// Where an uninstalled program may have left something, and what to do with what was found. All texts are
-// UTF-8.
+// Where an uninstalled program may have left something, and what to do with what was
+// found. All texts are UTF-8.
 
 // Looks for folders (GetFileAttributesW) and registry keys (RegOpenKeyExW) that still carry the program's name,
 // measures them and posts "findLeftovers". Worker body.

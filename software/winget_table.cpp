@@ -20,8 +20,8 @@ bool IsUpdateFooter(std::string_view line) {
   return false;
 }
 
-// Takes the text up to the next line feed off the front of `rest`, without its carriage return and leading
-// blanks.
+// Takes the text up to the next line feed off the front of `rest`, without its carriage
+// return and leading blanks.
 std::string_view TakeLine(std::string_view& rest) {
   const size_t end = rest.find('\n');
   std::string_view line = rest.substr(0, end);

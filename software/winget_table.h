@@ -28,9 +28,9 @@ struct InstalledAppEntry {
   std::string source;  // "local" when the row has no fifth cell; a fourth cell is not looked at
 };
 
-// Rows of what the tool printed (bytes as captured; broken ones never fail). Reading starts after the first
-// rule line; of the updates it ends at the footer. Rows with fewer than four (updates) or three (apps) cells
-// are dropped.
+// Rows of what the tool printed (bytes as captured; broken ones never fail). Reading starts after
+// the first rule line; of the updates it ends at the footer. Rows with fewer than four (updates) or
+// three (apps) cells are dropped.
 std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture);
 std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture);
 

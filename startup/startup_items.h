@@ -33,8 +33,8 @@ struct StartupItem {
 //   C:\Program Files\Steam\steam.exe -silent: "High"     C:\Tools\FooUpdater.exe: "Medium"
 std::wstring EstimateImpact(const std::wstring& command);
 
-// What the system's start-up manager keeps about an item: a binary value whose first byte is 2 while the item
-// is enabled.
+// What the system's start-up manager keeps about an item: a binary value whose first byte is 2
+// while the item is enabled.
 //   03 00 00 00 17 79 bd 01 17 d9 d1 01: disabled, and when
 using ApprovalValue = std::array<uint8_t, 12>;
 ApprovalValue MakeApprovalValue(bool enable);

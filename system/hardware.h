@@ -33,15 +33,15 @@ struct MemoryModules {
 };
 
 // Walks the structures of a raw SMBIOS table (8-byte header, then structures, as
-// GetSystemFirmwareTable('RSMB') gives it). Tables that are cut or lie about lengths are read as far as they
-// go.
+// GetSystemFirmwareTable('RSMB') gives it). Tables that are cut or lie about lengths are
+// read as far as they go.
 MemoryModules ParseMemoryModules(std::string_view table);
 
 // "NVIDIA GeForce RTX 3060 (12.0 GB VRAM)"; the bare name when the adapter's memory is not known.
 std::wstring FormatGpu(const std::wstring& name, std::optional<uint64_t> dedicated_bytes);
 
-// Installed memory in whole GB, rounded half up; from the memory that Windows sees when the firmware's figure
-// (KB) is 0.
+// Installed memory in whole GB, rounded half up; from the memory that Windows sees when the
+// firmware's figure (KB) is 0.
 int32_t InstalledGigabytes(uint64_t installed_kb, uint64_t visible_bytes);
 
 // "32 GB DDR5 @ 6000 MHz (2x 16 GB)"; "16 GB DDR4" when no size is known.
@@ -55,8 +55,8 @@ std::wstring FormatMemoryTooltip(int32_t total_gb, uint64_t installed_kb, uint64
 // empty as missing.
 std::wstring FormatBoard(std::wstring manufacturer, const std::wstring& product);
 
-// "Windows 11 Pro (Version 23H2)". The registry's product name says 10 on Windows 11 too, so builds from
-// 22000 on are corrected. A build without leading digits leaves the name, the display version "Unknown" is
-// left out.
+// "Windows 11 Pro (Version 23H2)". The registry's product name says 10 on Windows 11 too, so builds
+// from 22000 on are corrected. A build without leading digits leaves the name, the display version
+// "Unknown" is left out.
 std::wstring FormatOs(std::wstring product_name, const std::wstring& build,
                       const std::wstring& display_version);

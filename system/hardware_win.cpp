@@ -31,8 +31,8 @@ std::wstring ReadPrimaryAdapterName() {
   return L"Unknown GPU";
 }
 
-// Found at the first use, because the library brings the whole graphics stack along, which a silent clean
-// never needs.
+// Found at the first use, because the library brings the whole graphics stack along, which a
+// silent clean never needs.
 HRESULT CreateGraphicsFactory(IDXGIFactory** factory) {
   static const HMODULE library = LoadLibraryExW(L"dxgi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   const FARPROC address = library ? GetProcAddress(library, "CreateDXGIFactory") : nullptr;

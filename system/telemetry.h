@@ -40,9 +40,9 @@ struct TelemetrySample {
 void getTelemetry(int request_id);
 
 // Takes one sample (GetSystemTimes, GlobalMemoryStatusEx, GetLogicalDriveStringsW, GetIfTable,
-// GetAdaptersAddresses, GetSystemPowerStatus). Load and rates are against the previous call, whoever made it:
-// process-wide values without a lock, so only the UI thread calls this. Never fails; what cannot be read
-// stays 0.
+// GetAdaptersAddresses, GetSystemPowerStatus). Load and rates are against the previous call,
+// whoever made it: process-wide values without a lock, so only the UI thread calls this. Never
+// fails; what cannot be read stays 0.
 TelemetrySample SampleTelemetry();
 
 // Times of all processors since the start, in 100 ns; kernel time includes idle time.

@@ -128,8 +128,8 @@ TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
   }
 }
 
-// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter name with Czech
-// letters.
+// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter
+// name with Czech letters.
 TEST(Telemetry, IsTheRecordedMessage) {
   EXPECT_EQ(PostedReply("telemetry", 2, true, ToJson(RealisticSample())), RecordedMessage("telemetry"));
 }
