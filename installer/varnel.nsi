@@ -223,7 +223,10 @@ Section "$(SERVICE)" section_service
   !insertmacro SERVICE --install
   ${If} $R2 != 0
     MessageBox MB_OK|MB_ICONEXCLAMATION "$(NO_SERVICE)" /SD IDOK
-    SetErrorLevel 4
+    GetErrorLevel $0
+    ${If} $0 <= 0 ; a file that could not be replaced tells more
+      SetErrorLevel 4
+    ${EndIf}
   ${EndIf}
 SectionEnd
 

@@ -19,6 +19,7 @@ const kPackage = join(wine.root, 'build/package');
 const kSetup = join(kPackage, 'VarnelSetup.exe');
 const kInstalled = 'C:\\Program Files\\Varnel';
 const kProgram = `${kInstalled}\\bin\\Varnel.exe`;
+const kService = 'HKLM\\System\\CurrentControlSet\\Services\\VarnelService';
 const kKey = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnel';
 const kLink = 'C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Varnel.lnk';
 const kSettings = '{"language":"en","autoScan":false}';
@@ -41,7 +42,7 @@ const present = async () =>
 const setup = async (...words) => (await runInPrefix(kSetup, words)).code;
 const probe = async (...words) => (await runInPrefix(standIn('window_probe.exe'), words)).stdout;
 const closeWindow = async () => JSON.parse(await probe('send:16,0,0', 'wait_exit')).exitCode;
-const hasEntry = async () => (await runInPrefix('reg', ['query', kKey])).code === 0;
+const hasKey = async (key) => (await runInPrefix('reg', ['query', key])).code === 0;
 
 const started = [];
 function start(...words) {
@@ -52,6 +53,8 @@ function start(...words) {
 // Without a window manager Wine waits two seconds for it whenever a window goes; windows that none manages go at once.
 const kManaged = 'HKCU\\Software\\Wine\\X11 Driver';
 async function remove() {
+  if (existsSync(inBin('VarnelService.exe')))
+    await runInPrefix(`${kInstalled}\\bin\\VarnelService.exe`, ['--remove']);
   await rm(installed, { recursive: true, force: true });
   await rm(unixPath(kLink), { force: true });
   await wine.writeRegistry({ [kKey]: null, [kManaged]: null });
@@ -92,6 +95,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
     assert.equal((await runInPrefix(kSetup, ['/S'], { env })).code, 0);
   });
   assert.deepEqual(await present(), kFiles);
+  assert.ok(await hasKey(kService));
   for (const name of kReleased) assert.deepEqual(await readFile(inBin(name)), await released(name), name);
   assert.deepEqual(await readFile(inBin('VarnelSetup.exe')), await readFile(kSetup));
   assert.equal((await stat(join(installed, 'settings.json'))).size, 0, 'the defaults hold');
@@ -120,7 +124,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
 
   // Again, over what is there: settings stay, and a file that cannot be replaced is not passed over in silence.
   await writeFile(join(installed, 'settings.json'), kSettings);
-  for (const name of kReleased.slice(1)) await writeFile(inBin(name), 'older');
+  for (const name of kReleased.slice(2)) await writeFile(inBin(name), 'older'); // not what runs
   const steps = [{ hold: `${kInstalled}\\bin\\update_driver.ps1`, text: 'held' }, { delay_ms: 600_000 }];
   await cp(standIn('console_tool.exe'), join(tools.unix, 'holder.exe'));
   await writeFile(join(tools.unix, 'holder.json'), JSON.stringify({ steps }));
@@ -136,7 +140,8 @@ test('a silent installation puts everything in place, a silent removal takes it 
   await writeFile(inBin('notes.txt'), 'mine');
   assert.equal((await runInPrefix(`${kInstalled}\\bin\\VarnelSetup.exe`, ['--uninstall', '/S'])).code, 0);
   await until(async () => !existsSync(unixPath(kLink)) && (await present()).length === 1, 'the removal');
-  await until(async () => !(await hasEntry()), 'the entry to go');
+  await until(async () => !(await hasKey(kKey)), 'the entry to go');
+  assert.equal(await hasKey(kService), false, 'the service has gone with its file');
   assert.deepEqual(await present(), ['bin/notes.txt']);
   assert.equal(await setup('--uninstall', '/S'), 1);
   await tools.remove();
@@ -144,6 +149,8 @@ test('a silent installation puts everything in place, a silent removal takes it 
 
 test('a program that does not end is neither replaced nor removed', async () => {
   assert.equal(await setup('/S'), 0);
+  assert.equal(await setup('/S', '/NOSERVICE'), 0);
+  assert.equal(await hasKey(kService), false, 'left out, the service that was there goes');
   await writeFile(inBin('check_updates.ps1'), 'older');
   const program = start(kProgram);
   await probe('find');
@@ -155,7 +162,10 @@ test('a program that does not end is neither replaced nor removed', async () => 
   ];
   assert.deepEqual(await Promise.all(waiting.map(({ ended }) => ended)), [2, 2]);
   assert.ok(Date.now() - began >= 30_000, 'they wait for half a minute');
-  assert.deepEqual(await present(), kFiles);
+  assert.deepEqual(
+    await present(),
+    kFiles.filter((path) => path !== 'bin/VarnelService.exe'),
+  );
   assert.equal(await readFile(inBin('check_updates.ps1'), 'utf8'), 'older');
   assert.equal(program.code, undefined);
   for (const which of ['one of the two', 'the other: the update has given the user the program back'])
