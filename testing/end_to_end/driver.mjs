@@ -145,8 +145,10 @@ export class Varnel {
     return this.#readLines(join('tools', `${name}.log`));
   }
 
+  // The program writes into the file in place, so that it may be empty for a moment.
   async settingsFile() {
-    return JSON.parse(await readFile(join(this.folder.unix, 'settings.json'), 'utf8'));
+    const file = join(this.folder.unix, 'settings.json');
+    return JSON.parse(await until(async () => (await readFile(file, 'utf8')) || undefined, 'the settings'));
   }
 
   // Queries or drives the program's window with the window probe: its lines as {name: value}.

@@ -182,7 +182,7 @@ test('what the server of releases may answer', async () => {
         assert.deepEqual(await check(), want);
       }
     });
-    assert.equal(existsSync(temporary('varnel_version_online.json')), false, 'no local copy stays');
+    await app.until(() => !existsSync(temporary('varnel_version_online.json')), 'the local copy to go');
   });
 });
 

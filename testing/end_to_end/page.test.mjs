@@ -167,7 +167,8 @@ for (const [theme, language, width, height] of [
 }
 
 test('the keyboard alone reaches every control in the order of the page', () =>
-  withVarnel({ language: 'en' }, async ({ page }) => {
+  withVarnel({ language: 'en' }, async ({ page, text }) => {
+    await badge(page, text('badge.service.off')); // nothing comes between the controls later
     const network = '.network .card:first-child .notice:not([aria-busy])'; // no netstat, no ports
     for (const [id, ready] of Object.entries({ network, settings: '.themes' })) {
       await page.waitForSelector(`[data-nav=${id}]`);
