@@ -64,7 +64,7 @@ test('the hosts file is replaced in one step, and its last version kept', () =>
     assert.equal(existsSync(`${hosts}.varnel.new`), false);
     assert.match(log(), /save_hosts_file was done, asked by .*Varnel\.exe[^]*was refused for what it names/);
     assert.deepEqual(JSON.parse(await ask('get_hosts_file')), { content, success: true });
-    await Promise.all([rm(hosts), rm(`${hosts}.varnel.bak`)]);
+    await rm(`${hosts}.varnel.bak`);
   }));
 
 test('variables, start-up items and keys of the machine', () =>

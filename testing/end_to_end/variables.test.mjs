@@ -1,9 +1,10 @@
 // Environment variables, looked at in the registry.
 import assert from 'node:assert/strict';
+import { existsSync, writeFileSync } from 'node:fs';
 import { test } from 'node:test';
 
 import * as harness from './harness.mjs';
-import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
+import { readRegistry, registryText, unixPath, withRegistry, writeRegistry } from './wine.mjs';
 
 const { asked, closeServiceDialog, dialogOf, openView, press, rowsOf, toastOf, withVarnel } = harness;
 
@@ -44,8 +45,11 @@ const row = (page, name, scope) =>
     .filter({ has: page.getByRole('gridcell', { name, exact: true }) })
     .filter({ hasText: scope });
 // Runs `body` with the tab of variables; `named` gives a dialog of the page by the key of its title.
-const withVariables = (keys, body) =>
-  withRegistry(keys, () =>
+const withVariables = (keys, body) => {
+  // Without a hosts file, the first tab, the service would be asked for it.
+  const hosts = unixPath('C:\\Windows\\System32\\drivers\\etc\\hosts');
+  if (!existsSync(hosts)) writeFileSync(hosts, '127.0.0.1 localhost\r\n');
+  return withRegistry(keys, () =>
     withVarnel({ language: 'cs' }, async (app) => {
       await openView(app.page, 'developer');
       await app.page.click('[data-tab=variables]');
@@ -53,6 +57,7 @@ const withVariables = (keys, body) =>
       await body(app, app.page, (key, values) => dialogOf(app.page, app.text(key, values)));
     }),
   );
+};
 
 test('variables of the user: added, changed, deleted, and stored as text that Windows expands', () =>
   withVariables(
