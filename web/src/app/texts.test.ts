@@ -40,15 +40,11 @@ test('plurals and figures', () => {
     [unseen(1), '1 nový řádek', '1 new line'],
     [unseen(4), '4 nové řádky', '4 new lines'],
     [unseen(12_340), '12_340 nových řádků', '12,340 new lines'],
-    [() => format.formatBytes(999), '999_B', '999_B'],
     [() => format.formatBytes(1000), '0,98_kB', '0.98_kB'],
     [() => format.formatBytes(21 * 2 ** 30), '21,0_GB', '21.0_GB'],
-    [() => format.formatBytes(250e9), '233_GB', '233_GB'],
     [() => format.formatBytes(999.7 * 2 ** 30), '0,98_TB', '0.98_TB'],
     [() => format.formatBytes(5000 * 2 ** 50), '5_000_PB', '5,000_PB'],
-    [() => format.formatPercent(56.6), '57_%', '57%'],
     [() => format.formatRate(1234.5), '1_234,50_Mb/s', '1,234.50_Mb/s'],
-    [() => format.formatTemperature(39.6), '40_°C', '40_°C'],
     [() => formatDuration(2 * 3600 + 5 * 60 + 59), '2 h 05 min', '2 h 05 min'],
   ];
   for (const [i, [show, ...wanted]] of cases.entries()) {

@@ -4,20 +4,14 @@ import { checkHosts, restoreLineEnds, withLf } from './hosts_text.ts';
 
 test('what is wrong in a hosts file', () => {
   const cases: [line: string, want: string][] = [
-    ['\t  ', ''],
     ['# 999.0.0.1 x', ''],
     ['127.0.0.1\tlocalhost  localhost.localdomain # ok', ''],
     ['fe80::1%lo0 localhost', ''],
-    [' ::ffff:192.0.2.1 Under_Score.example.', ''],
     ['192.0.2.1 účty.example', ''],
     ['10.0.0.300 a', 'address 10.0.0.300'],
-    ['10.0.0 a', 'address 10.0.0'],
-    ['fe80:::1 a', 'address fe80:::1'],
     ['[::1] a', 'address [::1]'],
-    ['name.example 127.0.0.1', 'address name.example'],
     ['192.0.2.1 # none', 'noName 192.0.2.1'],
     ['0.0.0.0 *.example ok', 'name *.example'],
-    ['0.0.0.0 a..b', 'name a..b'],
   ];
   for (const [line, want] of cases) {
     const found = checkHosts([line]).map(({ kind, word }) => `${kind} ${word}`);
@@ -35,12 +29,9 @@ test('line ends survive the editor', () => {
   const mixed = '# a\r\n1.1.1.1 x\n\n2.2.2.2 y\r\n\r\n3.3.3.3 z\rlast';
   const cases: [name: string, original: string, edited: string, want: string][] = [
     ['nothing edited', mixed, withLf(mixed), mixed],
-    ['only ends', '\n\r\n\n', '\n\n\n', '\n\r\n\n'],
-    ['changed in place', 'a\nx\r\nb\n', 'a\nxx\nb\n', 'a\nxx\r\nb\n'],
     ['changed far apart', 'a\nx\r\ny\nz\r\n', 'b\nx\ny\nzz\n', 'b\nx\r\ny\nzz\r\n'],
     ['a new line takes the common end', 'a\r\nb\r\nc\n', 'a\nb\nnew\nc\n', 'a\r\nb\r\nnew\r\nc\n'],
     ['text into an empty file', '', 'a\nb', 'a\r\nb'],
-    ['after a last line without an end', 'a\nb\nc', 'a\nb\nc\nd', 'a\nb\nc\nd'],
     ['the last end taken away', 'a\r\nb\r\n', 'a\nb', 'a\r\nb'],
     ['removed at two places', 'a\nb\r\nc\nd\r\ne\nf\r\n', 'a\nc\nd\nf\n', 'a\nc\nd\r\nf\r\n'],
     ['moved up', 'a\nb\r\nc\nd\r\ne\n', 'd\na\nb\nc\ne\n', 'd\na\nb\r\nc\ne\n'],

@@ -12,10 +12,8 @@ test('share of the processors between two lists', () => {
   const cases: Case[] = [
     ['first list', [], one(1), 3],
     ['half of one of four', [one(1)], one(2.5), 3, 12.5],
-    ['idle', [one(1)], one(1), 3, 0],
     ['never more than all', [one(0)], one(100), 3, 100],
     ['number taken over by another program', [one(1)], one(2, { name: 'b.exe' }), 3],
-    ['number taken over by the same program', [one(9)], one(2), 3],
     ['not opened by the host', [closed], closed, 3],
     ['after a look at something else', [one(1)], one(9), 10.1],
     ['soon after the first list', [one(1)], one(2), 0.02],

