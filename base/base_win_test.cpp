@@ -16,7 +16,7 @@
 #include "base/worker.h"
 #include "testing/registry_sandbox_win.h"
 
-TEST(Text, ConvertsBothWaysAndReplacesWhatCannotBe) {
+TEST(Text, ConvertsBothWaysAndReplacesInvalidText) {
   EXPECT_EQ(Utf8ToWide("Žluť 😀"), L"Žluť 😀");
   EXPECT_EQ(WideToUtf8(L"Žluť 😀"), "Žluť 😀");
   EXPECT_EQ(WideToUtf8(std::wstring{L'a', wchar_t{0xD800}, L'b'}),
@@ -61,9 +61,9 @@ TEST(StartWorker, RunsOnAnotherThreadAndContainsExceptions) {
   Sleep(50);  // an escaped exception would have ended this process
 }
 
-// Libraries that load meanwhile make threads wait at their start and at their end.
-TEST(StartWorker, RunsEachBodyOnceHoweverThreadsBeginAndEnd) {
-  static std::array<std::atomic<int>, 2000> runs;  // outlives a worker that is late
+// Threads wait at their start and at their end while a library loads.
+TEST(StartWorker, RunsEachBodyExactlyOnce) {
+  static std::array<std::atomic<int>, 2000> runs;  // outlives a late worker
   const auto ran_once = [] {
     return std::ranges::count_if(runs, [](const auto& count) { return count == 1; });
   };

@@ -2,6 +2,6 @@
 
 #include <string>
 
-// Returns the folder of the running executable without a trailing separator (GetModuleFileNameW, 260
-// units, cut before the last "\" or "/"; the whole name if there is neither).
+// Returns the folder of the running executable without a trailing separator (GetModuleFileNameW, at most
+// 260 units, cut before the last "\" or "/"). Returns the whole name if it contains neither.
 std::wstring GetExeDirectory();

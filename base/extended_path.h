@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-// The "\\?\" form of an absolute path ("C:\x", "\\server\share\x"): its names are taken literally and may be
-// longer than 260 units, end in dots or blanks or be a device's. A path that already has a "\\?\" or "\\.\"
-// prefix stays as it is.
+// Returns the "\\?\" form of an absolute path ("C:\x", "\\server\share\x"). Windows takes the names in
+// such a path literally: they may exceed 260 units, end in dots or spaces, or be the name of a device. A
+// path that already starts with "\\?\" or "\\.\" is returned unchanged.
 std::wstring ExtendedPath(std::wstring_view absolute_path);

@@ -19,9 +19,9 @@ struct FieldName {
   consteval FieldName(const char (&name)[kSize]) { std::copy_n(name, kSize, text); }  // NOLINT: implicit
 };
 
-// Converts any JSON number or boolean as the library does, fractions cut off. The language leaves open what a
-// fraction or exponent beyond the type's range becomes: here it is the least value. Throws
-// nlohmann::json::type_error for anything else.
+// Converts any JSON number or boolean as the library does, truncating fractions. C++ leaves the
+// conversion of a fraction or exponent beyond the type's range undefined; this returns the type's least
+// value. Throws nlohmann::json::type_error for anything else.
 template <std::integral Integer>
 Integer ToInteger(const nlohmann::json& value) {
   using Limits = std::numeric_limits<Integer>;
@@ -34,8 +34,8 @@ Integer ToInteger(const nlohmann::json& value) {
 
 template <typename Value>
 struct FieldReader {
-  // A missing field reads as null, and so does every field of null `data`. Throws nlohmann::json::type_error
-  // if the field has another type or `data` is neither null nor an object.
+  // Reads a missing field, and every field of null `data`, as null. Throws nlohmann::json::type_error if
+  // the field has another type, or if `data` is neither null nor an object.
   static Value Read(const nlohmann::json& data, const char* name) {
     const nlohmann::json null;
     const bool is_missing = data.is_null() || (data.is_object() && !data.contains(name));
@@ -46,7 +46,7 @@ struct FieldReader {
       return field.get<Value>();
   }
 };
-// A field that may be missing; null is a value of the wrong type.
+// An optional field may be missing, but null is a value of the wrong type.
 template <typename Value>
 struct FieldReader<std::optional<Value>> {
   static std::optional<Value> Read(const nlohmann::json& data, const char* name) {
@@ -55,8 +55,8 @@ struct FieldReader<std::optional<Value>> {
   }
 };
 
-// Reads the named fields from left to right, each as the type of the function's own parameter; `request_id`
-// goes to the first parameter.
+// Reads the named fields from left to right, each as the type of the function's parameter. The first
+// parameter receives `request_id`.
 template <FieldName... kFields, typename... Parameters>
 auto ReadArguments(void (*)(int, Parameters...), int request_id, const nlohmann::json& data) {
   static_assert(sizeof...(kFields) == sizeof...(Parameters), "one field for each parameter");

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-// Owns one system handle. A kind is a struct with `Type`, `Invalid()` and `Close(Type)`. No implicit
-// conversion; a handle that shall outlive its owner on purpose is given up with release().
+// Owns one system handle. A kind is a struct with `Type`, `Invalid()` and `Close(Type)`. There is no
+// implicit conversion. Call release() for a handle that deliberately outlives its owner.
 template <typename Kind>
 class Owned {
  public:
@@ -25,7 +25,7 @@ class Owned {
 
   explicit operator bool() const { return handle_ != Kind::Invalid(); }
   Type get() const { return handle_; }
-  // For out parameters: closes what is held and gives the address to fill.
+  // Closes the current handle and returns the address for an out parameter.
   Type* put() {
     reset();
     return &handle_;

@@ -5,14 +5,14 @@
 
 namespace {
 
-// Deepest bracket level of a text that is known to be JSON.
+// Returns the deepest bracket level of valid JSON text.
 size_t NestingOf(std::string_view text) {
   size_t depth = 0, deepest = 0;
   bool in_string = false;
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     if (in_string && c == '\\') {
-      ++i;  // whatever is escaped, a quotation mark above all
+      ++i;  // skips the escaped character, which may be a quotation mark
     } else if (c == '"') {
       in_string = !in_string;
     } else if (!in_string && (c == '[' || c == '{')) {
@@ -27,8 +27,8 @@ size_t NestingOf(std::string_view text) {
 }  // namespace
 
 nlohmann::json ParseJson(std::string_view text) {
-  // Parsing and destroying need no stack a level, so the depth can be looked at afterwards. The library's own
-  // callback would see it earlier, but takes time that grows with the square of an array's length.
+  // Parsing and destroying use no stack per level, so the depth can be checked afterwards. The library's
+  // own callback would see it earlier, but its time grows with the square of an array's length.
   nlohmann::json value = nlohmann::json::parse(text);
   if (NestingOf(text) > kMaxJsonDepth) throw std::length_error("JSON nests too deeply");
   return value;

@@ -4,14 +4,14 @@
 
 #include <nlohmann/json.hpp>
 
-// The way back to the page, callable from any thread. app/bridge_win.cpp implements PostJsonToJs and
-// SendConsoleLog for the program; tests link testing/recording_page.cpp instead and need no window.
+// Sends messages to the page from any thread. app/bridge_win.cpp implements PostJsonToJs and
+// SendConsoleLog for the program. Tests link testing/recording_page.cpp instead and need no window.
 
 // Posts one complete JSON document (UTF-8) to the page. A document that cannot be delivered is dropped.
 void PostJsonToJs(std::string_view json);
 
-// Posts the reply of an action: {"requestId":...,"success":...,"type":...} with the members of the object
-// `members`, whose texts must be UTF-8. Move large values into it.
+// Posts the reply to an action: {"requestId":...,"success":...,"type":...} plus the members of the
+// object `members`, whose texts must be UTF-8. Move large values into it.
 void PostReply(std::string_view type, int request_id, bool success,
                nlohmann::json members = nlohmann::json::object());
 

@@ -10,7 +10,7 @@ RegistryKey OpenKey(HKEY root, const std::wstring& path, REGSAM access) {
 std::wstring ReadRegistryString(HKEY root, const wchar_t* path, const wchar_t* value) {
   const RegistryKey key = OpenKey(root, path);
   if (!key) return L"Unknown";
-  // One more unit than the system may fill: the data need not end with a NUL.
+  // One unit more than the system may fill, because the data need not end with a NUL.
   wchar_t buffer[512 + 1] = {};
   DWORD size_bytes = 1024;
   if (RegQueryValueExW(key.get(), value, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &size_bytes) !=
@@ -33,7 +33,7 @@ std::vector<RegistryValue> ReadRegistryValues(HKEY root, const wchar_t* path, DW
     const LSTATUS status = RegEnumValueW(key.get(), index, name.data(), &name_length, nullptr, &type,
                                          reinterpret_cast<BYTE*>(data.data()), &size_bytes);
     if (status == ERROR_MORE_DATA) continue;
-    if (status != ERROR_SUCCESS) return values;  // ERROR_NO_MORE_ITEMS, or the key went away
+    if (status != ERROR_SUCCESS) return values;  // ERROR_NO_MORE_ITEMS, or the key was deleted
     RegistryValue& value = values.emplace_back();
     value.name.assign(name.data(), name_length);
     value.type = type;

@@ -6,7 +6,7 @@ namespace {
 
 struct Lead {
   uint8_t first, last;                // range of the lead byte
-  uint8_t second_first, second_last;  // range of the byte after it; all later ones are 80..BF
+  uint8_t second_first, second_last;  // range of the next byte; all later ones are 80..BF
   int length;
 };
 
@@ -16,7 +16,7 @@ constexpr Lead kLeads[] = {
     {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
 };
 
-// Length of the well-formed sequence at the front of `bytes`, 0 when there is none.
+// Returns the length of the well-formed sequence at the front of `bytes`, or 0 if there is none.
 size_t SequenceLength(std::string_view bytes) {
   auto at = [&](size_t i) { return static_cast<uint8_t>(bytes[i]); };
   for (const Lead& lead : kLeads) {

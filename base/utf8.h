@@ -2,5 +2,6 @@
 
 #include <string_view>
 
-// True when the bytes are well-formed UTF-8 (no overlong forms, no surrogates, nothing above U+10FFFF).
+// Returns true if the bytes are well-formed UTF-8: no overlong forms, no surrogates, nothing above
+// U+10FFFF.
 bool IsValidUtf8(std::string_view bytes);

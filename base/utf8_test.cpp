@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(IsValidUtf8, TellsWellFormedFromBroken) {
+TEST(IsValidUtf8, DistinguishesWellFormedFromBroken) {
   for (const std::string& valid : {std::string(), std::string("a\0b", 3), std::string("Příliš žluťoučký kůň"),
                                    std::string("\xF0\x9F\x98\x80"), std::string("\xF4\x8F\xBF\xBF")})
     EXPECT_TRUE(IsValidUtf8(valid)) << valid;

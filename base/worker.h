@@ -2,7 +2,7 @@
 
 #include <functional>
 
-// Runs `body` on a new detached thread. The body owns copies of all that it needs; nothing waits for it. An
-// exception that leaves the body is written to the debugger output and ends there, not the program. Throws
-// std::system_error when the system gives no thread.
+// Runs `body` on a new detached thread. The body must own copies of everything it needs, because nothing
+// waits for it. An exception that leaves the body is written to the debugger output and does not end the
+// program. Throws std::system_error if the system cannot create a thread.
 void StartWorker(std::function<void()> body);

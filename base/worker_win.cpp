@@ -17,7 +17,7 @@ void RunGuarded(const std::function<void()>& body) {
   try {
     body();
   } catch (const std::exception& error) {
-    // Piece by piece: there may be no memory left to join them.
+    // Written piece by piece because there may be no memory left to join them.
     OutputDebugStringA("[Varnel Debug] Worker ended by: ");
     OutputDebugStringA(error.what());
     OutputDebugStringA("\n");
@@ -33,8 +33,9 @@ unsigned __stdcall ThreadBody(void* body) {
 
 }  // namespace
 
-// Not std::thread: when a thread ends while it is being detached, MinGW's thread library can hand its record
-// to two later threads, and then the body of one of them runs twice and that of the other never.
+// Does not use std::thread. If a thread ends while it is being detached, MinGW's thread library can give
+// its record to two later threads. One of them then runs its body twice, and the other's body never
+// runs.
 void StartWorker(std::function<void()> body) {
   auto carried = std::make_unique<std::function<void()>>(std::move(body));
   const KernelHandle thread(

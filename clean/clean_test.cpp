@@ -13,7 +13,7 @@
 
 using nlohmann::json;
 
-TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
+TEST(MayBeEmptied, RefusesEverythingButTemporaryFolders) {
   const auto same = [](std::wstring_view a, std::wstring_view b) {
     return LowerCase(std::wstring(a)) == LowerCase(std::wstring(b));
   };
@@ -29,7 +29,7 @@ TEST(MayBeEmptied, SparesEverythingThatIsNoTemporaryFolder) {
   EXPECT_FALSE(MayBeEmptied(LR"(W:\)", {LR"(W:\Windows)", {}}, same)) << "above Windows alone";
 }
 
-TEST(ParseJunkSelection, SelectsWhateverIsNotDeselected) {
+TEST(ParseJunkSelection, SelectsEverythingNotDeselected) {
   const std::pair<const char*, JunkFlags> cases[] = {
       {"null", {true, true, true, true, true, true, true}},
       {R"({"userTemp":false,"systemLogs":false})", {true, false, true, true, true, true, false}},
@@ -60,7 +60,7 @@ TEST(RaiseToServiceSizes, TakesTheLargerFigureOfASuccessfulAnswer) {
   }
 }
 
-TEST(BuildJunkReply, IsWhatThePageReads) {
+TEST(BuildJunkReply, IsTheMessageThePageReads) {
   EXPECT_EQ(BuildJunkReply("junk", 7, {{38912, 128000, 4096, 10, 1048576, 2048, 0}}),
             RecordedMessage("junk"));
   EXPECT_EQ(BuildJunkReply("cleanJunk", 8, {{9007199254740992, 15, 0, 0, 0, 0, 3}}),
@@ -72,7 +72,7 @@ TEST(BuildJunkReply, IsWhatThePageReads) {
   }
 }
 
-TEST(Downloads, OldLargeInstallersAndArchivesAreListed) {
+TEST(Downloads, ListsOldLargeInstallersAndArchives) {
   constexpr uint64_t kHour = 36'000'000'000, kDay = 24 * kHour;
   constexpr uint64_t kNow = 133'000'000'000'000'000;
   constexpr uint64_t kMiB = 1'048'576;
@@ -104,7 +104,7 @@ TEST(Downloads, OldLargeInstallersAndArchivesAreListed) {
   EXPECT_EQ(PostedReply("getDownloadsJunk", 9, true, ToJson(items)), RecordedMessage("getDownloadsJunk"));
 }
 
-TEST(SystemFiles, RepliesAreWhatThePageReads) {
+TEST(SystemFiles, RepliesAreTheMessagesThePageReads) {
   EXPECT_EQ(PostedReply("getSystemFilesAdvisor", 11, true,
                         ToJson(SystemFiles{{true, 6'871'947'673}, true, {true, 17'179'869'184}, {}})),
             RecordedMessage("getSystemFilesAdvisor"));

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 // Replies with the old, large installers and archives that lie directly in the user's Downloads folder
-// (SHGetKnownFolderPath, else %USERPROFILE%\Downloads). Worker body.
+// (SHGetKnownFolderPath, otherwise %USERPROFILE%\Downloads). Worker body.
 void getDownloadsJunk(int request_id);
 
 // Moves each path (UTF-8, absolute) to the Recycle Bin (SHFileOperationW) and reports how many were moved.
@@ -29,11 +29,12 @@ struct DownloadJunkItem {
   uint64_t days_old = 0;
 };
 
-// Returns true for ".iso", ".zip" and the other extensions that are reviewed, in any case; only the last extension of
-// a name counts, and a name that begins with its only dot has none.
+// Returns true for ".iso", ".zip" and the other listed extensions, in any case. Only the last extension
+// of a name counts, and a name whose only dot is its first character has none.
 bool HasDownloadJunkExtension(const std::wstring& name);
 
-// Returns the item that is listed for a file of `folder` at the time `now` (100 ns since 1601), or nothing.
+// Returns the listed item for a file of `folder` at the time `now` (100 ns since 1601), or nothing if
+// the file is not listed.
 std::optional<DownloadJunkItem> ReviewDownload(const std::wstring& folder, const DownloadFile& file,
                                                uint64_t now);
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Returns an empty path if there is none.
+// Returns the folder, or an empty path if there is none.
 std::wstring DownloadsFolder() {
   TaskMemoryString known;
   if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Downloads, 0, nullptr, known.put()))) return known.get();
@@ -23,15 +23,15 @@ std::wstring DownloadsFolder() {
   return profile.empty() ? profile : profile + L"\\Downloads";
 }
 
-// A file itself: no folder, and no link to something elsewhere. (Files that the system keeps compressed or in
-// a cloud store are reparse points too, but of kinds that stand for themselves.)
+// Returns true for a file itself: no folder, and no link to another place. Files that the system
+// compresses or keeps in a cloud store are reparse points too, but their tags do not name another file.
 bool IsRegularFile(const WIN32_FIND_DATAW& entry) {
   if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
   return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 ||
          !IsReparseTagNameSurrogate(entry.dwReserved0);
 }
 
-// The shell's copy hooks and the Recycle Bin are COM objects of a single-threaded apartment.
+// The shell's copy hooks and the Recycle Bin are COM objects that need a single-threaded apartment.
 class ComApartment {
  public:
   ComApartment() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
@@ -45,9 +45,9 @@ class ComApartment {
   HRESULT result_;
 };
 
-// The shell changes some names before it acts: it drops dots and blanks at an end, and deletes for good,
-// without the Recycle Bin, what is not a full path. Only a path that stands for exactly one file and for
-// itself may reach it.
+// Returns true if the path names exactly one file and nothing else. The shell changes some names before
+// it acts: it drops trailing dots and spaces, and it deletes relative paths permanently instead of
+// recycling them.
 bool NamesItself(const std::wstring& path) {
   wchar_t full[32768];
   const DWORD length = GetFullPathNameW(path.c_str(), 32768, full, nullptr);

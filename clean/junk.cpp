@@ -8,7 +8,7 @@
 
 namespace {
 
-// With one separator at its end.
+// Returns the folder with exactly one trailing separator.
 std::wstring Closed(std::wstring_view folder) {
   while (folder.ends_with(L'\\') || folder.ends_with(L'/')) folder.remove_suffix(1);
   return std::wstring(folder) + L'\\';

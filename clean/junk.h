@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-// Which folder the paths of a category continue.
+// The folder that a category's paths are relative to.
 enum class JunkBase { kNone, kUserTemp, kLocalAppData };
 
 struct JunkFolder {
@@ -22,7 +22,7 @@ struct JunkCategory {
   const char* key;
   JunkBase base;
   std::span<const JunkFolder> folders;
-  const char* service_member = nullptr;  // of the helper service's answer: its figure, if it counts one
+  const char* service_member = nullptr;  // of the service's answer, if it counts this category
 };
 
 inline constexpr JunkFolder kWindowsTempFolders[] = {
@@ -38,7 +38,7 @@ inline constexpr JunkFolder kBrowserCacheFolders[] = {
     {LR"(\Microsoft\Edge\User Data\Default\Cache)", true},
     {LR"(\Microsoft\Edge\User Data\Default\Code Cache)", true},
     {LR"(\BraveSoftware\Brave-Browser\User Data\Default\Cache)", true},
-    {LR"(\Mozilla\Firefox\Profiles)", false},  // not caches alone
+    {LR"(\Mozilla\Firefox\Profiles)", false},  // holds more than caches
 };
 inline constexpr JunkFolder kShaderCacheFolders[] = {
     {LR"(\NVIDIA\DXCache)", true},
@@ -62,63 +62,65 @@ inline constexpr std::array<JunkCategory, kJunkCategoryCount> kJunkCategories = 
     {"systemLogs", JunkBase::kNone, kSystemLogsFolders},
 }};
 
-// Folders that hold what is no junk. Paths are absolute, with or without a separator at their end.
+// Folders with contents that are not junk. Paths are absolute, with or without a trailing separator.
 struct KeptFolders {
   std::wstring windows;              // only its Temp and SystemTemp may be emptied
-  std::vector<std::wstring> others;  // neither they nor a folder above them may be
+  std::vector<std::wstring> others;  // neither they nor any folder above them may be emptied
 };
 
-// Whether two texts of the same length are the same to the file system.
+// Returns true if the file system treats two texts of the same length as the same.
 using SamePath = bool (*)(std::wstring_view, std::wstring_view);
 
-// Whether the folder that the system names as temporary may be emptied. Environment variables decide which it
-// is, so it can be the profile, a whole drive or the system's own folder. All paths are in their long form.
+// Returns true if the folder that the system names as temporary may be emptied. Environment variables
+// decide which one that is, so it can be the profile, a whole drive or the Windows folder. All paths are
+// in their long form.
 bool MayBeEmptied(std::wstring_view folder, const KeptFolders& kept, SamePath same);
 
-// One flag a category, in the order of kJunkCategories.
+// One flag per category, in the order of kJunkCategories.
 using JunkFlags = std::array<bool, kJunkCategoryCount>;
 
-// Bytes of each category, in the same order.
+// Bytes per category, in the same order.
 struct JunkSizes {
   std::array<uint64_t, kJunkCategoryCount> bytes = {};
-  JunkFlags kept = {};  // its folder may not be emptied, and is not measured either
+  JunkFlags kept = {};  // the folder may not be emptied and is not measured either
 
   uint64_t Total() const;
 };
 
-// What a cleanJunk request asks for.
+// A parsed cleanJunk request.
 struct JunkSelection {
   JunkFlags flags;
-  nlohmann::json request_id;  // whatever number the page sent, to be given back as it came
+  nlohmann::json request_id;  // any number that the page sent, returned unchanged
 };
 
 // Measures all categories (GetTempPathW, SHGetFolderPathW, FindFirstFileW). A folder that is missing or
-// cannot be read adds nothing.
+// unreadable counts as 0.
 JunkSizes MeasureJunkSizes();
 
-// Empties the folders of the selected categories with the user's own rights; what cannot be deleted stays.
-// Returns false if memory ran out on the way.
+// Empties the folders of the selected categories with the user's own rights and leaves whatever cannot
+// be deleted. Returns false if memory ran out on the way.
 bool CleanJunkCategories(const JunkFlags& selected);
 
-// Replies with the sizes. If the helper service answers, its figures for protected folders count; if not,
-// the page is told. Worker body.
+// Replies with the sizes. Uses the helper service's figures for protected folders; if the service does
+// not answer, tells the page so. Worker body.
 void getJunk(int request_id);
 
-// Has the service clean, or cleans itself without one, and replies with the sizes afterwards. Worker body.
+// Has the service clean, or cleans itself if there is no service, and replies with the sizes afterwards.
+// Worker body.
 void cleanJunk(const JunkSelection& selection);
 
-// Reads a request's `data` object and request identifier: a category that it does not name, or all without
-// `data`, is selected. Throws nlohmann::json::type_error if a flag is no boolean or `data` no object.
+// Reads a request's `data` object and its request ID. A category is selected unless `data` says
+// otherwise. Throws nlohmann::json::type_error if a flag is no boolean or `data` is no object.
 JunkSelection ParseJunkSelection(const nlohmann::json& data, const nlohmann::json& request_id);
 
-// Returns the `data` of the service's request to clean.
+// Returns the `data` of the cleaning request to the service.
 nlohmann::json BuildCleanRequest(const JunkFlags& flags);
 
-// Takes the larger of our figure and the service's for the two folders that the service sees with the system's
-// rights. `answer` is its reply to "getJunkSizes", any JSON value:
+// Takes the larger of this program's figure and the service's for the two folders that the service reads
+// with the system's rights. `answer` is its reply to "getJunkSizes", any JSON value:
 //   {"prefetchBytes":1048576,"success":true,"windowsTempBytes":52428800}
 void RaiseToServiceSizes(const nlohmann::json& answer, JunkSizes& sizes);
 
-// Reply of type "junk" or "cleanJunk". `kept` lists the keys of categories that are left
+// Returns the reply of type "junk" or "cleanJunk". `kept` lists the keys of the categories that are left
 // alone, if there are any.
 std::string BuildJunkReply(std::string_view type, const nlohmann::json& request_id, const JunkSizes& sizes);

@@ -14,7 +14,7 @@
 
 namespace {
 
-// C:\Users\John Doe for C:\USERS\JOHNDO~1. A folder that is missing keeps its name.
+// Returns C:\Users\John Doe for C:\USERS\JOHNDO~1. Returns the path of a missing folder unchanged.
 std::wstring LongPath(const std::wstring& path) {
   wchar_t long_path[MAX_PATH] = {};
   const DWORD length = GetLongPathNameW(path.c_str(), long_path, MAX_PATH);
@@ -34,13 +34,13 @@ KeptFolders FoldersToKeep() {
   kept.others.push_back(LongPath(GetExeDirectory()));
   const std::wstring named = ReadEnvironmentVariable(L"USERPROFILE");
   if (!named.empty()) kept.others.push_back(LongPath(named));
-  TaskMemoryString profile;  // also without that variable
+  TaskMemoryString profile;  // does not depend on USERPROFILE
   if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_Profile, 0, nullptr, profile.put())))
     kept.others.push_back(LongPath(profile.get()));
   return kept;
 }
 
-// Empty when the system names none.
+// Returns an empty path if the system names none.
 std::wstring UserTempPath() {
   wchar_t path[MAX_PATH] = {};
   const DWORD length = GetTempPathW(MAX_PATH, path);
@@ -52,7 +52,7 @@ bool IsKept(const JunkCategory& category) {
          !MayBeEmptied(LongPath(UserTempPath()), FoldersToKeep(), SameInFileSystem);
 }
 
-// Nothing when the folder cannot be found.
+// Returns nothing if the folder cannot be found.
 std::optional<std::wstring> BasePath(JunkBase base) {
   wchar_t path[MAX_PATH] = {};
   switch (base) {
@@ -70,7 +70,7 @@ std::optional<std::wstring> BasePath(JunkBase base) {
   return std::nullopt;
 }
 
-// Calls `use(path, is_cleaned)` for each folder of a category that is not kept.
+// Calls `use(path, is_cleaned)` for each folder of a category, unless the category is kept.
 template <typename Use>
 void ForEachFolder(const JunkCategory& category, Use use) {
   if (IsKept(category)) return;

@@ -9,8 +9,8 @@
 // whether hibernation is on (HibernateEnabled in the registry). Worker body.
 void getSystemFilesAdvisor(int request_id);
 
-// Has the helper service switch hibernation, off if `enabled` is missing; without the service the page is
-// told. Worker body.
+// Has the helper service switch hibernation on, or off if `enabled` is false or missing. Without the
+// service, tells the page so. Worker body.
 void setHibernation(int request_id, std::optional<bool> enabled);
 
 struct SystemFileInfo {

@@ -10,8 +10,8 @@
 
 namespace {
 
-// Measures files that the system keeps locked, too. The page and swap files refuse even attribute queries.
-// Their size is then taken from the directory entry, which does not open them.
+// Measures a file even if the system keeps it locked. The page and swap files refuse attribute queries,
+// so their size is taken from the directory entry, which does not open them.
 SystemFileInfo ReadSystemFile(const wchar_t* path) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return {true, SizeBytes(data)};

@@ -30,9 +30,9 @@ struct FindFiles {
 
 using SharedFolderSizes = std::shared_ptr<const FolderSizes>;
 
-// Returns the sizes of the last analysis. A map is never changed once it is in here, so that a listing can go
-// on reading the one it has while the next analysis runs. Never destroyed: detached workers may outlive
-// static objects.
+// Returns the sizes of the last analysis. A map never changes once it is stored here, so a listing can
+// keep reading its own while the next analysis runs. The cache is never destroyed, because detached
+// workers may outlive static objects.
 std::atomic<SharedFolderSizes>& FolderSizeCache() {
   static auto& cache = *new std::atomic<SharedFolderSizes>(std::make_shared<const FolderSizes>());
   return cache;
@@ -69,7 +69,7 @@ void startDiskAnalysis(int request_id, const std::string& drive) {
         root, *folder_sizes, files,
         [request_id](int scanned, const std::wstring& folder) { PostProgress(request_id, scanned, folder); });
   } catch (const std::exception&) {
-    is_complete = false;  // The page still waits for the end.
+    is_complete = false;  // The page still waits for the final message.
   }
   FolderSizeCache() = folder_sizes;
   PostReply("disk_analysis_progress", request_id, is_complete,

@@ -19,12 +19,12 @@ struct Entry {
   bool is_directory, is_link;
   uint64_t size;
 };
-using Tree = std::map<std::wstring, std::vector<Entry>>;  // by plain path; an absent folder is unreadable
+using Tree = std::map<std::wstring, std::vector<Entry>>;  // by plain path; a missing folder is unreadable
 
-// Stands in for the calls of Windows: answers from a tree in memory.
+// Replaces the calls of Windows: answers from a tree in memory.
 struct TreeReader {
   const Tree& tree;
-  std::wstring costly_folder = {};  // no memory is left for it
+  std::wstring costly_folder = {};  // reading it runs out of memory
 
   template <typename Visit>
   bool operator()(const std::wstring& pattern, Visit&& visit) const {
@@ -55,7 +55,7 @@ struct Analysis {
   }
 };
 
-// Counts what an analysis must find, the plain way.
+// Computes the expected result of an analysis in the simplest way.
 uint64_t Count(const Tree& tree, const std::wstring& path, FolderSizes& sizes,
                std::multimap<uint64_t, std::wstring>& files) {
   uint64_t total = 0;
@@ -69,7 +69,7 @@ uint64_t Count(const Tree& tree, const std::wstring& path, FolderSizes& sizes,
   return sizes[path] = total;
 }
 
-// A tree of files, folders, links to both, unreadable folders, long names and large files.
+// Returns a tree of files, folders, links to both, unreadable folders, long names and large files.
 Tree RandomTree(std::mt19937& random) {
   const auto below = [&](size_t limit) { return random() % limit; };
   std::vector<std::wstring> folders{L"C:"};
@@ -143,7 +143,7 @@ TEST(AnalyzeFolders, ReportsEachFiveThousandthItemOfABranch) {
   }
 }
 
-TEST(AnalyzeFolders, KeepsWhatItHasWhenMemoryRunsOut) {
+TEST(AnalyzeFolders, KeepsItsResultsIfMemoryRunsOut) {
   const Tree tree{{L"C:", {{L"costly", true, false, 0}, {L"other", true, false, 0}}},
                   {L"C:\\other", Files(7)}};
   FolderSizes folder_sizes;
@@ -184,7 +184,7 @@ TEST(ListFolder, SortsAndTakesFolderSizesFromTheCache) {
   }
 }
 
-TEST(ExtendedReadPath, OnlyPrefixesWhatWindowsWouldNotChange) {
+TEST(ExtendedReadPath, PrefixesOnlyPathsThatWindowsWouldKeep) {
   for (const std::wstring path : {L"C:\\", L"c:\\a b\\ends with dot.", L"C:\\a\\...\\b", L"C:\\a\\"})
     EXPECT_EQ(ExtendedReadPath(path), L"\\\\?\\" + path);
   for (const wchar_t* path : {L"C:", L"a\\b", L"1:\\a", L"C:/a", L"C:\\a/b", L"C:\\\\a", L"C:\\a\\..",

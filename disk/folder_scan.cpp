@@ -15,7 +15,7 @@ std::wstring JoinPath(std::wstring_view folder, std::wstring_view name) {
 std::wstring ExtendedReadPath(std::wstring_view path) {
   const auto is_letter = [](wchar_t c) { return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z'); };
   if (path.size() < 3 || !is_letter(path[0]) || path.substr(1, 2) != L":\\") return std::wstring(path);
-  // Windows would resolve these; behind the prefix it takes them literally.
+  // Windows would resolve these, but takes them literally behind the prefix.
   const std::wstring closed = JoinPath(path, L"");
   for (const wchar_t* unresolved : {L"/", L"\\\\", L"\\.\\", L"\\..\\"})
     if (closed.find(unresolved) != closed.npos) return std::wstring(path);

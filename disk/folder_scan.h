@@ -14,22 +14,22 @@
 
 #include "disk/largest_files.h"
 
-// The walk itself, apart from the calls that read a folder. A `Reader` is
+// The walk itself, independent of the calls that read a folder. A `Reader` is
 //   bool read(const std::wstring& pattern, visit)
-// which calls visit(const FoundEntry&) for every entry that matches "<folder>\*", and returns false when the
-// folder cannot be read. It is called from several threads at once.
+// It calls visit(const FoundEntry&) for every entry that matches "<folder>\*" and returns false if the
+// folder cannot be read. Several threads call it concurrently.
 
 struct FoundEntry {
   const wchar_t* name;  // valid during the visit
   bool is_directory;
-  bool is_reparse_point;  // junction, symbolic link
+  bool is_reparse_point;  // junction or symbolic link
   uint64_t size;          // bytes
 };
 
-// Bytes of each folder including its subfolders, by full path.
+// Bytes per folder, including its subfolders, by full path.
 using FolderSizes = std::unordered_map<std::wstring, uint64_t>;
 
-// Called with the count of items seen so far and the folder being read, from any thread of the scan.
+// Called with the number of items seen so far and the folder being read, from any thread of the scan.
 using ScanProgress = std::function<void(int, std::wstring)>;
 inline constexpr int kItemsPerProgress = 5000;
 
@@ -38,20 +38,20 @@ struct FolderEntry {
   std::wstring name;
   std::wstring path;
   bool is_directory = false;
-  uint64_t size = 0;  // bytes; of a folder: from the last analysis, 0 when it was not part of it
+  uint64_t size = 0;  // bytes; of a folder: from the last analysis, 0 if it was not part of it
 };
 
-// "C:\" or "C:\a" and "b" give "C:\b" and "C:\a\b".
+// Joins "C:\" or "C:\a" and "b" into "C:\b" or "C:\a\b".
 std::wstring JoinPath(std::wstring_view folder, std::wstring_view name);
 
-// Returns the form in which a folder is read: a plain full path on a drive becomes extended, any other path
-// stays as it is. See base/extended_path.h.
+// Returns the path by which a folder is read: the extended form of a plain full path on a drive, any
+// other path unchanged. See base/extended_path.h.
 std::wstring ExtendedReadPath(std::wstring_view path);
 
-// Directories before files, then larger before smaller; equals keep their order.
+// Sorts directories before files, then by descending size. Equal entries keep their order.
 void SortFolderEntries(std::vector<FolderEntry>& entries);
 
-// "." and "..", which every folder but a root reports.
+// Returns true for "." and "..", which every folder except a root reports.
 inline bool IsDotEntry(const wchar_t* name) {
   return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
 }
@@ -60,8 +60,8 @@ inline bool IsCounted(const FoundEntry& entry) {
   return !entry.is_reparse_point && !IsDotEntry(entry.name);
 }
 
-// One depth-first walk. The path of the folder being read and the names of subfolders still to be read live
-// in two growing texts, so that no string is made for a file or for a folder that is only passed through.
+// One depth-first walk. The current path and the names of subfolders still to be read live in two
+// growing texts, so files and folders along the way cost no string of their own.
 template <typename Reader>
 class FolderScan {
  public:
@@ -93,7 +93,8 @@ class FolderScan {
   }
 
  private:
-  // Bytes of the folder's own files, 0 when it cannot be read. Appends its subfolders to names_.
+  // Returns the bytes of the folder's own files, 0 if it cannot be read. Appends its subfolders to
+  // names_.
   uint64_t ReadFolder() {
     const size_t path_end = path_.size();
     uint64_t bytes = 0;
@@ -124,11 +125,11 @@ class FolderScan {
   const ScanProgress& progress_;
   std::wstring path_;
   const size_t prefix_length_;
-  std::wstring names_;  // each ended by NUL
+  std::wstring names_;  // each ends with a NUL
 };
 
-// Bytes of `path` with all subfolders, each of which is recorded in `folder_sizes`. What cannot be read
-// counts as 0. `counter` counts items and may be shared with other scans.
+// Returns the bytes of `path` with all subfolders and records each of them in `folder_sizes`. A folder
+// that cannot be read counts as 0. `counter` counts items and may be shared with other scans.
 template <typename Reader>
 uint64_t ScanFolder(const Reader& read, std::wstring_view path, FolderSizes& folder_sizes,
                     LargestFiles& largest_files, std::atomic<int32_t>& counter,
@@ -136,7 +137,7 @@ uint64_t ScanFolder(const Reader& read, std::wstring_view path, FolderSizes& fol
   return FolderScan<Reader>(read, path, folder_sizes, largest_files, counter, progress).Run();
 }
 
-// SystemHelper::AnalyzeDiskSpace over any reader, with that reader's exceptions.
+// Implements SystemHelper::AnalyzeDiskSpace over any reader. Exceptions of the reader pass through.
 template <typename Reader>
 void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_sizes,
                     std::vector<SystemHelper::DiskFileItem>& files, const ScanProgress& progress) {
@@ -177,7 +178,7 @@ void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_s
   for (const std::wstring& branch : branches) {
     try {
       tasks.push_back(std::async(std::launch::async, scan_branch, std::cref(branch)));
-    } catch (const std::system_error&) {  // no further thread to be had: scanned when its turn comes
+    } catch (const std::system_error&) {  // no more threads: it is scanned when its turn comes
       tasks.push_back(std::async(std::launch::deferred, scan_branch, std::cref(branch)));
     }
   }
@@ -200,7 +201,8 @@ void AnalyzeFolders(const Reader& read, std::wstring root, FolderSizes& folder_s
   if (failure) std::rethrow_exception(failure);
 }
 
-// SystemHelper::ListFolderContents over any reader. Links are listed like what they look like.
+// Implements SystemHelper::ListFolderContents over any reader. Lists a link as a folder or a file, by
+// its attributes.
 template <typename Reader>
 std::vector<FolderEntry> ListFolder(const Reader& read, const std::wstring& path,
                                     const FolderSizes& folder_sizes) {

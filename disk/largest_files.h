@@ -19,12 +19,13 @@ struct DiskFileItem {
 
 inline constexpr size_t kLargestFileCount = 30;
 
-// The largest files offered so far, at most kLargestFileCount. Of equal sizes, the one already held stays.
+// Collects the largest files offered, at most kLargestFileCount. Among equal sizes, the one already held
+// stays.
 class LargestFiles {
  public:
   LargestFiles() { heap_.reserve(kLargestFileCount); }
 
-  // `make_path` returns the file's full path and is only called for a file that is taken.
+  // Calls `make_path`, which returns the file's full path, only if the file is kept.
   template <typename MakePath>
   void Offer(uint64_t size, MakePath&& make_path) {
     if (heap_.size() == kLargestFileCount) {
@@ -36,7 +37,7 @@ class LargestFiles {
     std::push_heap(heap_.begin(), heap_.end(), Larger);
   }
 
-  // Empties the collector.
+  // Returns the files and empties the collector.
   std::vector<SystemHelper::DiskFileItem> TakeLargestFirst() {
     std::sort_heap(heap_.begin(), heap_.end(), Larger);
     return std::exchange(heap_, {});

@@ -26,11 +26,11 @@ CmdResult ExecuteCmd(const std::wstring& command) {
   if (!child.process) {
     result.error = child.error;
     Trace(L"CreateProcessW failed. Error code: " + std::to_wstring(result.error));
-    pipe->write.release();  // By design only the read end is closed when nothing was started.
+    pipe->write.release();  // By design, only the read end is closed if nothing was started.
     return result;
   }
   Trace(L"CreateProcessW succeeded. Closing write pipe handle...");
-  pipe->write.reset();  // Otherwise the read end would never reach its end.
+  pipe->write.reset();  // Otherwise the read end would never report the end of the output.
 
   Trace(L"Reading stdout pipe loop starting...");
   result.output = ReadOutput(pipe->read.get(), kChunkBytes);

@@ -16,7 +16,7 @@ HiddenProcess StartHiddenProcess(const std::wstring& command, HANDLE output) {
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdOutput = output;
   startup.hStdError = output;
-  std::wstring buffer = command;  // CreateProcessW writes into its command line
+  std::wstring buffer = command;  // CreateProcessW writes to its command line
   PROCESS_INFORMATION started = {};
   HiddenProcess child;
   if (!CreateProcessW(nullptr, buffer.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr,

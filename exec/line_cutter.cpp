@@ -13,8 +13,8 @@ std::string TrimBlanks(const std::string& line) {
 }  // namespace
 
 std::vector<OutputLine> LineCutter::Add(std::string_view piece) {
-  // The LF of a CR LF ends an empty line, which is left out like any other: nothing has to be remembered from
-  // one piece to the next.
+  // The LF of a CR LF ends an empty line, which is dropped like any other. So no state has to be carried
+  // from one piece to the next.
   const std::string_view endings = ending_ == LineEnding::kLineFeed ? "\n" : "\r\n";
   std::vector<OutputLine> lines;
   for (size_t end; (end = piece.find_first_of(endings)) != std::string_view::npos;

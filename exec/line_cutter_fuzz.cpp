@@ -7,7 +7,7 @@
 #include "base/text.h"
 #include "testing/fuzz_target.h"
 
-// The first byte is the length of the pieces that the rest arrives in; the lines must not depend on it.
+// The first byte is the length of the pieces in which the rest arrives. The lines must not depend on it.
 FUZZ_TARGET(line_cutter, bytes) {
   if (bytes.empty()) return;
   const size_t step = static_cast<unsigned char>(bytes[0]) + 1u;
@@ -21,7 +21,7 @@ FUZZ_TARGET(line_cutter, bytes) {
     if (lines != want) std::abort();
     for (const OutputLine& line : lines) {
       if (line.text.empty() || line.text.find('\n') != std::string::npos) std::abort();
-      nlohmann::json(ConsoleTextToUtf8(line.text)).dump();  // throws for nothing that a tool can print
+      nlohmann::json(ConsoleTextToUtf8(line.text)).dump();  // must not throw, whatever a tool prints
     }
   }
 }

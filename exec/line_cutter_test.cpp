@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// That the lines are the same wherever reads split is asserted for each input of the fuzz corpus.
+// The fuzz corpus asserts for each of its inputs that the lines do not depend on where reads split.
 TEST(LineCutter, CutsByEitherRule) {
   using Lines = std::vector<OutputLine>;
   const struct {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(IsSafeCommandArgument, TakesIdentifiersAndRefusesSyntax) {
+TEST(IsSafeCommandArgument, AcceptsIdentifiersAndRefusesSyntax) {
   for (const char* text : {"", "Brook.TarnSync", "Heron Media (x64) - 24.3:1_b", "AZaz09"})
     EXPECT_TRUE(IsSafeCommandArgument(text)) << text;
   for (const char* text : {"a&b", "a|b", "a\"b", "a/b", "a\\b", "a\tb", "a\nb", "a%b", "a^b", "a'b", "a;b",

@@ -9,25 +9,26 @@
 #include <nlohmann/json.hpp>
 
 // Client of the helper service, \\.\pipe\VarnelServicePipe (CreateFileW, WaitNamedPipeW, WriteFile,
-// FlushFileBuffers, ReadFile). Every call opens its own connection and closes it. All of it blocks and is
-// safe on any thread.
+// FlushFileBuffers, ReadFile). Every call opens and closes its own connection, blocks, and is safe on
+// any thread.
 
-// True when the pipe can be opened. Five attempts, about 250 ms without a service; nothing is written.
+// Returns true if the pipe can be opened. Makes five attempts, about 250 ms if there is no service.
+// Writes nothing.
 bool IsServiceRunning();
 
-// The same; when it is not, the page is told to show its dialog. Every action that cannot do without the
-// service calls this first.
+// Does the same, but also tells the page to show its dialog if the service is not running. Every action
+// that cannot do without the service calls this first.
 bool EnsureServiceOrNotify();
 
-// Sends one request and returns the service's answer, any JSON value; read it with the functions of
-// exec/service_protocol.h. On failure {"error":...,"success":false} with "Service not running"
-// (after five attempts, at least 500 ms), "Write failed" (also when `data` holds text that is not
-// UTF-8), "Empty response" or "Parse failed". Null `data` is sent as {}. There is no time limit on
-// the service's side. Never throws.
+// Sends one request and returns the service's answer, which may be any JSON value; read it with the
+// functions of exec/service_protocol.h. On failure, returns {"error":...,"success":false} with "Service
+// not running" (after five attempts, at least 500 ms), "Write failed" (also if `data` holds text that is
+// not UTF-8), "Empty response" or "Parse failed". Sends null `data` as {}. Sets no time limit for the
+// service. Never throws.
 nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json& data);
 
-// EnsureServiceOrNotify and SendServiceRequest for work of which only the outcome matters: true when the
-// service is there and answers with `success` true.
+// Calls EnsureServiceOrNotify, then SendServiceRequest, for requests of which only the outcome matters.
+// Returns true if the service is running and answers with `success` true.
 bool SendServiceCommand(std::string_view action, const nlohmann::json& data);
 
 struct ServiceExit {
@@ -36,13 +37,14 @@ struct ServiceExit {
 };
 
 struct ServiceSession {
-  bool connected = false;  // false: the pipe could not be opened, nothing was sent
-  // Nothing when the session broke off before the exit record or at a mistyped one: no final message then.
+  bool connected = false;  // false if the pipe could not be opened and nothing was sent
+  // Empty if the session broke off before the exit record or at a mistyped one. In that case, no final
+  // message is sent to the page.
   std::optional<ServiceExit> exit;
 };
 
-// Sends one request and calls `on_output` with each output line of the service (UTF-8) until its exit record.
-// Opens the pipe once, without retry: call EnsureServiceOrNotify first. Lines that are not JSON and records
-// of other types are skipped.
+// Sends one request and calls `on_output` with each output line of the service (UTF-8) until its exit
+// record. Opens the pipe once, without retrying: call EnsureServiceOrNotify first. Skips lines that are
+// not JSON, and records of other types.
 ServiceSession RunServiceSession(std::string_view action, const nlohmann::json& data,
                                  const std::function<void(const std::string& message)>& on_output);

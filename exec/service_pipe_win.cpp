@@ -11,7 +11,7 @@ namespace {
 constexpr const wchar_t* kPipeName = L"\\\\.\\pipe\\VarnelServicePipe";
 constexpr int kAttempts = 5;
 
-// GetLastError() holds the reason when the result is empty.
+// Opens the pipe once. If the result is empty, GetLastError() holds the reason.
 FileHandle OpenPipe() {
   return FileHandle(
       CreateFileW(kPipeName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -37,12 +37,12 @@ bool WriteRequest(HANDLE pipe, std::string_view action, const nlohmann::json& da
   }
   DWORD written = 0;
   if (!WriteFile(pipe, line.data(), static_cast<DWORD>(line.size()), &written, nullptr)) return false;
-  FlushFileBuffers(pipe);  // The service has read the whole request when this returns.
+  FlushFileBuffers(pipe);  // Returns once the service has read the whole request.
   return true;
 }
 
-// Replaces `line` with the bytes up to the next line feed. False when the pipe ended or the line grew too
-// long before one came. Reading byte by byte stops exactly at the line feed.
+// Replaces `line` with the bytes up to the next line feed. Returns false if the pipe ends, or the line
+// grows too long, before one arrives. Reading byte by byte stops exactly at the line feed.
 bool ReadLine(HANDLE pipe, std::string& line) {
   line.clear();
   char byte = 0;
@@ -79,7 +79,7 @@ nlohmann::json SendServiceRequest(std::string_view action, const nlohmann::json&
   if (!pipe) return FailedServiceReply("Service not running");
   if (!WriteRequest(pipe.get(), action, data)) return FailedServiceReply("Write failed");
   std::string line;
-  ReadLine(pipe.get(), line);  // Text that the service did not end with a line feed is taken as it is.
+  ReadLine(pipe.get(), line);  // Text that the service did not end with a line feed is accepted.
   pipe.reset();
   return ParseServiceReply(line);
 }

@@ -8,7 +8,7 @@ namespace {
 
 using nlohmann::json;
 
-// A member of an object; null when there is none, or no object.
+// Returns a member of an object, or null if `value` is no object or has no such member.
 const json& MemberOf(const json& value, const char* name) {
   static const json kNull;
   if (!value.is_object()) return kNull;

@@ -17,7 +17,7 @@ TEST(BuildServiceRequest, IsOneCompactLineInKeyOrder) {
   EXPECT_EQ(kServiceUnavailableMessage, RecordedMessage("show_service_error_modal"));
 }
 
-TEST(ParseServiceReply, GivesTheValueOrSaysWhatWasWrong) {
+TEST(ParseServiceReply, ReturnsTheValueOrTheReason) {
   const std::string parse_failed = R"({"error":"Parse failed","success":false})";
   std::string padded = R"({"success":true})";
   padded.resize(kMaxServiceLineBytes, ' ');
@@ -35,7 +35,7 @@ TEST(ParseServiceReply, GivesTheValueOrSaysWhatWasWrong) {
     EXPECT_EQ(ParseServiceReply(line).dump(), want) << line.substr(0, 40);
 }
 
-TEST(ReplyMembers, FallBackWhenMissingOrOfAnotherType) {
+TEST(ReplyMembers, FallBackIfMissingOrOfAnotherType) {
   const struct {
     const char* reply;
     bool success;
@@ -56,7 +56,7 @@ TEST(ReplyMembers, FallBackWhenMissingOrOfAnotherType) {
   }
 }
 
-TEST(ParseStreamRecord, TellsRecordsApart) {
+TEST(ParseStreamRecord, DistinguishesTheKindsOfRecord) {
   using Kind = StreamRecord::Kind;
   const struct {
     const char* line;

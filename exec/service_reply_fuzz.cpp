@@ -3,7 +3,8 @@
 #include "exec/service_protocol.h"
 #include "testing/fuzz_target.h"
 
-// Whatever the service sends can be read as a reply and as a record, and serialised again for the page.
+// Whatever the service sends can be read as a reply and as a record, and can be serialised again for the
+// page.
 FUZZ_TARGET(service_reply, bytes) {
   const nlohmann::json reply = ParseServiceReply(bytes);
   const std::string again = reply.dump();

@@ -20,9 +20,9 @@ ToolRun RunTool(const std::wstring& command, ExitCode when,
   if (!pipe) return {ToolRun::Outcome::kNoPipe};
   HiddenProcess child = StartHiddenProcess(command, pipe->write.get());
   if (!child.process) return {ToolRun::Outcome::kNotStarted};
-  pipe->write.reset();  // Otherwise the read end would never reach its end.
+  pipe->write.reset();  // Otherwise the read end would never report the end of the output.
   ReadChunks(pipe->read.get(), kRunChunkBytes, on_chunk);
-  // The output ends a moment before the process does.
+  // The output ends slightly before the process does.
   if (when == ExitCode::kAwaited) WaitForSingleObject(child.process.get(), INFINITE);
   return {ToolRun::Outcome::kEnded, TakeExitCode(std::move(child))};
 }

@@ -5,18 +5,19 @@
 
 #include <nlohmann/json.hpp>
 
-// Posts the messages of a tool that the page follows line by line, each with the members
+// Posts the messages of a tool that the page follows line by line, on any thread. Each message has the
+// members
 //   {"requestId":7,"streamType":"stdout","type":"ping_diagnostic_stream"}
-// and those of `more`. Texts are UTF-8. Any thread.
+// and those of `more`. Texts are UTF-8.
 class ToolStream {
  public:
   // `type` must outlive the stream.
   ToolStream(std::string_view type, int request_id) : type_(type), request_id_(request_id) {}
 
-  // "status" and "stdout": `text` is the member `message`.
+  // Post "status" and "stdout" with `text` as the member `message`.
   void Status(std::string_view text) const;
   void Line(std::string_view text, nlohmann::json more = nlohmann::json::object()) const;
-  // "exit": `code` is the tool's exit code. The stream of the diagnostics ends without a request id.
+  // Post "exit" with the tool's exit code as `code`. The diagnostics stream ends without a request ID.
   void Exit(int64_t code, nlohmann::json more = nlohmann::json::object()) const;
   void ExitUnnumbered(int64_t code, nlohmann::json more = nlohmann::json::object()) const;
 

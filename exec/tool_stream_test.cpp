@@ -7,7 +7,7 @@
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
 
-TEST(ToolStream, PostsWhatIsRecorded) {
+TEST(ToolStream, PostsTheRecordedMessages) {
   const ToolStream ping("ping_diagnostic_stream", 7), update("update_stream", 0),
       removal("uninstall_stream", 0);
   const std::pair<const char*, std::function<void()>> cases[] = {

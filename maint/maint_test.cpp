@@ -31,7 +31,7 @@ TEST(DescribeUpdate, ReadsTheDescription) {
     EXPECT_ANY_THROW(DescribeUpdate(description)) << description;
 }
 
-TEST(FileCheckResultText, SaysHowItEnded) {
+TEST(FileCheckResultText, DescribesHowTheCheckEnded) {
   EXPECT_EQ(FileCheckResultText(2), json::parse(RecordedMessage("sfc_stream.exit"))["message"]);
   EXPECT_TRUE(FileCheckResultText(0).starts_with("[Success] "));
 }

@@ -6,25 +6,25 @@
 
 // Worker bodies of the quick repairs.
 
-// Runs "ipconfig /flushdns"; replies with what it printed, and always with success.
+// Runs "ipconfig /flushdns" and replies with its output, always with success.
 void flushDns(int request_id);
 
 void rebuildIcons(int request_id);
 
-// Checks system files and components in the helper service, streamed line by line.
+// Checks system files and components in the helper service and streams the output line by line.
 void sfcVerify(int request_id);
 
 // Asks the helper service to configure safe mode and restart.
 void safemodeReboot(int request_id);
 
-// Restarts the machine at once; replies when the shutdown command has returned. UI thread.
+// Restarts the machine immediately and replies once the shutdown command has returned. UI thread.
 void reboot(int request_id);
 
-// Returns what the user reads when the service's file check has ended with `code`.
+// Returns the text shown to the user after the service's file check has ended with `code`.
 std::string FileCheckResultText(int64_t code);
 
-// Returns true for Explorer's process name in any case.
+// Returns true for Explorer's process name, in any case.
 bool IsExplorer(std::wstring_view executable_name);
 
-// Returns true for icon and thumbnail cache files of Explorer; the test is case-sensitive.
+// Returns true for Explorer's icon and thumbnail cache files. The comparison is case-sensitive.
 bool IsIconCacheFile(std::wstring_view file_name);

@@ -37,7 +37,8 @@ bool StartExplorer() {
   STARTUPINFOW startup = {};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION process = {};
-  // A shell that stood in this program's folder would keep it from being removed.
+  // Starts the shell in the Windows folder: as the current directory, this program's folder could not be
+  // removed.
   if (!CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, L"C:\\Windows", &startup,
                       &process))
     return false;
@@ -45,11 +46,12 @@ bool StartExplorer() {
   return true;
 }
 
-// Ends every Explorer process, deletes the icon and thumbnail caches under %LOCALAPPDATA% and starts Explorer
-// again. Returns true if the new Explorer was started; processes and files that resist are left.
+// Ends every Explorer process, deletes the icon and thumbnail caches under %LOCALAPPDATA% and starts
+// Explorer again. Returns true if the new Explorer was started. Processes that cannot be ended and files
+// that cannot be deleted are left.
 bool RebuildIconCache() {
   EndExplorers();
-  Sleep(500);  // until Explorer has let go of its files
+  Sleep(500);  // until Explorer has released its files
   DeleteIconCaches();
   return StartExplorer();
 }

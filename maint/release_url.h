@@ -1,5 +1,5 @@
 #pragma once
 
-// Where version.json and VarnelSetup.exe are published, without a trailing slash (UTF-8): the build's
+// The address of version.json and VarnelSetup.exe, without a trailing slash (UTF-8): the build's
 // VARNEL_RELEASE_URL.
 extern const char* const kReleaseUrl;

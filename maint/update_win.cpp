@@ -38,8 +38,8 @@ std::wstring DownloadedInstaller() {
   return TemporaryFile(L"VarnelUpdate.exe");
 }
 
-// Returns false only if a block could not be written whole. A read that fails ends the copy like
-// the end of the body does.
+// Returns false only if a block could not be written in full. A failed read ends the copy just as the
+// end of the body does.
 bool CopyToFile(HINTERNET source, HANDLE file) {
   char block[16384];
   DWORD read = 0;
@@ -50,10 +50,10 @@ bool CopyToFile(HINTERNET source, HANDLE file) {
   return true;
 }
 
-// Fetches `url` into the file `path`, overwriting it (WinINet, the system's proxy settings).
-// Returns false if the address cannot be opened or the file cannot be written; a failed write
-// leaves no file. A connection that breaks later leaves what had arrived and counts as success, and
-// so does any HTTP status: callers judge the content.
+// Downloads `url` into the file `path`, overwriting it (WinINet, with the system's proxy settings).
+// Returns false if the address cannot be opened or the file cannot be written; a failed write leaves no
+// file. A connection that breaks later leaves a partial file and counts as success, as does any HTTP
+// status: callers check the content.
 bool DownloadFile(const std::wstring& url, const std::wstring& path) {
   DeleteUrlCacheEntryW(url.c_str());
   InternetHandle session(
@@ -107,14 +107,14 @@ void downloadAndApplyUpdate(int request_id, const std::optional<std::string>& do
               {{"error", "Failed to download update executable"}});
     return;
   }
-  // While the user is asked to let it run as administrator, the file can be read, but neither written, nor
-  // renamed, nor deleted.
+  // While the user is asked for administrator rights, the file can be read but not written, renamed or
+  // deleted.
   const FileHandle held(CreateFileW(installer.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
   PostReply("downloadAndApplyUpdate", request_id, true);
   Sleep(500);
-  // The shell may hand the start to an extension that needs COM. The process ends right after,
-  // so nothing is undone.
+  // The shell may pass the start to an extension that needs COM. The process ends right after this, so
+  // nothing is uninitialised.
   static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
   StartElevated(installer, L"--update-restart", 0, SW_HIDE);
   ExitProcess(0);
@@ -122,7 +122,7 @@ void downloadAndApplyUpdate(int request_id, const std::optional<std::string>& do
 
 void DeleteDownloadedInstaller() {
   const std::wstring installer = DownloadedInstaller();
-  // The installer that has started this program may still be ending.
+  // The installer that started this program may still be shutting down.
   for (int tries = 0; tries < 30 && !DeleteFileW(installer.c_str()); ++tries) {
     if (GetLastError() == ERROR_FILE_NOT_FOUND) return;
     Sleep(1000);

@@ -10,7 +10,7 @@ constinit const std::string_view kCurrentVersion = VARNEL_VERSION;
 
 namespace {
 
-// Takes one integer off the front of `text`.
+// Removes one integer from the front of `text` and returns it.
 std::optional<int> TakeInteger(std::string_view& text) {
   const auto is_space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
   const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };

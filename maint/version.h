@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-// The program's own version, "major.minor.patch", as the page and the update server see it: the build's.
+// The program's version, "major.minor.patch", set by the build, for the page and the update check.
 extern const std::string_view kCurrentVersion;
 
 struct Version {
@@ -12,7 +12,7 @@ struct Version {
   friend auto operator<=>(const Version&, const Version&) = default;
 };
 
-// Reads "major.minor.patch" as far as the text has this form: signed decimal integers, white space before
-// each allowed, what follows is ignored. Numbers that cannot be read stay 0, ones outside the range of int
-// become its nearest end.
+// Reads "major.minor.patch" as far as the text has this form: signed decimal integers, each possibly
+// preceded by white space. Ignores the rest. Numbers that cannot be read stay 0; numbers outside the
+// range of int become its nearest limit.
 Version ParseVersion(std::string_view text);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ParseVersion, OrdersLikeNumbersNotText) {
+TEST(ParseVersion, OrdersNumericallyNotAsText) {
   const struct {
     const char* online;
     bool newer_than_1_4_0;

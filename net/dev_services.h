@@ -2,7 +2,7 @@
 
 #include <string>
 
-// Worker bodies: list the local development services that the helper service reports, and hand one of its
-// commands on to it. Texts are UTF-8 and mean something to the service and the page only.
+// Worker bodies that list the local development services reported by the helper service and pass
+// commands on to it. Texts are UTF-8. Only the service and the page interpret them.
 void getDevServices(int request_id);
 void controlDevService(int request_id, const std::string& service_type, const std::string& command);

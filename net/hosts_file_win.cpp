@@ -26,7 +26,7 @@ std::optional<std::string> ReadHostsFile() {
   std::vector<char> chunk(kChunkBytes);
   for (;;) {
     DWORD received = 0;
-    // Half a file must not reach the editor: saving it would drop the other half.
+    // The editor must never get half a file: saving it would delete the other half.
     if (!ReadFile(file.get(), chunk.data(), static_cast<DWORD>(chunk.size()), &received, nullptr))
       return std::nullopt;
     if (received == 0) return content;

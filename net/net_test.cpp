@@ -22,7 +22,7 @@ constexpr char kNetstat[] =
     "  UDP    0.0.0.0:500            *:*                                    1104\r\n"
     "  UDP    127.0.0.1:50199        127.0.0.1:50199                        1364\r\n";
 
-// The sockets, one a line, their members parted by bars.
+// Returns one line per socket, its members separated by bars.
 std::string RowsOf(std::string_view output) {
   std::string rows;
   for (const json& port : ParseListeningPorts(output)) {
@@ -40,7 +40,7 @@ TEST(ParseListeningPorts, ReadsTheTable) {
             RecordedMessage("getOpenPorts"));
 }
 
-TEST(ParseListeningPorts, OddLines) {
+TEST(ParseListeningPorts, ReadsOddLines) {
   const struct {
     const char* name;
     const char* output;
@@ -60,7 +60,7 @@ TEST(ParseListeningPorts, OddLines) {
   for (const auto& c : cases) EXPECT_EQ(RowsOf(c.output), c.want) << c.name;
 }
 
-TEST(ParsePnpDevices, ReadsWhatPowerShellPrints) {
+TEST(ParsePnpDevices, ReadsTheOutputOfPowerShell) {
   EXPECT_EQ(
       PostedReply(
           "getPnpDevices", 7, true,

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Top-level window, as every program has one, that counts the news about the environment.
+// A top-level window, such as every program has, that counts the notifications of a changed environment.
 int g_told = 0;
 
 LRESULT CALLBACK CountNews(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -21,7 +21,7 @@ LRESULT CALLBACK CountNews(HWND window, UINT message, WPARAM wparam, LPARAM lpar
 
 }  // namespace
 
-TEST(WriteEnvVariable, TellsEveryWindowWhatItHasChanged) {
+TEST(WriteEnvVariable, NotifiesEveryWindowOfAChange) {
   const RegistrySandbox registry;
   WNDCLASSW window_class = {};
   window_class.lpfnWndProc = CountNews;
@@ -36,7 +36,7 @@ TEST(WriteEnvVariable, TellsEveryWindowWhatItHasChanged) {
     int told;  // 0: the registry refuses
   } cases[] = {{L"Environment", L"VARNEL_Ž", false, 1},
                {L"Environment", L"VARNEL_Ž", true, 1},
-               {L"Environment", L"VARNEL_Ž", true, 1},  // there is none any more
+               {L"Environment", L"VARNEL_Ž", true, 1},  // no longer exists
                {std::wstring(300, L'x'), L"a", false, 0},
                {L"Environment", std::wstring(17000, L'n'), false, 0}};
   for (const auto& c : cases) {

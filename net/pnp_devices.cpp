@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-// A member as text; `fallback` when it is missing or null.
+// Returns a member as text, or `fallback` if it is missing or null.
 std::string MemberText(const json& element, const char* name, const char* fallback) {
   if (!element.is_object() || !element.contains(name) || element[name].is_null()) return fallback;
   return element[name].is_string() ? element[name].get<std::string>() : element[name].dump();

@@ -6,7 +6,7 @@
 namespace {
 
 struct Field {
-  const char* name;        // towards the page
+  const char* name;        // sent to the page
   const char* script_key;  // in the script's output
   nlohmann::json fallback;
 };

@@ -7,7 +7,7 @@
 
 namespace {
 
-// A found update with nothing but fallbacks, changed by `patch`.
+// Returns an update in which every field is a fallback, changed by `patch`.
 std::string Entry(const char* patch) {
   nlohmann::json entry = {{"title", ""},          {"description", ""},    {"categories", "Drivers"},
                           {"kbArticles", "None"}, {"currentVersion", ""}, {"availableVersion", ""},
@@ -48,7 +48,7 @@ TEST(ParseDriverCheck, MapsEveryFieldAndFallsBack) {
   }
 }
 
-TEST(ParseDriverCheck, ThrowsForAnythingElseThanJson) {
+TEST(ParseDriverCheck, ThrowsForAnythingButJson) {
   for (const char* output : {"", "WARNING: x\r\n{}", "{} {}"})
     EXPECT_THROW(ParseDriverCheck(output), std::exception) << output;
 }
@@ -70,7 +70,7 @@ TEST(DriverCheckFailure, IsTheFirstLineWithText) {
   for (const auto& c : cases) EXPECT_EQ(DriverCheckFailure(c.output), c.want);
 }
 
-TEST(ParseDriverCheck, BrokenBytesStayServable) {
+TEST(ParseDriverCheck, KeepsBrokenBytesSerialisable) {
   const DriverCheck check = ParseDriverCheck("{\"updates\":[{\"Title\":\"Zvukov\xA0 karta\"}]}");
   const std::string title = check.updates[0]["title"];
   EXPECT_TRUE(title.starts_with("Zvukov") && title.ends_with(" karta")) << title;

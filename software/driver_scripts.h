@@ -12,7 +12,7 @@ inline std::wstring ScriptPath(const wchar_t* script) {
   return GetExeDirectory() + L"\\" + script;
 }
 
-// Runs a script with Windows PowerShell, whatever its execution policy.
+// Returns the command that runs a script with Windows PowerShell under any execution policy.
 inline std::wstring ScriptCommand(const wchar_t* script) {
   return L"powershell -NoProfile -ExecutionPolicy Bypass -File \"" + ScriptPath(script) + L"\"";
 }

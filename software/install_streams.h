@@ -2,17 +2,18 @@
 
 #include <string>
 
-// Workers that change installed software. Each posts one "status" message, a "stdout" message a line of the
-// tool's output as it comes, and one "exit" message: in "update_stream" (installSoftware, installDriver) or
-// "uninstall_stream" (uninstallApp). An argument that could be read as command-line syntax is refused with
-// exit code 999 and nothing is started.
+// Workers that change installed software. Each posts one "status" message, one "stdout" message per line
+// of the tool's output as it arrives, and one "exit" message. The stream is "update_stream"
+// (installSoftware, installDriver) or "uninstall_stream" (uninstallApp). An argument that could be read
+// as command-line syntax is refused with exit code 999, and nothing is started.
 
-// Upgrades the package with this identifier.
+// Upgrades the package with this ID.
 void installSoftware(int request_id, const std::string& id);
 
-// Removes the package with this identifier.
+// Removes the package with this ID.
 void uninstallApp(int request_id, const std::string& id);
 
-// Installs the driver update with this title: in the helper service, or with the user's own rights when it
-// cannot be reached. When the service ends the session before its exit record, there is no "exit" message.
+// Installs the driver update with this title in the helper service, or with the user's own rights if the
+// service cannot be reached. If the service ends the session before its exit record, no "exit" message
+// is posted.
 void installDriver(int request_id, const std::string& title);

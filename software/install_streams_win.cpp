@@ -16,14 +16,14 @@ using nlohmann::json;
 
 constexpr int64_t kRefusedArgumentCode = 999;
 constexpr int64_t kNotStartedCode = 1;
-// In an output line of the driver script: the machine must be restarted.
+// Stands in an output line of the driver script if Windows must be restarted.
 constexpr std::string_view kRebootMarker = "SYSTEM_REBOOT_REQUIRED";
 
 bool HasRebootMarker(std::string_view line) {
   return line.find(kRebootMarker) != line.npos;
 }
 
-// The stream of an installation; that of an uninstallation lacks some members.
+// The messages of an installation. Those of an uninstallation lack some members.
 class PackageStream {
  public:
   enum class Kind { kUpdate, kUninstall };
@@ -31,7 +31,7 @@ class PackageStream {
       : is_update_(kind == Kind::kUpdate),
         stream_(is_update_ ? "update_stream" : "uninstall_stream", request_id) {}
 
-  // Returns false, with the exit message sent, if the argument must not go into a command line.
+  // Returns false, having sent the exit message, if the argument must not go into a command line.
   bool Begin(const std::string& argument, const std::string& status_text) const {
     if (IsSafeCommandArgument(argument))
       stream_.Status(status_text + argument + "...");

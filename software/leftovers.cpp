@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::string_view kUsersFolder = R"(c:\users\)";
 
-// Returns true if each component of the part names something: Windows drops trailing dots and blanks, so that "." ,
-// ".. " and "" do not.
+// Returns true if each component of the part names something. Windows drops trailing dots and spaces, so
+// ".", ".. " and "" name nothing.
 bool IsNamed(std::string_view part) {
   for (;;) {
     const size_t separator = part.find_first_of("\\/");

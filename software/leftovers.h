@@ -7,29 +7,31 @@
 
 #include <nlohmann/json.hpp>
 
-// Where an uninstalled program may have left something, and what to do with what was
-// found. All texts are UTF-8.
+// Finds and removes the remains of an uninstalled program. All texts are UTF-8.
 
-// Looks for folders (GetFileAttributesW) and registry keys (RegOpenKeyExW) that still carry the program's name,
-// measures them and posts "findLeftovers". Worker body.
+// Finds folders (GetFileAttributesW) and registry keys (RegOpenKeyExW) that still carry the program's
+// name, measures them and posts "findLeftovers". Worker body.
 void findLeftovers(int request_id, const std::string& id, const std::string& name);
 
-// Removes the page's items, each {"type":...,"path":...} as found, all of them even after a failure, and posts
-// "cleanLeftovers". What needs administrator rights is left to the helper service. Worker body.
+// Removes the page's items, each {"type":...,"path":...} as found, and posts "cleanLeftovers". A failure
+// does not stop the rest. Leaves items that need administrator rights to the helper service. Worker
+// body.
 void cleanLeftovers(int request_id, const std::vector<nlohmann::json>& items);
 
 struct LeftoverNameParts {
   std::string name, id;   // as given
-  std::string publisher;  // of the id: before its first dot; empty without one
-  std::string app;        // of the id: after its first dot; the name without one
+  std::string publisher;  // of the ID: the text before its first dot; empty if it has none
+  std::string app;        // of the ID: the text after its first dot; the name if it has none
 };
 LeftoverNameParts SplitLeftoverName(std::string_view id, std::string_view name);
 
-// Folders to look for below each root, in order, each path once (letter case aside). A part that is empty or
-// made of dots would name the root itself or something above it; it gives no candidate.
+// Returns the folders to look for below each root, in order, each path once (ignoring letter case).
+// Skips a part that is empty or consists of dots, because it would name the root itself or a folder
+// above it.
 std::vector<std::string> LeftoverFolderCandidates(const std::vector<std::string>& roots,
                                                   const LeftoverNameParts& parts);
-// Keys to look for below each hive, in order, each once, with the same exception: "Software\..." .
+// Returns the keys to look for ("Software\...") below each hive, in order, each once. Skips the same
+// parts.
 std::vector<std::string> LeftoverKeyCandidates(const LeftoverNameParts& parts);
 
 struct LeftoverItem {
@@ -41,7 +43,8 @@ struct LeftoverItem {
 // Returns the rows of the page's table.
 nlohmann::json ToJson(const std::vector<LeftoverItem>& leftovers);
 
-// Type and path of an element of the page's `items`; what is missing or no text is empty.
+// Reads the type and path of an element of the page's `items`. A member that is missing or not a text
+// becomes empty.
 LeftoverItem ReadLeftoverItem(const nlohmann::json& item);
 
 inline constexpr std::string_view kUserHive = "HKCU\\";
@@ -51,9 +54,10 @@ enum class LeftoverRemoval {
   kLocal,          // with the user's own rights
   kServiceFolder,  // needs administrator rights: the helper service removes it
   kServiceKey,
-  kNone,  // not a kind of item that can be removed
+  kNone,  // no kind of item that can be removed
 };
 LeftoverRemoval ChooseLeftoverRemoval(const LeftoverItem& item);
 
-// The key below `hive` that `path` names; empty when it names another hive, or all of this one.
+// Returns the key below `hive` that `path` names. Returns an empty text if `path` names another hive or
+// the whole hive.
 std::string_view KeyBelow(std::string_view path, std::string_view hive);

@@ -63,7 +63,7 @@ bool RemoveDirectoryTree(const std::wstring& path) {
   const DWORD error = GetLastError();
   if (attributes == INVALID_FILE_ATTRIBUTES)
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);  // what is marked read-only would refuse to go
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);  // a read-only file cannot be deleted
   if (RemoveEntry(path, attributes)) return true;
   SetFileAttributesW(path.c_str(), attributes);
   return false;
@@ -77,8 +77,8 @@ bool RemoveKeyTree(std::string_view path) {
   return false;
 }
 
-// Removes a folder with all that is in it (a link alone, never its target), or a key with its subkeys, with
-// the user's own rights. Returns true if nothing is left of it; a folder that is gone already counts as
+// Removes a folder with its contents (of a link, only the link), or a key with its subkeys, with the
+// user's own rights. Returns true if nothing is left of it. A folder that no longer exists counts as
 // removed, a key does not.
 bool RemoveLeftoverItem(const std::string& type, const std::string& path) {
   if (type == "directory") return RemoveDirectoryTree(Utf8ToWide(path));

@@ -1,8 +1,8 @@
 #pragma once
 
-// Worker: looks for software updates, then for driver updates. Posts "scan_progress" messages and console
-// lines; the last message has the status "done", whatever happens.
+// Searches for software updates, then for driver updates. Posts "scan_progress" messages and console
+// lines. The last message always has the status "done". Worker body.
 void startSystemScan(int request_id);
 
-// Worker: looks for driver updates alone and posts "driver_updates".
+// Searches for driver updates only and posts "driver_updates". Worker body.
 void getDriverUpdates(int request_id);

@@ -31,8 +31,8 @@ void PostProgress(int request_id, const char* status, bool success,
   PostReply("scan_progress", request_id, success, std::move(more));
 }
 
-// Tells the page every four seconds that the scan is alive, from construction to destruction, which waits for
-// the current interval.
+// Tells the page every four seconds that the scan is alive, from construction to destruction. The
+// destructor waits for the current interval to end.
 class Heartbeat {
  public:
   explicit Heartbeat(int request_id) : thread_(&Heartbeat::Beat, this, request_id) {}
@@ -57,7 +57,7 @@ class Heartbeat {
   }
 
   std::atomic<bool> stop_ = false;
-  std::thread thread_;  // last: it reads the flag
+  std::thread thread_;  // last, because it reads the flag
 };
 
 std::vector<SoftwareUpdateEntry> ScanSoftware() {
@@ -71,7 +71,7 @@ std::vector<SoftwareUpdateEntry> ScanSoftware() {
   return ParseSoftwareUpdates(result.output);
 }
 
-// Throws if the script printed something else than JSON.
+// Throws if the script printed anything but JSON.
 DriverCheck ScanDrivers(int request_id) {
   CmdResult result;
   {
@@ -90,7 +90,7 @@ DriverCheck ScanDrivers(int request_id) {
   try {
     return ParseDriverCheck(result.output);
   } catch (const std::exception&) {
-    // The error itself quotes only the first character.
+    // The exception quotes only the first character.
     const std::string reason = DriverCheckFailure(result.output);
     if (!reason.empty()) SendConsoleLog(reason, kErrorLine);
     throw;
@@ -123,7 +123,7 @@ void startSystemScan(int request_id) {
     Scan(request_id);
     return;
   } catch (const std::exception& error) {
-    // A parse error quotes the script's text, perhaps cut inside a character.
+    // A parse error quotes the script's text, possibly cut inside a character.
     SendConsoleLog("[Fatal Error] Exception in scan thread: " + ConsoleTextToUtf8(error.what()), kErrorLine);
   } catch (...) {
     SendConsoleLog("[Fatal Error] Unknown exception in scan thread.", kErrorLine);

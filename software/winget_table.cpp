@@ -20,8 +20,8 @@ bool IsUpdateFooter(std::string_view line) {
   return false;
 }
 
-// Takes the text up to the next line feed off the front of `rest`, without its carriage
-// return and leading blanks.
+// Removes the text up to the next line feed from the front of `rest` and returns it without its carriage
+// return and leading spaces.
 std::string_view TakeLine(std::string_view& rest) {
   const size_t end = rest.find('\n');
   std::string_view line = rest.substr(0, end);
@@ -31,7 +31,7 @@ std::string_view TakeLine(std::string_view& rest) {
   return first == line.npos ? std::string_view{} : line.substr(first);
 }
 
-// The body rows with at least `min_cells` cells, in order.
+// Returns the body rows with at least `min_cells` cells, in order.
 std::vector<WingetTableRow> WalkTable(std::string_view capture, size_t min_cells, bool ends_at_footer) {
   std::vector<WingetTableRow> rows;
   bool in_body = false;
@@ -44,7 +44,8 @@ std::vector<WingetTableRow> WalkTable(std::string_view capture, size_t min_cells
     }
     if (!in_body) continue;
     if (ends_at_footer && IsUpdateFooter(line)) break;
-    // Line by line, so that one broken byte does not turn the names of all other rows into another code page.
+    // Converted line by line, so that one broken byte does not put the names of all other rows into
+    // another code page.
     WingetTableRow row = SplitWingetColumns(ConsoleTextToUtf8(line));
     if (row.size() >= min_cells) rows.push_back(std::move(row));
   }

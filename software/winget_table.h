@@ -6,12 +6,14 @@
 
 #include <nlohmann/json.hpp>
 
-// The text tables of the Windows Package Manager. Columns are told apart by two blanks or more; where the
-// tool puts only one (in the widest row of a column), two columns arrive as one cell. All results are UTF-8.
+// Reads the text tables of the Windows Package Manager. Two or more blanks separate columns. Where the
+// tool prints only one (in the widest row of a column), two columns arrive as one cell. All results are
+// UTF-8.
 
 using WingetTableRow = std::vector<std::string>;
 
-// Cuts one line at runs of two or more blanks (space, tab); a single blank inside a cell becomes a space:
+// Cuts one line at runs of two or more blanks (space, tab). A single blank inside a cell becomes a
+// space:
 //   "Tarn Sync                    Brook.TarnSync   1.0.2   1.2.0     winget"
 //     -> "Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"
 //   "Copse                        9QX2B4LMN0PR     3.1.0.0 3.2.0.0   msstore"
@@ -20,17 +22,17 @@ WingetTableRow SplitWingetColumns(std::string_view line);
 
 struct SoftwareUpdateEntry {
   std::string name, id, version, available;
-  std::string source;  // "winget" when the row has no fifth cell
+  std::string source;  // "winget" if the row has no fifth cell
 };
 
 struct InstalledAppEntry {
   std::string name, id, version;
-  std::string source;  // "local" when the row has no fifth cell; a fourth cell is not looked at
+  std::string source;  // "local" if the row has no fifth cell; the fourth cell is ignored
 };
 
-// Rows of what the tool printed (bytes as captured; broken ones never fail). Reading starts after
-// the first rule line; of the updates it ends at the footer. Rows with fewer than four (updates) or
-// three (apps) cells are dropped.
+// Return the rows of the tool's output (bytes as captured; broken ones never fail). Reading starts after
+// the first rule line; for updates it ends at the footer. Rows with fewer than four (updates) or three
+// (apps) cells are dropped.
 std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture);
 std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture);
 

@@ -19,7 +19,7 @@ FUZZ_TARGET(winget_table, bytes) {
   const auto lines = static_cast<size_t>(std::ranges::count(bytes, '\n')) + 1;
   const auto updates = ParseSoftwareUpdates(bytes);
   const auto apps = ParseInstalledApps(bytes);
-  check(updates.size() <= apps.size() && apps.size() < lines);  // the rule line is no row
+  check(updates.size() <= apps.size() && apps.size() < lines);  // the rule line is not a row
   for (const auto& it : updates) check_cells({it.name, it.id, it.version, it.available, it.source});
   for (const auto& it : apps) check_cells({it.name, it.id, it.version, it.source});
 }

@@ -43,8 +43,8 @@ TEST(SplitWingetColumns, CutsAtTwoBlanks) {
   for (const auto& c : cases) EXPECT_EQ(SplitWingetColumns(c.line), c.want) << c.name;
 }
 
-// Tables as the tool's versions print them; the widest cell of a column is followed by one blank.
-TEST(ParseSoftwareUpdates, ReadsWhatTheToolPrints) {
+// Tables as the tool's versions print them. Only one space follows the widest cell of a column.
+TEST(ParseSoftwareUpdates, ReadsTheOutputOfTheTool) {
   const struct {
     const char* name;
     std::string capture;
@@ -92,13 +92,13 @@ TEST(ParseSoftwareUpdates, ReadsWhatTheToolPrints) {
   };
   for (const auto& c : cases) {
 #ifdef _WIN32
-    if (c.capture.find("Pozn\xA0mky") != std::string::npos) continue;  // the machine's own code page
+    if (c.capture.find("Pozn\xA0mky") != std::string::npos) continue;  // in the machine's own code page
 #endif
     EXPECT_EQ(Updates(c.capture), c.want) << c.name;
   }
 }
 
-TEST(ParseInstalledApps, ReadsWhatTheToolPrints) {
+TEST(ParseInstalledApps, ReadsTheOutputOfTheTool) {
   const std::string capture =
       "Name                         Id                                     Version    Available Source\r\n"
       "-----------------------------------------------------------------------------------------------\r\n"

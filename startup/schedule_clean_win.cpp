@@ -6,7 +6,7 @@
 #include "exec/service_pipe.h"
 
 void toggleScheduleClean(int request_id, bool enabled) {
-  // The installed name, whatever the running file is called: the schedule must outlive a renamed copy.
+  // Uses the installed name, not that of the running file: the schedule must outlive a renamed copy.
   const std::string exe_path = WideToUtf8(GetExeDirectory() + L"\\Varnel.exe");
   const bool success =
       SendServiceCommand("toggleScheduleClean", {{"enabled", enabled}, {"exePath", exe_path}});

@@ -12,7 +12,7 @@ constexpr uint32_t kRegistryBinary = 3;  // REG_BINARY
 constexpr uint8_t kEnabled = 2;
 constexpr uint8_t kDisabled = 3;
 
-// The first word that the lower-case command contains decides.
+// The first of these words that the lower-case command contains decides.
 constexpr std::pair<std::wstring_view, const wchar_t*> kImpactWords[] = {
     {L"discord", L"High"},  {L"steam", L"High"},    {L"spotify", L"High"},   {L"teams", L"High"},
     {L"chrome", L"High"},   {L"browser", L"High"},  {L"onedrive", L"High"},  {L"epicgames", L"High"},

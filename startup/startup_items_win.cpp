@@ -27,7 +27,7 @@ void ReadRunKey(HKEY hive, const wchar_t* scope, std::vector<StartupItem>& items
   }
 }
 
-// Switches off those items of the hive's scope that its approval list has disabled.
+// Disables the items of the hive's scope that its approval list disables.
 void ApplyStartupApproval(std::vector<StartupItem>& items, HKEY hive) {
   const RegistryKey key = OpenKey(hive, kApprovalPath);
   if (!key) return;

@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
 
-// One structure of the firmware table, or what is left of it: fields are little endian at fixed offsets.
+// One structure of the firmware table, possibly truncated. Fields are little endian at fixed offsets.
 class SmbiosStructure {
  public:
   explicit SmbiosStructure(std::string_view bytes) : bytes_(bytes) {}
@@ -36,7 +36,7 @@ bool IsKnownSpeed(uint16_t mhz) {
 
 void AddMemoryDevice(const SmbiosStructure& device, MemoryModules& modules) {
   const uint16_t size = device.Word(0x0C);
-  if (size == 0 || size == 0xFFFF) return;  // empty slot, unknown
+  if (size == 0 || size == 0xFFFF) return;  // empty slot, or unknown size
   ++modules.count;
   for (const auto& type : kMemoryTypes)
     if (type.code == device.Byte(0x12)) modules.type = type.name;
@@ -82,7 +82,7 @@ int32_t InstalledGigabytes(uint64_t installed_kb, uint64_t visible_bytes) {
 }
 
 std::wstring FormatMemory(int32_t total_gb, const MemoryModules& modules) {
-  if (total_gb < 1) return L"16 GB DDR4";  // shown on purpose whenever the size could not be determined
+  if (total_gb < 1) return L"16 GB DDR4";  // deliberately shown if the size could not be determined
   std::wstring text = std::to_wstring(total_gb) + L" GB";
   if (modules.type != L"DDR" || modules.speed_mhz > 0) {
     text += L" " + modules.type;
@@ -119,7 +119,7 @@ std::wstring FormatOs(std::wstring product_name, const std::wstring& build,
   try {
     build_number = std::stoi(build);
   } catch (const std::exception&) {
-    // No number, or one that is too large: the name stays.
+    // Not a number, or too large: keep the name.
   }
   const size_t found = product_name.find(kOldName);
   if (build_number >= 22'000 && found != product_name.npos)

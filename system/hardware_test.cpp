@@ -8,7 +8,7 @@
 namespace {
 
 struct Device {
-  uint8_t length;  // of the formatted area: tells the table's version
+  uint8_t length;  // of the formatted area; it implies the table's version
   uint16_t size = 0;
   uint8_t type = 2;
   uint16_t speed_mhz = 0;
@@ -23,7 +23,7 @@ std::string Structure(uint8_t type, std::string formatted,
   return formatted + strings + '\0';
 }
 
-// A type 17 structure that is whole in itself; fields beyond its length are left out, all others are zero.
+// Returns a complete type 17 structure. Fields beyond its length are left out; all others are zero.
 std::string MemoryDevice(const Device& device) {
   std::string formatted(0x64, '\0');
   auto put_word = [&](size_t offset, uint16_t value) {
@@ -96,7 +96,7 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
   for (const auto& c : cases) EXPECT_EQ(MemoryLine(c.total_gb, c.devices), c.want) << c.name;
 }
 
-TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsTheyGo) {
+TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsPossible) {
   const std::string module = MemoryDevice({0x28, 8192, 0x1A, 3200, 0, kStrings});
   std::string long_lie = module;
   long_lie[1] = '\xFF';
@@ -134,7 +134,7 @@ TEST(InstalledGigabytes, RoundsAndFallsBack) {
   EXPECT_EQ(InstalledGigabytes(0, 536'870'911), 0);
 }
 
-TEST(FormatMemoryTooltip, ExplainsWhatIsReserved) {
+TEST(FormatMemoryTooltip, ExplainsTheReservedMemory) {
   EXPECT_EQ(
       FormatMemoryTooltip(16, 16'777'216, 17'045'651'456),
       L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB (128 MB vyhrazeno pro BIOS a hardware)");
@@ -145,7 +145,7 @@ TEST(FormatMemoryTooltip, ExplainsWhatIsReserved) {
       << "less than a megabyte is not told";
 }
 
-TEST(FormatGpu, AddsTheMemoryWhenItIsKnown) {
+TEST(FormatGpu, AddsTheMemoryIfKnown) {
   EXPECT_EQ(FormatGpu(L"NVIDIA GeForce RTX 3060", 12'884'901'888), L"NVIDIA GeForce RTX 3060 (12.0 GB VRAM)");
   EXPECT_EQ(FormatGpu(L"Peat Graphics", 134'217'728), L"Peat Graphics (0.1 GB VRAM)");
   EXPECT_EQ(FormatGpu(L"Peat Graphics", std::nullopt), L"Peat Graphics");

@@ -31,8 +31,8 @@ std::wstring ReadPrimaryAdapterName() {
   return L"Unknown GPU";
 }
 
-// Found at the first use, because the library brings the whole graphics stack along, which a
-// silent clean never needs.
+// Loads the library at its first use, because it brings in the whole graphics stack, which a silent
+// clean never needs.
 HRESULT CreateGraphicsFactory(IDXGIFactory** factory) {
   static const HMODULE library = LoadLibraryExW(L"dxgi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   const FARPROC address = library ? GetProcAddress(library, "CreateDXGIFactory") : nullptr;
@@ -41,7 +41,7 @@ HRESULT CreateGraphicsFactory(IDXGIFactory** factory) {
   return create(__uuidof(IDXGIFactory), reinterpret_cast<void**>(factory));
 }
 
-// Of the first adapter, which need not be the primary display's.
+// Reads the first adapter, which need not drive the primary display.
 std::optional<uint64_t> ReadDedicatedVideoMemory() {
   ComPtr<IDXGIFactory> factory;
   if (FAILED(CreateGraphicsFactory(&factory)) || !factory) return std::nullopt;

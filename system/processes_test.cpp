@@ -6,7 +6,7 @@
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
 
-TEST(IsSystemProcess, ByIdOrWholeName) {
+TEST(IsSystemProcess, MatchesTheIdOrTheWholeName) {
   struct {
     uint32_t pid;
     const wchar_t* name;

@@ -18,7 +18,7 @@ std::wstring WindowsDirectory() {
   return length < kPathUnits ? std::wstring(buffer, length) : std::wstring();
 }
 
-// Fills in what only the opened process tells.
+// Fills in the values that require opening the process.
 void InspectProcess(ProcessInfo& process, const std::wstring& windows_directory) {
   const KernelHandle handle(
       OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | PROCESS_VM_READ, FALSE, process.pid));

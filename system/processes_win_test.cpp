@@ -9,8 +9,8 @@
 #include "base/handle_win.h"
 #include "testing/recording_page.h"
 
-// As those of the system and of virus scanners.
-TEST(ListProcesses, OneThatLetsNobodyInIsTheSystems) {
+// System processes and virus scanners deny access in this way.
+TEST(ListProcesses, CountsAProcessThatDeniesAccessAsASystemProcess) {
   SECURITY_DESCRIPTOR descriptor;
   ACL nobody;
   InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);

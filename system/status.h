@@ -6,23 +6,24 @@
 
 #include "system/hardware.h"
 
-// Collects the status and posts it: elevation, helper service, hardware texts. UI thread; takes about 250 ms
-// without a helper service.
+// Collects the status (elevation, helper service, hardware texts) and posts it. UI thread; takes about
+// 250 ms without a helper service.
 void getStatus(int request_id);
 
-// Does the same unasked, for a worker after each completed navigation, and watches for the service as
-// described below; takes up to about 35 s.
+// Posts the same without a request, on a worker after each completed navigation, and watches for the
+// service as described below. Takes up to about 35 s.
 void PushStatus();
 
-// What the status push needs of the machine.
+// The status push's access to the machine.
 struct StatusSources {
   std::function<bool()> is_service_running;
   std::function<HardwareSpecs()> collect_specs;
   std::function<void(unsigned milliseconds)> sleep;
 };
 
-// Posts the status with request id 0. Without a service and without elevation it then waits up to 15 times
-// 2 s for the service and, once that has come, posts the same status again with the service active.
+// Posts the status with request ID 0. Without a service and without elevation, it then checks for the
+// service up to 15 times, 2 s apart, and posts the same status again with the service active once it is
+// running.
 void PushStatus(const StatusSources& sources);
 
 // Returns the members of the page's status message.

@@ -29,7 +29,7 @@ TEST(DescribeStatus, IsTheRecordedMessage) {
             RecordedMessage("status"));
 }
 
-TEST(PushStatus, WaitsForTheServiceFifteenRoundsAtMost) {
+TEST(PushStatus, WaitsAtMostFifteenRoundsForTheService) {
   constexpr int kNever = 1000;
   const struct {
     bool elevated;

@@ -14,7 +14,7 @@ constexpr uint32_t kSoftwareLoopback = 24, kTunnel = 131;
 
 double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now) {
   if (previous.idle == 0) return 0;
-  // Signed: the idle time is read apart from the others and may run ahead of their sum by a tick.
+  // Signed, because the idle time is read separately from the others and may exceed their sum by a tick.
   const auto idle = static_cast<int64_t>(now.idle - previous.idle);
   const auto total = static_cast<int64_t>((now.user - previous.user) + (now.kernel - previous.kernel));
   if (total == 0) return 0;

@@ -15,7 +15,7 @@ struct DiskUsage {
 };
 
 struct Battery {
-  bool present = false;  // there is one and it reports
+  bool present = false;  // there is a battery and it reports
   bool charging = false;
   int32_t percent = 0;       // 255: unknown
   int32_t life_time_s = -1;  // -1: unknown
@@ -27,7 +27,7 @@ struct TelemetrySample {
   double ram_load = 0;  // percent
   double ram_total_gb = 0;
   double ram_used_gb = 0;
-  std::vector<DiskUsage> disks;  // fixed drives, in the system's order
+  std::vector<DiskUsage> disks;  // fixed drives in the system's order
   double download = 0;           // 2^20 bits per second since the previous sample
   double upload = 0;
   std::wstring network_adapter;  // friendly name, or "No Active Adapter"
@@ -40,46 +40,47 @@ struct TelemetrySample {
 void getTelemetry(int request_id);
 
 // Takes one sample (GetSystemTimes, GlobalMemoryStatusEx, GetLogicalDriveStringsW, GetIfTable,
-// GetAdaptersAddresses, GetSystemPowerStatus). Load and rates are against the previous call,
-// whoever made it: process-wide values without a lock, so only the UI thread calls this. Never
-// fails; what cannot be read stays 0.
+// GetAdaptersAddresses, GetSystemPowerStatus). Load and rates are relative to the previous call by any
+// caller. They live in process-wide values without a lock, so only the UI thread may call this. Never
+// fails: a value that cannot be read stays 0.
 TelemetrySample SampleTelemetry();
 
-// Times of all processors since the start, in 100 ns; kernel time includes idle time.
+// Times of all processors since system start, in 100 ns. Kernel time includes idle time.
 struct CpuTimes {
   uint64_t idle = 0, kernel = 0, user = 0;
 };
 
-// Load in percent between two readings; 0 when there is no earlier one (idle 0) or no time has passed.
+// Returns the load in percent between two readings, or 0 if there is no earlier reading (idle 0) or no
+// time has passed.
 double CpuLoadPercent(const CpuTimes& previous, const CpuTimes& now);
 
-// Octets over all interfaces at a time of the system's tick count.
+// Octets of all interfaces, and the system's tick count at that time.
 struct NetworkCounters {
   uint64_t received = 0, sent = 0, time_ms = 0;
 };
 
-// One interface's type (IANA number) and the system's 32-bit counters of it.
+// One interface's type (IANA number) and its 32-bit system counters.
 struct InterfaceOctets {
   uint32_t type = 0, received = 0, sent = 0;
 };
 
-// The sum over every interface but the loopback; time_ms is left at 0.
+// Returns the sum over every interface except the loopback. Leaves time_ms at 0.
 NetworkCounters SumOctets(std::span<const InterfaceOctets> interfaces);
 
 struct NetworkRates {
   double download = 0, upload = 0;  // 2^20 bits per second
 };
 
-// Rates between two readings; 0 when there is no earlier one (time 0) or no time has passed, and for a
-// counter that went backwards.
+// Returns the rates between two readings, or 0 if there is no earlier reading (time 0) or no time has
+// passed. The rate of a counter that went backwards is 0, too.
 NetworkRates RatesBetween(const NetworkCounters& previous, const NetworkCounters& now);
 
-// From the fields of SYSTEM_POWER_STATUS, as the system reports them.
+// Converts the fields of SYSTEM_POWER_STATUS as the system reports them.
 Battery DescribeBattery(uint8_t battery_flag, uint8_t life_percent, uint32_t life_time_s,
                         uint8_t system_status_flag);
 
-// True for the operational status and interface type (IANA numbers) of an adapter that is up and is neither
-// loopback nor tunnel.
+// Returns true if an adapter with this operational status and interface type (IANA numbers) is up and is
+// neither a loopback nor a tunnel.
 bool IsActiveAdapter(uint32_t oper_status, uint32_t if_type);
 
 double EstimateCpuTemperature(double load_percent);

@@ -28,7 +28,7 @@ TelemetrySample RealisticSample() {
 
 }  // namespace
 
-TEST(CpuLoadPercent, IsTheShareThatWasNotIdle) {
+TEST(CpuLoadPercent, IsTheShareOfTimeNotIdle) {
   struct {
     const char* name;
     CpuTimes previous, now;
@@ -110,7 +110,7 @@ TEST(DescribeBattery, ReadsThePowerStatus) {
   }
 }
 
-TEST(IsActiveAdapter, SkipsLoopbackTunnelAndWhatIsDown) {
+TEST(IsActiveAdapter, SkipsLoopbackTunnelAndInactiveAdapters) {
   EXPECT_TRUE(IsActiveAdapter(1, 6)) << "Ethernet";
   EXPECT_TRUE(IsActiveAdapter(1, 71)) << "wireless";
   EXPECT_FALSE(IsActiveAdapter(2, 6)) << "down";
@@ -128,7 +128,7 @@ TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {
   }
 }
 
-// Among its values: half a degree goes up, a disk without size has 0 percent, an adapter
+// The sample includes half a degree that rounds up, a disk without a size at 0 percent, and an adapter
 // name with Czech letters.
 TEST(Telemetry, IsTheRecordedMessage) {
   EXPECT_EQ(PostedReply("telemetry", 2, true, ToJson(RealisticSample())), RecordedMessage("telemetry"));

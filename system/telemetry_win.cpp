@@ -52,7 +52,7 @@ std::vector<DiskUsage> SampleDisks() {
   return disks;
 }
 
-// GetIfTable; empty when the table cannot be read.
+// Returns the rows of GetIfTable, or none if the table cannot be read.
 std::vector<InterfaceOctets> ReadInterfaces() {
   std::vector<InterfaceOctets> interfaces;
   ULONG size = 0;
@@ -76,7 +76,7 @@ NetworkRates SampleNetworkRates() {
   return rates;
 }
 
-// The battery saver byte is called Reserved1 in older headers.
+// Older headers call the battery saver byte Reserved1.
 template <typename PowerStatus>
 BYTE SystemStatusFlag(const PowerStatus& status) {
   if constexpr (requires { status.SystemStatusFlag; })
@@ -92,7 +92,7 @@ Battery SampleBattery() {
                          SystemStatusFlag(status));
 }
 
-// Returns the friendly name of the first adapter that is up and is neither loopback nor tunnel.
+// Returns the friendly name of the first adapter that is up and is neither a loopback nor a tunnel.
 std::wstring FindActiveAdapterName() {
   constexpr const wchar_t* kNone = L"No Active Adapter";
   constexpr ULONG kFlags =

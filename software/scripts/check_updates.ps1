@@ -1,16 +1,16 @@
-# Looks for driver updates with the Windows Update agent and prints one JSON object on one line:
+# Finds driver updates with the Windows Update agent and prints one JSON object on one line:
 #   {"scannedDriversCount":143,"updates":[{"Title":...,"Description":...,"Categories":...,"KBArticles":...,"CurrentVersion":...,
 #    "AvailableVersion":...,"ReleaseDate":...,"Severity":...,"HardwareId":...,"IsSkipped":false}]}
-# Exit code 0. When Windows Update cannot be searched, the reason is printed as plain text instead, and the exit code is 1.
-# For Windows PowerShell 5.1, without elevation. Dot-sourced, it only defines its functions.
+# Exits with code 0. If Windows Update cannot be searched, prints the reason as plain text instead and exits
+# with code 1. For Windows PowerShell 5.1, without elevation. If dot-sourced, only defines its functions.
 
 $ErrorActionPreference = 'Stop'
-# Anything but the object would spoil it: warnings and the like go to standard output too.
+# Silences warnings and the like, which go to standard output too and would spoil the object.
 $ProgressPreference = 'SilentlyContinue'
 $WarningPreference = 'SilentlyContinue'
 $VerbosePreference = 'SilentlyContinue'
 
-# A property as it is, $null when the object lacks it: a COM object may throw then.
+# Returns a property as it is, or $null if the object lacks it. A COM object may throw in that case.
 function Get-Property($Object, [string]$Name) {
     try { $Object.$Name } catch { $null }
 }
@@ -19,21 +19,22 @@ function Get-Text($Object, [string]$Name) {
     [string](Get-Property $Object $Name)
 }
 
-# The entries of a collection as one text, $Fallback for none.
+# Joins the entries of a collection into one text. Returns $Fallback for none.
 function Join-Entries($Collection, [scriptblock]$Format, [string]$Fallback) {
     $texts = @($Collection | Where-Object { $null -ne $_ } | ForEach-Object $Format)
     if ($texts.Count -gt 0) { $texts -join ', ' } else { $Fallback }
 }
 
-# The offered version stands only in the title: "Peat - System - 10.1.5.3", "Meadow System Driver Update (3.0.5.0)".
+# Only the title holds the offered version: "Peat - System - 10.1.5.3", "Meadow System Driver Update
+# (3.0.5.0)".
 function Get-TitleVersion([string]$Title) {
     if ($Title -match '(\d+(\.\d+)+)\)?\s*$') { $Matches[1] } else { '' }
 }
 
-# Version of the installed driver of the device that an update is for, '' when no such device is found.
+# Returns the version of the installed driver of the update's device, '' if there is no such device.
 function Get-CurrentVersion($Drivers, [string]$HardwareId) {
     if ($HardwareId -eq '') { return '' }
-    # A device's own id is one of its hardware ids, perhaps with more detail, and an instance.
+    # A device's ID is one of its hardware IDs, perhaps with more detail, followed by an instance.
     $instance = [Management.Automation.WildcardPattern]::Escape($HardwareId) + '[\&]*'
     $driver = $Drivers |
         Where-Object { $_.HardWareID -eq $HardwareId -or $_.CompatID -eq $HardwareId -or $_.DeviceID -like $instance } |
@@ -67,7 +68,8 @@ function ConvertTo-Entry($Update, $Drivers) {
     }
 }
 
-# Updates that fit the criteria. Optional drivers are left out unless they are asked for; an older agent does not know how.
+# Finds the updates that meet the criteria. The agent omits optional drivers unless asked for them; an older
+# agent does not know how.
 function Find-Updates($Session, [string]$Criteria) {
     $searcher = $Session.CreateUpdateSearcher()
     try {
@@ -79,22 +81,22 @@ function Find-Updates($Session, [string]$Criteria) {
     $result.Updates | Where-Object { $null -ne $_ }
 }
 
-# One line of ASCII, which every console encoding prints alike.
+# Returns one line of ASCII, which every console encoding prints alike.
 function ConvertTo-AsciiJson($Report) {
-    # Windows PowerShell may print a nested array as {"value":[...],"Count":2} otherwise.
+    # Windows PowerShell may otherwise print a nested array as {"value":[...],"Count":2}.
     Remove-TypeData -TypeName System.Array -ErrorAction SilentlyContinue
     $json = ConvertTo-Json -InputObject $Report -Depth 5 -Compress
     [regex]::Replace($json, '[^\x20-\x7E]', { '\u{0:x4}' -f [int]$args[0].Value[0] })
 }
 
-# The text to print and the exit code. $NewSession makes the update session.
+# Returns the text to print and the exit code. $NewSession creates the update session.
 function Get-Report([scriptblock]$NewSession) {
     $report = [ordered]@{}
-    # Without the list of drivers the updates are still worth showing.
+    # The updates are worth showing even without the list of drivers.
     try { $drivers = @(Get-CimInstance -ClassName Win32_PnPSignedDriver) } catch { $drivers = @() }
     if ($drivers.Count -gt 0) { $report.scannedDriversCount = $drivers.Count }
     try {
-        # Hidden ones as well: the page marks them.
+        # Includes hidden updates, which the page marks.
         $report.updates = @(Find-Updates (& $NewSession) "IsInstalled=0 and Type='Driver'" |
             ForEach-Object { ConvertTo-Entry $_ $drivers })
     } catch {
@@ -104,7 +106,7 @@ function Get-Report([scriptblock]$NewSession) {
 }
 
 if ($MyInvocation.InvocationName -ne '.') {
-    # Fails without a console; a reason is then in the console's code page.
+    # Fails without a console. The reason is then in the console's code page.
     try { [Console]::OutputEncoding = New-Object Text.UTF8Encoding $false } catch { }
     $result = Get-Report {
         $session = New-Object -ComObject Microsoft.Update.Session

@@ -1,8 +1,9 @@
-# Installs the driver update whose title equals -UpdateTitle exactly (several devices can have one of the same title: then all of
-# them) with the Windows Update agent, and says in a line a step what it does. Prints SYSTEM_REBOOT_REQUIRED when Windows must be restarted.
+# Installs the driver update whose title equals -UpdateTitle exactly, with the Windows Update agent, and
+# prints one line per step. Several devices can have an update of the same title; it installs all of them.
+# Prints SYSTEM_REBOOT_REQUIRED if Windows must be restarted.
 # Exit codes: 0 installed, 2 no such update, 3 download failed, 4 installation failed, 5 no administrator rights,
-# 6 search failed, 7 no Windows Update agent. PowerShell itself ends with 1 when it cannot run the script.
-# For Windows PowerShell 5.1, as an administrator. Dot-sourced, it only defines its functions.
+# 6 search failed, 7 no Windows Update agent. PowerShell itself exits with 1 if it cannot run the script.
+# For Windows PowerShell 5.1, as an administrator. If dot-sourced, only defines its functions.
 
 param([string]$UpdateTitle)
 
@@ -17,7 +18,8 @@ $ExitNoRights = 5
 $ExitSearchFailed = 6
 $ExitNoAgent = 7
 
-# Reaches the reader at once, and is no part of a function's result.
+# Writes straight to standard output, so the reader gets the line immediately and it is not part of a
+# function's result.
 function Write-Line([string]$Text) {
     [Console]::Out.WriteLine($Text)
 }
@@ -27,12 +29,13 @@ function Test-Administrator {
     $user.IsInRole([Security.Principal.WindowsBuiltInRole]::Administrator)
 }
 
-# Access denied, by Windows or by the update agent.
+# Returns true if Windows or the update agent denied access.
 function Test-AccessDenied([Exception]$Exception) {
     $Exception.GetBaseException().HResult -in 0x80070005, 0x80240044
 }
 
-# Updates that fit the criteria. Optional drivers are left out unless they are asked for; an older agent does not know how.
+# Finds the updates that meet the criteria. The agent omits optional drivers unless asked for them; an older
+# agent does not know how.
 function Find-Updates($Session, [string]$Criteria) {
     $searcher = $Session.CreateUpdateSearcher()
     try {
@@ -47,11 +50,12 @@ function Find-Updates($Session, [string]$Criteria) {
 function New-Collection($Updates) {
     $collection = New-Object -ComObject Microsoft.Update.UpdateColl
     foreach ($update in $Updates) { [void]$collection.Add($update) }
-    # The comma keeps PowerShell from taking the collection apart.
+    # The comma keeps PowerShell from unrolling the collection.
     , $collection
 }
 
-# The code of the first of $Count updates that failed, '' when all succeeded (2) or succeeded with errors (3).
+# Returns the code of the first of $Count updates that failed, or '' if all succeeded (2) or succeeded with
+# errors (3).
 function Get-FailureCode($Result, [int]$Count) {
     for ($i = 0; $i -lt $Count; $i++) {
         $one = $Result.GetUpdateResult($i)
@@ -60,7 +64,7 @@ function Get-FailureCode($Result, [int]$Count) {
     ''
 }
 
-# The exit code. All that can fail is said in a line.
+# Returns the exit code. Every failure prints a line.
 function Install-Driver($Session, [string]$Title) {
     $exitCode = $ExitSearchFailed
     try {
@@ -76,7 +80,7 @@ function Install-Driver($Session, [string]$Title) {
         foreach ($update in $chosen) {
             if (-not $update.EulaAccepted) {
                 Write-Line 'Accepting the licence.'
-                [void]$update.AcceptEula() # whatever it gives must not become a part of the exit code
+                [void]$update.AcceptEula() # its result must not become part of the exit code
             }
         }
         Write-Line "Downloading ($($chosen.Count))..."
@@ -113,7 +117,7 @@ function Install-Driver($Session, [string]$Title) {
 }
 
 if ($MyInvocation.InvocationName -ne '.') {
-    # Fails without a console; the text is then in the console's code page.
+    # Fails without a console. The text is then in the console's code page.
     try { [Console]::OutputEncoding = New-Object Text.UTF8Encoding $false } catch { }
     if (-not (Test-Administrator)) {
         Write-Line 'Installing a driver needs administrator rights.'
