@@ -4,5 +4,5 @@
 
 #include "app/dispatcher.h"
 
-// Everything that the page can ask for, in the order of comparison.
+// Returns every action that the page can request, in the order of comparison.
 std::span<const Action> Actions();

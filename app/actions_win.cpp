@@ -47,15 +47,15 @@ void testBridge(int request_id) {
   PostReply("testBridge", request_id, true, {{"status", "ok"}});
 }
 
-// Opens the address in the member `url` of the request itself, not of its data; none opens nothing. Replies
-// with the action's name as received, whatever became of it.
+// Opens the address in the member `url` of the request itself, not of its data; does nothing if it is
+// missing or empty. Replies with the action's name as received, whatever the outcome.
 void OpenUrl(Request& request) {
   const std::string url = request.envelope.value("url", std::string());
   if (!url.empty()) ShellExecuteW(nullptr, L"open", Utf8ToWide(url).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
   PostReply(request.action, request.request_id, true);
 }
 
-// The user's own variables are written directly, all others by the helper service.
+// Writes the user's own variables directly; the helper service writes all others.
 void SaveEnvVariable(Request& request) {
   const bool is_own = FieldReader<std::string>::Read(request.data, "type") == "user";
   const auto run = is_own ? Inline<saveEnvVariable, "type", "name", "value", "is_delete">
@@ -63,12 +63,12 @@ void SaveEnvVariable(Request& request) {
   run(request);
 }
 
-// The document is the whole data.
+// The whole data is the document.
 void SaveSettings(Request& request) {
   saveSettings(request.request_id, std::move(request.data));
 }
 
-// The selection keeps the request's id as the page sent it.
+// The selection keeps the request's ID exactly as the page sent it.
 void CleanJunk(Request& request) {
   StartWorker(
       [selection = ParseJunkSelection(request.data, request.envelope.value("requestId", nlohmann::json(0)))] {
@@ -76,7 +76,7 @@ void CleanJunk(Request& request) {
       });
 }
 
-// Any other repair is ignored.
+// Ignores any other repair.
 void QuickAction(Request& request) {
   static constexpr Action kRepairs[] = {
       {"flush-dns", Worker<flushDns>},
@@ -89,7 +89,7 @@ void QuickAction(Request& request) {
   if (repair != std::end(kRepairs)) repair->run(request);
 }
 
-// Name, thread, function, fields of the data. The work itself stands in the subsystems.
+// Name, thread, function, fields of the data. The work itself is in the subsystems.
 constexpr Action kActions[] = {
     {"exitApp", Inline<exitApp>},
     {"testBridge", Inline<testBridge>},

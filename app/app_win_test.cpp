@@ -1,5 +1,5 @@
-// What neither the bridge nor another process can see of the window: its icons, what the browser is
-// made of, and its callbacks.
+// Tests the parts of the window that neither the bridge nor another process can see: its icons, the
+// creation of the browser, and the browser's callbacks.
 #include <windows.h>
 
 #include <filesystem>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// The real main window, which the first of these tests makes.
+// The real main window, created by the first of these tests.
 class MainWindow : public testing::Test {
  protected:
   MainWindow() {
@@ -52,7 +52,7 @@ TEST_F(MainWindow, ShowsABlankSmallIcon) {
   ReleaseDC(nullptr, screen);
 }
 
-TEST_F(MainWindow, GivesItsIconsToWhoeverAsks) {
+TEST_F(MainWindow, ReturnsItsIcons) {
   auto icon = [](WPARAM kind) { return reinterpret_cast<HICON>(Send(WM_GETICON, kind)); };
   const HICON large_icon = State().large_icon;
   const HICON small_icon = State().small_icon;
@@ -70,8 +70,8 @@ TEST_F(MainWindow, GivesItsIconsToWhoeverAsks) {
   State().small_icon = small_icon;
 }
 
-// The system's answer to a double click on the icon is to close the window.
-TEST_F(MainWindow, ADoubleClickOnTheIconMaximizes) {
+// By default, the system closes the window on a double-click on the icon.
+TEST_F(MainWindow, MaximizesOnADoubleClickOnTheIcon) {
   const HWND window = State().main_window;
   RECT rect = {};
   GetWindowRect(window, &rect);
@@ -97,7 +97,7 @@ TEST(CreateBrowserEnvironment, FindsTheInstalledRuntime) {
   } cases[] = {
       {L"", HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), S_FALSE},
       {L"C:\\VarnelNoSuchFolder\\131.0.2903.86", HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), S_FALSE},
-      {installed.c_str(), S_OK, E_ABORT},  // the library's own word for no browser
+      {installed.c_str(), S_OK, E_ABORT},  // the library's own code if there is no browser
   };
   for (const auto& c : cases) {
     const RegistrySandbox registry;

@@ -1,4 +1,4 @@
-// The way to the page through the main window's message queue. See base/page.h.
+// Sends text to the page through the main window's message queue. See base/page.h.
 #include <windows.h>
 
 #include <memory>
@@ -14,7 +14,8 @@
 void PostJsonToJs(std::string_view json) {
   auto carried = std::make_unique<std::wstring>(Utf8ToWide(json));
   Trace(L"PostJsonToJs: calling PostMessageW...");
-  // A post to no window would succeed, into the queue of the calling thread, and nobody would free the text.
+  // A post to no window would succeed: the text would enter the calling thread's queue and never be
+  // freed.
   const HWND window = State().main_window;
   if (window && PostMessageW(window, WM_POST_JSON, 0, reinterpret_cast<LPARAM>(carried.get()))) {
     static_cast<void>(carried.release());  // now owned by the message

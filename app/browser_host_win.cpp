@@ -24,13 +24,13 @@ const std::wstring kOrigin = std::wstring(L"https://") + VirtualHostName;
 
 std::wstring ProfileFolder() {
   wchar_t folder[MAX_PATH] = {};
-  // S_FALSE would come with a folder that is not there.
+  // S_FALSE means that the folder does not exist.
   if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, folder) == S_OK)
     return std::wstring(folder) + L"\\Varnel\\Varnel.UserData";
   return GetExeDirectory() + L"\\Varnel.UserData";
 }
 
-// A memory stream over an embedded file; null when the executable does not carry it.
+// Returns a memory stream over an embedded file, or null if the executable does not contain it.
 ComPtr<IStream> OpenEmbeddedFile(const EmbeddedFile& file) {
   const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(file.resource_id), RT_RCDATA);
   const HGLOBAL loaded = resource ? LoadResource(nullptr, resource) : nullptr;
@@ -40,7 +40,7 @@ ComPtr<IStream> OpenEmbeddedFile(const EmbeddedFile& file) {
   return Adopt(SHCreateMemStream(static_cast<const BYTE*>(bytes), size));
 }
 
-// Answers the page's own addresses. Without an answer the control asks the mapped folder.
+// Answers requests for the page's own addresses. Without an answer, the control asks the mapped folder.
 HRESULT OnResourceRequested(ICoreWebView2*, ICoreWebView2WebResourceRequestedEventArgs* args) {
   ComPtr<ICoreWebView2WebResourceRequest> request;
   TaskMemoryString uri;
@@ -78,8 +78,8 @@ void Configure(ICoreWebView2& view) {
   settings->put_IsStatusBarEnabled(FALSE);
 }
 
-// Files beside the executable are reachable under the page's host wherever the embedded files have nothing.
-// Without such a folder nothing is mapped: requests to a mapped host may take longer.
+// Maps the public folder to the page's host, where it serves whatever is not embedded. Maps nothing if
+// there is no such folder, because requests to a mapped host may take longer.
 void MapPublicFolder(ICoreWebView2& view) {
   for (const wchar_t* place : {L"\\public", L"\\..\\public"}) {
     const std::wstring folder = GetExeDirectory() + place;
@@ -91,14 +91,14 @@ void MapPublicFolder(ICoreWebView2& view) {
   }
 }
 
-// Until the page's first frame the control shows the colour of the caption. An older runtime stays white.
+// Shows the caption's colour until the page's first frame. An older runtime stays white.
 void SetBackground(ICoreWebView2Controller& controller) {
   if (const auto with_color = QueryFor<ICoreWebView2Controller2>(&controller))
     with_color->put_DefaultBackgroundColor({.A = 255, .R = 13, .G = 13, .B = 23});
 }
 
 void ConnectEvents(ICoreWebView2& view) {
-  EventRegistrationToken token = {};  // not kept: the handlers stay for as long as the view
+  EventRegistrationToken token = {};  // not kept: the handlers stay as long as the view
   view.AddWebResourceRequestedFilter((kOrigin + L"/*").c_str(), COREWEBVIEW2_WEB_RESOURCE_CONTEXT_ALL);
   view.add_WebResourceRequested(
       MakeCallback<ICoreWebView2WebResourceRequestedEventHandler>(OnResourceRequested).Get(), &token);
@@ -123,13 +123,13 @@ HRESULT OnControllerCreated(HRESULT result, ICoreWebView2Controller* controller)
   MapPublicFolder(*view.Get());
   ConnectEvents(*view.Get());
   const HRESULT navigated = view->Navigate((kOrigin + L"/index.html").c_str());
-  FocusBrowser();  // WM_SETFOCUS came before there was a control
+  FocusBrowser();  // WM_SETFOCUS came before the control existed
   return navigated;
 }
 
 HRESULT OnEnvironmentCreated(HRESULT result, ICoreWebView2Environment* environment) {
   if (FAILED(result) || !environment) return result;
-  // The installed runtime hands out an object that has to be asked for this interface first.
+  // The installed runtime returns an object that must be queried for this interface first.
   State().environment = QueryFor<ICoreWebView2Environment>(environment);
   if (!State().environment) return E_NOINTERFACE;
   return State().environment->CreateCoreWebView2Controller(

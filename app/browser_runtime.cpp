@@ -17,7 +17,7 @@ std::optional<Version> ParseVersion(std::wstring_view text) {
     }
     size_t digits = 0;
     for (; digits < text.size() && text[digits] >= L'0' && text[digits] <= L'9'; ++digits) {
-      if (digits == 9) return {};  // no version has a number that long, and one more digit could overflow
+      if (digits == 9) return {};  // no real version has such a number; one more digit could overflow
       version[i] = version[i] * 10 + static_cast<uint32_t>(text[digits] - L'0');
     }
     if (digits == 0) return {};

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ClientLibraryPath, WantsAVersionThatIsNewEnough) {
+TEST(ClientLibraryPath, RequiresARecentVersion) {
   const std::wstring file = L"\\EBWebView\\x64\\EmbeddedBrowserWebView.dll";
   for (const std::wstring folder :
        {L"C:\\Program Files (x86)\\Microsoft\\EdgeWebView\\Application\\131.0.2903.86", L"C:\\b\\86.0.616.0",

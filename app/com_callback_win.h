@@ -8,8 +8,8 @@
 #include <new>
 #include <utility>
 
-// An object that is handed to the browser control: it answers IUnknown and the interface's own identifier,
-// and ends with its last reference. A new one has one reference.
+// An object given to the browser control. It answers to IUnknown and to the interface's own ID, and
+// deletes itself with its last reference. A new object has one reference.
 template <typename Interface>
 class ComObject : public Interface {
  public:
@@ -34,8 +34,8 @@ class ComObject : public Interface {
   std::atomic<ULONG> references_ = 1;
 };
 
-// Handler object of the browser control around a function with the parameters of the interface's Invoke. What
-// the function throws ends at the border to the browser as a failure code.
+// A handler object for the browser control around a function with the parameters of the interface's
+// Invoke. Exceptions do not cross into the browser: they become a failure HRESULT.
 template <typename Interface, typename Function, typename Method = decltype(&Interface::Invoke)>
 class ComCallback;
 
@@ -58,7 +58,7 @@ class ComCallback<Interface, Function, HRESULT (STDMETHODCALLTYPE Interface::*)(
   Function function_;
 };
 
-// Takes over the one reference that a new object has. (ComPtr::Attach adds another with MinGW's header.)
+// Takes over the one reference of a new object. (With MinGW's header, ComPtr::Attach adds another.)
 template <typename Interface>
 Microsoft::WRL::ComPtr<Interface> Adopt(Interface* object) {
   Microsoft::WRL::ComPtr<Interface> owner;
@@ -71,7 +71,7 @@ Microsoft::WRL::ComPtr<Interface> MakeCallback(Function function) {
   return Adopt<Interface>(new ComCallback<Interface, Function>(std::move(function)));
 }
 
-// Asks an object for another of its interfaces; null when it has none such.
+// Queries an object for another interface. Returns null if the object does not have it.
 template <typename Interface>
 Microsoft::WRL::ComPtr<Interface> QueryFor(IUnknown* object) {
   Microsoft::WRL::ComPtr<Interface> found;

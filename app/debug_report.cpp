@@ -13,7 +13,7 @@ std::vector<std::string> FormatDebugSpecs(const HardwareSpecs& specs) {
 }
 
 std::vector<std::string> FormatDebugTelemetry(const TelemetrySample& sample) {
-  // std::to_string prints a double as "%f" does. The program never leaves the "C" locale.
+  // std::to_string formats a double like "%f". The program never leaves the "C" locale.
   auto number = [](double value) { return std::to_string(value); };
   auto gigabytes = [&](uint64_t bytes) { return number(static_cast<double>(bytes) * 0x1p-30); };
   std::vector<std::string> lines = {

@@ -12,5 +12,5 @@ void debugSystem(int request_id);
 // Returns the terminal's lines, in UTF-8.
 std::vector<std::string> FormatDebugSpecs(const HardwareSpecs& specs);
 
-// Numbers have six digits after the point; GB = 2^30 bytes.
+// Returns the terminal's lines. Numbers have six digits after the point; GB = 2^30 bytes.
 std::vector<std::string> FormatDebugTelemetry(const TelemetrySample& sample);

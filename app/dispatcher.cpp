@@ -23,13 +23,14 @@ void Run(std::wstring_view message, std::span<const Action> actions) {
   if (action != actions.end()) action->run(request);
 }
 
-// A parse error quotes its input byte by byte and so can end inside a character; such bytes are replaced.
+// Posts a failure. A parse error quotes its input byte by byte, so it can end inside a character; such
+// bytes are replaced.
 void PostFailure(const char* text) noexcept {
   try {
     const nlohmann::json reply = {{"type", "error"}, {"message", text}};
     PostJsonToJs(reply.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
   } catch (...) {
-    // No memory is left even for this reply, and there is no other way to the page.
+    // There is no memory left even for this reply, and no other way to reach the page.
   }
 }
 

@@ -48,7 +48,7 @@ std::wstring Nested(size_t depth) {
 
 }  // namespace
 
-TEST(Dispatch, AnswersExactly) {
+TEST(Dispatch, PostsTheExactReplies) {
   const std::string type_error = "[json.exception.type_error.302] type must be ";
   const struct {
     std::wstring message;
@@ -70,7 +70,7 @@ TEST(Dispatch, AnswersExactly) {
        {R"({"got":{"a":1,"b":"Žluť \u0001"},"requestId":0,"success":true,"type":"echo"})"}},
       {LR"({"action":"noMemory","requestId":1})", {Failure(std::bad_alloc().what())}},
       {LR"({"action":"throwNumber"})", {Failure("unknown exception")}},
-      // The quotation of the input ends inside the character.
+      // The quoted input ends inside the character.
       {L"é",
        {Failure("[json.exception.parse_error.101] parse error at line 1, column 1: syntax error while "
                 "parsing value - invalid literal; last read: '\uFFFD'")}},
@@ -96,14 +96,15 @@ TEST(Dispatch, ConvertsEveryNumberToAnId) {
         << want;
 }
 
-// Serialising takes 2.9 KB of stack a level with the sanitizers of the native build, whose threads have 8 MB.
+// With the native build's sanitizers, serialising takes 2.9 KB of stack per level, and threads have 8
+// MB.
 #ifdef _WIN32
 constexpr size_t kDepth = kMaxJsonDepth - 1;
 #else
 constexpr size_t kDepth = 2'000;
 #endif
 
-TEST(Dispatch, TakesLargeAndDeepRequests) {
+TEST(Dispatch, AcceptsLargeAndDeepRequests) {
   for (const std::wstring& data : {L'"' + std::wstring(5'000'000, L'x') + L'"', Nested(kDepth)}) {
     const std::string want = R"({"got":)" + std::string(data.begin(), data.end()) +
                              R"(,"requestId":0,"success":true,"type":"echo"})";

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(FindEmbeddedFile, ComparesWhatFollowsTheHostExactly) {
+TEST(FindEmbeddedFile, ComparesThePathExactly) {
   const auto id = [](const wchar_t* uri) {
     const EmbeddedFile* file = FindEmbeddedFile(uri);
     return file ? file->resource_id : 0;

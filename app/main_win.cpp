@@ -11,9 +11,10 @@
 
 namespace {
 
-// Lets cloud folders, whose files may be only online, look like what they hold: Windows marks them as reparse
-// points, which no walk follows. Junctions and symbolic links keep that mark. RtlSetProcessPlaceholder-
-// CompatibilityMode, which Windows 10 has from version 1803 and no import library.
+// Makes cloud folders, whose files may be online only, look like ordinary ones. Windows marks them as
+// reparse points, which no walk follows. Junctions and symbolic links keep that mark.
+// RtlSetProcessPlaceholderCompatibilityMode exists since Windows 10 version 1803 and has no import
+// library.
 void DisguiseCloudPlaceholders() {
   constexpr char kDisguise = 1;  // PHCM_DISGUISE_PLACEHOLDER
   const auto set_mode = reinterpret_cast<char(NTAPI*)(char)>(reinterpret_cast<void*>(
@@ -31,12 +32,12 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_c
     return 0;
   }
   if (!CreateMainWindow(instance, show_command)) return 1;
-  // The browser control lives in a single-threaded apartment, and so do the shell extensions
-  // behind ShellExecuteW.
+  // The browser control needs a single-threaded apartment, and so do the shell extensions behind
+  // ShellExecuteW.
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
   StartBrowser();
   StartWorker(DeleteDownloadedInstaller);
   const int exit_code = RunMessageLoop();
-  // Workers may still run. They end here, before anything that they use is destroyed.
+  // Ends any workers that still run, before anything that they use is destroyed.
   ExitProcess(static_cast<UINT>(exit_code));
 }

@@ -15,20 +15,20 @@ namespace {
 
 constexpr wchar_t kClassName[] = L"VarnelWebView2Window";
 constexpr int kIconResource = 1;
-// Of the whole window, for a display of 96 dpi.
+// Sizes of the whole window on a display of 96 dpi.
 constexpr SIZE kFirstSize = {1400, 900};
 constexpr SIZE kMinimumSize = {1250, 700};
 
-// The control interface of the window for other processes, in WM_SYSCOMMAND. No menu holds these commands.
+// Lets other processes control the window through WM_SYSCOMMAND. No menu holds these commands.
 constexpr WPARAM kCommandCheckForUpdate = 1000;
 constexpr WPARAM kCommandShowSettings = 1001;
 constexpr WPARAM kCommandExit = 1002;
 
-// Attributes that older headers lack.
+// Attributes missing from older headers.
 constexpr DWORD kDwmUseImmersiveDarkMode = 20;
 constexpr DWORD kDwmCaptionColor = 35;
 constexpr DWORD kDwmTextColor = 36;
-// The caption's text has the colour of its background on purpose: only the taskbar shows the title.
+// The caption's text deliberately has the colour of its background: only the taskbar shows the title.
 constexpr DWORD kCaptionColor = 0x00170D0D;
 
 struct BitmapKind {
@@ -45,7 +45,7 @@ HICON LoadAppIcon(HINSTANCE instance, int width_metric, int height_metric) {
   return icon ? static_cast<HICON>(icon) : LoadIconA(instance, MAKEINTRESOURCEA(32512));
 }
 
-// Fully transparent: the title bar shows no icon.
+// Returns a fully transparent icon, so that the title bar shows none.
 HICON CreateBlankSmallIcon() {
   auto metric = [](int index) {
     const int value = GetSystemMetrics(index);
@@ -60,7 +60,7 @@ HICON CreateBlankSmallIcon() {
   return CreateIconIndirect(&info);
 }
 
-// The icon area of the title bar acts as the rest of it: no system menu there.
+// Makes the icon area of the title bar act like the rest of it, without the system menu.
 WPARAM WithoutSystemMenu(WPARAM hit_code) {
   return hit_code == HTSYSMENU ? HTCAPTION : hit_code;
 }
@@ -85,8 +85,8 @@ RECT WorkArea(HWND window) {
   return info.rcWork;
 }
 
-// Returns a size for a display of 96 dpi in pixels of the window's own display. On a finer one it looks as
-// large, but is cut to the work area.
+// Converts a size for a display of 96 dpi to pixels of the window's own display. On a finer display, the
+// window looks equally large but is limited to the work area.
 SIZE ScaleToDisplay(HWND window, SIZE size) {
   const int dpi = static_cast<int>(GetDpiForWindow(window));
   if (dpi <= USER_DEFAULT_SCREEN_DPI) return size;
@@ -95,7 +95,7 @@ SIZE ScaleToDisplay(HWND window, SIZE size) {
           std::min<LONG>(MulDiv(size.cy, dpi, USER_DEFAULT_SCREEN_DPI), work.bottom - work.top)};
 }
 
-// The place that CreateWindowExW has chosen is one for a window of the unscaled size.
+// CreateWindowExW chose a position for a window of the unscaled size.
 void ScaleFirstSize(HWND window) {
   const SIZE size = ScaleToDisplay(window, kFirstSize);
   if (size.cx == kFirstSize.cx && size.cy == kFirstSize.cy) return;
@@ -159,7 +159,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM
       break;
     case WM_MOVE:
     case WM_MOVING:
-      // A child window is not told that the one around it moves.
+      // A child window is not notified when its parent moves.
       if (State().controller) State().controller->NotifyParentWindowPositionChanged();
       break;
     case WM_DPICHANGED: {

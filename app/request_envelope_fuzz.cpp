@@ -8,7 +8,7 @@
 #include "testing/fuzz_target.h"
 #include "testing/recording_page.h"
 
-// Whatever text the page sends, there is at most one reply, and it is valid JSON.
+// For any text from the page, there is at most one reply, and it is valid JSON.
 FUZZ_TARGET(request_envelope, bytes) {
   constexpr Action kActions[] = {
       {"echo",

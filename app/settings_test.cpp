@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(Settings, AreWhatIsStoredElseTheDefaults) {
+TEST(Settings, AreTheStoredDocumentOrTheDefaults) {
   const std::string defaults = R"({"autoScan":true,"ignoreList":[],"scanInterval":24,"theme":"amethyst"})";
   const std::filesystem::path folder = std::filesystem::temp_directory_path() / "varnel_settings_test";
   const std::filesystem::path file = folder / "settings.json";

@@ -1,5 +1,6 @@
 #pragma once
 
-// Starts VarnelSetup.exe beside the executable, elevated, to remove the program, and ends this process; shows
-// a message box if it is missing. Declined elevation changes nothing. Never replies. UI thread.
+// Starts VarnelSetup.exe beside the executable, elevated, to remove the program, and ends this process.
+// Shows a message box if the file is missing. Changes nothing if the user declines the elevation. Never
+// replies. UI thread.
 void uninstallAppSuite(int request_id);

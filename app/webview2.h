@@ -1,9 +1,9 @@
 #pragma once
 
-// The binary interface of the browser control, as far as the program calls it. The interfaces are fixed by
-// their publisher: each slot of a virtual table stands at its place, and the ones that the program never
-// calls are held by placeholders without parameters. Interfaces are asked for by their kIid. Objects end
-// through Release: a virtual destructor would take slots of the table. All calls belong to the UI thread.
+// The binary interface of the browser control, as far as the program calls it. Its publisher fixes the
+// interfaces: each slot of a virtual table has its place, and placeholders without parameters stand for
+// the methods that the program never calls. Query interfaces by their kIid. Destroy objects only through
+// Release: a virtual destructor would take up slots of the table. Make all calls on the UI thread.
 
 #include <windows.h>
 #include <eventtoken.h>
@@ -30,7 +30,7 @@ struct COREWEBVIEW2_COLOR {
   }
 
 #if defined(__GNUC__)
-// IUnknown, the base that has no other choice, is what this warning is about.
+// GCC warns about IUnknown, which cannot have a virtual destructor.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 #endif
@@ -338,14 +338,14 @@ struct ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler : IUnknown {
 
 #undef VARNEL_UNCALLED
 
-// WebView2Loader.dll exports this under the name CreateCoreWebView2EnvironmentWithOptions.
+// The function that WebView2Loader.dll exports as CreateCoreWebView2EnvironmentWithOptions.
 using CreateWebView2Environment = HRESULT(STDAPICALLTYPE*)(
     PCWSTR browser_folder, PCWSTR user_data_folder, ICoreWebView2EnvironmentOptions* options,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler);
 
-// The installed runtime's EmbeddedBrowserWebView.dll exports this under the name
-// CreateWebViewEnvironmentWithOptionsInternal. `runtime_type` is 0 for the installed runtime;
-// `options` may not be null.
+// The function that the installed runtime's EmbeddedBrowserWebView.dll exports as
+// CreateWebViewEnvironmentWithOptionsInternal. `runtime_type` is 0 for the installed runtime; `options`
+// must not be null.
 using CreateWebView2EnvironmentInternal = HRESULT(STDAPICALLTYPE*)(
     bool check_running_instance, int runtime_type, PCWSTR user_data_folder, IUnknown* options,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler);

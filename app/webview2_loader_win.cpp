@@ -13,7 +13,7 @@
 
 namespace {
 
-// Hands out a copy of `text` that the caller frees; null stands for "not set".
+// Returns a copy of `text` for the caller to free, or null for "not set".
 HRESULT CopyOut(const wchar_t* text, LPWSTR* value) {
   if (!value) return E_POINTER;
   *value = nullptr;
@@ -25,7 +25,7 @@ HRESULT CopyOut(const wchar_t* text, LPWSTR* value) {
   return S_OK;
 }
 
-// Nothing but defaults: not every runtime takes null for "no options".
+// Holds nothing but defaults, because some runtimes do not accept null for "no options".
 class DefaultOptions final : public ComObject<ICoreWebView2EnvironmentOptions> {
  public:
   HRESULT STDMETHODCALLTYPE get_AdditionalBrowserArguments(LPWSTR* value) override {
@@ -46,8 +46,9 @@ class DefaultOptions final : public ComObject<ICoreWebView2EnvironmentOptions> {
   HRESULT STDMETHODCALLTYPE put_AllowSingleSignOnUsingOSPrimaryAccount(BOOL) override { return E_NOTIMPL; }
 };
 
-// An export of a library that then stays loaded for good; null when either is missing. What the library needs
-// is searched in its own folder and the system's, and nowhere else. A relative path is refused.
+// Returns an export of a library, or null if either is missing. The library stays loaded for good. Its
+// dependencies are searched for in its own folder and the system's, and nowhere else. Refuses a relative
+// path.
 template <typename Function>
 Function LoadExport(const std::wstring& library_path, const char* name) {
   const HMODULE library = LoadLibraryExW(library_path.c_str(), nullptr,
@@ -56,8 +57,8 @@ Function LoadExport(const std::wstring& library_path, const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
-// Folder of the installed runtime of the stable channel, as its updater registers it;
-// empty when there is none.
+// Returns the folder of the installed runtime of the stable channel, as registered by its updater, or an
+// empty string if there is none.
 std::wstring InstalledRuntimeFolder(HKEY root) {
   constexpr wchar_t kClientState[] =
       LR"(Software\Microsoft\EdgeUpdate\ClientState\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5})";

@@ -1,9 +1,9 @@
 # varnel_folder(<name> [USES <folder>...] [PORTABLE ...] [WINDOWS ...] [SYSTEM_LIBRARIES ...]
 #               [TESTS ...] [WINDOWS_TESTS ...] [FUZZ ...])
 #
-# One static library varnel_<name> for a folder. PORTABLE sources compile everywhere, WINDOWS ones only for Windows.
-# TESTS join the binary portable_tests, WINDOWS_TESTS the binary windows_tests. Each FUZZ file is one libFuzzer target
-# in a fuzz build; in a test build its stored corpus is replayed by portable_tests.
+# Adds one static library varnel_<name> for a folder. PORTABLE sources compile everywhere, WINDOWS sources
+# only for Windows. TESTS join the binary portable_tests, WINDOWS_TESTS the binary windows_tests. In a fuzz
+# build, each FUZZ file is one libFuzzer target; in a test build, portable_tests replays its stored corpus.
 function(varnel_folder name)
   cmake_parse_arguments(arg "" "" "USES;PORTABLE;WINDOWS;SYSTEM_LIBRARIES;TESTS;WINDOWS_TESTS;FUZZ" ${ARGN})
   set(library varnel_${name})

@@ -1,4 +1,5 @@
-# varnel_gtest: GoogleTest, GoogleMock and their main function, from Debian's sources, or from a package manager (vcpkg) elsewhere.
+# Defines varnel_gtest: GoogleTest, GoogleMock and their main function, from Debian's sources or elsewhere
+# from a package manager (vcpkg).
 if(VARNEL_FUZZ)
   return()
 endif()

@@ -1,4 +1,5 @@
-# Cross compiler of Debian's g++-mingw-w64-x86-64-posix. The posix thread model brings std::thread and std::async.
+# Uses the cross compiler of Debian's g++-mingw-w64-x86-64-posix. The posix thread model provides std::thread
+# and std::async.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)

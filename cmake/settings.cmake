@@ -1,10 +1,10 @@
-# varnel_settings: what every target of this tree is compiled and linked with.
+# Defines varnel_settings: the compile and link settings of every target in this tree.
 add_library(varnel_settings INTERFACE)
 target_include_directories(varnel_settings INTERFACE ${CMAKE_SOURCE_DIR})
 target_link_libraries(varnel_settings INTERFACE nlohmann_json::nlohmann_json Threads::Threads)
 
-# Stack that each thread may grow to. A JSON document of kMaxJsonDepth levels (base/json_text.h) takes up to 1.2 KB a level to
-# copy and 0.3 KB to serialise in an unoptimised build, 0.25 KB in a release.
+# The stack that each thread may grow to. A JSON document of kMaxJsonDepth levels (base/json_text.h) takes up
+# to 1.2 KB per level to copy and 0.3 KB to serialise in an unoptimised build, and 0.25 KB in a release build.
 set(kStackReserve 33554432)
 
 if(MSVC)
@@ -21,7 +21,7 @@ else()
 endif()
 
 if(WIN32)
-  # Windows 10 is the oldest system that the program runs on.
+  # The oldest system that the program runs on is Windows 10.
   target_compile_definitions(varnel_settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
                                                        _WIN32_WINNT=0x0A00 WINVER=0x0A00)
 endif()

@@ -8,7 +8,7 @@
 
 #include "base/handle_win.h"
 
-// What Wine calls a path below; empty on a real Windows.
+// Returns the Unix path behind a Wine path, or an empty string on a real Windows.
 inline std::wstring UnixName(const std::wstring& path) {
   using UnixName = char*(CDECL*)(const wchar_t*);
   const auto unix_name = reinterpret_cast<UnixName>(
@@ -17,8 +17,8 @@ inline std::wstring UnixName(const std::wstring& path) {
   return std::wstring(name.begin(), name.end());
 }
 
-// Starts a program, one of the system below Wine when `unix_program` is its path there. Wine gives no handle to
-// wait for such a one.
+// Starts a program: the Unix program at `unix_program` if that is set. Wine gives no handle to wait for
+// such a program.
 inline bool StartProgram(const wchar_t* unix_program, std::wstring command) {
   STARTUPINFOW startup = {};
   startup.cb = sizeof(startup);
@@ -31,9 +31,9 @@ inline bool StartProgram(const wchar_t* unix_program, std::wstring command) {
   return true;
 }
 
-// Makes `link`, which must not exist, a junction to the folder `target` (full paths, plain ASCII). Wine 8 can
-// store none, but shows a symbolic link of the system below as such: there it is one, and cannot be removed.
-// False when nothing with FILE_ATTRIBUTE_REPARSE_POINT comes of it.
+// Makes `link`, which must not exist, a junction to the folder `target` (full paths, plain ASCII). Wine
+// 8 cannot store junctions but shows a symbolic link of the underlying system as one. There, `link` is
+// such a link and cannot be removed. Returns false if nothing with FILE_ATTRIBUTE_REPARSE_POINT results.
 inline bool MakeDirectoryLink(const std::wstring& link, const std::wstring& target) {
   const auto quoted = [](const std::wstring& path) { return L" \"" + path + L"\""; };
   const bool is_wine = !UnixName(target).empty();
@@ -48,8 +48,9 @@ inline bool MakeDirectoryLink(const std::wstring& link, const std::wstring& targ
   return false;
 }
 
-// As long as it lives, `victim` is in turn the folder `moved`, nothing and the link `link`, as fast as renaming
-// goes; each is in its own place meanwhile. Below Wine a Perl loop does it, because Wine renames a link's target.
+// While it lives, turns `victim` into the folder `moved`, into nothing and into the link `link`, as fast
+// as renaming allows. Each is otherwise in its own place. Under Wine, a Perl loop does it, because Wine
+// renames a link's target.
 class FolderSwapper {
  public:
   FolderSwapper(const std::wstring& victim, const std::wstring& moved, const std::wstring& link) {
@@ -74,7 +75,7 @@ class FolderSwapper {
   ~FolderSwapper() {
     if (go_.empty()) return;
     DeleteFileW(go_.c_str());
-    Sleep(200);  // the loop has seen that
+    Sleep(200);  // until the loop has noticed
   }
   FolderSwapper(const FolderSwapper&) = delete;
   FolderSwapper& operator=(const FolderSwapper&) = delete;

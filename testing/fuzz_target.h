@@ -4,8 +4,8 @@
 #include <cstdint>
 
 // FUZZ_TARGET(name, bytes) { ... } is the body of one fuzz target; `bytes` is a std::string_view of the
-// hostile input. In a fuzz build it is libFuzzer's entry; in a test build it is a test that replays every
-// file of <folder>/testdata/fuzz_<name>/ .
+// hostile input. In a fuzz build, it is libFuzzer's entry point. In a test build, it is a test that replays
+// every file of <folder>/testdata/fuzz_<name>/ .
 #include <string_view>
 
 #ifdef VARNEL_FUZZ_BUILD
@@ -24,7 +24,7 @@
 
 #include <gtest/gtest.h>
 
-// Calls `target` with each stored input beside the source file; returns how many there were.
+// Calls `target` with each stored input beside the source file. Returns the number of inputs.
 inline int ReplayCorpus(const char* source_file, const char* name, void (*target)(std::string_view)) {
   const std::filesystem::path folder = std::filesystem::path(source_file).parent_path() / "testdata";
   std::error_code missing;

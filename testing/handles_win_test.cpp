@@ -1,4 +1,4 @@
-// What reads the machine's state again and again leaves no handle behind.
+// Tests that the functions called again and again leak no handles.
 #include <windows.h>
 
 #include <cstdint>
@@ -19,8 +19,8 @@
 
 namespace {
 
-// Tries every value that a handle of a small process has: GetProcessHandleCount always answers 0 under Wine,
-// and the process list's figure there is the table's capacity.
+// Counts the handles by trying every value that a handle of a small process can have. Under Wine,
+// GetProcessHandleCount always returns 0, and the process list reports the table's capacity.
 int HandleCount() {
   int count = 0;
   for (uintptr_t value = 4; value < 4 * 4096; value += 4) {
@@ -38,7 +38,7 @@ TEST(Handles, AreClosedByEveryReader) {
     void (*read)(int);
     int rounds = 20;
   } readers[] = {
-      {"getStatus", getStatus, 5},  // a graphics factory takes a tenth of a second under Wine
+      {"getStatus", getStatus, 5},  // creating a graphics factory takes 100 ms under Wine
       {"getTelemetry", getTelemetry},
       {"getProcesses", getProcesses},
       {"killProcess", [](int id) { killProcess(id, 0xFFFFFFF0); }},
@@ -52,7 +52,7 @@ TEST(Handles, AreClosedByEveryReader) {
       {"getFolderContents", [](int id) { getFolderContents(id, "C:\\windows\\inf"); }},
   };
   for (const auto& reader : readers) {
-    for (int i = 0; i < 3; ++i) reader.read(i);  // libraries that are loaded stay
+    for (int i = 0; i < 3; ++i) reader.read(i);  // libraries stay loaded
     const int before = HandleCount();
     TakePostedTexts();
     for (int i = 0; i < reader.rounds; ++i) reader.read(i);

@@ -6,14 +6,14 @@
 
 #include <nlohmann/json.hpp>
 
-// Stand-in for the page: keeps what base/page.h's functions were given, in order, from any thread.
+// Stand-in for the page: records the calls of base/page.h's functions in order, from any thread.
 
-// Everything posted since the last call, as the exact texts; console lines appear as their console_log
-// document.
+// Returns the exact texts of everything posted since the last call. Console lines appear as their
+// console_log document.
 std::vector<std::string> TakePostedTexts();
 
-// The same, parsed.
+// Does the same, but returns the texts parsed.
 std::vector<nlohmann::json> TakePostedMessages();
 
-// What PostReply posts, as its exact text.
+// Returns the exact text that PostReply posts.
 std::string PostedReply(std::string_view type, int request_id, bool success, nlohmann::json members);

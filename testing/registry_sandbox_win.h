@@ -7,8 +7,8 @@
 
 #include "base/handle_win.h"
 
-// While one lives, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE are two empty keys to this process
-// (RegOverridePredefKey): what a test reads and writes there is nobody's. One object at a time.
+// During its lifetime, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE are two empty keys for this process
+// (RegOverridePredefKey), so a test touches nobody's registry. One object at a time.
 class RegistrySandbox {
  public:
   RegistrySandbox() {
@@ -38,7 +38,7 @@ class RegistrySandbox {
   RegistryKey user_, machine_;
 };
 
-// A value as the registry stores it.
+// A value in the registry's own form.
 struct RegistryData {
   DWORD type = REG_NONE;
   std::string bytes;
@@ -46,15 +46,15 @@ struct RegistryData {
   bool operator==(const RegistryData&) const = default;
 };
 
-// Text with its NUL.
+// Returns text with its NUL.
 inline RegistryData RegistryText(const std::wstring& text, DWORD type = REG_SZ) {
   return {type, {reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)}};
 }
 
-// Makes the key when it is missing.
+// Creates the key if it is missing.
 inline void SetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name,
                             const RegistryData& data) {
-  // The system takes a NUL that happens to follow text along.
+  // The system includes a NUL that happens to follow the text.
   const std::string followed = data.bytes + "xx";
   if (RegSetKeyValueW(hive, path, name.c_str(), data.type, followed.data(),
                       static_cast<DWORD>(data.bytes.size())) != ERROR_SUCCESS)

@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-// A new empty folder below the user's temporary folder, deleted with its contents at the end.
+// Creates an empty folder in the user's temporary folder and deletes it with its contents at the end.
 class TempFolder {
  public:
   TempFolder() {
@@ -26,7 +26,7 @@ class TempFolder {
   std::wstring path;
 };
 
-// Writes a file of so many bytes; its folder is made when missing.
+// Writes a file of the given size. Creates its folder if missing.
 inline void PutFile(const std::filesystem::path& path, size_t size_bytes) {
   std::filesystem::create_directories(path.parent_path());
   std::ofstream(path, std::ios::binary) << std::string(size_bytes, 'x');
@@ -36,7 +36,7 @@ inline bool Exists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// What empties fixed system folders to measure it must never do so on a real Windows.
+// Returns true under Wine. Code that empties fixed system folders must never do so on a real Windows.
 inline bool IsWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }

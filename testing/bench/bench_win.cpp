@@ -1,5 +1,5 @@
-// Measures the program's work against the bare system calls that it is made of: bench.exe NAME. Prints the
-// figure with its aim, or fails. Works in C:\varnel-bench.
+// Measures the program's work against the bare system calls behind it: bench.exe NAME. Prints the figure
+// with its aim, or fails. Works in C:\varnel-bench.
 #include <winsock2.h>
 #include <windows.h>
 #include <iphlpapi.h>
@@ -25,7 +25,7 @@ namespace {
 
 const std::wstring kTree = L"C:\\varnel-bench\\tree";
 
-// A few files in most folders, eight folders in each.
+// Creates a tree with a few files in most folders and eight folders in each.
 void MakeTree(const std::wstring& folder, int items) {
   std::filesystem::create_directories(folder);
   const int files = std::min(items, items > 5000 ? 500 : 5), share = (items - files) / 8 + 1;
@@ -35,7 +35,7 @@ void MakeTree(const std::wstring& folder, int items) {
     MakeTree(folder + L"\\folder" + std::to_wstring(left), std::min(left, share) - 1);
 }
 
-// Sums up the files, or deletes everything. With `folders`, those inside are left to the caller.
+// Adds up the files' sizes, or deletes everything. With `folders`, leaves the subfolders to the caller.
 uint64_t BareWalk(const std::wstring& folder, FINDEX_INFO_LEVELS level, bool deletes,
                   std::vector<std::wstring>* folders = nullptr) {
   uint64_t bytes = 0;
@@ -61,7 +61,7 @@ void Scan() {
   SystemHelper::AnalyzeDiskSpace(kTree, sizes, files, {});
 }
 
-void BareScan() {  // one task for each folder of the root, as the analysis has it
+void BareScan() {  // one task per folder of the root, like the analysis
   std::vector<std::wstring> folders;
   BareWalk(kTree, FindExInfoBasic, false, &folders);
   std::vector<std::future<uint64_t>> tasks;
@@ -101,7 +101,7 @@ void BareTelemetry() {
     if (GetDriveTypeW(root) == DRIVE_FIXED) GetDiskFreeSpaceExW(root, nullptr, &total, &free);
   std::vector<BYTE> table(1 << 16);
   ULONG sizes[2] = {};
-  for (int call = 0; call < 2; ++call) {  // for the size, then for the content
+  for (int call = 0; call < 2; ++call) {  // once for the size, once for the content
     GetIfTable(reinterpret_cast<MIB_IFTABLE*>(table.data()), &sizes[0], FALSE);
     const auto adapters = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(table.data());
     GetAdaptersAddresses(AF_UNSPEC, 15, nullptr, adapters, &sizes[1]);
@@ -116,7 +116,7 @@ void PumpOneReply() {
     DispatchMessageA(&message);
 }
 
-// From the text of a request to the message that delivers its reply.
+// Measures from the text of a request to the message that delivers its reply.
 void Dispatch() {
   static const bool made = CreateMainWindow(GetModuleHandleW(nullptr), SW_HIDE);
   ActionDispatcher(Actions()).Dispatch(LR"({"action":"testBridge","requestId":7,"data":{}})");
@@ -131,7 +131,7 @@ void BareDispatch() {
   PumpOneReply();
 }
 
-// Runs a program until it shows its window, or else to its end; returns its peak memory in bytes.
+// Runs a program until it shows its window, otherwise until it ends. Returns its peak memory in bytes.
 size_t Run(const wchar_t* arguments, const wchar_t* title) {
   std::wstring command = L"\"" + GetExeDirectory() + L"\\" + arguments;
   STARTUPINFOW startup = {};
@@ -141,7 +141,7 @@ size_t Run(const wchar_t* arguments, const wchar_t* title) {
   CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started);
   const KernelHandle process(started.hProcess), thread(started.hThread);
   if (!process) std::exit(1);
-  size_t peak_bytes = 0;  // Wine no longer knows it once the process has ended
+  size_t peak_bytes = 0;  // Wine forgets it once the process has ended
   while (WaitForSingleObject(process.get(), 1) == WAIT_TIMEOUT) {
     K32GetProcessMemoryInfo(process.get(), &memory, sizeof(memory));
     peak_bytes = std::max(peak_bytes, memory.PeakWorkingSetSize);
@@ -152,7 +152,7 @@ size_t Run(const wchar_t* arguments, const wchar_t* title) {
 
 struct Benchmark {
   std::string_view name;
-  double aim;  // times the bare calls
+  double aim;  // as a multiple of the bare calls' time
   int rounds, calls, items;
   void (*ours)();
   void (*bare)();
@@ -170,7 +170,7 @@ constexpr Benchmark kBenchmarks[] = {
      [] { Run(L"bench.exe\" window", L"Empty"); }},
 };
 
-// Both run by turns and each goes first as often as second; the first round only warms up.
+// Runs both in each round and alternates which goes first. The first round only warms up.
 void Compare(const Benchmark& it) {
   std::vector<double> times[2];
   for (int round = 0; round <= it.rounds; ++round) {
@@ -191,11 +191,11 @@ void Compare(const Benchmark& it) {
 
 int main(int, char** arguments) {
   const std::string_view name = arguments[1] ? arguments[1] : "";
-  if (name == "window") {  // what the start of the program is measured against
+  if (name == "window") {  // the reference for the program's start
     CreateWindowW(L"STATIC", L"Empty", WS_VISIBLE, 0, 0, 1400, 900, nullptr, nullptr, nullptr, nullptr);
     Sleep(INFINITE);
   } else if (name == "memory" && GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
-    // It empties the junk folders of the machine, so only those of Wine.
+    // Empties the junk folders of the machine, so it runs only under Wine.
     const size_t peak_bytes = Run(L"Varnel.exe\" --silent-clean", nullptr);
     std::printf("%.1f MB at the peak (aim: under 15 MB)\n", static_cast<double>(peak_bytes) / 1e6);
   } else {

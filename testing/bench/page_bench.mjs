@@ -1,4 +1,5 @@
-// Measures the built page as the user feels it, with a stand-in for the host: node page_bench.mjs FOLDER
+// Measures the built page as the user experiences it, with a stand-in for the host: node page_bench.mjs
+// FOLDER
 import { readFileSync, readdirSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { join } from 'node:path';

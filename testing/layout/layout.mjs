@@ -1,10 +1,10 @@
-// The rules that keep the folders apart: include lines of the program, imports of the page.
+// Checks the rules that keep the folders apart: the program's include lines and the page's imports.
 import { existsSync, readdirSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
 
 const kRooms = ['system', 'clean', 'software', 'disk', 'startup', 'net', 'maint'];
 
-// The floors from the lowest up: a folder uses its own files and those of the floors below.
+// The floors from the lowest up. A folder uses its own files and those of the floors below.
 const kFloors = [['base'], ['exec'], kRooms, ['app', 'service'], ['testing']];
 const kPageFloors = [['base'], ['bridge'], ['kit'], ['shell'], kRooms, ['app']];
 
@@ -13,7 +13,7 @@ const mayUse = (floors) =>
 const kMayUse = mayUse(kFloors);
 const kPageMayUse = mayUse(kPageFloors);
 
-// Headers that need Windows although their names, fixed by their kind, do not say so.
+// Headers that need Windows although their fixed names do not say so.
 const kWindowsHeaders = new Set(['app/webview2.h']);
 const kPortableLibraries = /^(gtest|gmock)\//;
 
@@ -59,7 +59,7 @@ function findProgramBreaches(root) {
   return breaches;
 }
 
-// The circles of imports, each from its first file in the order of `imports`.
+// Returns the circles of imports, each from its first file in the order of `imports`.
 function findCircles(imports) {
   const circles = [];
   const done = new Set();
@@ -99,7 +99,7 @@ function findPageBreaches(root) {
   return [...breaches, ...findCircles(imports).map((circle) => `a circle: ${circle}`)];
 }
 
-// Every breach in the tree at `root`, as "path: what".
+// Returns every breach in the tree at `root`, as "path: reason".
 export function findBreaches(root) {
   return [...findProgramBreaches(root), ...findPageBreaches(root)];
 }

@@ -7,7 +7,7 @@ import { fileURLToPath } from 'node:url';
 
 import { findBreaches } from './layout.mjs';
 
-test('the tree keeps its rules', () => {
+test('the tree follows its rules', () => {
   assert.deepEqual(findBreaches(fileURLToPath(new URL('../..', import.meta.url))), []);
 });
 

@@ -1,5 +1,5 @@
-// Fails when a PowerShell file given on the command line does not parse, or would be read wrongly by Windows PowerShell 5.1 (which
-// takes a file without a mark for the ANSI code page).
+// Fails if a PowerShell file given on the command line does not parse, or if Windows PowerShell 5.1
+// would misread it. (5.1 reads a file without a byte order mark in the ANSI code page.)
 import { readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 import { Language, Parser } from 'web-tree-sitter';

@@ -1,5 +1,5 @@
-// Stand-in for the installed browser runtime's client library: accepts exactly the call that the program is
-// to make, and tells the handler that there is no browser.
+// Stand-in for the installed browser runtime's client library. Accepts exactly the call that the program
+// should make, and reports to the handler that there is no browser.
 #include <windows.h>
 
 #include <cwchar>

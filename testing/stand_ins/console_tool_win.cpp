@@ -1,5 +1,5 @@
-// Stand-in for the console tools that the program starts. Copied under the name of a tool (winget.exe), it
-// does what the script winget.json in the folder VARNEL_TOOL_SCRIPTS says and appends its exact command line
+// Stand-in for the console tools that the program starts. Copied under the name of a tool (winget.exe),
+// it follows the script winget.json in the folder VARNEL_TOOL_SCRIPTS and appends its exact command line
 // to winget.log there. testing/README.md describes the script.
 #include <windows.h>
 
@@ -23,7 +23,7 @@ std::filesystem::path OwnName() {
   return std::filesystem::path(std::wstring(path, GetModuleFileNameW(nullptr, path, MAX_PATH))).stem();
 }
 
-// One append is one write, so that tools that run at the same time do not mix their lines.
+// Appends in a single write, so that concurrent tools do not mix their lines.
 void Log(const std::filesystem::path& file, const std::string& line) {
   const Owned<FileHandleKind> log(CreateFileW(
       file.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, 0, nullptr));
@@ -42,7 +42,7 @@ void Write(DWORD which, const std::string& bytes) {
   }
 }
 
-// Opens a file without sharing and keeps it so until this process ends.
+// Opens a file without sharing and keeps it open until this process ends.
 void Hold(const std::string& path) {
   static Owned<FileHandleKind> held;
   held = Owned<FileHandleKind>(
@@ -61,7 +61,8 @@ void Perform(const json& step) {
   }
 }
 
-// The script itself, or the first of its "cases" whose "when" occurs in the command line.
+// Returns the first of the script's "cases" whose "when" occurs in the command line, otherwise the
+// script itself.
 json ForCommandLine(const json& script, const std::string& line) {
   for (const json& one : script.value("cases", json::array())) {
     if (line.find(one["when"].get<std::string>()) != std::string::npos) return one;

@@ -1,6 +1,7 @@
-// Stand-in for the helper service: helper_service.exe SCRIPT LOG [busy]. Answers as SCRIPT says (read again for each
-// request, so that a test can change it; testing/README.md describes it), appends each request line to LOG, prints
-// "ready", and ends when its standard input does. With the word "busy" the pipe's only instance is taken for ever.
+// Stand-in for the helper service: helper_service.exe SCRIPT LOG [busy]. Answers according to SCRIPT and
+// appends each request line to LOG. Reads SCRIPT again for each request, so that a test can change it
+// (testing/README.md describes it). Prints "ready" and ends with its standard input. With the word
+// "busy", the pipe's only instance is always taken.
 #include <windows.h>
 
 #include <cstdlib>
@@ -21,7 +22,7 @@ namespace {
 using nlohmann::json;
 
 constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\VarnelServicePipe";
-constexpr DWORD kInstances = 4;  // clients that are served at once; a further open fails with ERROR_PIPE_BUSY
+constexpr DWORD kInstances = 4;  // clients served concurrently; one more open fails with ERROR_PIPE_BUSY
 constexpr DWORD kBufferBytes = 64 * 1024;
 
 FileHandle CreateInstance(DWORD instances) {
@@ -41,7 +42,7 @@ json AnswerTo(const std::filesystem::path& script_file, const std::string& reque
   return script.value(action, script.value("*", unknown));
 }
 
-// Empty when the client has gone.
+// Returns an empty text if the client has gone.
 std::string Read(HANDLE pipe) {
   std::string part(kBufferBytes, '\0');
   DWORD count = 0;
@@ -62,7 +63,7 @@ void Answer(HANDLE pipe, const json& answer) {
       return;
   }
   while (answer.value("hold_open", false) && !Read(pipe).empty()) continue;
-  FlushFileBuffers(pipe);  // disconnecting throws away what the client has not read yet
+  FlushFileBuffers(pipe);  // disconnecting discards what the client has not read yet
 }
 
 void Serve(const FileHandle pipe, const std::filesystem::path script_file,
@@ -79,7 +80,7 @@ void Serve(const FileHandle pipe, const std::filesystem::path script_file,
       }
       Answer(pipe.get(), AnswerTo(script_file, request));
     }
-    // The instance stays, so that a client meets "busy" rather than "not found" between two connections.
+    // The instance stays, so between two connections a client gets "busy" rather than "not found".
     DisconnectNamedPipe(pipe.get());
   }
 }
@@ -98,5 +99,5 @@ int wmain(int argc, wchar_t** argv) {
   }
   std::cout << "ready" << std::endl;
   while (std::cin.get() != EOF) continue;
-  std::_Exit(0);  // the threads wait for clients
+  std::_Exit(0);  // the threads still wait for clients
 }

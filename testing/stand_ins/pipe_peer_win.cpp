@@ -1,10 +1,10 @@
-// A program that is not Varnel.exe at the helper service's pipe, well or badly behaved:
-//   pipe_peer.exe ask           sends what comes on standard input, prints the answer
-//   pipe_peer.exe leave         sends it and closes at once
-//   pipe_peer.exe fill BYTES    sends so many bytes without a line feed, prints how long the service bears it
-//   pipe_peer.exe hold COUNT    opens so many connections, prints "held", keeps them until standard input ends
-//   pipe_peer.exe probe COUNT   opens and closes, prints the mean time of one
-//   pipe_peer.exe steal         tries to make an instance of the pipe of its own, prints the error
+// A program other than Varnel.exe at the helper service's pipe, well or badly behaved:
+//   pipe_peer.exe ask           sends its standard input, prints the answer
+//   pipe_peer.exe leave         sends its standard input and closes immediately
+//   pipe_peer.exe fill BYTES    sends that many bytes without a line feed, prints how long the service accepts them
+//   pipe_peer.exe hold COUNT    opens that many connections, prints "held", keeps them until standard input ends
+//   pipe_peer.exe probe COUNT   opens and closes connections, prints the mean time of one
+//   pipe_peer.exe steal         tries to create its own instance of the pipe, prints the error
 //   pipe_peer.exe look          prints handles, threads and memory of VarnelService.exe
 #include <windows.h>
 #include <psapi.h>
@@ -32,7 +32,8 @@ FileHandle Open() {
   ExitProcess(3);
 }
 
-// Lines up to the first that is no output of a stream: the service would wait for us to go.
+// Prints lines up to the first that is not output of a stream, because the service then waits for the
+// client to leave.
 void PrintAnswer(HANDLE pipe) {
   std::string line;
   char byte = 0;
@@ -54,7 +55,8 @@ std::string Input() {
   return {std::istreambuf_iterator<char>(std::cin), {}};
 }
 
-// Wine counts none itself: every value that a handle of a small process has is tried.
+// Counts the handles by trying every value that a handle of a small process can have. Wine keeps no
+// count.
 int HandlesOf(HANDLE process) {
   int count = 0;
   for (uintptr_t value = 4; value < 4 * 4096; value += 4) {

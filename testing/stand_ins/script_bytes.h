@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-// What a step of a tool's script or a chunk of a service's answer writes: its "reply" as a line, or its "text" and
-// the bytes of its "hex", "repeat" times.
+// Returns the bytes that a step of a tool's script or a chunk of a service's answer writes: its "reply"
+// as a line, or its "text" followed by the bytes of its "hex", "repeat" times.
 inline std::string ScriptBytes(const nlohmann::json& step) {
   if (step.contains("reply")) return step["reply"].dump() + "\n";
   std::string bytes = step.value("text", "");

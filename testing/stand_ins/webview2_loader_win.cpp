@@ -1,7 +1,7 @@
-// Stand-in for WebView2Loader.dll: the browser control's interfaces without a browser. Everything that
-// crosses them goes to a driver over a loopback connection (its port is in VARNEL_DRIVER_PORT), one JSON
-// document a line; the driver shows the page elsewhere. Every callback arrives on the UI thread through its
-// message loop, as it does with the real control.
+// Stand-in for WebView2Loader.dll: the browser control's interfaces without a browser. It passes every
+// call on to a driver over a loopback connection (port in VARNEL_DRIVER_PORT), one JSON document per
+// line. The driver shows the page elsewhere. As with the real control, every callback arrives on the UI
+// thread through its message loop.
 #include <winsock2.h>
 #include <windows.h>
 #include <wrl/client.h>
@@ -27,7 +27,7 @@ using nlohmann::json;
 
 constexpr UINT kCommandMessage = WM_APP;  // LPARAM: a json* that the window procedure takes over
 
-// Lives as long as the process: the program's handlers must not be released after its own end.
+// Never destroyed, because the program's handlers must not be released after its own end.
 struct State {
   SOCKET socket = INVALID_SOCKET;
   DWORD ui_thread = 0;
@@ -41,7 +41,7 @@ struct State {
 };
 State& g_state = *new State;
 
-// --- what the driver is told
+// --- reports to the driver
 
 void Send(const json& document) {
   const std::string line = document.dump(-1, ' ', true) + "\n";
@@ -52,8 +52,8 @@ void Send(const json& document) {
   }
 }
 
-// Tells the driver of a call of the control. The control belongs to the thread that made it: a call from another
-// one is refused, and told on the way of commands.
+// Tells the driver about a call of the control. The control belongs to the thread that created it: a
+// call from any other thread is refused and reported through the command queue.
 HRESULT Report(const std::string& call, json document) {
   if (GetCurrentThreadId() == g_state.ui_thread) return Send(document), S_OK;
   const std::string problem = call + " on a thread other than the UI thread";
@@ -65,7 +65,7 @@ HRESULT ReportCall(const char* call, json argument) {
   return Report(call, {{"call", call}, {"argument", std::move(argument)}});
 }
 
-// Keeps a handler, which must answer for IUnknown and for its own interface.
+// Keeps a handler, which must answer to IUnknown and to its own interface.
 template <typename Handler>
 HRESULT Register(const char* call, ComPtr<Handler>& kept, Handler* handler, json argument = {}) {
   for (const IID& iid : {IID_IUnknown, Handler::kIid}) {
@@ -77,7 +77,7 @@ HRESULT Register(const char* call, ComPtr<Handler>& kept, Handler* handler, json
   return ReportCall(call, std::move(argument));
 }
 
-// Once a call is over, what went through it belongs to the control alone.
+// Reports a problem if the program still holds the object of a finished call.
 template <typename Type>
 void CheckReleased(Type* object, const char* name) {
   object->AddRef();
@@ -86,7 +86,7 @@ void CheckReleased(Type* object, const char* name) {
 
 // --- the objects
 
-// Gives out an object that stays here too.
+// Returns a reference to an object that this library keeps.
 template <typename Type>
 HRESULT HandOut(Type* object, auto** out) {
   object->AddRef();
@@ -156,7 +156,7 @@ class RequestedArgs final : public ComObject<ICoreWebView2WebResourceRequestedEv
     return HandOut(request_.Get(), request);
   }
   HRESULT STDMETHODCALLTYPE put_Response(ICoreWebView2WebResourceResponse* response) override {
-    response_ = static_cast<Response*>(response);  // only this library makes them
+    response_ = static_cast<Response*>(response);  // only this library creates them
     return S_OK;
   }
   json Answer() {
@@ -257,7 +257,7 @@ class Environment final : public ComObject<ICoreWebView2Environment> {
   }
 };
 
-// --- what the driver asks
+// --- requests from the driver
 
 json Execute(const json& command) {
   const std::string name = command["command"];
@@ -303,7 +303,7 @@ void ReceiveCommands() {
         static_cast<void>(command.release());
     }
   }
-  // A program whose driver is gone would stay for ever.
+  // Without its driver, the program would run forever.
   PostThreadMessageW(g_state.ui_thread, WM_QUIT, 0, 0);
 }
 
@@ -327,7 +327,7 @@ extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE CreateCoreWebView2Enviro
     PCWSTR browser_folder, PCWSTR user_data_folder, ICoreWebView2EnvironmentOptions* options,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler) {
   if (!Connect()) return HRESULT_FROM_WIN32(ERROR_CONNECTION_REFUSED);
-  // The real loader wants a single-threaded apartment.
+  // The real loader requires a single-threaded apartment.
   APTTYPE type{};
   APTTYPEQUALIFIER qualifier{};
   if (FAILED(CoGetApartmentType(&type, &qualifier)) || (type != APTTYPE_STA && type != APTTYPE_MAINSTA)) {

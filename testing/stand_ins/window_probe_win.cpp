@@ -1,6 +1,7 @@
-// Looks at the program's window, or drives it, as any other process can: window_probe.exe [WORD]... Each word is
-// one step (testing/README.md has them); the answer is one JSON document on standard output, in which "results" are
-// those of the messages sent. Without any word it only tells whether there is a window.
+// Looks at the program's window, or drives it, as any other process can: window_probe.exe [WORD]... Each
+// word is one step (listed in testing/README.md). The answer is one JSON document on standard output,
+// whose "results" are those of the messages sent. Without any word, it only tells whether there is a
+// window.
 #include <windows.h>
 
 #include <cstdio>
@@ -52,7 +53,8 @@ DWORD ProcessOf(HWND window) {
   return process_id;
 }
 
-// Sends a message whose LPARAM points to a rectangle, which has to lie in the process of the window.
+// Sends a message whose LPARAM points to a rectangle, which must be in the memory of the window's
+// process.
 void SendRect(HWND window, UINT message, WPARAM wparam, const RECT& rect) {
   const Owned<KernelHandleKind> process(
       OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, ProcessOf(window)));
@@ -90,7 +92,7 @@ void Step(HWND window, const std::string& word, json& answer) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);  // sizes in the display's pixels
+  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);  // display pixels
   const HWND window = Find(argc > 1);
   if (!window) {
     std::cout << R"({"found":false})" << std::endl;
