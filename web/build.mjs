@@ -1,5 +1,5 @@
 // Builds the page: node build.mjs --version X.Y.Z [--out DIR]
-// Writes index.html, css/style.css, js/app.js, app.png and app.ico, and fails when one of them outgrows its budget.
+// Writes index.html, css/style.css, js/app.js, app.png and app.ico. Fails if one of them exceeds its budget.
 import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -15,7 +15,7 @@ const out = resolve(options.out ?? at('dist'));
 
 const budgets = { 'index.html': 4_000, 'css/style.css': 40_000, 'js/app.js': 230_000 };
 
-// The licences of what is compiled into the page travel with it.
+// The compiled page includes the licences of its libraries.
 const notice = (name) =>
   `/*! ${name}\n${readFileSync(at('node_modules', name, 'LICENSE'), 'utf8').trim()}\n*/`;
 
@@ -39,7 +39,8 @@ const files = {
   'css/style.css': await bundle('src/app/style.css', { footer: { css: notice('lucide-static') } }),
   'js/app.js': await bundle('src/app/main.tsx', {
     format: 'iife',
-    // Arguments take less room than a list named `children`. An empty tsconfig keeps its own choice away.
+    // Arguments take less space than a list named `children`. An empty tsconfig keeps the project's own
+    // setting out.
     tsconfigRaw: '{}',
     jsx: 'transform',
     jsxFactory: 'h',

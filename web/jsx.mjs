@@ -1,2 +1,2 @@
-// What compiled JSX calls; the build puts it into every file.
+// The functions that compiled JSX calls. The build injects them into every file.
 export { Fragment, h } from 'preact';

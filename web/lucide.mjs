@@ -1,5 +1,5 @@
-// esbuild plugin: `import gauge from 'lucide:gauge'` gives the shapes of that icon as [tag, attributes] pairs, so the
-// script carries only the icons it shows.
+// esbuild plugin: `import gauge from 'lucide:gauge'` returns the shapes of that icon as [tag,
+// attributes] pairs, so the script contains only the icons that it shows.
 import { readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 

@@ -3,5 +3,5 @@ declare module 'lucide:*' {
   export default shapes;
 }
 
-/** Version of the program, from package.json. */
+/** The program's version, set by the build. */
 declare const VARNEL_VERSION: string;

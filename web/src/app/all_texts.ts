@@ -1,4 +1,4 @@
-// Every text of the page: the tables of the rooms, joined.
+// Joins the text tables of the rooms into every text of the page.
 import { setTexts } from '../base/text.ts';
 import { texts as clean } from '../clean/texts.ts';
 import { texts as disk } from '../disk/texts.ts';

@@ -22,7 +22,7 @@ export function App() {
   document.documentElement.dataset.theme = drawnTheme(theme);
   document.documentElement.lang = language;
   useShortcuts();
-  useEffect(() => clearToasts, [language]); // their words are of the language before
+  useEffect(() => clearToasts, [language]); // their texts are in the previous language
 
   const { view } = useStore(route);
   const Current = views.find(({ id }) => id === view)!.component;

@@ -10,10 +10,10 @@ import { ignoredNow } from '../software/ignored.ts';
 import { updates } from '../software/lists.ts';
 import { scan } from '../software/scan.ts';
 
-/** "busy", "unsaved", or how many things wait. */
+/** "busy", "unsaved", or the number of waiting things. */
 export type Badge = 'busy' | 'unsaved' | number | undefined;
 
-/** What the navigation says of views that are not looked at. */
+/** Returns the navigation's badges for views, including those that are not shown. */
 export function useBadges(): Partial<Record<ViewId, Badge>> {
   useStore(settingsDocument);
   const isIgnored = ignoredNow();

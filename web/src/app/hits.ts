@@ -2,7 +2,7 @@ import { fold } from '../base/fold.ts';
 
 const most = 8;
 
-/** What can be found by its title. */
+/** Something that the search finds by its title. */
 export interface Findable {
   title: string;
   folded: string;
@@ -13,7 +13,10 @@ export const findable = <T extends { title: string }>(thing: T): T & Findable =>
   folded: fold(thing.title),
 });
 
-/** Things that contain every word of the query: first what begins with it, then where its words begin words, then the rest. */
+/**
+ * Returns the things that contain every word of the query: first those that begin with it, then those with
+ * words that begin with its words, then the rest.
+ */
 export function bestHits<T extends Findable>(things: readonly T[], query: string): T[] {
   const whole = fold(query).trim();
   const words = whole.split(/\s+/);

@@ -25,7 +25,8 @@ host.on('error', ({ message }) => toast(message, { error: true }));
 
 void settingsDocument.reload().then(keepSorts);
 
-// The skeleton stays until theme and language are known, so that neither is seen to change; but not for long.
+// The skeleton stays, for a limited time, until theme and language are known, so that the user sees
+// neither change.
 const grace = new Promise((resolve) => setTimeout(resolve, settingsGraceMs));
 void Promise.race([settingsDocument.reload(), grace]).then(() => {
   const root = document.getElementById('app')!;

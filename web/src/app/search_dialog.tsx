@@ -8,7 +8,7 @@ import { loadThings, useThings, type Thing } from './things.ts';
 
 const close = () => searching.set(false);
 
-/** One search over all that the page knows: Ctrl+K. */
+/** The search over everything that the page knows: Ctrl+K. */
 export function SearchDialog() {
   return useStore(searching) ? <Search /> : null;
 }

@@ -84,7 +84,7 @@ function Preferences({ theme, language, autoClean, autoScan, autoOpen, scanInter
 const scanIntervals = [1, 6, 12, 24, 72, 168];
 
 function ScanInterval({ hours }: { hours: number }) {
-  // An interval that another version stored stays on offer.
+  // Keeps offering an interval that another version stored.
   const offered = [...new Set([...scanIntervals, hours])].sort((a, b) => a - b);
   const name = (n: number) => (n % 24 === 0 ? t('settings.days', { n: n / 24 }) : t('settings.hours', { n }));
   return (
@@ -98,7 +98,10 @@ function ScanInterval({ hours }: { hours: number }) {
   );
 }
 
-/** The service keeps the schedule, so it is asked first; what it refuses is not stored and the switch goes back. */
+/**
+ * Asks the service first, because it keeps the schedule. If it refuses, nothing is stored and the switch
+ * goes back.
+ */
 async function setAutoClean(enabled: boolean) {
   try {
     await host.request('toggleScheduleClean', { enabled });
@@ -167,7 +170,7 @@ function Choice({ label, hint, value, options, onChoose }: ChoiceProps) {
 
 const keyOf = ({ type, id, version }: Ignored) => [type, id, version].join('\n');
 
-/** One entry goes at once and can be brought back; several are asked about first. */
+/** Removes a single entry immediately and offers to undo that; asks before removing several. */
 async function removeEntries(entries: Ignored[], gone: Ignored[]) {
   const n = gone.length;
   const question = {

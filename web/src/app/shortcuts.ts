@@ -15,15 +15,15 @@ function onKeyDown(event: KeyboardEvent) {
     if (!isDialogOpen()) run();
   };
   if (altKey || metaKey) return;
-  // The control's own reload would lose the queue and everything that is not saved.
+  // The control's own reload would lose the queue and everything unsaved.
   if (key === 'F5' || (ctrlKey && event.code === 'KeyR')) act(() => refreshOfView.get()?.());
   else if (ctrlKey && !shiftKey && key.toLowerCase() === 'f') {
-    // Where nothing can be filtered, the control's own search opens.
+    // Without a filter, the control's own search opens.
     const filter = document.querySelector<HTMLInputElement>('[data-filter]');
     if (filter) act(() => (filter.focus(), filter.select()));
   } else if (ctrlKey && !shiftKey && key.toLowerCase() === 'k') act(() => searching.set(true));
   else if (ctrlKey && !shiftKey && key.toLowerCase() === 'z' && !typing && undoLast()) event.preventDefault();
-  // By position, so that it also works on the Czech layout, whose upper row gives letters.
+  // By position, so that it also works on the Czech layout, whose top row types letters.
   else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[0-9]$/.test(event.code))
     act(() => {
       const view = views[(Number(event.code.slice(-1)) + 9) % 10];
@@ -34,7 +34,7 @@ function onKeyDown(event: KeyboardEvent) {
   else if (key === '?' && !typing && !ctrlKey) act(showKeys);
 }
 
-// A dropped file would take the place of the page.
+// A dropped file would replace the page.
 function refuseFiles(event: DragEvent) {
   if (event.dataTransfer?.types.includes('Files')) event.preventDefault();
 }

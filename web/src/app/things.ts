@@ -1,4 +1,5 @@
-// Everything that the search finds: what the page already knows, with the way that leads to it.
+// Lists everything that the search finds: the things that the page already knows, each with its
+// destination.
 import { useMemo } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { useStore } from '../kit/hooks.ts';
@@ -19,7 +20,7 @@ import { findable, type Findable } from './hits.ts';
 import { views } from './views.ts';
 
 export interface Thing extends Findable {
-  /** Where it leads. */
+  /** The view that it leads to. */
   view: ViewId;
   icon: IconName;
   run(): void;
@@ -34,7 +35,7 @@ const settings = [
   'settings.shortcuts',
 ] as const;
 
-/** Loads what is quick to load and not there yet; the list of programs takes too long. */
+/** Loads whatever is missing and quick to load. The list of programs takes too long. */
 export function loadThings() {
   void processes.reload();
   for (const source of [ports, startup]) if (!source.get().data) void source.reload();

@@ -12,14 +12,14 @@ import { Processes } from '../system/processes.tsx';
 import { SettingsView } from './settings_view.tsx';
 
 interface ViewEntry {
-  /** Also the name of its icon, of its texts (`view.<id>`) and of `data-view`. */
+  /** Also the name of its icon, its texts (`view.<id>`) and `data-view`. */
   id: ViewId;
-  /** Heading in the navigation; none for what stands at its foot. */
+  /** Heading in the navigation; absent for the entries at its foot. */
   group?: 'overview' | 'tidy' | 'system' | 'tools';
   component: ComponentType;
 }
 
-/** Every view in the order of the navigation; Ctrl+1 to 9 follow it. */
+/** Every view in the order of the navigation, which Ctrl+1 to 9 follow. */
 export const views: readonly ViewEntry[] = [
   { id: 'dashboard', group: 'overview', component: Dashboard },
   { id: 'cleaning', group: 'tidy', component: Cleaning },

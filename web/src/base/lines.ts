@@ -1,4 +1,4 @@
-// The terminal pane's lines.
+// Keeps the lines of the terminal pane.
 
 export interface Line {
   id: number;
@@ -9,9 +9,12 @@ export interface Line {
 
 export interface Incoming {
   text: string;
-  /** Class of the line; letters, digits and hyphens, "system-line" when empty. */
+  /** Class of the line: letters, digits and hyphens, "system-line" if empty. */
   style?: string;
-  /** The tool ended the line with a bare or preceding carriage return, so it may be a redraw of the one before. */
+  /**
+   * The tool ended the line with a carriage return, alone or before a line feed, so it may redraw the
+   * previous line.
+   */
   isProgress?: boolean;
 }
 
@@ -25,7 +28,7 @@ const redrawLooks = [
   /\d+([.,]\d+)?\s*[kKMGT]?i?B\s*\/\s*\d+([.,]\d+)?\s*[kKMGT]?i?B/, // 12.0 MB / 80.1 MB
 ];
 
-/** What a console would show of a line with carriage returns in it: what was written last. */
+/** Returns the part of a line that a console would show despite carriage returns: the one written last. */
 const afterRedraws = (text: string) => text.split('\r').findLast((part) => part.trim() !== '') ?? text;
 
 function looksLikeRedraw(text: string): boolean {
@@ -33,9 +36,9 @@ function looksLikeRedraw(text: string): boolean {
 }
 
 /**
- * Appends lines, the oldest falling out beyond the limit. A progress line takes the place of the one before it only when
- * both look like a redraw: tools end ordinary lines with CR LF too, and those are marked as progress as well. A spinner goes
- * with whatever comes after it.
+ * Appends lines and drops the oldest beyond the limit. A progress line replaces the previous one only if
+ * both look like a redraw: tools also end ordinary lines with CR LF, so those are marked as progress, too.
+ * Any next line replaces a spinner.
  */
 export function appendLines(lines: readonly Line[], incoming: readonly Incoming[]): Line[] {
   const next = lines.slice();
@@ -54,7 +57,7 @@ export function appendLines(lines: readonly Line[], incoming: readonly Incoming[
 
 const unitBytes: Record<string, number> = { B: 1, KB: 2 ** 10, MB: 2 ** 20, GB: 2 ** 30, TB: 2 ** 40 };
 
-/** 0 to 100 out of a line of progress: "40%", or "30.1 MB / 63.0 MB". */
+/** Reads 0 to 100 from a progress line: "40%", or "30.1 MB / 63.0 MB". */
 export function percentOf(text: string): number | undefined {
   if (!looksLikeRedraw(text)) return undefined;
   const percent = /(\d+(?:[.,]\d+)?)\s*%/.exec(text)?.[1];

@@ -1,4 +1,5 @@
-// Run-time descriptions of JSON values. The static type is derived from the description, so the two cannot differ.
+// Describes JSON values at run time. The static type is derived from the description, so the two cannot
+// differ.
 
 export type Guard<T> = (value: unknown) => value is T;
 export type Guarded<G> = G extends Guard<infer T> ? T : never;
@@ -17,19 +18,19 @@ export function array<T>(item: Guard<T>): Guard<T[]> {
   return (value): value is T[] => Array.isArray(value) && value.every(item);
 }
 
-/** Absent or of that shape. */
+/** Accepts an absent value or that shape. */
 export function optional<T>(guard: Guard<T>): Guard<T | undefined> {
   return (value): value is T | undefined => value === undefined || guard(value);
 }
 
-/** An object whose members, whatever their names, are all of one shape. */
+/** Accepts an object whose members all have one shape, whatever their names. */
 export function record<T>(member: Guard<T>): Guard<Record<string, T>> {
   return (value): value is Record<string, T> => isRecord(value) && Object.values(value).every(member);
 }
 
 type Shape<F> = { [K in keyof F]: Guarded<F[K]> };
 
-/** An object with at least these members; further ones are let through. */
+/** Accepts an object with at least these members. */
 export function object<F extends Record<string, Guard<unknown>>>(members: F): Guard<Shape<F>> {
   return (value): value is Shape<F> =>
     isRecord(value) && Object.entries(members).every(([name, guard]) => guard(value[name]));

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { createSource } from './source.ts';
 
-/** A source whose loads the test ends by hand, in the order they began. */
+/** Returns a source whose loads the test ends by hand, in the order in which they began. */
 function manual() {
   const loads: Record<'resolve' | 'reject', (end: string) => void>[] = [];
   const load = () => new Promise<string>((resolve, reject) => loads.push({ resolve, reject }));

@@ -1,11 +1,11 @@
-// A data source: something that is loaded, may fail, and keeps showing what it had while it loads anew.
+// A data source: something that is loaded, may fail, and keeps showing its old data while it reloads.
 import { createStore, type Store } from './store.ts';
 
 export interface SourceState<T> {
   phase: 'idle' | 'loading' | 'ready' | 'failed';
-  /** The last data that arrived; kept while loading again and after a failure. */
+  /** The last data that arrived; kept during a reload and after a failure. */
   data?: T;
-  /** Why the last finished load failed; kept while loading again. */
+  /** The reason why the last finished load failed; kept during a reload. */
   error?: unknown;
   /** When the data arrived (ms since the epoch). */
   at?: number;
@@ -13,14 +13,17 @@ export interface SourceState<T> {
   since?: number;
 }
 
-/** A source as its readers see it. */
+/** A source for its readers. */
 export interface Readable<T> extends Pick<Store<SourceState<T>>, 'get' | 'subscribe'> {
-  /** Loads; while a load runs, a second call joins it. Never rejects: a failure becomes the state. */
+  /** Loads the data. A second call joins a running load. Never rejects: a failure becomes the state. */
   reload(): Promise<void>;
 }
 
 export interface Source<T> extends Readable<T> {
-  /** Takes data that came by another way, for example unasked from the host; a running load's result is then dropped. */
+  /**
+   * Takes data that arrived in another way, for example unrequested from the host. Drops the result of a
+   * running load.
+   */
   put(data: T): void;
 }
 

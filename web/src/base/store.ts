@@ -1,4 +1,4 @@
-// A value that tells its listeners when it changes: state that outlives the view that shows it.
+// A value that notifies its listeners of changes: state that outlives the view that shows it.
 
 export interface Store<T> {
   get(): T;

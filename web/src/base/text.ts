@@ -1,4 +1,4 @@
-// Texts in the chosen language, with their numbers and plurals formatted by Intl.
+// Texts in the chosen language, with numbers and plurals formatted by Intl.
 
 export const languages = { cs: 'Čeština', en: 'English' } as const;
 export type Language = keyof typeof languages;
@@ -11,7 +11,7 @@ export type TextTable = Readonly<
   Record<string, readonly [cs: string, en: string] | readonly [cs: Plural, en: Plural]>
 >;
 
-/** Every text of the page; extended where the tables of the rooms are joined. */
+/** Every text of the page. Extended where the tables of the rooms are joined. */
 export interface Texts {}
 export type TextKey = keyof Texts;
 
@@ -21,7 +21,7 @@ type HolesOf<K extends TextKey> = Holes<Pattern<Texts[K][number]>>;
 type Args<K extends TextKey> = [HolesOf<K>] extends [never]
   ? []
   : [values: Record<HolesOf<K>, string | number>];
-/** A text without holes: what tables of data, such as columns, may name. */
+/** A text without holes, which tables of data such as columns may name. */
 export type PlainKey = { [K in TextKey]: [HolesOf<K>] extends [never] ? K : never }[TextKey];
 
 let texts: TextTable = {};
@@ -42,7 +42,7 @@ export function locale(): string {
   return locales[language];
 }
 
-// Making an Intl object is slow, using it is not.
+// Creating an Intl object is slow, using it is not.
 const cache = new Map<string, unknown>();
 export function cached<T>(name: string, make: () => T): T {
   const key = `${language} ${name}`;
@@ -61,7 +61,10 @@ export function formatNumber(value: number, digits = 0, style: 'decimal' | 'perc
   return format.format(value);
 }
 
-/** The text of a key; `{name}` is replaced by the value of that name, and `{n}` chooses the plural form. */
+/**
+ * Returns the text of a key. Replaces `{name}` with the value of that name; `{n}` also chooses the plural
+ * form.
+ */
 export function t<K extends TextKey>(key: K, ...args: Args<K>): string {
   const values: Record<string, string | number> = args[0] ?? {};
   const entry = texts[key]![language === 'cs' ? 0 : 1];

@@ -1,4 +1,4 @@
-/** Calls `onSilence` once no `reset` has come for so long; nothing is watched before the first one. */
+/** Calls `onSilence` once no `reset` has come for `silenceMs`. Watches only after the first `reset`. */
 export function createWatchdog(silenceMs: number, onSilence: () => void) {
   let timer: ReturnType<typeof setTimeout> | undefined;
   const stop = () => clearTimeout(timer);

@@ -5,11 +5,11 @@ import { Bridge, BridgeError, type FailureKind } from './bridge.ts';
 const specs = { cpu: 'c', gpu: 'g', ram: 'r', ramTooltip: 't', motherboard: 'm', os: 'o' };
 const status = { type: 'status', success: true, isAdmin: false, serviceActive: true, specs };
 
-// The clock stands still: a test's open requests never run into their time-out.
+// The clock stands still, so that open requests never time out.
 beforeEach(() => mock.timers.enable({ apis: ['setTimeout'] }));
 afterEach(() => mock.timers.reset());
 
-/** A browser control in which the test plays the host. */
+/** Returns a browser control in which the test plays the host. */
 function connect() {
   const sent: string[] = [];
   let deliver!: (event: { data: unknown }) => void;

@@ -11,26 +11,29 @@ import {
   type StreamData,
 } from './protocol.ts';
 
-/** The browser control's end of the line: texts go out, parsed JSON comes in. */
+/** The browser control's side of the connection: texts go out, parsed JSON comes in. */
 export interface WebView {
   postMessage(text: string): void;
   addEventListener(type: 'message', listener: (event: { data: unknown }) => void): void;
 }
 
-/** Why a request failed: no host, no answer in time, an answer of the wrong shape, or the host's own refusal. */
+/**
+ * The reason why a request failed: no host, no answer in time, an answer of the wrong shape, or a refusal
+ * by the host.
+ */
 export type FailureKind = 'absent' | 'timeout' | 'malformed' | 'refused';
 
 export class BridgeError extends Error {
   constructor(
     readonly kind: FailureKind,
-    /** The host's words, when it gave any. */
+    /** The host's own words, if it gave any. */
     readonly reason = '',
   ) {
     super(`${kind}: ${reason}`);
   }
 }
 
-/** The action's data, required where it reads any. */
+/** The action's data, required if the action reads any. */
 export type RequestArgs<A extends Action> = A extends keyof RequestData
   ? [data: RequestData[A]]
   : [data?: undefined];
@@ -53,14 +56,14 @@ export class Bridge {
     webView?.addEventListener('message', (event) => this.#receive(event.data));
   }
 
-  /** Asks and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
+  /** Sends a request and waits for the answer with the same `requestId`. Rejects with a BridgeError. */
   request<A extends Action>(action: A, ...[data]: RequestArgs<A>): Promise<Reply<A>> {
     return this.#ask(action, { data: data ?? {} });
   }
 
   /**
-   * Starts an action whose answers are stream messages: listen to them with `on` first. Returns the `requestId` that they
-   * carry, 0 for the actions that are sent without one.
+   * Starts an action that answers with stream messages: call `on` for them first. Returns the `requestId`
+   * that they carry, or 0 for actions sent without one.
    */
   start<A extends keyof StreamData>(action: A, data: StreamData[A]): number {
     if (!this.#webView) throw new BridgeError('absent');
@@ -69,12 +72,15 @@ export class Bridge {
     return requestId;
   }
 
-  /** Opens an address with the system's own program. The host reads `url` beside `action`, not inside `data`. */
+  /**
+   * Opens an address with the system's default program. The host reads `url` beside `action`, not inside
+   * `data`.
+   */
   openUrl(url: string): Promise<Reply<'openUrl'>> {
     return this.#ask('openUrl', { url, data: {} });
   }
 
-  /** Listens to every message of one type, also to replies. Returns the function that stops listening. */
+  /** Listens to every message of one type, including replies. Returns a function that stops listening. */
   on<T extends MessageType>(type: T, listener: (message: Message<T>) => void): () => void {
     const listeners = this.#listeners.get(type) ?? new Set();
     this.#listeners.set(type, listeners.add(listener));

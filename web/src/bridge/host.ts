@@ -4,5 +4,5 @@ declare global {
   var chrome: { webview?: WebView } | undefined;
 }
 
-/** The one line to the program around the page. */
+/** The only connection to the program around the page. */
 export const host = new Bridge(globalThis.chrome?.webview);

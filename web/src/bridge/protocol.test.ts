@@ -12,7 +12,7 @@ test('every recorded message of the host is understood', () => {
   for (const name of names) {
     const message = read(name);
     assert.ok(Object.hasOwn(messages, message.type), `${name}: no type "${message.type}"`);
-    // A failed reply carries a reason or nothing; what it would have carried is not promised.
+    // A failed reply carries a reason or nothing; its other members are not guaranteed.
     const understood = message.success === false || messages[message.type as MessageType](message);
     assert.ok(understood, `${name} does not have the expected shape`);
   }

@@ -1,5 +1,5 @@
-// Everything page and host say to each other: a message type or action is added here and nowhere else.
-// Sizes are bytes unless a comment says otherwise.
+// Defines everything that page and host say to each other. Add a message type or an action only here.
+// Sizes are in bytes unless a comment says otherwise.
 import {
   anything,
   array,
@@ -15,7 +15,7 @@ import {
 const file = object({ path: text, size: number });
 const folderEntry = object({ name: text, path: text, isDirectory: bool, size: number });
 const softwareUpdate = object({ name: text, id: text, version: text, available: text, source: text });
-// Passed on from Windows Update as they come, whatever their type.
+// Passed on from Windows Update unchanged, whatever their type.
 const driverUpdate = object({
   title: anything,
   description: anything,
@@ -44,18 +44,21 @@ const junk = object({
 });
 const systemFile = object({ exists: bool, size: number });
 
-/** One message of a tool that runs: `streamType` "status", "stdout" or "exit". */
+/** One message of a running tool: `streamType` is "status", "stdout" or "exit". */
 const toolStream = object({
   streamType: text,
   requestId: optional(number), // absent in the "exit" of a ping
   message: optional(text),
-  isProgress: optional(bool), // the line ended with a carriage return; not yet proof of a redraw
+  isProgress: optional(bool), // the line ended with a carriage return, which does not prove a redraw
   code: optional(number), // unsigned 32-bit
   rebootRequired: optional(bool),
   error: optional(text),
 });
 
-/** Host to page, by `type`: what a successful reply, a stream message or a notice carries besides the envelope. */
+/**
+ * Host to page, by `type`: the members of a successful reply, a stream message or a notice besides the
+ * envelope.
+ */
 export const messages = {
   // Program and machine.
   testBridge: object({ status: text }),
@@ -70,7 +73,7 @@ export const messages = {
   telemetry: object({
     cpu: number, // percent since the previous sample
     ram: number, // percent
-    cpuTemp: number, // degrees Celsius, derived from the load
+    cpuTemp: number, // degrees Celsius, estimated from the load
     gpuTemp: number,
     download: number, // 2^20 bits per second
     upload: number,
@@ -79,7 +82,7 @@ export const messages = {
       hasBattery: bool,
       isCharging: bool,
       percent: number,
-      lifeTime: number, // seconds, -1 when unknown
+      lifeTime: number, // seconds, -1 if unknown
       saverMode: bool,
     }),
     disks: array(
@@ -150,7 +153,7 @@ export const messages = {
   disk_analysis_progress: object({
     status: text, // "scanning", "done"
     requestId: number,
-    success: optional(bool), // false: only a part could be analysed
+    success: optional(bool), // false: only a part was analysed
     scanned: optional(number),
     currentFolder: optional(text),
     drive: optional(text),
@@ -196,7 +199,7 @@ export const messages = {
   }),
   downloadAndApplyUpdate: object({}),
 
-  // Unasked.
+  // Sent without a request.
   console_log: object({ message: text, style: text }),
   show_service_error_modal: object({}),
   error: object({ message: text }),
@@ -206,8 +209,9 @@ export type MessageType = keyof typeof messages;
 export type Message<T extends MessageType> = Guarded<(typeof messages)[T]>;
 
 /**
- * Page to host: each action that has one answer, with the `type` of that answer and how many seconds it is waited for. Long
- * ones walk whole folder trees, ask servers, or wait for the helper service, which has no limit of its own.
+ * Page to host: each action with a single answer, the `type` of that answer, and the seconds to wait for
+ * it. Long waits are for whole folder trees, servers, and the helper service, which has no limit of its
+ * own.
  */
 export const replies = {
   testBridge: ['testBridge', 5],
@@ -253,7 +257,7 @@ export const replies = {
 export type Action = keyof typeof replies;
 export type Reply<A extends Action> = Message<(typeof replies)[A][0]>;
 
-/** What goes into `data`; `{}` for an action that is not listed. */
+/** The content of `data`, which is `{}` for an action not listed here. */
 export interface RequestData {
   saveSettings: Record<string, unknown>;
   killProcess: { pid: number };
@@ -272,7 +276,7 @@ export interface RequestData {
   downloadAndApplyUpdate: { downloadUrl?: string };
 }
 
-/** Page to host: actions that are answered by messages of a stream, with what goes into `data`. */
+/** Page to host: actions answered by stream messages, and the content of their `data`. */
 export interface StreamData {
   startSystemScan: Record<string, never>; // scan_progress
   startDiskAnalysis: { drive: string }; // disk_analysis_progress

@@ -1,4 +1,4 @@
-/** A share as a bar. Only a picture: the figure stands beside it in words. */
+/** Draws a share as a bar. It is only a picture: words beside it give the figure. */
 export function Bar({ percent, warn }: { percent: number; warn?: boolean }) {
   return (
     <span class="bar">

@@ -5,7 +5,7 @@ interface Props {
   onClick(): void;
   children: ComponentChildren;
   icon?: IconName | undefined;
-  /** "primary": the one main act of a view. "danger": it destroys something. "quiet": without a frame. */
+  /** "primary": the main action of a view. "danger": it destroys something. "quiet": no frame. */
   kind?: 'primary' | 'danger' | 'quiet' | undefined;
   disabled?: boolean | undefined;
 }
@@ -19,7 +19,7 @@ export function Button({ onClick, children, icon, kind, disabled }: Props) {
   );
 }
 
-/** Only an icon; `label` is its accessible name and its tool tip. */
+/** An icon without text. `label` is its accessible name and its tool tip. */
 export function IconButton({
   icon,
   label,
@@ -31,7 +31,7 @@ export function IconButton({
   label: string;
   onClick(): void;
   disabled?: boolean;
-  /** In a row of a table, which is one stop of the Tab key: its menu says the same. */
+  /** Set in a row of a table, which is a single stop of the Tab key: the row's menu offers the same. */
   inRow?: boolean;
 }) {
   return (

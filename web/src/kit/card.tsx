@@ -6,7 +6,7 @@ interface Props {
   children: ComponentChildren;
   /** Beside the title: a note, or a button. */
   aside?: ComponentChildren;
-  /** Extra class for the place in the view's grid. */
+  /** Extra class for its place in the view's grid. */
   class?: string;
 }
 

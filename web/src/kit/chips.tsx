@@ -7,7 +7,7 @@ interface Props<Id extends string> {
   onChoose(id: Id): void;
 }
 
-/** Narrow a list to one kind of its rows; each says how many there are. */
+/** Chips that narrow a list to one kind of row. Each shows its count. */
 export function Chips<Id extends string>({ label, chips, active, onChoose }: Props<Id>) {
   return (
     <div class="chips line" role="group" aria-label={label}>

@@ -14,7 +14,7 @@ interface NoticeProps {
   children?: ComponentChildren;
 }
 
-/** A calm sentence where content would be: why there is none, and what next. */
+/** A calm sentence in place of content: why there is none, and what to do next. */
 export function Notice({ icon, title, hint, children }: NoticeProps) {
   return (
     <div class="notice">
@@ -26,7 +26,7 @@ export function Notice({ icon, title, hint, children }: NoticeProps) {
   );
 }
 
-/** "Loading", with the elapsed time once it takes longer than two seconds. */
+/** Shows "Loading", with the elapsed time after two seconds. */
 function Loading({ since }: { since: number }) {
   const seconds = useElapsed(since);
   return (
@@ -37,24 +37,24 @@ function Loading({ since }: { since: number }) {
   );
 }
 
-/** Decoration beside the words that say what is going on. */
+/** Decoration beside the words that describe the activity. */
 export function Spinner() {
   return <span class="spinner" aria-hidden="true" />;
 }
 
 interface Props<T> {
   source: Readable<T>;
-  /** What "Try again" does; reloads the source when left out. */
+  /** The action of "Try again"; reloads the source if absent. */
   reload?(): void;
   children(data: T): ComponentChildren;
-  /** Shown instead of the children when the data is an empty list, or what `isEmpty` says. */
+  /** Shown instead of the children if the data is an empty list, or if `isEmpty` returns true. */
   nothing?: ComponentChildren;
   isEmpty?(data: T): boolean;
 }
 
 const isEmptyList = (data: unknown) => Array.isArray(data) && data.length === 0;
 
-/** Shows a data source in whatever state it is. Data that is already there stays while newer data loads or fails. */
+/** Shows a data source in any state. Existing data stays visible while newer data loads or fails. */
 export function DataView<T>({
   source,
   reload = () => void source.reload(),

@@ -8,9 +8,12 @@ import { useStore } from './hooks.ts';
 interface DialogProps {
   title: string;
   children: ComponentChildren;
-  /** The buttons, the one that changes nothing first: it gets the focus, unless something in the dialog has `data-first`. */
+  /**
+   * The buttons, beginning with the one that changes nothing. It gets the focus unless something in the
+   * dialog has `data-first`.
+   */
   actions: ComponentChildren;
-  /** Esc was pressed. */
+  /** Called on Esc. */
   onClose(): void;
 }
 
@@ -23,7 +26,7 @@ export function Dialog({ title, children, actions, onClose }: DialogProps) {
     const before = document.activeElement;
     dialog.current!.showModal();
     dialog.current!.querySelector<HTMLElement>('[data-first], .dialog-actions button')?.focus();
-    dialog.current!.scrollTop = 0; // the focus has gone to the buttons; a long list is read from its beginning
+    dialog.current!.scrollTop = 0; // the buttons have the focus, but a long list is read from its beginning
     return () => {
       if (before instanceof HTMLElement && before.isConnected) before.focus();
     };
@@ -48,20 +51,23 @@ export function Dialog({ title, children, actions, onClose }: DialogProps) {
 interface Question {
   title: string;
   body?: string;
-  /** What it happens to: the first five are named, the rest counted. */
+  /** The affected items: the first five are named, the rest counted. */
   items?: string[];
-  /** Names every item: for a short list whose every member matters. */
+  /** Names every item, for a short list in which each one matters. */
   listAll?: boolean;
-  /** The verb on the button that does it. */
+  /** The verb on the button that confirms. */
   verb: string;
-  /** It destroys something. */
+  /** The action destroys something. */
   danger?: boolean;
 }
 
 const namedItems = 5;
 const question = createStore<(Question & { answer(yes: boolean): void }) | undefined>(undefined);
 
-/** Asks before an act; resolves to false on Esc. One question at a time: a new one cancels the one that is open. */
+/**
+ * Asks before an action. Resolves to false on Esc. There is one question at a time: a new one cancels an
+ * open one.
+ */
 export function confirm(asked: Question): Promise<boolean> {
   question.get()?.answer(false);
   return new Promise((resolve) => {

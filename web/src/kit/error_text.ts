@@ -1,13 +1,13 @@
 import { t } from '../base/text.ts';
 import { BridgeError } from '../bridge/bridge.ts';
 
-/** What to tell the user about a failure: the host's own words when it gave any, `unexplained` when it refused without. */
+/** Returns the text for a failure: the host's own words, or `unexplained` if it refused without a reason. */
 export function errorText(error: unknown, unexplained = t('error.refused')): string {
   if (!(error instanceof BridgeError)) return t('error.unknown');
   return error.kind === 'refused' ? error.reason || unexplained : t(`error.${error.kind}`);
 }
 
-/** Gives words to a refusal that comes without a reason. */
+/** Adds words to a refusal without a reason. */
 export async function explained<T>(answer: Promise<T>, unexplained: () => string): Promise<T> {
   try {
     return await answer;

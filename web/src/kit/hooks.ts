@@ -2,7 +2,7 @@ import type { RefObject } from 'preact';
 import { useEffect, useLayoutEffect, useReducer, useRef, useState } from 'preact/hooks';
 import type { Store } from '../base/store.ts';
 
-/** The store's value, or what is chosen of it; the component is drawn again when that changes. */
+/** Returns the store's value, or a selected part of it. Redraws the component whenever that changes. */
 export function useStore<T, V = T>(
   store: Pick<Store<T>, 'get' | 'subscribe'>,
   choose: (value: T) => V = (value) => value as unknown as V,
@@ -21,7 +21,10 @@ export function useStore<T, V = T>(
   return value;
 }
 
-/** Whole seconds since a moment (ms since the epoch), counting on while the component is shown; 0 without a moment. */
+/**
+ * Returns the whole seconds since a moment (ms since the epoch) and keeps counting while the component is
+ * shown. Returns 0 without a moment.
+ */
 export function useElapsed(since: number | undefined): number {
   const [now, setNow] = useState(Date.now());
   useEffect(() => {
@@ -34,7 +37,7 @@ export function useElapsed(since: number | undefined): number {
   return since === undefined ? 0 : Math.max(0, Math.floor((now - since) / 1000));
 }
 
-/** Calls `poll` now and every `periodMs`, but not while the window is hidden. */
+/** Calls `poll` now and every `periodMs`, except while the window is hidden. */
 export function usePolling(poll: () => void, periodMs: number) {
   useEffect(() => {
     let timer: ReturnType<typeof setInterval> | undefined;
@@ -62,7 +65,7 @@ export function useSize(ref: RefObject<HTMLElement | null>, measure: () => void)
   }, []);
 }
 
-/** What a `Switch` shows while the host is asked for the change. */
+/** Keeps the state that a `Switch` shows while the host carries out the change. */
 export function usePending(on: boolean, change: (on: boolean) => Promise<void>) {
   const [wanted, setWanted] = useState<boolean>();
   return {

@@ -77,7 +77,7 @@ const icons = {
 
 export type IconName = keyof typeof icons;
 
-/** Decoration only: the words beside it, or the label of its button, carry the meaning. */
+/** Decoration only: the words beside it, or its button's label, carry the meaning. */
 export function Icon({ name }: { name: IconName }) {
   return (
     <svg class="icon" viewBox="0 0 24 24" aria-hidden="true">
@@ -86,7 +86,7 @@ export function Icon({ name }: { name: IconName }) {
   );
 }
 
-/** The mark of icons/varnel.svg in the colours of the theme. */
+/** Draws the mark of icons/varnel.svg in the theme's colours. */
 export function Mark() {
   return (
     <svg class="mark" viewBox="16 24 224 224" aria-hidden="true">

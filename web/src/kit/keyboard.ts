@@ -1,12 +1,15 @@
 import { useEffect } from 'preact/hooks';
 import { isDialogOpen } from './dialog.tsx';
 
-/** Whether a key pressed now would write into a field. */
+/** Returns true if a key pressed now would type into a field. */
 export const isTyping = ({ target }: KeyboardEvent) =>
   target instanceof HTMLElement &&
   target.matches('input:not([type=checkbox]):not([type=radio]), textarea, select');
 
-/** Runs on a key anywhere in the document, which then does nothing else. An open dialog only swallows it. */
+/**
+ * Calls `run` on a key anywhere in the document and suppresses its default action. An open dialog only
+ * suppresses it.
+ */
 export function useKey(matches: (event: KeyboardEvent) => boolean, run: () => void) {
   useEffect(() => {
     const onKeyDown = (event: KeyboardEvent) => {

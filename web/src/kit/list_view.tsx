@@ -9,7 +9,7 @@ interface Props<Row> extends Omit<TableProps<Row>, 'rows'> {
   nothing?: ComponentChildren;
 }
 
-/** A source whose data is a list, as a table. */
+/** Shows a source whose data is a list as a table. */
 export function ListView<Row>({ source, nothing, ...table }: Props<Row>) {
   return (
     <DataView source={source} nothing={nothing}>

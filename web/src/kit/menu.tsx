@@ -10,7 +10,7 @@ export interface MenuItem {
 
 interface Props {
   label: string;
-  /** Where to open, in pixels of the window. */
+  /** The place where it opens, in window pixels. */
   x: number;
   y: number;
   items: MenuItem[];

@@ -1,16 +1,16 @@
 interface Props {
-  /** Accessible name; what stands beside the switch says the same. */
+  /** Accessible name. The text beside the switch says the same. */
   label: string;
   on: boolean;
   onToggle(on: boolean): void;
-  /** Also while a change is on its way. */
+  /** Also set while a change is in progress. */
   disabled?: boolean | undefined;
-  /** In a row of a table, which is one stop of the Tab key: the table's keys reach it. */
+  /** Set in a row of a table, which is a single stop of the Tab key: the table's keys operate it. */
   inRow?: boolean;
 }
 
 export function Switch({ label, on, onToggle, disabled, inRow }: Props) {
-  // Not the attribute "disabled": that would take the focus away.
+  // The attribute "disabled" would take the focus away.
   return (
     <button
       type="button"

@@ -8,7 +8,10 @@ interface Props<Id extends string> {
   onChoose(id: Id): void;
 }
 
-/** Tabs; the panel below is the caller's, with `id={panelOf(id)}`. Arrow keys, Home and End move and choose. */
+/**
+ * Tabs for a panel that the caller renders with `id={panelOf(id)}`. Arrow keys, Home and End move and
+ * choose.
+ */
 export function Tabs<Id extends string>({ label, tabs, active, onChoose }: Props<Id>) {
   const list = useRef<HTMLDivElement>(null);
   const at = tabs.findIndex(({ id }) => id === active);

@@ -25,7 +25,10 @@ const maxToasts = 4;
 const toasts = createStore<readonly Toast[]>([]);
 let lastId = 0;
 
-/** A short notice in the corner. It replaces the one before it that was `about` the same thing, or had the same text. */
+/**
+ * Shows a short notice in the corner. It replaces an earlier one that was `about` the same thing or had the
+ * same text.
+ */
 export function toast(
   text: string,
   {
@@ -44,7 +47,7 @@ function dismiss(id: number) {
 
 export const clearToasts = () => toasts.set([]);
 
-/** Does what the last notice offers; false if none offers anything. */
+/** Runs the action of the last notice that offers one. Returns false if none does. */
 export function undoLast(): boolean {
   const last = toasts.get().findLast(({ action }) => action);
   if (!last) return false;
@@ -87,7 +90,7 @@ function ToastCard({ id, text, error, action }: Toast) {
   );
 }
 
-/** The two live regions exist from the start: screen readers announce only what is added to a known region. */
+/** Creates both live regions at the start: screen readers announce only additions to a known region. */
 export function Toasts() {
   const all = useStore(toasts);
   const cards = (error: boolean) =>

@@ -4,7 +4,10 @@ import { t } from '../base/text.ts';
 import { IconButton } from './button.tsx';
 import { copyText } from './clipboard.ts';
 
-/** Silence of a tool that is worth a word. A large installer can be silent for longer and be well. */
+/**
+ * The number of silent seconds after which the page says so. A large installer can be silent for longer
+ * without a fault.
+ */
 export const silentSeconds = 60;
 
 export function CopyLines({ lines }: { lines: readonly Line[] }) {
@@ -22,15 +25,15 @@ interface OutputProps {
   label: string;
   lines: readonly Line[];
   class?: string;
-  /** Shown while there are no lines. */
+  /** Shown if there are no lines. */
   empty?: string;
-  /** Whether it follows its end; until the user scrolls up when left out. */
+  /** Whether it scrolls with new lines; by default, until the user scrolls up. */
   follow?: boolean;
-  /** The output was scrolled: to its end, or away from it. */
+  /** Called when the output was scrolled to its end or away from it. */
   onScrolled?(atEnd: boolean): void;
 }
 
-/** Lines as they came. */
+/** Shows lines as they arrived. */
 export function Output({ label, lines, class: name, empty, follow, onScrolled }: OutputProps) {
   const box = useRef<HTMLDivElement>(null);
   const atEnd = useRef(true);
@@ -60,7 +63,7 @@ export function Output({ label, lines, class: name, empty, follow, onScrolled }:
   );
 }
 
-/** What a tool has printed, with a button that copies it. */
+/** Shows a tool's output, with a button that copies it. */
 export function ToolLog({ label, lines }: { label: string; lines: readonly Line[] }) {
   return (
     <div class="tool-log">

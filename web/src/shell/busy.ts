@@ -1,8 +1,8 @@
-// What must not be interrupted; written by the rooms that do it.
+// Work that must not be interrupted. The rooms that do it write these stores.
 import { createStore } from '../base/store.ts';
 
-/** Something is installed or removed, or waits for its turn. */
+/** Something is being installed or removed, or is waiting for its turn. */
 export const queueBusy = createStore(false);
 
-/** An update of Varnel is downloaded or about to be installed, which ends the program. */
+/** An update of Varnel is being downloaded or is about to be installed, which ends the program. */
 export const updateBusy = createStore(false);

@@ -5,7 +5,10 @@ import { errorText } from '../kit/error_text.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import { toast } from '../kit/toast.tsx';
 
-/** What opens a folder, or the one that a file is in. Only a folder can end with a backslash: a file would be run. */
+/**
+ * Returns the address that opens a folder, or the folder of a file. Only a folder's address may end with a
+ * backslash: opening a file would run it.
+ */
 export const explorerAddress = (path: string, isDirectory: boolean) =>
   rootOf(isDirectory ? path : (parentOf(path) ?? path));
 
@@ -14,7 +17,7 @@ export const openInExplorer = (path: string, isDirectory = true) =>
     toast(t('explorer.failed', { path, reason: errorText(error) }), { error: true });
   });
 
-/** For the menu of a file or folder. */
+/** Returns an item for the menu of a file or folder. */
 export const explorerItem = (path: string, isDirectory = false): MenuItem => ({
   label: t('explorer.open'),
   icon: 'explorer',

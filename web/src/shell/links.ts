@@ -1,4 +1,4 @@
-// Ways from one subject to what other views know of it.
+// Links from one subject to related information in other views.
 import { createStore } from '../base/store.ts';
 import { host } from '../bridge/host.ts';
 import { errorText } from '../kit/error_text.ts';
@@ -6,7 +6,7 @@ import { leadToRows } from '../kit/table/memory.ts';
 import { toast } from '../kit/toast.tsx';
 import { route, type ViewId } from './navigation.ts';
 
-/** The list of the software view that is shown; outlives the view. */
+/** The list shown in the software view; outlives the view. */
 export const openedList = createStore<'updates' | 'installed' | 'drivers'>('updates');
 
 function showRows(view: ViewId, table: string, query: string) {
@@ -14,7 +14,7 @@ function showRows(view: ViewId, table: string, query: string) {
   route.set({ view });
 }
 
-/** "Code.exe" as "Code": what entries of other lists have in common with it. */
+/** Returns "Code" for "Code.exe", the part that entries of other lists share with it. */
 export const programOf = (file: string) => file.replace(/\.exe$/i, '');
 
 export const showPorts = (name: string, pid?: number) => showRows('network', 'ports', [name, pid].join(' '));

@@ -14,14 +14,14 @@ export type ViewId =
 
 export interface Route {
   view: ViewId;
-  /** The drive that the disk view begins with, for example "C:". */
+  /** The drive at which the disk view starts, for example "C:". */
   drive?: string;
 }
 
 export const route = createStore<Route>({ view: 'dashboard' });
 
-/** The search over everything is open. */
+/** Whether the search over everything is open. */
 export const searching = createStore(false);
 
-/** What F5 does in the view that is shown. */
+/** The action of F5 in the current view. */
 export const refreshOfView = createStore<(() => void) | undefined>(undefined);

@@ -1,10 +1,10 @@
-// Whether what a setting names is on the disk.
+// Finds out whether a path named by a setting exists.
 import { nameOf, parentOf } from '../base/paths.ts';
 import { host } from '../bridge/host.ts';
 
 /**
- * Looks whether paths are missing; each folder is listed once. A path is missing when the folder that would hold it is, or
- * lists others: without entries it may as well be closed to this user.
+ * Checks whether paths are missing and lists each folder once. A path counts as missing if its folder is
+ * missing, or if that lists other entries: an empty listing may only mean that this user has no access.
  */
 export function createLookup() {
   const listings = new Map<string, Promise<Set<string>>>();

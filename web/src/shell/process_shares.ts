@@ -1,12 +1,12 @@
-// What two lists of processes, taken one after the other, say together.
+// Compares two successive lists of processes.
 import type { Message } from '../bridge/protocol.ts';
 
 export type Running = Message<'processes'>['processes'][number];
 
 export interface ProcessRow extends Running {
-  /** Percent of all processors since the list before; absent when there is nothing to compare with. */
+  /** Percent of all processors since the previous list; absent if there is nothing to compare with. */
   share?: number;
-  /** What a row stands for that is the sum of several processes. */
+  /** The processes that the row sums up, if it stands for several. */
   members?: readonly ProcessRow[];
 }
 
@@ -14,10 +14,10 @@ export const membersOf = (row: ProcessRow): readonly ProcessRow[] => row.members
 
 const ownName = 'varnel.exe';
 
-/** Varnel itself. */
+/** Returns true for Varnel itself. */
 export const isOwn = ({ name }: Running) => name.toLowerCase() === ownName;
 
-/** One row per program: its processes summed up. */
+/** Returns one row per program, with the sums of its processes. */
 export function groupByName(rows: readonly ProcessRow[]): ProcessRow[] {
   const groups = new Map<string, ProcessRow[]>();
   for (const row of rows) {
@@ -38,21 +38,21 @@ export function groupByName(rows: readonly ProcessRow[]): ProcessRow[] {
   });
 }
 
-/** Memory and time are zero together only for those that the host does not open. */
+/** Returns false for a process that the host does not open: only those have zero memory and zero time. */
 export const isMeasured = ({ memUsageMB, cpuTimeSec }: Running) => memUsageMB > 0 || cpuTimeSec > 0;
 
-/** The same process, not another one that has got its number. */
+/** Returns true for the same process, as opposed to another one with its reused number. */
 export function isSameProcess(before: Running, now: Running): boolean {
   return before.pid === now.pid && before.name === now.name && before.cpuTimeSec <= now.cpuTimeSec;
 }
 
-/** Windows counts processor time in steps of about 16 ms: over less than this a share would be noise. */
+/** Windows counts processor time in steps of about 16 ms, so a share over a shorter span would be noise. */
 export const shortestSpanSeconds = 1;
 
-/** Over more than this a share would say little about now. */
+/** A share over a longer span would say little about the present. */
 const longestSpanSeconds = 10;
 
-/** Over too short a span the shares are those of the list before. */
+/** Adds the shares. If the span is too short, they are those of the previous list. */
 export function withShares(
   before: readonly ProcessRow[],
   now: readonly Running[],
@@ -73,7 +73,7 @@ export function withShares(
   });
 }
 
-/** Seconds as "1:02:03". */
+/** Formats seconds as "1:02:03". */
 export function clockText(seconds: number): string {
   const whole = Math.floor(seconds);
   const two = (n: number) => String(n % 60).padStart(2, '0');

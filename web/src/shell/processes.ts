@@ -17,7 +17,7 @@ import {
   type ProcessRow,
 } from './process_shares.ts';
 
-// The host lists them on its window's thread.
+// The host lists processes on its window's thread.
 export const processesPeriodMs = 3000;
 const endingMs = 500;
 
@@ -32,10 +32,10 @@ export const processes: Source<ProcessRow[]> = createSource(async () => {
   return rows;
 });
 
-/** The user wants the list to stand still. */
+/** The user has paused the list. */
 export const paused = createStore(false);
 
-/** One row stands for all processes of a program. */
+/** One row sums up all processes of a program. */
 export const grouped = createStore(false);
 
 export function togglePaused() {
@@ -47,7 +47,7 @@ export function pollProcesses() {
   if (!paused.get() || !processes.get().data) void processes.reload();
 }
 
-/** Leads to a process in the processes view, if it still runs. */
+/** Shows a process in the processes view if it is still running. */
 export async function showProcess(pid: number) {
   await processes.reload();
   const { data, error } = processes.get();
@@ -61,7 +61,7 @@ export async function showProcess(pid: number) {
     });
 }
 
-/** Leads to a process, or to all of a program. */
+/** Shows a process, or all processes of a program. */
 export function showProgram({ name, pid, members }: ProcessRow) {
   if (!members) return void showProcess(pid);
   grouped.set(true);
@@ -70,7 +70,7 @@ export function showProgram({ name, pid, members }: ProcessRow) {
 
 const fullName = ({ name, pid }: ProcessRow) => `${name} (PID ${pid})`;
 
-/** Asks, then ends those that are still the ones the user has seen. */
+/** Asks, then ends the selected processes that are still the same ones. */
 export async function endProcesses(rows: readonly ProcessRow[]) {
   const wanted = rows.flatMap(membersOf).filter(({ isSystem }) => !isSystem);
   if (wanted.length === 0) return;
@@ -87,7 +87,7 @@ export async function endProcesses(rows: readonly ProcessRow[]) {
   if (!agreed) return;
   await processes.reload();
   const now = processes.get();
-  // Varnel last: nothing is done after it.
+  // Varnel comes last, because nothing runs after it.
   for (const one of wanted.sort((a, b) => Number(isOwn(a)) - Number(isOwn(b)))) {
     const { name } = one;
     const pid = String(one.pid);
@@ -96,7 +96,7 @@ export async function endProcesses(rows: readonly ProcessRow[]) {
       continue;
     }
     try {
-      if (now.error !== undefined) throw now.error; // whose number that is now is not known
+      if (now.error !== undefined) throw now.error; // stale list: the PID may be reused
       await host.request('killProcess', { pid: one.pid });
       toast(t('processes.ended', { name, pid }));
     } catch (error) {
@@ -106,7 +106,7 @@ export async function endProcesses(rows: readonly ProcessRow[]) {
     }
   }
   await processes.reload();
-  // Windows ends a process in its own time, and a list that is paused is not loaded again.
+  // Windows takes its time to end a process, and a paused list does not reload.
   if (processes.get().data?.some((one) => wanted.some((other) => isSameProcess(other, one))))
     setTimeout(processes.reload, endingMs);
 }

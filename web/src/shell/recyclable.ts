@@ -1,7 +1,10 @@
-// Which paths may go to the recycle bin. The host recycles whatever it is told to, so the page says no.
+// Decides which paths may go to the recycle bin. The host recycles any path, so the page has to refuse.
 import { crumbsOf } from '../base/paths.ts';
 
-/** On any drive, `*` for any name. They stay, and so does what they lie in; with `**`, also all that lies in them. */
+/**
+ * Applies on any drive; `*` stands for any name. These folders and every folder above them are kept. With
+ * `**`, so is everything inside.
+ */
 const kept = [
   'Windows\\**',
   '$Recycle.Bin\\**',
@@ -12,11 +15,14 @@ const kept = [
   'Users\\*',
   'Program Files\\Varnel\\**',
   'Program Files (x86)\\Varnel\\**',
-  'Program Files (x86)\\Microsoft\\EdgeWebView\\**', // shows this page
+  'Program Files (x86)\\Microsoft\\EdgeWebView\\**', // displays this page
   'Users\\*\\AppData\\Local\\Varnel\\**',
 ].map((pattern) => pattern.toLowerCase().split('\\'));
 
-/** No drive, nothing that Windows, all programs or a user as a whole needs, and nothing of an installed Varnel. */
+/**
+ * Refuses drives, anything that Windows, all programs or a whole user needs, and anything that belongs to
+ * an installed Varnel.
+ */
 export function mayRecycle(path: string): boolean {
   if (!/^[a-z]:\\[^\\]/i.test(path)) return false;
   const parts = path.toLowerCase().split('\\').slice(1);
@@ -28,7 +34,10 @@ export function mayRecycle(path: string): boolean {
   });
 }
 
-/** Where the `bin` with the executable would be if Varnel ran from the path, from around it, or from just below it. */
+/**
+ * Returns the places of the executable's `bin` folder if Varnel ran from the path, from a folder above it,
+ * or from just below it.
+ */
 export const possibleBins = (paths: string[]) => [
   ...new Set([
     ...paths.flatMap((path) => crumbsOf(path).map((crumb) => `${crumb.path.replace(/\\$/, '')}\\bin`)),

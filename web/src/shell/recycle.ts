@@ -17,14 +17,17 @@ interface File {
   isDirectory?: boolean;
 }
 
-/** Varnel need not be where the setup puts it. */
+/** Returns true if a path belongs to Varnel, which need not be where the setup puts it. */
 async function isOfVarnel(files: File[]): Promise<boolean> {
   const bins = possibleBins(files.map(({ path }) => path));
   const listings = await Promise.all(bins.map((path) => host.request('getFolderContents', { path })));
   return listings.some(({ items }) => items.some(({ name }) => name.toLowerCase() === 'varnel.exe'));
 }
 
-/** Asks, moves files and folders to the recycle bin and says how many went. Resolves to false when nothing was tried. */
+/**
+ * Asks, moves files and folders to the recycle bin and reports how many were moved. Resolves to false if
+ * nothing was tried.
+ */
 export async function recycle(files: File[]): Promise<boolean> {
   const n = files.length;
   if (n === 0) return false;
@@ -47,14 +50,14 @@ export async function recycle(files: File[]): Promise<boolean> {
     if (deletedCount >= n) toast(t('recycle.done', { n }));
     else toast(t('recycle.some', { n: deletedCount, total: n }), { error: true });
   } catch (error) {
-    // The host refuses without a reason when not a single file went.
+    // The host refuses without a reason if it moved no file at all.
     const none = error instanceof BridgeError && error.kind === 'refused';
     toast(none ? t('recycle.none') : errorText(error), { error: true });
   }
   return true;
 }
 
-/** For the menu of files and folders. */
+/** Returns items for the menu of files and folders. */
 export function fileItems<F extends File>(files: F[], remove: (files: F[]) => void): MenuItem[] {
   const [first] = files;
   const items: MenuItem[] = files.length === 1 && first ? [explorerItem(first.path, first.isDirectory)] : [];

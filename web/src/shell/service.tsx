@@ -12,7 +12,10 @@ const open = createStore(false);
 
 const missingHandlers: (() => boolean)[] = [];
 
-/** Calls `handle` when the host has missed the service, unless one before it returned false, which keeps the dialog closed. */
+/**
+ * Calls `handle` if the host found the service missing, unless an earlier handler returned false, which
+ * keeps the dialog closed.
+ */
 export function onServiceMissing(handle: () => boolean) {
   missingHandlers.push(handle);
 }
@@ -50,7 +53,7 @@ export function ServiceDialog() {
     toast(t('service.back'));
   }
 
-  // The host tells when the service has come up by itself.
+  // The host reports when the service starts on its own.
   const active = data?.serviceActive === true;
   useEffect(() => {
     if (active) close();

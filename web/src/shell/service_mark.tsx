@@ -3,7 +3,7 @@ import { useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { status } from './status.ts';
 
-/** Stands beside the name of what needs the helper service, as long as that is not running; its tool tip says why. */
+/** Marks a name that needs the helper service while that is not running. Its tool tip gives the reason. */
 export function ServiceMark() {
   const missing = useStore(status, ({ data }) => data?.serviceActive === false);
   if (!missing) return null;

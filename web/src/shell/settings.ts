@@ -6,7 +6,7 @@ import { sorts } from '../kit/table/memory.ts';
 import { toast, type ToastAction } from '../kit/toast.tsx';
 import { changeSettings, readSettings, type Settings } from './settings_document.ts';
 
-/** The stored document as it is; `undefined` inside while it has not arrived. */
+/** The stored document, unchanged. The value is `undefined` until it arrives. */
 export const settingsDocument = createSource(async () => ({
   value: (await host.request('getSettings')).settings,
 }));
@@ -15,22 +15,25 @@ export function currentSettings(): Settings {
   return readSettings(settingsDocument.get().data?.value);
 }
 
-/** Keeps the sort of tables for the next start of the program. */
+/** Keeps the sorts of tables for the next start of the program. */
 export function keepSorts() {
   sorts.set(currentSettings().tableSorts);
   sorts.subscribe(() => saveSettings({ tableSorts: sorts.get() }, null));
 }
 
-// One save at a time, in the order of the changes: each one stores the whole document.
+// Saves one at a time in the order of the changes, because each save stores the whole document.
 let lastSave: Promise<unknown> = Promise.resolve();
 
-/** Takes effect at once, then is stored and confirmed by a toast (none for null); a failed save is undone. */
+/**
+ * Applies changes immediately, then stores them and confirms with a toast (none for null). Undoes them if
+ * saving fails.
+ */
 export function saveSettings(
   changes: Partial<Settings>,
   confirmation?: { text: string; action?: ToastAction } | null,
 ) {
   const before = settingsDocument.get().data;
-  // Without the stored document a save would wipe the keys that nobody has read.
+  // Without the stored document, saving would erase the keys that have not been read.
   if (!before) return;
   const value = changeSettings(before.value, changes);
   settingsDocument.put({ value });

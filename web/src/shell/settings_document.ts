@@ -1,31 +1,34 @@
-// The settings document belongs to the page, but it can hold anything: an old version's keys, null, an array.
+// Reads and changes the settings document. It belongs to the page but can hold anything: an old
+// version's keys, null, an array.
 import { bool, isRecord, object, optional, record, text } from '../base/shape.ts';
 
 export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light', 'system'] as const;
 
-/** One thing that views leave out: `type` says which kind `id` is of. Further members are kept as they are. */
+/**
+ * One thing that views leave out. `type` says what kind of ID `id` is. Further members are kept unchanged.
+ */
 export interface Ignored {
   id: string;
   type: string;
-  /** The only version that is left out; absent for all of them. */
+  /** The only version to leave out; absent for all versions. */
   version?: string | undefined;
 }
 
 export interface Settings {
   theme: (typeof themes)[number];
   language: 'cs' | 'en';
-  /** Clean regularly without asking; the helper service keeps the schedule. */
+  /** Clean regularly without asking. The helper service keeps the schedule. */
   autoClean: boolean;
-  /** Look for updates at the start and then every `scanInterval`. */
+  /** Look for updates at program start and then every `scanInterval`. */
   autoScan: boolean;
-  /** Show the terminal when a scan begins. */
+  /** Show the terminal at the start of a scan. */
   autoOpen: boolean;
   /** Hours. */
   scanInterval: number;
-  /** When the last scan has succeeded (ms since the epoch); 0 for never. */
+  /** When the last scan succeeded (ms since the epoch); 0 for never. */
   lastScan: number;
   ignoreList: Ignored[];
-  /** The sort of each table that the user has chosen. */
+  /** The sort of each table whose sort the user has chosen. */
   tableSorts: Readonly<Record<string, { column: string; descending: boolean }>>;
 }
 
@@ -36,7 +39,7 @@ function oneOf<T extends string>(value: unknown, allowed: readonly T[], fallback
 const isSorts = record(object({ column: text, descending: bool }));
 const isIgnored = object({ id: text, type: text, version: optional(text) });
 
-/** Reads what is usable; every key that is missing, null or of the wrong type is its default. */
+/** Reads the usable keys. A key that is missing, null or of the wrong type gets its default. */
 export function readSettings(document: unknown): Settings {
   const stored = isRecord(document) ? document : {};
   const { scanInterval, lastScan, ignoreList } = stored;
@@ -56,12 +59,12 @@ export function readSettings(document: unknown): Settings {
   };
 }
 
-/** The document to store after a change. Keys that this version does not know stay untouched. */
+/** Returns the document to store after a change. Keys that this version does not know stay unchanged. */
 export function changeSettings(document: unknown, changes: Partial<Settings>): Record<string, unknown> {
   return { ...(isRecord(document) ? document : {}), ...changes };
 }
 
-/** Whether it is time to scan by itself. A last scan in the future comes from a clock that was wrong. */
+/** Returns true if an automatic scan is due. A last scan in the future means that the clock was wrong. */
 export function scanIsDue({ autoScan, scanInterval, lastScan }: Settings, now: number): boolean {
   return autoScan && (lastScan > now || now - lastScan >= scanInterval * 3_600_000);
 }

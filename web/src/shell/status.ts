@@ -3,9 +3,10 @@ import { host } from '../bridge/host.ts';
 import { route } from './navigation.ts';
 
 /**
- * Elevation, helper service and hardware facts. The host pushes them after every load of the page, and once more when
- * the service comes up in the next 30 s; they are asked for only when the push does not come, when the user wants them
- * fresh, and, as long as the service is missing, when the user comes to another view or back to the window.
+ * Elevation, helper service and hardware facts. The host pushes them after every load of the page, and once
+ * more if the service starts within the next 30 s. The page requests them only if the push does not come,
+ * if the user wants fresh ones, or, while the service is missing, when the user opens another view or
+ * returns to the window.
  */
 export const status = createSource(() => host.request('getStatus'));
 
@@ -13,7 +14,8 @@ const pushGraceMs = 2000;
 
 const lookDelayMs = 2000;
 
-// Not at once: the host answers on its window's thread, and what the new view asks for goes first.
+// Waits a little, because the host answers on its window's thread and the new view's own requests go
+// first.
 let look: ReturnType<typeof setTimeout> | undefined;
 function lookForService() {
   clearTimeout(look);

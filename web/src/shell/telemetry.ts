@@ -15,11 +15,11 @@ export type Rates = Record<'cpu' | 'ram' | 'download' | 'upload', Point[]>;
 
 export interface Telemetry {
   sample: Message<'telemetry'>;
-  /** Load and rates are differences between two samples: the first sample of a page has none yet. */
+  /** Load and rates are differences between two samples, so a page's first sample has none. */
   rates: Rates;
 }
 
-// The host needs a previous sample; the page's own first one may span any time at all.
+// The host compares with its previous sample, which may be from any time before this page.
 let first = true;
 
 export const telemetry: Source<Telemetry> = createSource(takeSample);

@@ -5,15 +5,15 @@ import { host } from '../bridge/host.ts';
 interface TerminalState {
   lines: readonly Line[];
   open: boolean;
-  /** The newest line is in sight: the pane is open and at its end. */
+  /** The pane is open and scrolled to its end, so the newest line is visible. */
   atEnd: boolean;
-  /** Lines that came while it was not. */
+  /** Lines that arrived while it was not. */
   unseen: number;
 }
 
 export const terminal = createStore<TerminalState>({ lines: [], open: false, atEnd: false, unseen: 0 });
 
-// Tools print in bursts: what arrives within one frame is drawn together.
+// Tools print in bursts, so the lines of one frame are drawn together.
 let waiting: Incoming[] = [];
 
 function printLine(line: Incoming) {
@@ -31,7 +31,7 @@ export function openTerminal(open: boolean) {
   terminal.set({ ...terminal.get(), open, atEnd: open, unseen: 0 });
 }
 
-/** The pane was scrolled: to its end, or away from it. */
+/** Called when the pane was scrolled to its end or away from it. */
 export function scrolledTerminal(atEnd: boolean) {
   const before = terminal.get();
   if (before.atEnd !== atEnd) terminal.set({ ...before, atEnd, unseen: atEnd ? 0 : before.unseen });

@@ -5,7 +5,7 @@ import { Icon } from '../kit/icon.tsx';
 import { CopyLines, Output } from '../kit/tool_log.tsx';
 import { clearTerminal, openTerminal, scrolledTerminal, terminal } from './terminal.ts';
 
-/** The pane at the bottom: what the host and the tools print. */
+/** The pane at the bottom with the output of the host and the tools. */
 export function Terminal() {
   const { lines, open, atEnd, unseen } = useStore(terminal);
   return (

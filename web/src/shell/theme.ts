@@ -3,12 +3,12 @@ import type { Settings } from './settings_document.ts';
 
 const lightWanted = matchMedia('(prefers-color-scheme: light)');
 
-/** Whether Windows is set to light programs. */
+/** Whether Windows uses the light mode for programs. */
 export const windowsIsLight = createStore(lightWanted.matches);
 
 lightWanted.addEventListener('change', () => windowsIsLight.set(lightWanted.matches));
 
-/** The theme that is drawn for the one that is chosen. */
+/** Returns the theme to draw for the chosen one. */
 export function drawnTheme(theme: Settings['theme']) {
   if (theme !== 'system') return theme;
   return windowsIsLight.get() ? 'light' : 'amethyst';

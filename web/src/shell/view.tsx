@@ -15,13 +15,13 @@ interface Props {
   children: ComponentChildren;
   /** The view's own buttons in the header. */
   actions?: ComponentChildren;
-  /** Loads the view's data anew: F5 and a button in the header. */
+  /** Reloads the view's data: F5 and a button in the header. */
   refresh?: () => void;
-  /** Of that data: the header says that it loads, and for how long, or when it arrived. */
+  /** State of that data. The header shows that it is loading, and for how long, or when it arrived. */
   state?: LoadState;
 }
 
-/** What every view returns: the header with its title, actions and badges, and the content below. */
+/** The frame of every view: the header with title, actions and badges, and the content below. */
 export function View({ id, children, actions, refresh, state }: Props) {
   useLayoutEffect(() => {
     refreshOfView.set(refresh);
@@ -56,7 +56,7 @@ export function View({ id, children, actions, refresh, state }: Props) {
 
 type LoadState = Pick<SourceState<unknown>, 'phase' | 'since'> & { at?: number | undefined };
 
-/** A load of so many seconds is told in words. */
+/** A load that takes longer is mentioned in words. */
 const toldSeconds = 2;
 
 function Refresh({ run, state }: { run(): void; state: LoadState | undefined }) {

@@ -2,24 +2,24 @@ import type { ComponentChildren } from 'preact';
 import { formatNumber, type PlainKey } from '../../base/text.ts';
 import type { CellValue } from './rules.ts';
 
-/** Columns are constants of their module: what changes comes with the row. */
+/** A column is a constant of its module. Values that change come with the row. */
 export interface Column<Row> {
   id: string;
   /** Key of the text above the column. */
   title: PlainKey;
-  /** What the column is sorted by. */
+  /** The value that the column is sorted by. */
   value(row: Row): CellValue;
-  /** What the filter searches and copying takes; the value in words when left out. */
+  /** The text that the filter searches and copying takes; by default, the value in words. */
   text?(row: Row): string;
-  /** What the cell shows; the text when left out. */
+  /** The content of the cell; by default, the text. */
   cell?(row: Row): ComponentChildren;
-  /** Aligned right, with figures of equal width. */
+  /** Aligns the cells right, with figures of equal width. */
   numeric?: boolean;
-  /** CSS width, best in rem; columns without one share what is left. */
+  /** CSS width, preferably in rem. Columns without a width share the remaining space. */
   width?: string;
-  /** Rank in which columns go when the table is too narrow, the highest first; without one it stays. */
+  /** Rank for dropping columns from a narrow table, the highest first. A column without a rank stays. */
   drop?: number;
-  /** 0 to 1: how much the cell stands out. */
+  /** Returns 0 to 1: how much the cell stands out. */
   heat?(row: Row): number;
 }
 

@@ -1,4 +1,4 @@
-// What stands above the rows: the filter with its count, and the head of the grid.
+// The part above the rows: the filter with its count, and the head of the grid.
 import type { ComponentChildren } from 'preact';
 import { t } from '../../base/text.ts';
 import { Icon } from '../icon.tsx';
@@ -10,7 +10,7 @@ interface BarProps<Row> {
   label: string;
   rows: Rows<Row>;
   tools: ComponentChildren;
-  /** Leads from the filter to the rows. */
+  /** Moves from the filter to the rows. */
   onLeave(): void;
 }
 

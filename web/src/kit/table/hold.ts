@@ -3,8 +3,8 @@ import { useEffect, useState } from 'preact/hooks';
 const restMs = 3000;
 
 /**
- * Whether rows keep their places: while the pointer moves over them and 3 s longer, while it is pressed, and while the
- * menu of a row is open. Tells `onChange`.
+ * Decides whether rows keep their places: while the pointer moves over them and for 3 s after that, while
+ * it is pressed, and while a row's menu is open. Calls `onChange` when that changes.
  */
 export class Hold {
   #rest: ReturnType<typeof setTimeout> | undefined;
@@ -12,20 +12,20 @@ export class Hold {
 
   constructor(readonly onChange: (held: boolean) => void) {}
 
-  /** The pointer has moved over the rows. */
+  /** Called whenever the pointer moves over the rows. */
   readonly moved = () => {
     clearTimeout(this.#rest);
     this.#rest = setTimeout(this.left, restMs);
     this.onChange(true);
   };
 
-  /** The pointer is elsewhere, or at rest. */
+  /** Called when the pointer has left the rows or is at rest. */
   readonly left = () => {
     clearTimeout(this.#rest);
     if (this.#reasons.size === 0) this.onChange(false);
   };
 
-  /** Holds until it is called for the same reason with false. */
+  /** Holds until it is called with false for the same reason. */
   keep(reason: 'pressed' | 'menu', on: boolean) {
     if (on === this.#reasons.has(reason)) return;
     if (on) this.#reasons.add(reason);
@@ -34,7 +34,10 @@ export class Hold {
   }
 }
 
-/** Whether the rows are held, and the handlers of the element that has them. Rows that are not `steady` never are. */
+/**
+ * Returns whether the rows are held, and the handlers for the element that contains them. Never holds rows
+ * that are not `steady`.
+ */
 export function useHold(steady: boolean, menuOpen: boolean) {
   const [held, setHeld] = useState(false);
   const [hold] = useState(() => new Hold(setHeld));

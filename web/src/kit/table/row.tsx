@@ -10,14 +10,14 @@ interface TableRowProps<Row> {
   index: number;
   columns: readonly Column<Row>[];
   rows: Rows<Row>;
-  /** The rows as they are when something is done with one of them. */
+  /** The current rows at the time of an action on one of them. */
   latest: { current: Rows<Row> };
   fresh: boolean;
   onActivate: ((row: Row) => void) | undefined;
   onMenu(at: { x: number; y: number }): void;
 }
 
-/** Is drawn again only when something that it shows has changed. */
+/** Redraws only if something that it shows has changed. */
 export function TableRow<Row>({
   id,
   row,

@@ -1,4 +1,4 @@
-// The rows of a table in the order of the screen, and which of them are selected.
+// Arranges the rows of a table in the order of the screen and keeps the selection.
 import { useEffect, useMemo, useRef } from 'preact/hooks';
 import { fold } from '../../base/fold.ts';
 import { locale } from '../../base/text.ts';
@@ -11,21 +11,24 @@ export interface RowsProps<Row> {
   rows: readonly Row[];
   /** Identifies a row across refreshes. */
   rowKey(row: Row): Key;
-  /** The first one names the row. */
+  /** The first column names the row. */
   columns: readonly Column<Row>[];
-  /** At first; the user may choose another. */
+  /** The initial sort; the user may choose another. */
   sort: Sort;
-  /** Name under which filter, selection and scroll position are kept for the session, and the sort for longer. */
+  /**
+   * Name under which filter, selection and scroll position are kept for the session, and the sort for
+   * longer.
+   */
   remember?: string;
-  /** From useSelection(), with the name of `remember`; with it, many rows can be ticked. */
+  /** From useSelection() with the name of `remember`. With it, several rows can be ticked. */
   selection?: SelectionState;
-  /** Rows that can be ticked; all when left out. Keep it stable (useMemo). */
+  /** Returns true for a row that can be ticked; by default, all can. Keep it stable (useMemo). */
   selectable?(row: Row): boolean;
 }
 
 export type Rows<Row> = ReturnType<typeof useRows<Row>>;
 
-/** While `held`, rows keep the places that they have. */
+/** Arranges the rows. While `held`, they keep their places. */
 export function useRows<Row>(props: RowsProps<Row>, held: boolean) {
   const { rows, rowKey, columns, sort: firstSort, remember } = props;
   const state = useTableState(remember);
@@ -33,7 +36,7 @@ export function useRows<Row>(props: RowsProps<Row>, held: boolean) {
   const setQuery = (next: string) => change(state, { query: next });
   const [sort, setSort] = useSort(remember, firstSort, columns);
   const language = locale();
-  // Rows are put into words once, not at every key that is typed.
+  // Rows are converted to text once, not at every keystroke.
   const folded = useMemo(() => {
     const known = new Map<Row, string>();
     const inWords = (row: Row) => fold(columns.map((column) => textOf(column, row)).join('\n'));
@@ -63,22 +66,22 @@ export function useRows<Row>(props: RowsProps<Row>, held: boolean) {
     sort,
     setSort,
     held,
-    /** How many rows there are, whatever the filter hides. */
+    /** The number of rows, including those that the filter hides. */
     total: rows.length,
     shown,
     /** Keys of the shown rows. */
     order,
-    /** Keys of rows that are only shown until their place is given up. */
+    /** Keys of removed rows that are shown only until they may give up their places. */
     gone,
-    /** Keys of rows that the data before this did not have. */
+    /** Keys of rows that were not in the previous data. */
     fresh: useFresh(rows, rowKey),
-    /** The ticked rows, also those that the filter hides. */
+    /** The ticked rows, including those that the filter hides. */
     ticked: () => sorted.filter((row) => selected.selection.keys.has(rowKey(row))),
     ...selected,
   };
 }
 
-/** Nothing is new in data that has nothing in common with what was before. */
+/** Returns the keys of new rows. Data that shares no row with the previous data has none. */
 function useFresh<Row>(rows: readonly Row[], rowKey: (row: Row) => Key): ReadonlySet<Key> {
   const last = useRef<ReadonlySet<Key>>(noSelection.keys);
   return useMemo(() => {
@@ -101,7 +104,7 @@ function useRowSelection<Row>(
     const all = rows.map(rowKey);
     return keepExisting(stored, all, selectable ? all.filter((_, i) => selectable(rows[i]!)) : all);
   }, [stored, rows, selectable]);
-  // Only what was dropped: two clicks in one moment would undo each other for ever.
+  // Stores dropped keys only. Otherwise two clicks at the same moment would undo each other forever.
   useEffect(() => {
     if (selection !== stored) setSelection(selection);
   }, [selection]);
@@ -109,18 +112,18 @@ function useRowSelection<Row>(
   const tickable = useMemo(() => order.filter((_, i) => canSelect(shown[i]!)), [order, selectable]);
   const activeIndex = selection.active === undefined ? -1 : order.indexOf(selection.active);
   return {
-    /** Many rows can be ticked. */
+    /** Several rows can be ticked. */
     many: shared !== undefined,
     selection,
     setSelection,
     canSelect,
     /** Keys of the shown rows that can be ticked. */
     tickable,
-    /** How many selected rows the filter hides. */
+    /** The number of selected rows that the filter hides. */
     hidden: selection.keys.size - order.filter((key) => selection.keys.has(key)).length,
-    /** Among the shown rows; -1 for none. */
+    /** Index among the shown rows, or -1 for none. */
     activeIndex,
-    /** The selected rows that are shown, or the active one. */
+    /** Returns the selected rows that are shown, or the active row. */
     chosen(): Row[] {
       const marked = shown.filter((_, i) => selection.keys.has(order[i]!));
       return marked.length > 0 ? marked : shown.filter((_, i) => i === activeIndex);

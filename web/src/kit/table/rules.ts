@@ -1,4 +1,5 @@
-// The table's rules, without a screen: order, filter, selection, window, columns, copy.
+// The table's rules, independent of the screen: order, filter, selection, visible range, columns,
+// copying.
 import { fold } from '../../base/fold.ts';
 
 export type CellValue = string | number | boolean | null | undefined;
@@ -8,13 +9,16 @@ export interface Sort {
   descending: boolean;
 }
 
-const collators = new Map<string, Intl.Collator>(); // slow to make
+const collators = new Map<string, Intl.Collator>(); // slow to create
 function collatorOf(locale: string): Intl.Collator {
   const options = { numeric: true, sensitivity: 'base' } as const;
   return collators.get(locale) ?? collators.set(locale, new Intl.Collator(locale, options)).get(locale)!;
 }
 
-/** A new array in order of `value`; rows without a value come last in both directions, equal rows keep their order. */
+/**
+ * Returns a new array sorted by `value`. Rows without a value come last in both directions; equal rows keep
+ * their order.
+ */
 export function sortRows<Row>(
   rows: readonly Row[],
   value: (row: Row) => CellValue,
@@ -38,8 +42,8 @@ export function sortRows<Row>(
 }
 
 /**
- * New data in the places of the old, so that nothing moves under the pointer: known rows stay where they are, new ones
- * come last, and one that is gone keeps its place with its last data (`gone` holds its key).
+ * Puts new data in the places of the old, so that nothing moves under the pointer. Known rows stay where
+ * they are, new ones come last, and a removed one keeps its place and its last data (`gone` holds its key).
  */
 export function keepPlaces<Row>(
   before: readonly Row[],
@@ -58,7 +62,7 @@ export function keepPlaces<Row>(
   return { rows: [...rows, ...fresh.values()], gone };
 }
 
-/** Rows whose words, folded, contain every word of the query. */
+/** Returns the rows whose folded text contains every word of the query. */
 export function filterRows<Row>(
   rows: readonly Row[],
   query: string,
@@ -75,7 +79,7 @@ export interface Selection {
   keys: ReadonlySet<Key>;
   /** The row that the keyboard acts on. */
   active: Key | undefined;
-  /** Where a range begins. */
+  /** The start of a range. */
   anchor: Key | undefined;
 }
 
@@ -86,7 +90,10 @@ export interface Modifiers {
   ctrl: boolean;
 }
 
-/** A click on a row, or a key that moves to it: plain selects it alone, Ctrl adds or takes away, Shift extends from the anchor. */
+/**
+ * Selects a row by a click, or by a key that moves to it. A plain click selects it alone, Ctrl adds or
+ * removes it, and Shift extends the range from the anchor.
+ */
 export function select(
   selection: Selection,
   order: readonly Key[],
@@ -113,7 +120,7 @@ export function toggle(selection: Selection, key: Key): Selection {
   return { keys, active: key, anchor: key };
 }
 
-/** After new data: keys of rows that are gone, or cannot be selected, are dropped. */
+/** Drops keys of rows that no longer exist or cannot be selected. */
 export function keepExisting(selection: Selection, order: readonly Key[], selectable = order): Selection {
   if (selection.keys.size === 0 && selection.active === undefined) return selection;
   const there = new Set(order);
@@ -127,7 +134,9 @@ export function keepExisting(selection: Selection, order: readonly Key[], select
   return same ? selection : { keys, active, anchor };
 }
 
-/** The index that a key moves to from `index` (-1: none yet), or undefined when the key does not move. */
+/**
+ * Returns the index that a key moves to from `index` (-1: none yet), or undefined if the key does not move.
+ */
 export function moveTo(key: string, index: number, count: number, page: number): number | undefined {
   const last = count - 1;
   const target = {
@@ -141,7 +150,7 @@ export function moveTo(key: string, index: number, count: number, page: number):
   return target === undefined || count === 0 ? undefined : Math.min(Math.max(target, 0), last);
 }
 
-/** The rows to draw, [first, end), for a scroll position. All measures in pixels. */
+/** Returns the rows to draw, [first, end), for a scroll position. All measures are in pixels. */
 export function visibleRange(
   scrollTop: number,
   viewport: number,
@@ -154,10 +163,13 @@ export function visibleRange(
   return { first, end: Math.max(first, end) };
 }
 
-/** A column without a width in rem is never narrower than this, and neither is the name of a row. */
+/** The minimum width of a column without a width in rem, and of the row's name. */
 const leastRem = 10;
 
-/** The columns that fit into a width (rem): the one with the highest `drop` goes first, one without stays. */
+/**
+ * Returns the columns that fit into a width (rem). The one with the highest `drop` goes first; columns
+ * without it stay.
+ */
 export function fittingColumns<C extends { width?: string; drop?: number }>(
   columns: readonly C[],
   widthRem: number,
@@ -172,7 +184,10 @@ export function fittingColumns<C extends { width?: string; drop?: number }>(
   return left.length === columns.length ? columns : left;
 }
 
-/** Tab-separated lines; tabs and line ends inside a cell become blanks, so that every row keeps its columns. */
+/**
+ * Returns tab-separated lines. Tabs and line ends inside a cell become spaces, so that every row keeps its
+ * columns.
+ */
 export function toTsv(rows: readonly (readonly string[])[]): string {
   return rows.map((cells) => cells.map((cell) => cell.replace(/[\t\r\n]+/g, ' ')).join('\t')).join('\r\n');
 }

@@ -1,4 +1,4 @@
-// Which rows are drawn, and how the one that matters stays in sight.
+// Decides which rows are drawn, and keeps the important one in view.
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import type { Store } from '../../base/store.ts';
 import { useSize, useStore } from '../hooks.ts';
@@ -8,12 +8,15 @@ import { noSelection, visibleRange, type Key } from './rules.ts';
 
 const windowedAbove = 100;
 const marginRows = 12;
-/** Rows that are drawn together, so that not every pixel of scrolling draws. */
+/** Rows are drawn in groups, so that not every pixel of scrolling redraws. */
 const stepRows = 4;
 
 export type Scroller = ReturnType<typeof useScroller>;
 
-/** Scroll position, in steps, and size of the table's box; a row is 2.25 rem high (table.css). */
+/**
+ * Tracks the scroll position, in steps, and the size of the table's box. A row is 2.25 rem high
+ * (table.css).
+ */
 export function useScroller(count: number, state: Store<TableState>) {
   const ref = useRef<HTMLDivElement>(null);
   const [{ height, widthRem, rowHeight }, setBox] = useState({ height: 600, widthRem: 60, rowHeight: 36 });
@@ -41,7 +44,7 @@ export function useScroller(count: number, state: Store<TableState>) {
     onScroll,
     pageRows: Math.max(1, Math.floor(height / rowHeight) - 2),
     isInSight(index: number) {
-      const from = state.get().scrollTop ?? 0; // asking the element would lay the page out
+      const from = state.get().scrollTop ?? 0; // asking the element would force a layout
       return index >= 0 && index * rowHeight >= from && index * rowHeight < from + height - 2 * rowHeight;
     },
     reveal(index: number) {
@@ -56,20 +59,20 @@ export function useScroller(count: number, state: Store<TableState>) {
   };
 }
 
-/** Keeps the active row in sight while data changes, and begins anew when the rows are of another subject. */
+/** Keeps the active row in view while data changes, and starts over if the rows belong to another subject. */
 export function useActiveRow<Row>(
   { rows, rowKey, subject }: { rows: readonly Row[]; rowKey(row: Row): Key; subject?: Key | undefined },
   { state, activeIndex, held, order, setQuery, setSelection }: Rows<Row>,
   { ref, reveal, isInSight }: Scroller,
 ) {
-  // Where the user left it, or at the row that something has led to.
+  // Starts where the user left, or at the row that the user was led to.
   const scrollTop = useStore(state, (one) => (one.scrollTop === undefined ? undefined : 'known'));
   useLayoutEffect(() => {
     if (scrollTop !== undefined) ref.current!.scrollTop = state.get().scrollTop!;
     else if (activeIndex >= 0) reveal(activeIndex);
   }, [state, scrollTop, scrollTop === undefined && activeIndex]);
 
-  // New data may move the row that the user is at: it stays in sight if it was.
+  // If new data moves the user's row, it stays in view if it was in view before.
   const inSight = useRef(false);
   useLayoutEffect(() => {
     if (inSight.current && activeIndex >= 0) reveal(activeIndex);
@@ -78,7 +81,7 @@ export function useActiveRow<Row>(
     inSight.current = isInSight(activeIndex);
   });
 
-  // After the effects above, which have their say about the same rows.
+  // Runs after the effects above, which handle the same rows.
   const lastSubject = useRef(subject);
   useEffect(() => {
     if (subject === lastSubject.current) return;

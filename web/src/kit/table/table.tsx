@@ -19,22 +19,28 @@ const typingMs = 1000;
 export interface TableProps<Row> extends RowsProps<Row> {
   /** Accessible name; also in the label of the filter. */
   label: string;
-  /** Items of the context menu, for the rows it was opened on. Copying is always there. */
+  /** Items of the context menu for the given rows. Copying is always available. */
   menu?(rows: Row[]): MenuItem[];
   /**
-   * What the rows are of, for example a folder: when it changes, the table begins anew, at the row of what it showed before if
-   * there is one.
+   * The subject of the rows, for example a folder. If it changes, the table starts over, at the row of the
+   * previous subject if there is one.
    */
   subject?: Key;
-  /** For rows that are loaded anew all the time: they keep their order while the pointer moves over them, new ones are tinted. */
+  /**
+   * For rows that reload continuously: they keep their order while the pointer moves over them, and new
+   * ones are tinted.
+   */
   steady?: boolean;
-  /** Enter or double click on a row. */
+  /** Called on Enter or a double-click on a row. */
   onActivate?(row: Row): void;
-  /** The Delete key, with the rows that it is for. */
+  /** Called on the Delete key with the affected rows. */
   onDelete?(rows: Row[]): void;
-  /** Space on the active row of a table whose rows cannot be ticked, for the control inside it. */
+  /** Called on Space for the control in the active row, if the table's rows cannot be ticked. */
   onSpace?(row: Row): void;
-  /** Beside the filter; a function is given the ticked rows in the order of the screen, also those that the filter hides. */
+  /**
+   * Shown beside the filter. A function receives the ticked rows in the order of the screen, including
+   * those that the filter hides.
+   */
   tools?: ComponentChildren | ((ticked: Row[]) => ComponentChildren);
 }
 
@@ -58,7 +64,7 @@ export function Table<Row>(props: TableProps<Row>) {
 
   function copy() {
     const lines = chosen().map((row) => all.map((column) => textOf(column, row)));
-    // One row speaks for itself.
+    // A single row needs no header.
     const head = lines.length > 1 ? [all.map((column) => t(column.title))] : [];
     if (lines.length > 0) void copyText(toTsv([...head, ...lines]));
   }
@@ -88,7 +94,7 @@ export function Table<Row>(props: TableProps<Row>) {
   }
 
   function onKeyDown(event: KeyboardEvent) {
-    if (event.target !== grid.current) return; // a control inside a row has its own keys
+    if (event.target !== grid.current) return; // a control inside a row handles its own keys
     if (act(event) || selectByKey(event, rows, scroller) || typed(event)) event.preventDefault();
   }
 
@@ -154,7 +160,7 @@ export function Table<Row>(props: TableProps<Row>) {
   );
 }
 
-/** Moves to a row, ticks it or ticks all; false for any other key. */
+/** Moves to a row, ticks it, or ticks all. Returns false for any other key. */
 function selectByKey<Row>(
   { key, shiftKey: shift, ctrlKey: ctrl }: KeyboardEvent,
   { many, order, activeIndex, selection, setSelection }: Rows<Row>,
@@ -177,7 +183,7 @@ function selectByKey<Row>(
   return true;
 }
 
-/** Letters lead to the next row whose name begins with them. */
+/** Jumps to the next row whose name begins with the typed letters. */
 function useTypeAhead<Row>(
   { shown, order, activeIndex, selection, setSelection, many }: Rows<Row>,
   { reveal }: Scroller,
@@ -201,7 +207,7 @@ function useTypeAhead<Row>(
   };
 }
 
-/** Stands for rows that are not drawn. */
+/** Takes the place of rows that are not drawn. */
 function Spacer({ rows, height, columns }: { rows: number; height: number; columns: number }) {
   if (rows <= 0) return null;
   return (
