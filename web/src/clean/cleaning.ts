@@ -17,11 +17,11 @@ interface Cleaning {
   ticks: Ticks;
   /** When the running clean began (ms since the epoch). */
   since?: number;
-  /** Of the last clean, until the next measuring. */
+  /** Results of the last clean, until the next measurement. */
   done?: Partial<Record<Category, Outcome>>;
 }
 
-/** Outlives the view: a clean goes on while another one is shown. */
+/** Outlives the view: a clean continues while another view is shown. */
 export const cleaning = createStore<Cleaning>({ ticks: allTicked });
 
 /** The category whose folders are shown. */
@@ -38,7 +38,10 @@ const freshMs = 600_000;
 
 let quiet = false;
 
-/** For whoever comes to the view: measuring walks through whole trees, so a recent result will do. */
+/**
+ * Measures when the user opens the view, unless the last result is recent: measuring walks whole folder
+ * trees.
+ */
 export function measureIfOld() {
   const { phase, at = 0 } = junk.get();
   const { since } = cleaning.get();
@@ -48,11 +51,14 @@ export function measureIfOld() {
   void junk.reload().then(() => (quiet = false));
 }
 
-/** A missing service is no news to somebody who has asked for nothing: the marks tell it. */
+/**
+ * Suppresses the service dialog if the user has not asked for anything. The marks show that the service is
+ * missing.
+ */
 export function startCleaning() {
   onServiceMissing(() => {
     const shows = !quiet;
-    quiet = false; // a measuring misses it once; the next time is about an act of the user
+    quiet = false; // measuring misses it once; the next time follows an action
     return shows;
   });
 }
@@ -68,7 +74,8 @@ export async function cleanJunk() {
   cleaning.set({ ticks, since: Date.now() });
   try {
     let after = await host.request('cleanJunk', ticks);
-    // That answer holds what the user may see. Figures of the service, which sees more, compare only with its own.
+    // This answer covers what the user may see. The service sees more, so its figures compare only with
+    // its own.
     await status.reload();
     if (status.get().data?.serviceActive) after = await host.request('getJunk').catch(() => after);
     const done = outcomes(before.categories, after.categories, ticks);

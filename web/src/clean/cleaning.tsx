@@ -87,7 +87,7 @@ interface RowProps {
   category: Category;
   size: number | undefined;
   outcome: Outcome | undefined;
-  /** Neither measured nor emptied: its folder holds more than junk. */
+  /** Neither measured nor emptied, because its folder holds more than junk. */
   kept: boolean;
   ticked: boolean;
   disabled: boolean;
@@ -98,7 +98,7 @@ function JunkRow({ category, size, outcome, kept, ticked, disabled }: RowProps) 
   const measured = kept ? undefined : size;
   const { at } = useStore(junk);
   const isOpen = useStore(unfolded) === category;
-  // What the last clean freed gives way to what the next one would.
+  // A changed tick replaces the result of the last clean with a new estimate.
   const toggle = (on: boolean) => {
     const { done: _, ...rest } = cleaning.get();
     cleaning.set({ ...rest, ticks: tick(rest.ticks, category, on) });
@@ -166,7 +166,10 @@ function JunkOutcome({ category, freed, left }: Outcome & { category: Category }
   );
 }
 
-/** Why something stayed. Three categories hold folders that are measured but, on purpose, not emptied by the program. */
+/**
+ * Returns the reason why something is left. Three categories have folders that the program measures but
+ * deliberately does not empty.
+ */
 function leftText(category: Category, size: string): string {
   switch (category) {
     case 'windowsTemp':

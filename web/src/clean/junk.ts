@@ -1,6 +1,6 @@
-// The seven categories of disposable files: which are ticked, and what a clean has freed.
+// The seven categories of disposable files: their ticks, and the space that a clean has freed.
 
-/** In the order of the cards; the two that share a tick stand side by side. */
+/** In the order of the cards. The two that share a tick are side by side. */
 export const categories = [
   'windowsTemp',
   'prefetch',
@@ -17,7 +17,10 @@ export type Ticks = Record<Category, boolean>;
 
 export const allTicked = Object.fromEntries(categories.map((category) => [category, true])) as Ticks;
 
-/** Prefetch is cleaned exactly when the temporary files of Windows are, so both ticks change together. */
+/**
+ * Ticks a category. Prefetch is cleaned exactly if the temporary files of Windows are, so both ticks change
+ * together.
+ */
 export function tick(ticks: Ticks, category: Category, on: boolean): Ticks {
   const paired = category === 'windowsTemp' || category === 'prefetch';
   return paired ? { ...ticks, windowsTemp: on, prefetch: on } : { ...ticks, [category]: on };
@@ -27,13 +30,16 @@ export function tickedBytes(sizes: Sizes, ticks: Ticks): number {
   return categories.reduce((sum, category) => sum + (ticks[category] ? sizes[category] : 0), 0);
 }
 
-/** What the clean of one category has come to, in bytes. */
+/** The result of cleaning one category, in bytes. */
 export interface Outcome {
   freed: number;
   left: number;
 }
 
-/** Only of what was cleaned. A category that has grown in the meantime freed nothing, and takes nothing from the others. */
+/**
+ * Returns the results of the cleaned categories. A category that has grown in the meantime freed nothing,
+ * and subtracts nothing from the others.
+ */
 export function outcomes(before: Sizes, after: Sizes, cleaned: Ticks): Partial<Record<Category, Outcome>> {
   const result: Partial<Record<Category, Outcome>> = {};
   for (const category of categories) {

@@ -1,11 +1,11 @@
-// Which folders the host measures and empties in each category, and what lies in them.
+// Lists the folders that the host measures and empties per category, and their contents.
 import { host } from '../bridge/host.ts';
 import type { Reply } from '../bridge/protocol.ts';
 import type { Category } from './junk.ts';
 
 interface Folder {
   path: string;
-  /** The host counts its bytes and leaves it alone. */
+  /** The host only counts its bytes. */
   measured?: true;
 }
 
@@ -34,22 +34,22 @@ const folders: Record<Category, Folder[]> = {
   ],
 };
 
-/** Only the helper service may empty folders of Windows. */
+/** Returns true for folders of Windows, which only the helper service may empty. */
 export const isOfWindows = (category: Category) =>
   folders[category].some(({ path }) => path.startsWith('C:\\Windows\\'));
 
-/** Replaces `%NAME%`, in any case; undefined if a name is not known. */
+/** Replaces each `%NAME%`, in any case. Returns undefined if a name is unknown. */
 export function expand(path: string, values: Readonly<Record<string, string | undefined>>) {
   const known = path.replace(/%([^%\\]+)%/g, (hole, name: string) => values[name.toUpperCase()] ?? hole);
   return known.includes('%') ? undefined : known;
 }
 
-/** Small, and in every user's local application data. */
+/** A small folder in every user's local application data. */
 const known = '\\Microsoft\\Windows\\History';
 
 /**
- * What `%...%` stands for. No message says where the user's profile is; but the search for what a program left behind looks
- * for its name in the local application data.
+ * Returns the values of `%...%`. No message contains the path of the user's profile, but the search for
+ * leftovers of a program looks for its name in the local application data.
  */
 async function places(): Promise<Record<string, string | undefined>> {
   const { leftovers } = await host.request('findLeftovers', { id: '', name: known.slice(1) });
@@ -66,7 +66,7 @@ async function places(): Promise<Record<string, string | undefined>> {
 
 type Entry = Reply<'getFolderContents'>['items'][number];
 
-/** Bytes of what lies in a folder; undefined if no analysis has been in its subfolders. */
+/** Returns the bytes of a folder's contents, or undefined if no analysis has covered its subfolders. */
 export function bytesOf(items: readonly Entry[]): number | undefined {
   const inner = items.filter(({ isDirectory }) => isDirectory);
   if (inner.length > 0 && inner.every(({ size }) => size === 0)) return undefined;

@@ -10,7 +10,7 @@ import { bytesOf, contentsOf, type Contents } from './junk_folders.ts';
 
 const named = 8;
 
-/** What lies in the folders of a category; `at` is when it was measured. */
+/** Shows the contents of a category's folders; `at` is the time of their measurement. */
 export function JunkInside({ id, category, at }: { id: string; category: Category; at: number | undefined }) {
   const source = useMemo(() => createSource(() => contentsOf(category)), [category, at]);
   useEffect(() => void source.reload(), [source]);

@@ -23,23 +23,26 @@ interface Analysis {
     at: number; // ms since the epoch
     total: number;
     files: Sized[];
-    /** What has gone to the recycle bin since. */
+    /** Everything moved to the recycle bin since then. */
     gone: Sized[];
   };
 }
 
 export type { Entry };
 
-// An analysis reports every few thousand items; a disk that only sleeps wakes sooner.
+// An analysis reports every few thousand items, and a disk that was asleep wakes up sooner.
 const silenceMs = 60_000;
 
-/** One analysis at a time: the host keeps the sizes of one, and does not guard them. It goes on while another view is shown. */
+/**
+ * One analysis at a time, because the host keeps the sizes of one only. It continues while another view is
+ * shown.
+ */
 export const analysis = createStore<Analysis>({});
 
 interface Folder {
   path: string;
   items: Entry[];
-  /** What lies in its largest folders, by their paths. */
+  /** The contents of its largest folders, by path. */
   inside: ReadonlyMap<string, Entry[]>;
 }
 
@@ -76,7 +79,7 @@ export function startAnalysis(drive: string) {
         if (success === false) toast(t('disk.partial', { drive }), { error: true });
         else if (route.get().view !== 'disk') toast(t('disk.done', { drive }));
       } else if (scanned !== undefined && scanned > running.scanned) {
-        // Branches are scanned side by side, so a count may arrive after a higher one.
+        // Branches are scanned in parallel, so a count may arrive after a higher one.
         const perSecond = scanned / Math.max(0.001, (Date.now() - since) / 1000);
         analysis.set({ running: { ...running, scanned, perSecond, folder: currentFolder ?? '' } });
       }
@@ -99,7 +102,7 @@ const list = async (path: string) => {
 
 const aheadCount = 8;
 
-/** Shows a folder at once, and what lies in its largest folders when that is known. */
+/** Shows a folder immediately, and the contents of its largest folders once they are known. */
 function show(path: string, items: Entry[]) {
   const before = folder.get();
   const shown = { path, items, inside: before.path === path ? before.inside : new Map() };
@@ -111,13 +114,13 @@ function show(path: string, items: Entry[]) {
   const listings = largest.map(async ({ path }) => [path, await list(path)] as const);
   void Promise.all(listings).then(
     (known) => folder.get() === shown && folder.set({ ...shown, inside: new Map(known) }),
-    () => {}, // the map stays as it is
+    () => {}, // the map stays unchanged
   );
 }
 
 let lastOpened = 0;
 
-/** Shows a folder once its contents are there; of several asked for, the last. */
+/** Shows a folder once its contents are there; of several requests, only the last one counts. */
 export async function openFolder(path: string) {
   const mine = ++lastOpened;
   try {
@@ -128,7 +131,10 @@ export async function openFolder(path: string) {
   }
 }
 
-/** Asks, recycles, and takes what went off every sum. Only a new listing of their folders tells what that is. */
+/**
+ * Asks, recycles, and subtracts everything moved from each sum. Only a new listing of the folders tells
+ * what that is.
+ */
 export async function remove(entries: Sized[]) {
   if (!(await recycle(entries))) return;
   const parents = [...new Set(entries.map(({ path }) => parentOf(path) ?? path))];
@@ -147,7 +153,7 @@ export async function remove(entries: Sized[]) {
         },
       });
   } catch {
-    // Not known: the sums stay until the next analysis.
+    // Unknown: the sums stay until the next analysis.
   }
   refreshDisk();
 }

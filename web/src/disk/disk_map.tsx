@@ -9,9 +9,9 @@ import { entered, nextTile, picked, tileAt, type MapTile } from './map_rules.ts'
 import { fitText, nestedTiles } from './treemap.ts';
 import type { Entry } from './tree.ts';
 
-const leastTileArea = 36; // square pixels; smaller tiles can neither be told apart nor hit
+const leastTileArea = 36; // square pixels; smaller tiles cannot be told apart or hit
 const tilePadding = 6;
-const headHeight = 22; // pixels for the name of a folder above what lies in it
+const headHeight = 22; // pixels for a folder's name above its contents
 
 interface Props {
   path: string;
@@ -22,16 +22,16 @@ interface Props {
   onPick(entry: Entry, row: string): void;
   onEnter(path: string): void;
   onDelete(): void;
-  /** What can be done with the entry that was picked. */
+  /** Actions for the picked entry. */
   menu(): MenuItem[];
 }
 
-/** The folder as a treemap. For the pointer and the eye: the table beside it says and does the same. */
+/** Shows the folder as a treemap for pointer and eye. The table beside it says and does the same. */
 export function DiskMap({ path, items, inside, marked, onPick, onEnter, onDelete, menu }: Props) {
   const canvas = useRef<HTMLCanvasElement>(null);
   const [box, setBox] = useState({ width: 0, height: 0 });
   const [hover, setHover] = useState<MapTile>();
-  // The pointer has its place by itself; the keys have theirs as long as they are used.
+  // The pointer has a place of its own. The keys have theirs only while they are in use.
   const [keyed, setKeyed] = useState(false);
   const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
   const { theme, language } = currentSettings();
@@ -127,7 +127,7 @@ function Outline({ tile: { x, y, width, height }, class: name }: { tile: MapTile
   );
 }
 
-/** Names the path and size of a tile, at the edge of the map that is further away. */
+/** Shows the path and size of a tile, at the edge of the map that is further away. */
 function Hint({ tile: { entry, size, count }, below }: { tile: MapTile; below: boolean }) {
   return (
     <div class={below ? 'map-hint map-hint-below' : 'map-hint'} data-testid="map-hint">
@@ -165,7 +165,7 @@ function draw(canvas: HTMLCanvasElement, tiles: readonly MapTile[]) {
     const top = y + tilePadding / 2 + line / 2;
     context.fillStyle = '#fff';
     if (filled) {
-      // The size beside the name, unless the name needs the room.
+      // The size is beside the name unless the name needs the space.
       const beside = measure(amount) + 2 * tilePadding;
       const name = fitText(label, room - beside, measure);
       context.fillText(name || fitText(label, room, measure), x + tilePadding, top);

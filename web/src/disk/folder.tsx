@@ -23,7 +23,7 @@ import { isBelow, sumOf, type Entry } from './tree.ts';
 
 const isUpKey = (event: KeyboardEvent) => event.key === 'Backspace' && !isTyping(event);
 
-/** A difference worth a sentence, as a part of what is in use. */
+/** The share of the used space from which a difference is mentioned. */
 const missingShare = 0.02;
 
 export function Result({
@@ -96,7 +96,7 @@ function entryMenu(entries: Entry[]): MenuItem[] {
   ];
 }
 
-/** The folder as a table and as a map, in step. */
+/** Shows the folder as a table and as a map, kept in step. */
 function Explorer() {
   const { path, items, inside } = useStore(folder);
   const state = useTableState('folder');
@@ -104,7 +104,7 @@ function Explorer() {
   const query = useStore(state, (one) => one.query);
   const [only, setOnly] = useState<{ path: string; kind: Kind }>();
   const kind = only?.path === path ? only.kind : undefined;
-  // What was clicked in the map may lie one level deeper than the rows.
+  // The entry clicked in the map may lie one level below the rows.
   const [deep, setDeep] = useState<Entry>();
 
   const rows = useMemo(() => {

@@ -8,10 +8,13 @@ import type { Entry } from './tree.ts';
 
 export const entryPath = ({ path }: Entry) => path;
 
-/** A folder without bytes: nothing in it, no access to it, or the analysis has never been there, as behind a link. */
+/**
+ * Returns true for a folder without bytes: it is empty, not accessible, or was never analysed, like one
+ * behind a link.
+ */
 const isUnknown = ({ isDirectory, size }: Entry) => isDirectory && size === 0;
 
-/** With its percentage of the folder. */
+/** An entry with its percentage of the folder. */
 export type FolderRow = Entry & { share: number };
 
 const shareText = (row: FolderRow) => (isUnknown(row) ? noValue : formatPercent(row.share));

@@ -1,4 +1,4 @@
-// Kinds of files, by their extension.
+// Classifies files by their extension.
 
 export const kinds = [
   'folder',
@@ -34,7 +34,7 @@ export function kindOf({ name, isDirectory }: { name: string; isDirectory: boole
   return (dot > 0 && kindOfExtension.get(name.slice(dot + 1).toLowerCase())) || 'other';
 }
 
-/** Bytes of each kind in a folder, the largest first. */
+/** Returns the bytes of each kind in a folder, the largest first. */
 export function sumsOfKinds(items: readonly { name: string; isDirectory: boolean; size: number }[]) {
   const sums = new Map<Kind, number>();
   for (const item of items) {

@@ -1,20 +1,26 @@
-// What the pointer and the keys do in the map.
+// Decides what the pointer and the keys do in the map.
 import { parentOf } from '../base/paths.ts';
 import type { Tile } from './treemap.ts';
 import type { Entry } from './tree.ts';
 
 export type MapTile = Tile<Entry>;
 
-/** The deepest tile at a point (pixels). */
+/** Returns the deepest tile at a point (pixels). */
 export const tileAt = (tiles: readonly MapTile[], x: number, y: number) =>
   tiles.findLast((tile) => x >= tile.x && x < tile.x + tile.width && y >= tile.y && y < tile.y + tile.height);
 
-/** A click marks a tile's own entry and the row of the table that it lies in. What is too small for a tile has neither. */
+/**
+ * Returns the entry that a click on a tile marks, and the row of the table that contains it. The tile for
+ * everything too small has neither.
+ */
 export function picked({ entry, around }: MapTile): { entry: Entry | undefined; row: string | undefined } {
   return { entry, row: (around ?? entry)?.path };
 }
 
-/** The folder that a double click enters: the tile's own, or the one around a file that is not in the folder shown. */
+/**
+ * Returns the folder that a double-click enters: the tile's own, or the one around a file that is not in
+ * the shown folder.
+ */
 export function entered({ entry, around }: MapTile): string | undefined {
   if (entry?.isDirectory) return entry.path;
   return around && (entry ? parentOf(entry.path) : around.path);
@@ -30,8 +36,9 @@ const directions: Readonly<Record<string, readonly [x: number, y: number]>> = {
 const centreOf = ({ x, y, width, height }: MapTile) => [x + width / 2, y + height / 2] as const;
 
 /**
- * The tile that an arrow key leads to among those of the folder itself: the nearest in that direction, where a way aside
- * counts twice. The first one from nowhere, the same one at the edge; undefined for any other key.
+ * Returns the tile that an arrow key leads to among those of the folder itself: the nearest one in that
+ * direction, with sideways distance counting twice. Returns the first tile if there was none before, the
+ * same tile at the edge, and undefined for any other key.
  */
 export function nextTile(
   tiles: readonly MapTile[],

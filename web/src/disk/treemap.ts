@@ -1,4 +1,5 @@
-// A squarified treemap: rectangles as near to squares as they go, their areas in proportion to sizes.
+// Computes a squarified treemap: rectangles as near to squares as possible, with areas proportional to
+// sizes.
 
 export interface Rect {
   x: number;
@@ -7,14 +8,18 @@ export interface Rect {
   height: number;
 }
 
-/** One rectangle a size, in the same order; they fill the box without overlapping. Shapes are best when the largest comes first. */
+/**
+ * Returns one rectangle per size, in the same order. They fill the box without overlapping. Shapes are best
+ * if the largest size comes first.
+ */
 export function squarify(sizes: readonly number[], box: Rect): Rect[] {
   const total = sizes.reduce((sum, size) => sum + size, 0);
   const scale = total > 0 ? (box.width * box.height) / total : 0;
   let { x, y, width, height } = box;
   const rects: Rect[] = [];
   for (let start = 0; start < sizes.length;) {
-    // A row lies along the shorter side and takes rectangles as long as its worst shape does not get worse.
+    // A row lies along the shorter side and takes rectangles as long as its worst shape does not get
+    // worse.
     const side = Math.min(width, height);
     let end = start;
     let area = 0;
@@ -58,17 +63,20 @@ export function squarify(sizes: readonly number[], box: Rect): Rect[] {
 
 export interface Tile<Entry> extends Rect {
   size: number;
-  /** None for the tile that stands for everything too small to be drawn. */
+  /** Absent for the tile of everything too small to draw. */
   entry: Entry | undefined;
-  /** How many entries it stands for. */
+  /** The number of entries that it represents. */
   count: number;
-  /** The folder inside whose tile it lies. */
+  /** The folder whose tile contains it. */
   around?: Entry;
-  /** Tiles lie in it. */
+  /** It contains tiles. */
   filled?: true;
 }
 
-/** The tiles of a folder. Entries that would get less than `leastArea` (square pixels) are put together in one, the last. */
+/**
+ * Returns the tiles of a folder. Entries that would get less than `leastArea` (square pixels) are merged
+ * into one, the last.
+ */
 export function tilesOf<Entry extends { size: number }>(
   entries: readonly Entry[],
   width: number,
@@ -79,7 +87,7 @@ export function tilesOf<Entry extends { size: number }>(
   const total = sorted.reduce((sum, { size }) => sum + size, 0);
   const leastSize = (total * leastArea) / (width * height);
   const found = sorted.findIndex(({ size }) => size < leastSize);
-  // A lone small one may stay: put together with nothing it would only lose its name.
+  // A single small entry may stay: merging it with nothing would only remove its name.
   const cut = found < 0 || found === sorted.length - 1 ? sorted.length : found;
   const tiles = sorted
     .slice(0, cut)
@@ -98,8 +106,8 @@ export function tilesOf<Entry extends { size: number }>(
 const frame = 2; // pixels around the inner tiles
 
 /**
- * The tiles of a folder, each followed by the tiles of what lies in it, if that is known (by path) and there is room for them
- * below a name `head` pixels high.
+ * Returns the tiles of a folder, each followed by the tiles of its contents if those are known (by path)
+ * and fit below a name `head` pixels high.
  */
 export function nestedTiles<Entry extends { path: string; size: number }>(
   entries: readonly Entry[],
@@ -121,7 +129,10 @@ export function nestedTiles<Entry extends { path: string; size: number }>(
   });
 }
 
-/** The text, or as much of its beginning as fits with an ellipsis; nothing when that is less than three characters. */
+/**
+ * Returns the text, or as much of its beginning as fits with an ellipsis, or nothing if that is less than
+ * three characters.
+ */
 export function fitText(text: string, width: number, measure: (text: string) => number): string {
   const whole = measure(text);
   if (whole <= width) return text;

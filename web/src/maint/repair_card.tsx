@@ -12,7 +12,7 @@ import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
 import { abandonFileCheck, leaveSafeMode, repairStates, startRepair, type Repair } from './repairs.ts';
 import { withQueue } from './update.ts';
 
-/** What interrupts the user's work asks first. */
+/** Asks first before anything that interrupts the user's work. */
 export async function ask(repair: Repair) {
   if (repair === 'rebuild-icons' || repair === 'safemode-reboot') {
     const restarts = repair === 'safemode-reboot';
@@ -71,7 +71,7 @@ export function RepairCard({ repair }: { repair: Repair }) {
   );
 }
 
-/** Starts a repair and shows how far it is. */
+/** Starts a repair and shows its progress. */
 function RepairButton({ repair }: { repair: Repair }) {
   const { since, lastOutput, percent } = useStore(repairStates)[repair] ?? {};
   const running = since !== undefined;

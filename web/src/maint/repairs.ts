@@ -7,21 +7,21 @@ import { errorText } from '../kit/error_text.ts';
 export const repairs = ['flush-dns', 'rebuild-icons', 'sfc', 'safemode-reboot'] as const;
 export type Repair = (typeof repairs)[number];
 
-/** Ends the safe mode; for the command prompt, because PowerShell reads the braces as its own. */
+/** Ends safe mode. For the command prompt, because PowerShell interprets the braces itself. */
 export const leaveSafeMode = 'bcdedit /deletevalue {current} safeboot';
 
 export interface RepairState {
-  /** When it began (ms since the epoch), while it runs. */
+  /** When the running repair began (ms since the epoch). */
   since?: number;
   /** When the tool last printed something (ms since the epoch). */
   lastOutput?: number;
   percent?: number;
   lines?: readonly Line[];
-  /** Of the last run. */
+  /** Result of the last run. */
   result?: { good: boolean; text: string; at: number };
 }
 
-/** Outlives the view: the file check takes many minutes. */
+/** Outlives the view, because the file check takes many minutes. */
 export const repairStates = createStore<Readonly<Partial<Record<Repair, RepairState>>>>({});
 
 const put = (repair: Repair, state: RepairState) =>
@@ -42,7 +42,7 @@ async function runRepair(type: Exclude<Repair, 'sfc'>) {
   put(type, { since: Date.now() });
   try {
     const { message } = await host.request('quickAction', { type });
-    // Emptying the cache never reports a failure: a tool that has not run has said nothing.
+    // Emptying the cache never reports a failure, but without output the tool did not run.
     const text = message.trim().replace(/\s*\n\s*/g, '\n');
     end(type, text !== '', text || t('repair.silent'));
   } catch (error) {
@@ -52,7 +52,7 @@ async function runRepair(type: Exclude<Repair, 'sfc'>) {
 
 let endFileCheck: (good: boolean, text: string) => void = () => {};
 
-/** The service can go away without an end. */
+/** Gives up the file check, because the service can disappear without reporting an end. */
 export function abandonFileCheck() {
   endFileCheck(false, t('repair.noEnd'));
 }

@@ -1,4 +1,4 @@
-// The update of Varnel itself, and its removal.
+// Updates and removes Varnel itself.
 import { createSource } from '../base/source.ts';
 import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
@@ -10,7 +10,10 @@ import { queueBusy, updateBusy } from '../shell/busy.ts';
 
 export const update = createSource(() => host.request('checkForUpdates'));
 
-/** Looks for an update. Offers a mandatory one at once, but never over a question that the user is about to answer. */
+/**
+ * Checks for an update. Offers a mandatory one immediately, but never over a question that the user is
+ * about to answer.
+ */
 export async function checkForUpdate() {
   await update.reload();
   const { data, phase } = update.get();
@@ -18,7 +21,7 @@ export async function checkForUpdate() {
 }
 
 interface Download {
-  /** When it began (ms since the epoch), while it runs. */
+  /** When the running download began (ms since the epoch). */
   since?: number;
   /** The program is about to end. */
   closing?: true;
@@ -42,7 +45,7 @@ export async function applyUpdate() {
   if (!agreed) return;
   download.set({ since: Date.now() });
   try {
-    // Without an address the program takes the installer of its release endpoint.
+    // Without an address, the program uses the installer at its release address.
     const { downloadUrl } = data;
     await host.request('downloadAndApplyUpdate', downloadUrl ? { downloadUrl } : {});
     download.set({ closing: true });
@@ -51,7 +54,7 @@ export async function applyUpdate() {
   }
 }
 
-/** A question about what ends Varnel or Windows begins with what it would interrupt. */
+/** Puts the interrupted work first in a question about something that ends Varnel or Windows. */
 export const withQueue = (body: string) => (queueBusy.get() ? `${t('update.busy')} ${body}` : body);
 
 export async function uninstallVarnel() {

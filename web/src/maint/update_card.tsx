@@ -10,10 +10,10 @@ import { Icon } from '../kit/icon.tsx';
 import { queueBusy, updateBusy } from '../shell/busy.ts';
 import { applyUpdate, checkForUpdate, download, update } from './update.ts';
 
-// What the host says when nobody answers.
+// The host's text if the server does not answer.
 const unreachableReason = 'Download failed from update server';
 
-/** In the page's words; the host's own, which are English, stand below them. */
+/** Shows the page's text, with the host's own (in English) below it. */
 function Failure({ error, text }: { error: unknown; text: string }) {
   const { kind, reason } = error as BridgeError;
   return (
@@ -77,10 +77,10 @@ export function UpdateCard() {
   );
 }
 
-/** What is new, and how far its download is. */
+/** Shows what is new and the progress of its download. */
 function Offer({ mandatory, changelog }: { mandatory: boolean; changelog: string }) {
   const { failed } = useStore(download);
-  // The update ends the program, and with it what the queue reports.
+  // The update ends the program and with it the queue's reports.
   const busy = useStore(queueBusy);
   const running = useStore(updateBusy);
   return (

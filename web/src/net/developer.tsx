@@ -29,8 +29,9 @@ export function Developer() {
   const unsaved = useStore(draft) !== undefined;
   const { source, reload = source.reload, Panel } = parts[part];
   const state = useStore(source);
-  // Asked for when it is looked at, until it is there: two of them need the helper service or many seconds.
-  // Without the service its dialog would open, so that list waits for the service, or for the user.
+  // Requests a list only once the user looks at it, and only until it is there: two of them need the
+  // helper service or many seconds. Without the service, requesting the list of services would open the
+  // service dialog, so it waits for the service or the user.
   const active = useStore(status, ({ data }) => data?.serviceActive === true);
   const wanted = source !== services || active;
   useEffect(() => {

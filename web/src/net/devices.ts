@@ -12,7 +12,7 @@ export interface Device {
 
 export const devices = createSource(async () => {
   const reply = await explained(host.request('getPnpDevices'), () => t('devices.refused'));
-  // Windows writes the classes in capitals, the host names what has none "System".
+  // Windows writes the classes in capitals. The host calls a missing class "System".
   return reply.devices.map((one, key): Device => ({
     key,
     name: String(one.FriendlyName),

@@ -21,19 +21,19 @@ interface Run {
   target: string;
   since: number; // ms since the epoch
   lines: readonly Line[];
-  /** How it ended, in words; absent while it runs. The icon is neutral where the code says nothing. */
+  /** The result in words; absent while it runs. The icon is neutral if the exit code says nothing. */
   outcome?: { text: string; icon: 'success' | 'alert' | 'network' };
 }
 
 interface Diagnostics {
   state: RunState;
   run?: Run;
-  /** What was typed last, and the last targets of this session, the newest first. */
+  /** The text typed last, and the last targets of this session, the newest first. */
   target: string;
   recent: readonly string[];
 }
 
-/** Outlives the view: a tool runs on while another one is shown. */
+/** Outlives the view: a tool keeps running while another view is shown. */
 export const diagnostics = createStore<Diagnostics>({ state: noRuns, target: '', recent: [] });
 
 const change = (changes: Partial<Diagnostics>) => diagnostics.set({ ...diagnostics.get(), ...changes });
@@ -87,7 +87,7 @@ export function runTool(tool: Tool) {
   }
 }
 
-/** The host cannot end the tool: its lines are only hidden from now on. */
+/** Hides further lines, because the host cannot end the tool. */
 export function stopShowing() {
   change({ state: abandonRun(diagnostics.get().state) });
   finish(t('diagnostics.stopped'));

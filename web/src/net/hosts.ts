@@ -7,11 +7,11 @@ import { errorText, explained } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
 import { restoreLineEnds, withLf } from './hosts_text.ts';
 
-/** The file as stored, without the mark at its beginning, which an editor would show as nothing. */
+/** The file as stored, with the byte order mark kept separately, because it is invisible in an editor. */
 interface HostsFile {
   mark: string;
   stored: string;
-  /** As an editor holds it. */
+  /** The text in its form for an editor. */
   text: string;
 }
 
@@ -26,7 +26,7 @@ export const hosts = createSource(async () => {
   return readFile(content);
 });
 
-/** What has been edited and not saved; outlives the view. */
+/** The edited, unsaved text; outlives the view. */
 export const draft = createStore<string | undefined>(undefined);
 export const savingHosts = createStore(false);
 
@@ -46,7 +46,7 @@ export async function reloadHosts() {
   await hosts.reload();
 }
 
-/** Other programs write this file too: what has come into it since it was loaded is not overwritten unasked. */
+/** Asks before replacing changes that another program made since the file was loaded. */
 async function mayReplace(loaded: string) {
   const now = await host.request('getHostsFile').catch(() => undefined);
   const question = {

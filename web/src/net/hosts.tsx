@@ -13,7 +13,10 @@ import { checkSlices, type Problem } from './hosts_text.ts';
 
 const shownProblems = 200;
 const checkDelayMs = 250;
-/** Of a long file, so much is shown at once and the rest after the first frame: laying it out takes its time. */
+/**
+ * The number of characters of a long file to show immediately. The rest follows after the first frame,
+ * because its layout is slow.
+ */
 const firstLetters = 40_000;
 
 export function Hosts() {
@@ -31,11 +34,14 @@ const isPreviousKey = ({ key, shiftKey }: KeyboardEvent) => key === 'F3' && shif
 
 const problemText = ({ kind, word, first = 0 }: Problem) => t(`hosts.${kind}`, { word, first });
 
-/** The text area belongs to the browser: a file of a hundred thousand lines is not drawn anew at every key. */
+/**
+ * The text area is uncontrolled, so that a file of a hundred thousand lines is not redrawn at every
+ * keystroke.
+ */
 function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
   const area = useRef<HTMLTextAreaElement>(null);
-  const held = useRef(''); // what the area holds: reading it anew costs as much as the file is long
+  const held = useRef(''); // the area's content: reading it back is slow for a long file
   const shown = edited ?? text;
   const lines = useMemo(() => countLines(shown), [shown]);
   const checked = useCheck(shown);
@@ -58,16 +64,16 @@ function Editor({ text }: { text: string }) {
   }, [shown]);
 
   function measure() {
-    if (!area.current) return; // a last scroll event of a view that is gone
+    if (!area.current) return; // a late scroll event of a closed view
     const { scrollTop: top, clientHeight: height } = area.current;
     setBox({ top, height, line: parseFloat(getComputedStyle(area.current).lineHeight) });
   }
   useSize(area, measure);
 
-  // Wherever the focus is: a toast or a dialog may have taken it.
+  // Works wherever the focus is: a toast or a dialog may have taken it.
   useKey(isSaveKey, () => void saveHosts());
 
-  /** Selects a range and brings it into sight. Returns its line. */
+  /** Selects a range, brings it into view and returns its line. */
   function select(start: number, end: number): number {
     const line = countLines(shown.slice(0, start));
     area.current!.setSelectionRange(start, end);
@@ -83,7 +89,7 @@ function Editor({ text }: { text: string }) {
     const lines = toggleComment(shown, start, end);
     area.current!.focus();
     area.current!.setSelectionRange(lines.start, lines.end);
-    document.execCommand('insertText', false, lines.text); // the one way that Ctrl+Z takes back
+    document.execCommand('insertText', false, lines.text); // the only way that Ctrl+Z undoes
     area.current!.setSelectionRange(lines.start, lines.start + lines.text.length);
   }
   const find = useFind(shown, area, select);
@@ -132,14 +138,17 @@ function countLines(text: string): number {
   return lines;
 }
 
-/** Where a line (from 1) begins and ends. */
+/** Returns the start and end of a line (from 1). */
 function rangeOf(text: string, line: number): [start: number, end: number] {
   const lines = text.split('\n');
   const start = lines.slice(0, line - 1).reduce((sum, { length }) => sum + length + 1, 0);
   return [start, start + lines[line - 1]!.length];
 }
 
-/** What is wrong in a text: at once when the view opens, then after a pause of typing; slice by slice, so that keys are not held up. */
+/**
+ * Finds what is wrong in a text: immediately after the view opens, then after each pause in typing. Works
+ * in slices, so that typing is not delayed.
+ */
 function useCheck(text: string): { text?: string; problems: Problem[] } {
   const [checked, setChecked] = useState<{ text?: string; problems: Problem[] }>({ problems: [] });
   useEffect(() => {
@@ -159,15 +168,15 @@ function useCheck(text: string): { text?: string; problems: Problem[] } {
 interface Find {
   query: string;
   count: number;
-  /** From 1; 0: none is selected. */
+  /** Number of the selected match from 1; 0 if none is selected. */
   nth: number;
-  /** Of the match that is selected. */
+  /** Line of the selected match. */
   line?: number;
   setQuery(query: string): void;
   step(back: boolean): void;
 }
 
-/** Finding in the text area: F3 goes on from the cursor, wherever the focus is. */
+/** Finds in the text area. F3 continues from the cursor, wherever the focus is. */
 function useFind(
   text: string,
   area: RefObject<HTMLTextAreaElement | null>,
@@ -202,7 +211,7 @@ function useFind(
   };
 }
 
-/** The shortcut for filters leads here. */
+/** The bar that the shortcut for filters leads to. */
 function FindBar({ query, count, nth, setQuery, step, onLeave }: Find & { onLeave(): void }) {
   return (
     <div class="find line">
@@ -261,7 +270,7 @@ function HostsBar({ edited, children }: { edited: boolean; children: ComponentCh
 interface ProblemsProps {
   problems: Problem[];
   goTo(line: number): void;
-  /** Absent while the text is newer than the problems. */
+  /** Comments a line out; absent while the text is newer than the problems. */
   comment: ((line: number) => void) | undefined;
 }
 
@@ -309,7 +318,7 @@ interface GutterProps {
   problems: Problem[];
 }
 
-/** Numbers and marks of the lines in sight. The list beside it says the same. */
+/** Draws the numbers and marks of the visible lines. The list beside it says the same. */
 function Gutter({ top, height, line, lines, problems }: GutterProps) {
   const first = Math.floor(top / line);
   const count = Math.max(0, Math.min(Math.ceil(height / line) + 1, lines - first));

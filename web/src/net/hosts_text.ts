@@ -1,16 +1,16 @@
-// The hosts file as text: what is wrong in it, and how it keeps its line ends through an editor that knows only LF.
+// Checks the text of the hosts file, and preserves its line ends through an editor that knows only LF.
 
 export interface Problem {
-  /** From 1. */
+  /** Number of the line, from 1. */
   line: number;
   kind: 'address' | 'noName' | 'name' | 'twice';
-  /** The word that is wrong. */
+  /** The faulty word. */
   word: string;
-  /** For a name given twice: the line that counts. */
+  /** For a repeated name: the line that counts. */
   first?: number;
 }
 
-/** 4 or 6, or undefined for what the resolver does not take as an address. */
+/** Returns 4 or 6, or undefined if the resolver does not accept the word as an address. */
 function familyOf(address: string): 4 | 6 | undefined {
   if (!address.includes(':'))
     return /^(?:(?:25[0-5]|2[0-4]\d|1\d\d|\d\d?)(?:\.(?!$)|$)){4}$/.test(address) ? 4 : undefined;
@@ -20,9 +20,9 @@ function familyOf(address: string): 4 | 6 | undefined {
 const isName = (word: string) =>
   word.length <= 255 && /^[\p{L}\p{M}\p{N}_-]+(\.[\p{L}\p{M}\p{N}_-]+)*\.?$/u.test(word);
 
-const slice = 2000; // lines: some milliseconds
+const slice = 2000; // lines, which take a few milliseconds
 
-/** Checks a slice of the lines at each step, and returns what is wrong. */
+/** Checks one slice of the lines per step. Returns the problems. */
 export function* checkSlices(lines: readonly string[]): Generator<void, Problem[]> {
   const problems: Problem[] = [];
   const seen = new Map<string, number>();
@@ -33,7 +33,7 @@ export function* checkSlices(lines: readonly string[]): Generator<void, Problem[
   return problems;
 }
 
-/** What is wrong in the lines, all at once. */
+/** Returns the problems in the lines in one go. */
 export function checkHosts(lines: readonly string[]): Problem[] {
   const check = checkSlices(lines);
   for (;;) {
@@ -42,7 +42,7 @@ export function checkHosts(lines: readonly string[]): Problem[] {
   }
 }
 
-/** A name may have one address of each family; the first one counts. */
+/** Checks one line. A name may have one address of each family; the first one counts. */
 function checkLine(text: string, line: number, seen: Map<string, number>, problems: Problem[]) {
   const words = text.replace(/#.*/s, '').match(/\S+/g);
   if (!words) return;
@@ -61,10 +61,10 @@ function checkLine(text: string, line: number, seen: Map<string, number>, proble
 
 const lineEnd = /\r\n|\r|\n/g;
 
-/** The text as an editor holds it. */
+/** Returns the text with the line ends of an editor. */
 export const withLf = (text: string) => text.replace(lineEnd, '\n');
 
-/** Indices of the pairs [in a, in b] of lines that occur exactly once in both ranges, in the order of b. */
+/** Returns the indices [in a, in b] of lines that occur exactly once in both ranges, in the order of b. */
 function uniquePairs(
   a: readonly string[],
   aFrom: number,
@@ -86,9 +86,9 @@ function uniquePairs(
   return [...found.values()].filter((pair) => pair.a >= 0 && pair.b >= 0).sort((x, y) => x.b - y.b);
 }
 
-/** The longest run of pairs whose `a` grows too. */
+/** Returns the longest run of pairs in which `a` grows, too. */
 function growing(pairs: readonly { a: number; b: number }[]) {
-  const ends: number[] = []; // of the best run of each length, the pair at its end
+  const ends: number[] = []; // for each length, the last pair of its best run
   const before: number[] = [];
   pairs.forEach((pair, i) => {
     let low = 0;
@@ -106,8 +106,9 @@ function growing(pairs: readonly { a: number; b: number }[]) {
 }
 
 /**
- * The edited text (line ends LF) with the line ends of the original: every line that is still there keeps its own, a line
- * that was changed in place too, and new ones take the one that is most common in the file (CR LF in an empty one).
+ * Returns the edited text (line ends LF) with the line ends of the original. Every line that still exists
+ * keeps its own, even if it was changed in place. New lines get the file's most common one (CR LF in an
+ * empty file).
  */
 export function restoreLineEnds(original: string, edited: string): string {
   const ends = original.match(lineEnd) ?? [];

@@ -9,7 +9,7 @@ export type Port = Message<'getOpenPorts'>['ports'][number];
 
 export type Reach = 'machine' | 'all' | 'address';
 
-/** From where a listening address ("127.0.0.1:80", "[::1]:80") can be reached. */
+/** Returns from where a listening address ("127.0.0.1:80", "[::1]:80") can be reached. */
 export function reachOf(local: string): Reach {
   const host = local
     .slice(0, local.lastIndexOf(':'))
@@ -21,16 +21,16 @@ export function reachOf(local: string): Reach {
 
 export const portKey = ({ proto, local, pid }: Port) => `${proto} ${local} ${pid}`;
 
-/** The tool can print a row twice. */
+/** The tool can print a row twice, so repeats are dropped. */
 export const ports = createSource(async () =>
   distinctBy((await host.request('getOpenPorts')).ports, portKey),
 );
 
-/** With the names of the processes behind them. */
+/** Reloads the ports and the names of the processes behind them. */
 export function reloadPorts() {
   void ports.reload();
   void processes.reload();
 }
 
-/** The list is loaded anew by itself. */
+/** Whether the list reloads automatically. */
 export const followed = createStore(false);

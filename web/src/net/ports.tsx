@@ -10,7 +10,7 @@ import type { ProcessRow } from '../shell/process_shares.ts';
 import { endProcesses, processes, showProcess } from '../shell/processes.ts';
 import { followed, portKey, reachOf, reloadPorts, type Port } from './ports.ts';
 
-/** With the name of the process, as far as it is known. */
+/** A port with the name of its process, if that is known. */
 type PortRow = Port & { process?: string | undefined };
 
 const followMs = 5000;
@@ -60,7 +60,7 @@ const columns: Column<PortRow>[] = [
   { id: 'local', title: 'network.address', value: ({ local }) => local, width: '11rem', drop: 2 },
 ];
 
-/** From a change of the switch on, and not while the window is hidden. */
+/** Reloads from the moment the switch is turned on, except while the window is hidden. */
 function Follow() {
   usePolling(reloadPorts, followMs);
   return null;

@@ -1,16 +1,17 @@
-// What the helper service reports about development services. Nothing but the list itself is agreed on: what is there is
-// shown, and a command is offered only where the report names both the service and the command.
+// Reads the helper service's report about development services. Only the list itself is agreed on. The
+// page shows whatever the report contains, and offers a command only if the report names both the
+// service and the command.
 import { isRecord } from '../base/shape.ts';
 
 export interface DevService {
   title: string;
-  /** A status in words, if there is one. */
+  /** The status in words, if there is one. */
   status: string;
-  /** How it is started, if that is a word. */
+  /** The start type, if it is a word. */
   start?: string;
-  /** The other members as they came. */
+  /** The other members, unchanged. */
   facts: string;
-  /** For commands; absent when the report does not name it. */
+  /** The service's type for commands; absent if the report does not name it. */
   type?: string;
   commands: string[];
 }

@@ -14,7 +14,7 @@ export const services = createSource(async () => {
   return reply.services.map((element, key): ServiceRow => ({ ...readService(element), key }));
 });
 
-/** The service that a command is under way for: one at a time. */
+/** The service with a command in progress; one at a time. */
 export const commanded = createStore<ServiceRow | undefined>(undefined);
 
 const knownCommands = ['start', 'stop', 'restart'] as const;
@@ -25,7 +25,7 @@ export const commandText = (command: string) => (isKnown(command) ? t(`services.
 const states = ['running', 'stopped', 'starting', 'stopping', 'paused', 'pausing', 'continuing'] as const;
 const starts = ['auto', 'delayed', 'manual', 'disabled'] as const;
 
-/** A state and a way of starting in words; what is not known stays as the service says it. */
+/** Returns a state or start type in words. An unknown one stays in the service's own words. */
 export const stateText = (state: string) => {
   const known = states.find((one) => one === state);
   return known ? t(`services.state.${known}`) : state;
@@ -56,6 +56,6 @@ export async function control(service: ServiceRow, command: string) {
     toast(t(`services.${known}.failed`, { title, verb, reason }), { error: true });
   }
   stop();
-  if (!missing) await services.reload(); // else its dialog would only open a second time
+  if (!missing) await services.reload(); // otherwise its dialog would open a second time
   commanded.set(undefined);
 }

@@ -36,7 +36,7 @@ export function VariableDialog({
         all.filter(({ scope }) => scope === now.scope).map(({ name }) => name),
       );
   const change = (changes: Partial<Variable>) => setNow({ ...now, ...changes });
-  /** Esc is pressed in passing: what has been changed is not lost to it unasked. */
+  /** Asks before Esc, which is easily pressed by accident, discards changes. */
   async function leave() {
     const changed = now.value !== (before?.value ?? '') || (!before && now.name !== '');
     const question = {
@@ -49,7 +49,7 @@ export function VariableDialog({
   }
   async function save() {
     setSaving(true);
-    // An installer may have added to it since it was read.
+    // An installer may have extended the value since it was read.
     await variables.reload();
     const stored = variables.get().data?.find((one) => variableKey(one) === variableKey(now))?.value;
     if (stored === before?.value || (await overwrite(now.name, stored))) {

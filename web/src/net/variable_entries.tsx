@@ -5,7 +5,7 @@ import { createLookup } from '../shell/path_lookup.ts';
 import { isRepeated, joinList, pathOf, splitList } from './variable_values.ts';
 import type { Variable } from './variables.ts';
 
-/** The value as an ordered list. */
+/** Shows the value as an ordered list. */
 export function Entries({
   all,
   value,
@@ -18,7 +18,8 @@ export function Entries({
   const list = useRef<HTMLOListElement>(null);
   const [entries, setEntries] = useState(() => splitList(value));
   const missing = useMissing(entries, all);
-  // The focus goes along with an entry: its row, and which of the row's controls, or its field where that cannot be used.
+  // The focus follows an entry: its row, and the same control of that row, or its field if that control
+  // is disabled.
   const focus = useRef<[row: number, nth: number] | undefined>(undefined);
   useLayoutEffect(() => {
     const [row, nth] = focus.current ?? [-1, 0];
@@ -33,7 +34,7 @@ export function Entries({
     onChange(joinList(next));
     focus.current = [row, nth];
   }
-  // A semicolon that is typed or pasted divides.
+  // A typed or pasted semicolon splits the entry.
   function type(i: number, text: string) {
     const parts = splitList(text);
     set(entries.toSpliced(i, 1, ...parts), i + parts.length - 1);
@@ -100,7 +101,7 @@ export function Entries({
   );
 }
 
-/** Those of the entries that name what is not on the disk. */
+/** Returns the entries whose path does not exist. */
 function useMissing(entries: string[], all: Variable[]): ReadonlySet<string> {
   const [missing, setMissing] = useState<ReadonlySet<string>>(new Set());
   const isMissing = useMemo(createLookup, []);

@@ -1,7 +1,7 @@
-// Environment variables whose value is a list, such as Path.
+// Handles environment variables whose value is a list, such as Path.
 import { isPlainPath } from '../base/paths.ts';
 
-/** Entries between semicolons; one inside quotes divides nothing. Joined again they give the same text. */
+/** Splits a value at semicolons, except those inside quotes. Joining the entries restores the text. */
 export function splitList(value: string): string[] {
   const entries = [''];
   let quoted = false;
@@ -18,7 +18,7 @@ export const joinList = (entries: readonly string[]) => entries.join(';');
 export const isList = (name: string, value: string) =>
   /^(path|pathext|psmodulepath)$/i.test(name) || splitList(value).length > 1;
 
-/** Whether an entry says the same as one before it. */
+/** Returns true if an earlier entry means the same. */
 export function isRepeated(entries: readonly string[], index: number): boolean {
   const plain = (entry: string) =>
     entry
@@ -30,20 +30,20 @@ export function isRepeated(entries: readonly string[], index: number): boolean {
   return mine !== '' && entries.slice(0, index).some((entry) => plain(entry) === mine);
 }
 
-/** The path that an entry names, with %names% replaced by what they stand for; undefined where that is not certain. */
+/** Returns the path that an entry names, with every %name% expanded, or undefined if that is not certain. */
 export function pathOf(entry: string, values: ReadonlyMap<string, string>): string | undefined {
   let path = entry
     .trim()
     .replace(/^"(.*)"$/, '$1')
     .replaceAll('/', '\\');
-  // A value may name others in its turn, and itself.
+  // A value may refer to others, and even to itself.
   for (let depth = 0; depth < 4; ++depth)
     path = path.replace(/%([^%]+)%/g, (name, word) => values.get(word.toLowerCase()) ?? name);
   path = path.replace(/(.)\\+$/, '$1');
   return isPlainPath(path) ? path : undefined;
 }
 
-/** Why a new variable cannot have that name, among the names that there are. */
+/** Returns the reason why a new variable cannot have that name, given the existing names. */
 export function nameFault(
   name: string,
   existing: readonly string[],

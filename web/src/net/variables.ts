@@ -30,7 +30,7 @@ export async function saveVariable(variable: Variable): Promise<string | undefin
   return failure;
 }
 
-/** Deletes variables and offers the way back. */
+/** Deletes variables and offers to undo that. */
 export async function deleteVariables(list: readonly Variable[]) {
   const gone: Variable[] = [];
   for (const one of list) {

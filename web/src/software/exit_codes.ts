@@ -1,4 +1,4 @@
-// What the exit codes (unsigned, 32 bits) of the tools that install and remove mean.
+// The meanings of the exit codes (unsigned, 32 bits) of the tools that install and remove.
 
 export type JobKind = 'update' | 'driver' | 'uninstall';
 
@@ -54,7 +54,7 @@ export type CodeWord = Values<typeof packageCodes> | Values<typeof driverCodes> 
 export const isSuccess = (code: number | undefined) => code === 0 || finishedCodes.has(code ?? -1);
 export const needsRestart = (code: number | undefined) => restartCodes.has(code ?? 0);
 
-/** What is known about an exit code. */
+/** Returns the meaning of an exit code if it is known. */
 export function wordOf(kind: JobKind, code: number): CodeWord | undefined {
   if (code === 999) return 'refused';
   if (kind === 'driver') return driverCodes[code as keyof typeof driverCodes];

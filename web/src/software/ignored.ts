@@ -5,7 +5,7 @@ import type { Package } from './package_rows.ts';
 
 type Offer = Pick<Package, 'id' | 'available'>;
 
-/** Says which packages the user does not want to be offered. */
+/** Returns a function that tells whether the user ignores a package. */
 export const ignoredNow = () => isIgnoredBy(currentSettings().ignoreList);
 
 export function setIgnored(offers: Offer[], how: Ignoring) {

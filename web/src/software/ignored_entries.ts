@@ -1,12 +1,12 @@
-// Entries of the ignore list that are about packages.
+// Handles the entries of the ignore list that concern packages.
 import type { Ignored } from '../shell/settings_document.ts';
 
 const ignoredType = 'software';
 
-/** What is left out of the offers: every version of a package, the one that is offered now, or nothing. */
+/** Whether to ignore every version of a package, only the one offered now, or nothing. */
 export type Ignoring = 'always' | 'version' | 'never';
 
-/** Identifier of a package, and the version that is offered. */
+/** ID of a package, and the offered version. */
 interface Offer {
   id: string;
   available: string;
@@ -14,13 +14,16 @@ interface Offer {
 
 const isAbout = (entry: Ignored, { id }: Offer) => entry.type === ignoredType && entry.id === id;
 
-/** Says which offers are left out. An entry with a version is about that version alone. */
+/**
+ * Returns a function that tells whether an offer is ignored. An entry with a version applies to that
+ * version only.
+ */
 export const isIgnoredBy = (list: readonly Ignored[]) => (offer: Offer) =>
   list.some(
     (entry) => isAbout(entry, offer) && (entry.version === undefined || entry.version === offer.available),
   );
 
-/** The list after a decision on these offers, which replaces what it said about their packages before. */
+/** Returns the list after a decision on these offers, which replaces earlier entries for their packages. */
 export function withIgnored(list: readonly Ignored[], offers: readonly Offer[], how: Ignoring): Ignored[] {
   const others = list.filter((entry) => !offers.some((offer) => isAbout(entry, offer)));
   if (how === 'never') return others;

@@ -1,10 +1,11 @@
-// Installing and removing, one at a time: the tools share locks, and their messages do not tell which run they belong to.
+// Installs and removes one job at a time: the tools share locks, and their messages do not say which run
+// they belong to.
 import { appendLines, percentOf, type Incoming, type Line } from '../base/lines.ts';
 import { isSuccess, needsRestart, type JobKind } from './exit_codes.ts';
 
 export interface Task {
   kind: JobKind;
-  /** Identifier of a package, title of a driver. */
+  /** ID of a package, or title of a driver. */
   id: string;
   name: string;
 }
@@ -12,32 +13,35 @@ export interface Task {
 export interface Job extends Task {
   state: 'waiting' | 'running' | 'done' | 'restart' | 'failed';
   lines: readonly Line[];
-  /** Of the step that the tool is at; absent when it gives none. */
+  /** Progress of the tool's current step; absent if the tool gives none. */
   percent?: number;
-  /** Exit code; absent when the tool's end was not reported. */
+  /** Exit code; absent if the tool's end was not reported. */
   code?: number;
-  /** Windows has to be restarted, also after a failure. */
+  /** Windows must be restarted, even after a failure. */
   restart?: boolean;
   /** When the tool last printed something (ms since the epoch). */
   lastOutput?: number;
-  /** Runs with the user's own rights: the helper service could not be reached. */
+  /** Runs with the user's own rights, because the helper service could not be reached. */
   unelevated?: true;
-  /** Not waited for any longer; its tool may still end. */
+  /** No longer waited for, although its tool may still end. */
   abandoned?: true;
 }
 
 export type Jobs = readonly Job[];
 
 export const sameJob = (a: Task, b: Task) => a.kind === b.kind && a.id === b.id;
-/** The messages that a job is told of. They do not say which job they belong to. */
+/** Returns the stream of a job's messages. They do not say which job they belong to. */
 const streamOf = (kind: JobKind) => (kind === 'uninstall' ? 'uninstall_stream' : 'update_stream');
 export type Stream = ReturnType<typeof streamOf>;
-/** What is said of a job; an end that is not known is no failure. */
+/** Returns the word for a job's state. An unknown end is not a failure. */
 export const stateWord = ({ state, code }: Job) =>
   state === 'failed' && code === undefined ? 'unknown' : state;
 export const isPending = ({ state }: Job) => state === 'waiting' || state === 'running';
 
-/** What waits or runs already is not added again; what has ended starts anew, at the end. One whose tool may still run stays as well. */
+/**
+ * Adds tasks at the end. A task that is waiting or running is not added again; one that has ended is
+ * replaced by a new job, unless its tool may still be running.
+ */
 export function addTasks(jobs: Jobs, tasks: readonly Task[]): Jobs {
   const fresh = tasks.filter((task) => !jobs.some((job) => isPending(job) && sameJob(job, task)));
   return [
@@ -52,13 +56,13 @@ const change = (jobs: Jobs, state: Job['state'], to: (job: Job) => Job): Jobs =>
   return job === changed ? jobs : jobs.with(jobs.indexOf(job!), changed!);
 };
 
-/** Starts the first that waits, unless one runs. */
+/** Starts the first waiting job, unless one is running. */
 export function startNext(jobs: Jobs, now: number): Jobs {
   if (jobs.some(({ state }) => state === 'running')) return jobs;
   return change(jobs, 'waiting', (job) => ({ ...job, state: 'running', lastOutput: now }));
 }
 
-/** A line of the tool that runs. */
+/** Adds an output line to the running job. */
 export function addLine(jobs: Jobs, stream: Stream, line: Incoming, now: number): Jobs {
   return change(jobs, 'running', (job) => {
     if (streamOf(job.kind) !== stream) return job;
@@ -80,7 +84,7 @@ function ended({ percent: _, abandoned: __, ...job }: Job, code: number | undefi
   return { ...job, state, ...(code !== undefined && { code }), ...(needed && { restart: true }) };
 }
 
-/** The tool that runs has not been started, or is not waited for any longer. */
+/** Ends the running job whose tool was not started or is no longer waited for. */
 export function endUnknown(jobs: Jobs, abandoned?: true, restart = false): Jobs {
   return change(jobs, 'running', (job) => ({
     ...ended(job, undefined, restart),
@@ -89,8 +93,8 @@ export function endUnknown(jobs: Jobs, abandoned?: true, restart = false): Jobs 
 }
 
 /**
- * A tool has ended. While one of the same stream that is not waited for any longer may still run, the end could be its own:
- * it is credited only when there is no other.
+ * Ends a job whose tool has ended. The end could also belong to a job of the same stream that is no longer
+ * waited for, so it is credited only if there is a single candidate.
  */
 export function toolEnded(jobs: Jobs, stream: Stream, code: number | undefined, restart: boolean): Jobs {
   const open = jobs.filter(
@@ -100,16 +104,22 @@ export function toolEnded(jobs: Jobs, stream: Stream, code: number | undefined, 
   return open.some(({ state }) => state === 'running') ? endUnknown(jobs, true, restart) : jobs;
 }
 
-/** The host has told that the helper service is missing: the driver that was about to be installed is meant, if there is one. */
+/**
+ * Notes that the host found the helper service missing. This can only concern the driver that is just
+ * starting, if there is one.
+ */
 export function withoutService(jobs: Jobs): Jobs {
   return change(jobs, 'running', (job) =>
     job.kind === 'driver' && !job.unelevated && job.lines.length <= 1 ? { ...job, unelevated: true } : job,
   );
 }
 
-/** Takes away what has ended; a tool that was given up is remembered as long as its end could be taken for another's. */
+/**
+ * Removes the jobs that have ended, but keeps an abandoned one as long as its end could be mistaken for
+ * another's.
+ */
 export const pendingOnly = (jobs: Jobs): Jobs =>
   jobs.some(isPending) ? jobs.filter((job) => isPending(job) || job.abandoned) : [];
 
-/** Takes away what does not run yet. */
+/** Removes the jobs that are not running yet. */
 export const withoutWaiting = (jobs: Jobs): Jobs => jobs.filter(({ state }) => state !== 'waiting');

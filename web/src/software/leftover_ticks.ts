@@ -1,4 +1,5 @@
-// What an uninstalled program may have left behind. The places were guessed from its name, so a tick is a careful suggestion.
+// Suggests which leftovers of an uninstalled program to remove. Their places were guessed from its name,
+// so a tick is a cautious suggestion.
 
 export interface Leftover {
   type: string;
@@ -10,8 +11,9 @@ const roots =
   /^([a-z]:\\Users\\[^\\]+\\AppData\\(Local|Roaming)|[a-z]:\\ProgramData|[a-z]:\\Program Files( \(x86\))?|HK(CU|LM)\\Software)\\/i;
 
 /**
- * Ticked from the start only when it lies in a publisher's folder or key below a root that is known. What stands directly
- * below the root may be the publisher's own, with other programs in it; and in Microsoft's lie parts of Windows.
+ * Ticks an item initially only if it lies in a publisher's folder or key below a known root. An item
+ * directly below the root may be the publisher's own and contain other programs, and Microsoft's contain
+ * parts of Windows.
  */
 export function tickedAtFirst({ path }: Leftover): boolean {
   const root = roots.exec(path);

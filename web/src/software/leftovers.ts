@@ -1,4 +1,4 @@
-// What uninstalled programs may have left behind: looked for, offered, removed.
+// Finds, offers and removes the leftovers of uninstalled programs.
 import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
@@ -8,7 +8,7 @@ import { serviceDialogClosed } from '../shell/service.tsx';
 import type { Task } from './jobs.ts';
 import type { Leftover } from './leftover_ticks.ts';
 
-/** Of uninstalled programs, shown one after another. */
+/** The leftovers per uninstalled program, shown one after another. */
 export const leftovers = createStore<readonly { job: Task; items: Leftover[] }[]>([]);
 
 const findLeftovers = async ({ id, name }: Task) =>
@@ -24,12 +24,12 @@ export async function searchLeftovers(job: Task) {
   }
 }
 
-/** Closes the dialog that is open. */
+/** Closes the open dialog. */
 export function closeLeftovers() {
   leftovers.set(leftovers.get().slice(1));
 }
 
-// The removal that is running: the host asks the service once per item.
+// The running removal. The host asks the service once per item.
 let removal: { serviceMissed?: boolean } | undefined;
 
 /** Notes that the helper service is missing. Returns true unless the running removal has noted it already. */
@@ -40,7 +40,10 @@ export function noteServiceMissingInRemoval(): boolean {
   return first;
 }
 
-/** The reply says only whether everything was removed, so what remains is looked up and offered again. */
+/**
+ * Removes items. The reply says only whether everything was removed, so the remaining items are looked up
+ * and offered again.
+ */
 export async function cleanLeftovers(job: Task, items: Leftover[]) {
   let remaining: Leftover[] = [];
   const mine = (removal = {});

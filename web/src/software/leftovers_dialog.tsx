@@ -8,10 +8,10 @@ import type { Task } from './jobs.ts';
 import { tickedAtFirst, type Leftover } from './leftover_ticks.ts';
 import { cleanLeftovers, closeLeftovers, leftovers } from './leftovers.ts';
 
-/** Offers what an uninstalled program has left behind; of several programs, one after another. */
+/** Offers the leftovers of an uninstalled program; those of several programs one after another. */
 export function LeftoversDialog() {
   const [first] = useStore(leftovers);
-  // A new list is a new dialog: nothing of the ticks of the one before stays.
+  // A new list is a new dialog, without the ticks of the previous one.
   return first ? <LeftoversChoice key={`${first.job.id} ${first.items.length}`} {...first} /> : null;
 }
 

@@ -6,7 +6,7 @@ import { parseApp, parseUpdate, type Package } from './package_rows.ts';
 
 export const packageKey = ({ id, name, version }: Package) => `${id}\n${name}\n${version}`;
 
-/** The tool can print a row twice. */
+/** Parses the rows and drops repeats, because the tool can print a row twice. */
 export const toUpdates = (rows: Reply<'getSoftwareUpdates'>['updates']) =>
   distinctBy(rows.map(parseUpdate), packageKey);
 

@@ -46,7 +46,7 @@ interface ScannedProps<T> {
   children(data: T): ComponentChildren;
 }
 
-/** A list that the scan fills, or that is asked for alone: before that, an invitation. */
+/** A list that the scan fills or that is requested on its own. Until then, it shows an invitation. */
 function Scanned<T>({ source, ...view }: ScannedProps<T>) {
   const { running } = useStore(scan);
   const { phase } = useStore(source);
@@ -152,7 +152,7 @@ export function DriversPanel() {
   );
 }
 
-/** Windows Update's answers pass through as they are, so any member can be of any type. */
+/** Windows Update's answers pass through unchanged, so any member can have any type. */
 const asText = (value: unknown) =>
   typeof value === 'string' || typeof value === 'number' ? String(value) : '';
 
@@ -163,7 +163,7 @@ function DriverList({ updates: offered, scannedDriversCount }: Drivers) {
         ({ title, currentVersion, availableVersion, releaseDate, severity, isSkipped }, at): Row => {
           const name = asText(title);
           return {
-            key: `${name}\n${at}`, // two devices can be offered one title
+            key: `${name}\n${at}`, // two devices can have an offer of the same title
             id: name,
             name,
             block:

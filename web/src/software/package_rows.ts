@@ -1,5 +1,6 @@
-// Rows of the package manager's tables. The host cuts cells at two or more blanks, but the tool leaves only one behind the
-// widest cell of a column, so such a row arrives with cells that hold two values, and the others shifted.
+// Parses rows of the package manager's tables. The host cuts cells at two or more blanks, but the tool
+// prints only one after the widest cell of a column. Such a row arrives with two values in one cell and
+// with the others shifted.
 
 export interface Cells {
   name: string;
@@ -10,7 +11,7 @@ export interface Cells {
 }
 
 export type Package = Cells & {
-  /** Every value stands in its place. Otherwise the cells are as they came. */
+  /** True if every value is in its place. Otherwise the cells are unchanged. */
   whole: boolean;
 };
 
@@ -18,14 +19,17 @@ const sources = new Set(['winget', 'msstore', 'winget-font']);
 
 const isVersion = (word: string) => word === 'Unknown' || /^[vr]?\d+($|[-+_…]|[.,]\d)/i.test(word);
 
-/** Of a source ("Brook.TarnSync"), of the store (twelve characters and more), or of Windows ("ARP\…", "MSIX\…"); maybe cut. */
+/**
+ * Recognises an ID of a source ("Brook.TarnSync"), of the store (twelve characters or more), or of Windows
+ * ("ARP\…", "MSIX\…"), possibly truncated.
+ */
 const isId = (word: string) =>
   /^\S+$/.test(word) && !isVersion(word) && /[^.]\.[^.]|\\|…$|^[0-9A-Z]{12,14}$/.test(word);
 
-/** One value, or one with "<" or ">" before it, that is clearly nothing else. */
+/** Returns true for one value, possibly after "<" or ">", that is clearly nothing but a version. */
 const isVersionCell = (cell: string) => /^([<>] )?\S+$/.test(cell) && !sources.has(cell) && !isId(cell);
 
-/** Reads from the right: source, one or two versions, identifier, and the rest is the name. */
+/** Reads from the right: source, one or two versions, ID. The rest is the name. */
 function fromRight(text: string) {
   const words = text.split(/\s+/).filter(Boolean);
   const source = sources.has(words.at(-1) ?? '') ? words.pop() : undefined;
@@ -39,7 +43,10 @@ function fromRight(text: string) {
   return isId(id) && words.length > 0 ? { name: words.join(' '), id, versions, source } : undefined;
 }
 
-/** A row of available updates. The host fills in "winget" where the fifth cell is missing, as it is when two have become one. */
+/**
+ * Parses a row of available updates. The host fills in "winget" if the fifth cell is missing, as it is if
+ * two cells were merged.
+ */
 export function parseUpdate(cells: Cells): Package {
   const { name, id, version, available, source } = cells;
   const owned = sources.has(source) || (/^\S+$/.test(source) && !isVersion(source));
@@ -58,7 +65,10 @@ export function parseUpdate(cells: Cells): Package {
   };
 }
 
-/** A row of installed programs: of a squeezed one, the third cell may be the available version or the source. */
+/**
+ * Parses a row of installed programs. In a row with merged cells, the third may be the available version or
+ * the source.
+ */
 export function parseApp(cells: Omit<Cells, 'available'>): Package {
   const { name, id, version, source } = cells;
   if (isId(id) && isVersionCell(version)) return { ...cells, available: '', whole: true };
@@ -75,15 +85,15 @@ export function parseApp(cells: Omit<Cells, 'available'>): Package {
   };
 }
 
-/** What the host lets into a command line: the other characters mean something there. */
+/** Returns true if the host allows the text in a command line, where other characters have a meaning. */
 export const isSafeArgument = (text: string) => /^[A-Za-z0-9 ()\-.:_]*$/.test(text);
 
 export type Obstacle = 'shifted' | 'cut' | 'windows' | 'characters';
 
-/** Why nothing can be done with a package. */
+/** Returns the reason why nothing can be done with a package. */
 export function obstacleOf({ id, whole }: Package): Obstacle | undefined {
   if (!whole) return 'shifted';
-  if (id.includes('\\')) return 'windows'; // "ARP\…", "MSIX\…": of no source, so the tool's commands are not needed for it
+  if (id.includes('\\')) return 'windows'; // "ARP\…", "MSIX\…": no source, so no tool commands
   if (id.endsWith('…')) return 'cut';
   return isSafeArgument(id) ? undefined : 'characters';
 }

@@ -1,4 +1,4 @@
-// The queue of everything that is installed and removed.
+// The queue of installations and removals.
 import type { Incoming } from '../base/lines.ts';
 import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
@@ -33,13 +33,13 @@ export function enqueue(tasks: readonly Task[]) {
   runNext();
 }
 
-/** Varnel ends as soon as its own update is there: says so instead of beginning something. */
+/** Returns false and says so if nothing may start, because Varnel ends as soon as its own update is ready. */
 export function mayStart(): boolean {
   if (updateBusy.get()) toast(t('jobs.notNow'));
   return !updateBusy.get();
 }
 
-/** Restarts Windows, if the user agrees. */
+/** Restarts Windows if the user agrees. */
 export async function restartWindows() {
   const agreed = await confirm({
     title: t('restart.title'),
@@ -55,12 +55,15 @@ export async function restartWindows() {
   }
 }
 
-/** Goes on without the end of the tool that runs: it may have been lost. */
+/** Continues without waiting for the end of the running tool, which may have been lost. */
 export function abandonRunning() {
   settle(endUnknown(jobs.get(), true));
 }
 
-/** Follows the tools that install and remove. They print in bursts: what comes within one frame is taken together. */
+/**
+ * Follows the tools that install and remove. They print in bursts, so the lines of one frame are handled
+ * together.
+ */
 export function startQueue() {
   jobs.subscribe(() => queueBusy.set(jobs.get().some(isPending)));
   onServiceMissing(noteServiceMissingInRemoval);
@@ -85,7 +88,7 @@ export function startQueue() {
   }
 }
 
-/** Notes that the helper service is missing. Returns true if the dialog should open: once per queue of drivers. */
+/** Notes that the service is missing. Returns true if the dialog should open: once per queue of drivers. */
 function noteServiceMissing(): boolean {
   const before = jobs.get();
   jobs.set(withoutService(before));
@@ -106,7 +109,7 @@ function runNext() {
   }
 }
 
-/** Takes what has become of the queue, reports what has ended, and goes on. */
+/** Stores the new state of the queue, reports what has ended, and continues. */
 function settle(after: Jobs) {
   const before = jobs.get();
   jobs.set(after);
@@ -119,7 +122,7 @@ function settle(after: Jobs) {
   else if (after !== before && !after.some(isPending)) reloadChanged();
 }
 
-/** Lists again what has been changed, once nothing is pending. */
+/** Reloads the changed lists once nothing is pending. */
 function reloadChanged() {
   const changed = new Set(
     jobs

@@ -12,7 +12,7 @@ import { wordOf, type JobKind } from './exit_codes.ts';
 import { isPending, pendingOnly, sameJob, stateWord, withoutWaiting, type Job } from './jobs.ts';
 import { abandonRunning, enqueue, jobs, restartWindows } from './queue.ts';
 
-/** How far a job is, in a row of a table. */
+/** Shows a job's progress in a row of a table. */
 export function JobState({ kind, id }: { kind: JobKind; id: string }) {
   const job = useStore(jobs, (all) => all.findLast((one) => sameJob(one, { kind, id, name: '' })));
   return job ? <JobProgress {...job} /> : null;
@@ -40,7 +40,7 @@ function JobProgress(job: Job) {
 
 const order: Job['state'][] = ['running', 'waiting', 'failed', 'restart', 'done'];
 
-/** Everything that is installed and removed, with what the tools print. */
+/** Shows every installation and removal with the tools' output. */
 export function QueuePanel() {
   const all = useStore(jobs);
   const [folded, setFolded] = useState(false);

@@ -16,7 +16,7 @@ const dueCheckMs = 60_000;
 interface Scan {
   running?: {
     since: number; // ms since the epoch
-    /** Updates found, once the tool for drivers has its turn. */
+    /** Number of updates found, once the driver tool is running. */
     found?: number;
   };
   failed?: 'silent' | 'error' | 'drivers' | 'absent';
@@ -24,7 +24,7 @@ interface Scan {
 
 export const scan = createStore<Scan>({});
 
-/** Ends with its message, or after a long silence. */
+/** Starts the scan, which ends with its message or after a long silence. */
 export function startScan() {
   if (scan.get().running) return;
   let startedId = -1;
@@ -41,13 +41,13 @@ export function startScan() {
     const { running } = scan.get();
     if (message.softwareCount !== undefined && running) {
       scan.set({ running: { ...running, found: message.softwareCount } });
-      void apps.reload(); // the tool for packages has time now
+      void apps.reload(); // the package tool is free now
     }
     if (message.status !== 'done') return;
     const onlyDrivers = running?.found !== undefined;
     end(message.success ? undefined : onlyDrivers ? 'drivers' : 'error');
     if (!message.success) {
-      if (onlyDrivers) void updates.reload(); // they are lost with the drivers
+      if (onlyDrivers) void updates.reload(); // the host sends no list if the drivers fail
       return;
     }
     updates.put(toUpdates(message.software ?? []));
@@ -64,7 +64,7 @@ export function startScan() {
   }
 }
 
-/** Scans by itself at the start and from time to time, if the settings ask for it. */
+/** Scans automatically at program start and at intervals, if the settings say so. */
 export function startAutoScan() {
   let tried = 0; // a failed scan is not repeated at every check
   const check = () => {

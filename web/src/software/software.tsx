@@ -20,7 +20,7 @@ import { openSettings } from './task_list.tsx';
 
 const panels = { updates: UpdatesPanel, installed: InstalledPanel, drivers: DriversPanel };
 
-/** How many entries each list has, as far as is known. */
+/** Returns the number of entries in each list, if known. */
 function useCounts(): Record<List, number | undefined> {
   useStore(settingsDocument);
   const isIgnored = ignoredNow();
@@ -38,7 +38,7 @@ export function Software() {
   const state = useStore(source);
   const counts = useCounts();
   const Panel = panels[list];
-  // Looked for by itself: what answers within seconds, and is not on its way with the scan.
+  // Loads a list automatically if it takes only seconds and is not part of the running scan.
   const ready = list === 'installed' || (list === 'updates' && !running && !failed);
   useEffect(() => {
     if (ready && source.get().phase === 'idle') void source.reload();
@@ -80,7 +80,7 @@ export function Software() {
   );
 }
 
-/** What the scan is doing, or why it did not finish. */
+/** Shows the progress of the scan, or why it did not finish. */
 function ScanState() {
   const { running, failed } = useStore(scan);
   const seconds = useElapsed(running?.since);

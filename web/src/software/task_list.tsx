@@ -23,10 +23,10 @@ type Block = Obstacle | 'skipped';
 
 type Cell = 'name' | 'id' | 'version' | 'available' | 'source' | 'date' | 'severity';
 
-/** What the three lists have in common: a row is a task that can be queued, unless something stands in its way. */
+/** The common part of the three lists: a row is a task that can be queued unless something prevents it. */
 export interface Row {
   key: string;
-  /** Identifier of the package, title of the driver. */
+  /** ID of the package, or title of the driver. */
   id: string;
   name: string;
   block: Block | undefined;
@@ -48,7 +48,7 @@ const cell =
   ({ cells }: Row) =>
     cells[id] ?? '';
 
-/** Columns of these cells, and of the state of the row's job. */
+/** Returns columns for these cells and for the state of the row's job. */
 export function taskColumns(
   kind: JobKind,
   described: [id: Cell, width?: string, drop?: number][],
@@ -72,7 +72,7 @@ export function taskColumns(
   ];
 }
 
-/** Identifiers of such jobs. Changes only when a job comes or ends, and not with every line that a tool prints. */
+/** Returns the IDs of such jobs. Changes only if a job comes or ends, not with every line of output. */
 function useIds(which: (job: Job) => boolean): ReadonlySet<string> {
   const ids = useStore(jobs, (all) =>
     all
@@ -83,7 +83,10 @@ function useIds(which: (job: Job) => boolean): ReadonlySet<string> {
   return useMemo(() => new Set(ids.split('\n')), [ids]);
 }
 
-/** Says which rows can be queued: not what something stands in the way of, nor what is queued already. */
+/**
+ * Returns a function that tells whether a row can be queued: nothing prevents it, and it is not queued
+ * already.
+ */
 function useUsable(kind: JobKind): (row: Row) => boolean {
   const pending = useIds((job) => job.kind === kind && isPending(job));
   return useMemo(
@@ -100,7 +103,7 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
   const verb = (n: number) =>
     n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
   const removes = kind === 'uninstall';
-  // Also listed until winget has been asked again, or Windows restarted: what has been updated already.
+  // The list keeps showing updated packages until winget is asked again, or until Windows restarts.
   const updated = useIds((job) => job.kind === kind && (job.state === 'done' || job.state === 'restart'));
   const usable = kind === 'update' ? rows.filter((row) => isUsable(row) && !updated.has(row.id)) : [];
   function menuOf(marked: Row[]): MenuItem[] {
@@ -156,13 +159,13 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
   );
 }
 
-/** Where Windows itself does what a row cannot. */
+/** The Windows settings page for things that a row cannot do. */
 const settingsPages: Partial<Record<JobKind, string>> = {
   uninstall: 'ms-settings:appsfeatures',
   driver: 'ms-settings:windowsupdate-optionalupdates',
 };
 
-/** An update can be repeated by hand; what changes more is asked about first. */
+/** Starts updates directly, because the user could repeat them by hand. Asks first before larger changes. */
 async function start(kind: JobKind, rows: Row[]) {
   if (!mayStart()) return;
   const tasks = distinctBy(rows, ({ id }) => id).map(({ id, name }) => ({ kind, id, name }));
@@ -196,7 +199,7 @@ export function openSettings(page = '') {
   void host.openUrl(page).catch((error: unknown) => toast(errorText(error), { error: true }));
 }
 
-/** Why some rows cannot be acted on, in words: their marks only name it. */
+/** Explains why some rows cannot be acted on. Their marks only name the reason. */
 function Obstacles({ kind, rows }: { kind: JobKind; rows: Row[] }) {
   const count = (wanted: Block) => rows.filter(({ block }) => block === wanted).length;
   const n = rows.filter(({ block }) => block).length;

@@ -12,16 +12,16 @@ export type StartupItem = Message<'startup'>['items'][number];
 
 export const startup = createSource(async () => (await host.request('getStartupItems')).items);
 
-/** Names of values differ within a scope. */
+/** Names of values are unique within a scope. */
 export const startupKey = ({ scope, name }: StartupItem) => `${scope}\n${name}`;
 
-/** What is being switched, with the state that is wanted. */
+/** The items that are being switched, with their wanted states. */
 export const switching = createStore<ReadonlyMap<string, boolean>>(new Map());
 
-/** Keys of the items whose file is not on the disk. */
+/** Keys of the items whose file does not exist. */
 export const missing = createStore<ReadonlySet<string>>(new Set());
 
-/** Looks for the files of the items; each folder is listed once. */
+/** Looks for the items' files and lists each folder once. */
 export async function findMissing() {
   const { data = [] } = startup.get();
   const isMissing = createLookup();
@@ -43,7 +43,7 @@ function mark(items: readonly StartupItem[], wanted?: boolean) {
   switching.set(next);
 }
 
-/** Switches, looks whether it holds, and offers the way back. */
+/** Switches items, checks that the change was stored, and offers to undo it. */
 export async function switchItems(items: readonly StartupItem[], enabled: boolean) {
   const todo = items.filter((item) => !switching.get().has(startupKey(item)));
   const asked: StartupItem[] = [];
@@ -64,7 +64,7 @@ export async function switchItems(items: readonly StartupItem[], enabled: boolea
   }
   if (asked.length > 0) await startup.reload();
   const now = new Map(startup.get().data?.map((item) => [startupKey(item), item.enabled]));
-  // The host answers before Windows has agreed to store it.
+  // The host answers before Windows has confirmed storing it.
   const isStored = (item: StartupItem) => (now.get(startupKey(item)) ?? enabled) === enabled;
   for (const item of asked) if (!isStored(item)) failed(item, t('startup.notStored'));
   const done = asked.filter(isStored);

@@ -88,7 +88,7 @@ const columns: Column<StartupItem>[] = [
 
 const isMachine = ({ scope }: StartupItem) => scope !== 'HKCU';
 
-/** Name, and what is to be known before it is switched. */
+/** Shows the name, and what the user should know before switching it. */
 function ItemName(item: StartupItem) {
   const gone = useStore(missing).has(startupKey(item));
   return (
@@ -126,7 +126,7 @@ const kinds = {
 };
 type Kind = keyof typeof kinds;
 
-/** The kind of items that is shown; outlives the view. */
+/** The kind of items shown; outlives the view. */
 const openedKind = createStore<Kind>('all');
 
 export function Startup() {

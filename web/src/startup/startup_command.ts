@@ -1,6 +1,9 @@
 import { isPlainPath } from '../base/paths.ts';
 
-/** The file that a command runs, where that is certain: in quotes, or up to the first ".exe". */
+/**
+ * Returns the file that a command runs, if that is certain: the quoted part, or everything up to the first
+ * ".exe".
+ */
 export function fileOf(command: string): string | undefined {
   const [, quoted, bare] = /^\s*(?:"([^"]+)"|(.+?\.exe)(?=\s|$))/i.exec(command) ?? [];
   const file = quoted ?? bare;

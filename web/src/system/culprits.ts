@@ -2,7 +2,7 @@ import { groupByName, isMeasured, type ProcessRow } from '../shell/process_share
 
 const shown = 5;
 
-/** The programs that take most of something, the greatest first; none that takes nothing. */
+/** Returns the programs that use most of something, the greatest first. Leaves out those that use nothing. */
 export function culprits(rows: readonly ProcessRow[], of: 'share' | 'memUsageMB'): ProcessRow[] {
   return groupByName(rows.filter(isMeasured))
     .filter((one) => (one[of] ?? 0) > 0)
@@ -10,7 +10,10 @@ export function culprits(rows: readonly ProcessRow[], of: 'share' | 'memUsageMB'
     .slice(0, shown);
 }
 
-/** "18.9 of 32": bytes in use of the memory that the computer's description begins with ("32 GB DDR5"). */
+/**
+ * Returns the used and the total bytes of the memory, whose size begins its description ("32 GB DDR5"), or
+ * undefined without a size.
+ */
 export function memoryInUse(description: string, percent: number) {
   const total = parseFloat(/^([\d.]+) GB/.exec(description)?.[1] ?? '') * 2 ** 30;
   return Number.isNaN(total) ? undefined : { used: (total * percent) / 100, total };

@@ -15,7 +15,7 @@ const kinds = [
   },
 ] as const;
 
-/** Who keeps the computer busy. */
+/** Shows the programs that keep the computer busy. */
 export function Culprits() {
   usePolling(pollProcesses, processesPeriodMs);
   const { data = [] } = useStore(processes);

@@ -111,7 +111,7 @@ function Memory({ sample, rates }: Telemetry) {
 }
 
 function Temperatures({ sample, rates }: Telemetry) {
-  // Both are derived from the load, so they are as unknown as the load is.
+  // Both are derived from the load, so they are unknown as long as the load is.
   const known = rates.cpu.length > 0;
   const rows = [
     [t('dashboard.cpu'), sample.cpuTemp],

@@ -1,6 +1,6 @@
 import { t } from '../base/text.ts';
 
-/** Whole minutes, rounded down: "2 h 05 min". */
+/** Formats whole minutes, rounded down: "2 h 05 min". */
 export function formatDuration(seconds: number): string {
   const minutes = Math.floor(seconds / 60);
   const hours = Math.floor(minutes / 60);

@@ -6,7 +6,7 @@ const arcLength = 2 * Math.PI * arcRadius * arcSweep;
 
 interface Props {
   label: string;
-  /** 0 to 100; undefined while it is not known. */
+  /** 0 to 100; undefined if unknown. */
   percent: number | undefined;
   caption: string;
 }

@@ -26,7 +26,7 @@ const reload = () => void processes.reload();
 
 const kindOf = (one: ProcessRow) => (isOwn(one) ? 'own' : one.isSystem ? 'system' : 'user');
 
-/** A quarter of all processors, or 4 GB, is as hot as it gets. */
+/** A quarter of all processors, or 4 GB, gets the hottest colour. */
 const heatOf = (value: number, hottest: number) => Math.sqrt(Math.min(1, value / hottest));
 
 const columns: Column<ProcessRow>[] = [
@@ -99,7 +99,7 @@ const columns: Column<ProcessRow>[] = [
   },
 ];
 
-/** Only processes that are not the system's can be ended. */
+/** Only processes that do not belong to the system can be ended. */
 const endable = (rows: ProcessRow[]) => rows.filter(({ isSystem }) => !isSystem);
 
 function showMembers({ name, members }: ProcessRow) {
@@ -140,7 +140,7 @@ export function Processes() {
   const folded = useStore(grouped);
   const selection = useSelection('processes');
   usePolling(pollProcesses, processesPeriodMs);
-  useEffect(() => () => paused.set(false), []); // other views show these figures as those of now
+  useEffect(() => () => paused.set(false), []); // other views show these figures as current
   const { data = [] } = state;
   const rows = useMemo(() => (folded ? groupByName(data) : data), [data, folded]);
   const keyOf = folded ? nameKey : pidKey;

@@ -1,4 +1,4 @@
-// Values over time: what a sparkline and the figures beside it are made of.
+// Computes values over time for sparklines and the figures beside them.
 import type { Point } from '../shell/telemetry.ts';
 
 export interface Stats {
@@ -18,7 +18,7 @@ export function stats(points: readonly Point[]): Stats | undefined {
   };
 }
 
-/** The smallest of 1, 2, 5, 10, 20, 50 ... that is at least `value`. */
+/** Returns the smallest of 1, 2, 5, 10, 20, 50 ... that is at least `value`. */
 export function niceCeiling(value: number): number {
   if (!(value > 1)) return 1;
   const power = 10 ** Math.floor(Math.log10(value));
@@ -29,16 +29,16 @@ export function niceCeiling(value: number): number {
 export interface Frame {
   width: number;
   height: number;
-  /** The right edge (ms since the epoch) and what lies between it and the left edge. */
+  /** The right edge (ms since the epoch), and the span from there to the left edge. */
   now: number;
   windowMs: number;
   /** The value at the top edge. */
   top: number;
-  /** Points further apart than this are not joined: nothing was measured between them. */
+  /** Points further apart than this are not joined, because nothing was measured between them. */
   gapMs: number;
 }
 
-/** SVG paths: the line, and the area below it. */
+/** Returns SVG paths: the line, and the area below it. */
 export function sparkline(points: readonly Point[], frame: Frame): { line: string; area: string } {
   const x = (at: number) => round(frame.width * (1 - (frame.now - at) / frame.windowMs));
   const y = (value: number) => round(frame.height * (1 - Math.min(Math.max(value / frame.top, 0), 1)));
@@ -51,7 +51,7 @@ export function sparkline(points: readonly Point[], frame: Frame): { line: strin
     const run = points.slice(start, i + 1);
     const path = run.map(({ at, value }) => `${x(at)} ${y(value)}`).join('L');
     start = i + 1;
-    line += `M${path}${run.length > 1 ? '' : 'h0'}`; // a lone point is a dot
+    line += `M${path}${run.length > 1 ? '' : 'h0'}`; // a single point is a dot
     area += `M${x(run[0]!.at)} ${frame.height}L${path}L${x(point.at)} ${frame.height}Z`;
   });
   return { line, area };

@@ -7,7 +7,7 @@ interface Props {
   name: string;
   points: readonly Point[];
   windowMs: number;
-  /** Two points further apart are not joined. */
+  /** Points further apart than this are not joined. */
   gapMs: number;
   /** The value at the top edge. */
   top: number;
@@ -18,7 +18,7 @@ interface Props {
 const plotWidth = 300;
 const plotHeight = 64;
 
-/** The course of one figure, with what it is now, on average and at most. */
+/** Shows the course of one figure, with its current, average and highest value. */
 export function Sparkline({ name, points, windowMs, gapMs, top, topText, format }: Props) {
   const figures = stats(points);
   const now = points.at(-1)?.at ?? 0;
