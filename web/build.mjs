@@ -39,8 +39,8 @@ const files = {
   'css/style.css': await bundle('src/app/style.css', { footer: { css: notice('lucide-static') } }),
   'js/app.js': await bundle('src/app/main.tsx', {
     format: 'iife',
-    // Arguments take less space than a list named `children`. An empty tsconfig keeps the project's own
-    // setting out.
+    // Arguments take less space than a list named `children`. An empty tsconfig overrides the project's
+    // own JSX setting.
     tsconfigRaw: '{}',
     jsx: 'transform',
     jsxFactory: 'h',
