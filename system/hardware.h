@@ -20,7 +20,7 @@ struct HardwareSpecs {
 // Posts the processor's name. UI thread.
 void getCPU(int request_id);
 
-// Collects everything anew from the registry, GetTokenInformation, EnumDisplayDevicesW, DXGI,
+// Collects everything again from the registry, GetTokenInformation, EnumDisplayDevicesW, DXGI,
 // GetSystemFirmwareTable, GetPhysicallyInstalledSystemMemory and GlobalMemoryStatusEx. Never fails: a
 // value that cannot be read keeps its default. Any thread.
 HardwareSpecs CollectHardwareSpecs();

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Makes app.png and app.ico from varnel.svg. Both are kept in the tree, so only a change of the mark needs this
-# (rsvg-convert, icotool).
+# Makes app.png and app.ico from varnel.svg with rsvg-convert and icotool. Both are checked in, so run this only
+# after changing the mark.
 set -eu
 cd "$(dirname "$0")"
 sizes=$(mktemp -d)
