@@ -11,7 +11,7 @@ export const tileAt = (tiles: readonly MapTile[], x: number, y: number) =>
 
 /**
  * Returns the entry that a click on a tile marks, and the row of the table that contains it. The tile for
- * everything too small has neither.
+ * everything too small has no entry.
  */
 export function picked({ entry, around }: MapTile): { entry: Entry | undefined; row: string | undefined } {
   return { entry, row: (around ?? entry)?.path };

@@ -39,8 +39,8 @@ export const stateWord = ({ state, code }: Job) =>
 export const isPending = ({ state }: Job) => state === 'waiting' || state === 'running';
 
 /**
- * Adds tasks at the end. A task that is waiting or running is not added again; one that has ended is
- * replaced by a new job, unless its tool may still be running.
+ * Adds tasks at the end, except those that are waiting or running. A new job replaces an ended one of the
+ * same task. An abandoned one stays, because its tool may still be running.
  */
 export function addTasks(jobs: Jobs, tasks: readonly Task[]): Jobs {
   const fresh = tasks.filter((task) => !jobs.some((job) => isPending(job) && sameJob(job, task)));

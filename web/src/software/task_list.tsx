@@ -103,7 +103,7 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
   const verb = (n: number) =>
     n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
   const removes = kind === 'uninstall';
-  // The list keeps showing updated packages until winget is asked again, or until Windows restarts.
+  // Updated packages stay listed until winget is asked again or Windows restarts.
   const updated = useIds((job) => job.kind === kind && (job.state === 'done' || job.state === 'restart'));
   const usable = kind === 'update' ? rows.filter((row) => isUsable(row) && !updated.has(row.id)) : [];
   function menuOf(marked: Row[]): MenuItem[] {
