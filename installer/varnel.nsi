@@ -180,6 +180,7 @@ Section "${PRODUCT}" section_program
   File "${SOURCE}/Varnel.exe"
   File "${SOURCE}/check_updates.ps1"
   File "${SOURCE}/update_driver.ps1"
+  File "${SOURCE}/THIRD_PARTY_NOTICES.txt"
   ; The program starts this copy to uninstall itself. An update replaces it with the newer setup.
   ${If} $EXEPATH != "$INSTDIR\bin\VarnelSetup.exe"
     CopyFiles /SILENT "$EXEPATH" "$INSTDIR\bin\VarnelSetup.exe"
@@ -299,6 +300,7 @@ Section "Uninstall"
   Delete "$INSTDIR\bin\Varnel.exe"
   Delete "$INSTDIR\bin\check_updates.ps1"
   Delete "$INSTDIR\bin\update_driver.ps1"
+  Delete "$INSTDIR\bin\THIRD_PARTY_NOTICES.txt"
   Push "$INSTDIR\bin\VarnelSetup.exe"
   Call un.DeleteEnding
   RMDir "$INSTDIR\bin"

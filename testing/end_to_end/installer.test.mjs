@@ -23,7 +23,8 @@ const kService = 'HKLM\\System\\CurrentControlSet\\Services\\VarnelService';
 const kKey = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnel';
 const kLink = 'C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Varnel.lnk';
 const kSettings = '{"language":"en","autoScan":false}';
-const kReleased = ['Varnel.exe', 'VarnelService.exe', 'check_updates.ps1', 'update_driver.ps1'];
+const kScripts = ['check_updates.ps1', 'update_driver.ps1'];
+const kReleased = ['THIRD_PARTY_NOTICES.txt', 'Varnel.exe', 'VarnelService.exe', ...kScripts];
 const kFiles = [...kReleased, 'VarnelSetup.exe']
   .map((name) => `bin/${name}`)
   .concat('settings.json', 'uninstall.exe')
@@ -124,7 +125,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
 
   // Again, over what is there: settings stay, and a file that cannot be replaced is not passed over in silence.
   await writeFile(join(installed, 'settings.json'), kSettings);
-  for (const name of kReleased.slice(2)) await writeFile(inBin(name), 'older'); // not what runs
+  for (const name of kScripts) await writeFile(inBin(name), 'older'); // not what runs
   const steps = [{ hold: `${kInstalled}\\bin\\update_driver.ps1`, text: 'held' }, { delay_ms: 600_000 }];
   await cp(standIn('console_tool.exe'), join(tools.unix, 'holder.exe'));
   await writeFile(join(tools.unix, 'holder.json'), JSON.stringify({ steps }));

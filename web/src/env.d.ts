@@ -1,6 +1,7 @@
 declare module 'lucide:*' {
-  const shapes: [tag: string, attributes: Record<string, string>][];
-  export default shapes;
+  /** The data of one path. */
+  const outline: string;
+  export default outline;
 }
 
 /** The program's version, set by the build. */

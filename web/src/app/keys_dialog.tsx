@@ -27,7 +27,7 @@ export function KeysDialog() {
     [['Ctrl', 'A'], t('keys.all')],
     [['Ctrl', 'C'], t('keys.copy')],
     [['Ctrl', 'Z'], t('app.undo')],
-    [['Shift', 'F10'], t('keys.menu')],
+    [['Shift', 'F10'], t('table.menu')],
     [['Delete'], t('keys.delete')],
     [['Backspace'], t('keys.up')],
     [['?'], t('keys.help')],

@@ -194,7 +194,7 @@ const columns: Column<Ignored>[] = [
   { id: 'id', title: 'settings.ignored.id', value: ({ id }) => id },
   {
     id: 'version',
-    title: 'settings.version',
+    title: 'software.version',
     value: ({ version }) => version ?? t('settings.ignored.every'),
     width: '9rem',
   },
@@ -258,10 +258,12 @@ function About() {
         <Mark />
         <div>
           <p class="about-name">
-            Varnel <span class="muted">{`${t('settings.version')} ${VARNEL_VERSION}`}</span>
+            Varnel <span class="muted">{`${t('software.version')} ${VARNEL_VERSION}`}</span>
           </p>
           <p class="muted">{t('settings.purpose')}</p>
-          <p class="muted small">{t('settings.libraries')}: Preact (MIT), Lucide (ISC)</p>
+          <p class="muted small">
+            {t('settings.libraries')}: Preact, Lucide, nlohmann/json (THIRD_PARTY_NOTICES.txt)
+          </p>
         </div>
       </div>
       <div class="buttons line">
@@ -272,7 +274,7 @@ function About() {
           {t('settings.test')}
         </Button>
         <Button icon="keyboard" onClick={showKeys}>
-          {t('settings.shortcuts')}
+          {t('keys.title')}
         </Button>
       </div>
     </Card>

@@ -13,13 +13,17 @@ const holes = (text: string) => [...new Set(text.match(/\{\w+\}/g) ?? [])].sort(
 
 test('every text has the same holes in every form, and the forms that its language uses', () => {
   const categories = ['cs', 'en'].map((language) =>
-    new Intl.PluralRules(language).resolvedOptions().pluralCategories.sort(),
+    new Intl.PluralRules(language)
+      .resolvedOptions()
+      .pluralCategories.filter((one) => one !== 'many')
+      .sort(),
   );
   for (const [key, pair] of Object.entries<TextTable[string]>(texts)) {
     const [czech] = pair;
     const wanted = holes(typeof czech === 'string' ? czech : czech.other);
     for (const [i, entry] of pair.entries()) {
-      if (typeof entry !== 'string') assert.deepEqual(Object.keys(entry).sort(), categories[i], key);
+      const own = Object.keys(entry).filter((form) => form !== 'many');
+      if (typeof entry !== 'string') assert.deepEqual(own.sort(), categories[i], key);
       for (const [form, text] of forms(entry)) {
         // "every hour": the form for exactly one may do without its number.
         const short = form === 'one' && holes(text + '{n}') === wanted;

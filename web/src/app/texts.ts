@@ -26,7 +26,6 @@ export const texts = {
   'keys.range': ['Rozšířit výběr', 'Extend the selection'],
   'keys.all': ['Vybrat vše', 'Select all'],
   'keys.copy': ['Kopírovat vybrané řádky', 'Copy the selected rows'],
-  'keys.menu': ['Nabídka řádku', 'Row menu'],
   'keys.delete': ['Smazat nebo ukončit vybrané', 'Delete or end what is selected'],
   'keys.up': ['O složku výš (Disk)', 'Up one folder (Disk)'],
   'keys.space': ['Mezerník', 'Space'],
@@ -90,7 +89,6 @@ export const texts = {
     {
       one: 'Odebrána {n} položka',
       few: 'Odebrány {n} položky',
-      many: 'Odebráno {n} položky',
       other: 'Odebráno {n} položek',
     },
     { one: '{n} item removed', other: '{n} items removed' },
@@ -99,14 +97,12 @@ export const texts = {
     {
       one: 'Odebrat {n} položku ze seznamu?',
       few: 'Odebrat {n} položky ze seznamu?',
-      many: 'Odebrat {n} položky ze seznamu?',
       other: 'Odebrat {n} položek ze seznamu?',
     },
     { one: 'Remove {n} item from the list?', other: 'Remove {n} items from the list?' },
   ],
   'settings.removeBody': ['Varnel je začne znovu nabízet:', 'Varnel will offer them again:'],
   'settings.about': ['O programu', 'About'],
-  'settings.version': ['Verze', 'Version'],
   'settings.purpose': ['Správce systému pro Windows 10 a 11', 'System manager for Windows 10 and 11'],
   'settings.libraries': ['Použité knihovny', 'Libraries used'],
   'settings.test': ['Ověřit spojení s programem', 'Check the link to the program'],
@@ -117,7 +113,6 @@ export const texts = {
     'Diagnostiku se nepodařilo vypsat. {reason}',
     'The diagnostics could not be printed. {reason}',
   ],
-  'settings.shortcuts': ['Klávesové zkratky', 'Keyboard shortcuts'],
 
   'theme.amethyst': ['Ametyst', 'Amethyst'],
   'theme.sapphire': ['Safír', 'Sapphire'],

@@ -32,7 +32,7 @@ const settings = [
   'settings.autoScan',
   'settings.autoClean',
   'settings.ignored',
-  'settings.shortcuts',
+  'keys.title',
 ] as const;
 
 /** Loads whatever is missing and quick to load. The list of programs takes too long. */

@@ -4,7 +4,7 @@ export const languages = { cs: 'Čeština', en: 'English' } as const;
 export type Language = keyof typeof languages;
 
 type Category = 'one' | 'few' | 'many' | 'other';
-/** A text that depends on the number `{n}`. */
+/** A text that depends on the number `{n}`. Czech `many` is for fractions: a text that only counts does without it. */
 export type Plural = { readonly other: string } & Readonly<Partial<Record<Category, string>>>;
 /** The texts of a room, each in both languages. */
 export type TextTable = Readonly<
@@ -70,7 +70,9 @@ export function t<K extends TextKey>(key: K, ...args: Args<K>): string {
   const entry = texts[key]![language === 'cs' ? 0 : 1];
   const rules = cached('plural', () => new Intl.PluralRules(locale()));
   const pattern =
-    typeof entry === 'string' ? entry : (entry[rules.select(Number(values.n)) as Category] ?? entry.other);
+    typeof entry === 'string'
+      ? entry
+      : (entry[rules.select(Number(values.n)) as Category] ?? entry.few ?? entry.other);
   return pattern.replace(/\{(\w+)\}/g, (hole, name: string) => {
     const value = values[name];
     return value === undefined ? hole : typeof value === 'number' ? formatNumber(value) : value;

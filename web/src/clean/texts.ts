@@ -78,11 +78,11 @@ export const texts = {
   'junk.onlyMeasured': ['jen se měří', 'only measured'],
   'junk.empty': ['prázdná nebo nepřístupná', 'empty or not accessible'],
   'junk.entries': [
-    { one: '{n} položka', few: '{n} položky', many: '{n} položky', other: '{n} položek' },
+    { one: '{n} položka', few: '{n} položky', other: '{n} položek' },
     { one: '{n} item', other: '{n} items' },
   ],
   'junk.more': [
-    { one: 'a {n} další', few: 'a {n} další', many: 'a {n} další', other: 'a {n} dalších' },
+    { one: 'a {n} další', few: 'a {n} další', other: 'a {n} dalších' },
     { one: 'and {n} more', other: 'and {n} more' },
   ],
   'junk.nowhere': [
@@ -99,7 +99,7 @@ export const texts = {
   'downloads.total': ['celkem {size}', '{size} in total'],
   'downloads.age': ['Stáří', 'Age'],
   'downloads.days': [
-    { one: '{n} den', few: '{n} dny', many: '{n} dne', other: '{n} dní' },
+    { one: '{n} den', few: '{n} dny', other: '{n} dní' },
     { one: '{n} day', other: '{n} days' },
   ],
 

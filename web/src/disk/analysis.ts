@@ -127,7 +127,7 @@ export async function openFolder(path: string) {
     const items = await list(path);
     if (mine === lastOpened && !analysis.get().running) show(path, items);
   } catch (error) {
-    toast(t('disk.openFailed', { path, reason: errorText(error) }), { error: true });
+    toast(t('explorer.failed', { path, reason: errorText(error) }), { error: true });
   }
 }
 

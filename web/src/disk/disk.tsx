@@ -46,7 +46,7 @@ function AnalysisProgress({
   const figures = [
     [t('disk.scanned'), formatNumber(scanned)],
     [t('disk.perSecond'), scanned === 0 ? noValue : formatNumber(Math.round(perSecond))],
-    [t('disk.elapsed'), t('disk.seconds', { n: seconds })],
+    [t('disk.elapsed'), t('app.seconds', { n: seconds })],
   ];
   return (
     <section

@@ -21,10 +21,6 @@ export const texts = {
     'Analýza disku {drive} se už minutu neozvala, dál se na ni nečeká.',
     'The analysis of {drive} has been silent for a minute and is not waited for any more.',
   ],
-  'disk.openFailed': [
-    'Složku {path} se nepodařilo otevřít. {reason}',
-    'The folder {path} could not be opened. {reason}',
-  ],
   'disk.path': ['Cesta ke složce', 'Path of the folder'],
   'disk.up': ['O složku výš', 'Up one folder'],
   'disk.found': ['Nalezeno {found}', '{found} found'],
@@ -55,7 +51,6 @@ export const texts = {
     {
       one: '{n} malá položka',
       few: '{n} malé položky',
-      many: '{n} malé položky',
       other: '{n} malých položek',
     },
     { one: '{n} small item', other: '{n} small items' },

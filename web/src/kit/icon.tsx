@@ -34,7 +34,6 @@ import terminal from 'lucide:terminal';
 import remove from 'lucide:trash';
 import maintenance from 'lucide:wrench';
 import close from 'lucide:x';
-import { h } from 'preact';
 
 const icons = {
   admin,
@@ -81,7 +80,7 @@ export type IconName = keyof typeof icons;
 export function Icon({ name }: { name: IconName }) {
   return (
     <svg class="icon" viewBox="0 0 24 24" aria-hidden="true">
-      {icons[name].map(([tag, attributes]) => h(tag, attributes))}
+      <path d={icons[name]} />
     </svg>
   );
 }

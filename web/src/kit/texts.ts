@@ -26,7 +26,6 @@ export const texts = {
     {
       one: 'Načítá se už {n} sekundu…',
       few: 'Načítá se už {n} sekundy…',
-      many: 'Načítá se už {n} sekundy…',
       other: 'Načítá se už {n} sekund…',
     },
     { one: 'Loading for {n} second…', other: 'Loading for {n} seconds…' },
@@ -43,22 +42,14 @@ export const texts = {
   'table.filterLabel': ['Filtrovat tabulku {label}', 'Filter the table {label}'],
   'table.count': ['{shown} z {total}', '{shown} of {total}'],
   'table.rows': [
-    { one: '{n} řádek', few: '{n} řádky', many: '{n} řádku', other: '{n} řádků' },
+    { one: '{n} řádek', few: '{n} řádky', other: '{n} řádků' },
     { one: '{n} row', other: '{n} rows' },
   ],
   'table.selected': [
-    { one: 'vybrán {n}', few: 'vybrány {n}', many: 'vybráno {n}', other: 'vybráno {n}' },
+    { one: 'vybrán {n}', few: 'vybrány {n}', other: 'vybráno {n}' },
     { one: '{n} selected', other: '{n} selected' },
   ],
-  'table.hidden': [
-    {
-      one: '{n} z nich skrývá filtr',
-      few: '{n} z nich skrývá filtr',
-      many: '{n} z nich skrývá filtr',
-      other: '{n} z nich skrývá filtr',
-    },
-    { one: '{n} of them hidden by the filter', other: '{n} of them hidden by the filter' },
-  ],
+  'table.hidden': ['{n} z nich skrývá filtr', '{n} of them hidden by the filter'],
   'table.selectAll': ['Vybrat všechny řádky', 'Select all rows'],
   'table.selectRow': ['Vybrat řádek {name}', 'Select row {name}'],
   'table.held': ['Pořadí drží, dokud hýbete ukazatelem.', 'The order holds while you move the pointer.'],
@@ -70,7 +61,7 @@ export const texts = {
   'table.menu': ['Nabídka řádku', 'Row menu'],
 
   'confirm.more': [
-    { one: 'a {n} další', few: 'a {n} další', many: 'a {n} další', other: 'a dalších {n}' },
+    { one: 'a {n} další', few: 'a {n} další', other: 'a dalších {n}' },
     { one: 'and {n} more', other: 'and {n} more' },
   ],
 } as const;

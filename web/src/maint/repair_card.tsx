@@ -87,7 +87,7 @@ function RepairButton({ repair }: { repair: Repair }) {
           {percent === undefined ? <Spinner /> : <Bar percent={percent} />}
           <span class="muted">
             {percent !== undefined && `${formatPercent(percent)}, `}
-            {t('scan.elapsed', { n: seconds })}
+            {t('app.seconds', { n: seconds })}
           </span>
         </>
       )}

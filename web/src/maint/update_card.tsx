@@ -124,7 +124,7 @@ function DownloadState() {
       {closing ? t('update.closing') : t('update.downloading')}
       {since !== undefined && (
         <span class="muted" aria-hidden="true">
-          {t('scan.elapsed', { n: seconds })}
+          {t('app.seconds', { n: seconds })}
         </span>
       )}
     </p>

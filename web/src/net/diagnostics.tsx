@@ -57,7 +57,7 @@ export function Diagnostics() {
                 <span role="status">
                   {run.outcome?.text ?? t(state.ambiguous ? 'diagnostics.owed' : 'diagnostics.running')}
                 </span>
-                {state.active && <span class="muted"> {t('disk.seconds', { n: seconds })}</span>}
+                {state.active && <span class="muted"> {t('app.seconds', { n: seconds })}</span>}
               </span>
             </p>
             {state.active && <Button onClick={stopShowing}>{t('diagnostics.stop')}</Button>}

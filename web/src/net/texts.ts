@@ -124,7 +124,7 @@ export const texts = {
   'hosts.problems': ['Nalezené problémy', 'Problems found'],
   'hosts.noProblems': ['Bez problémů', 'No problems'],
   'hosts.problemCount': [
-    { one: '{n} problém', few: '{n} problémy', many: '{n} problému', other: '{n} problémů' },
+    { one: '{n} problém', few: '{n} problémy', other: '{n} problémů' },
     { one: '{n} problem', other: '{n} problems' },
   ],
   'hosts.line': ['Řádek {line}:', 'Line {line}:'],
@@ -140,7 +140,6 @@ export const texts = {
   'variables.add': ['Přidat proměnnou', 'Add a variable'],
   'variables.edit': ['Upravit', 'Edit'],
   'variables.delete': ['Smazat', 'Delete'],
-  'variables.save': ['Uložit', 'Save'],
   'variables.saved': ['Proměnná {name} uložena', 'Variable {name} saved'],
   'variables.deleted': ['Smazáno: {name}', 'Deleted: {name}'],
   'variables.failed': [
@@ -159,7 +158,6 @@ export const texts = {
     {
       one: 'Smazat {n} proměnnou?',
       few: 'Smazat {n} proměnné?',
-      many: 'Smazat {n} proměnné?',
       other: 'Smazat {n} proměnných?',
     },
     { one: 'Delete {n} variable?', other: 'Delete {n} variables?' },

@@ -71,7 +71,7 @@ export function VariableDialog({
             disabled={saving || fault !== undefined || now.value === before?.value}
             onClick={() => void save()}
           >
-            {t('variables.save')}
+            {t('hosts.save')}
           </Button>
         </>
       }

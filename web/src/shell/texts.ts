@@ -5,6 +5,8 @@ export const texts = {
   'app.refreshing': ['Obnovuje se, {n} s', 'Refreshing, {n} s'],
   'app.updated': ['Aktualizováno {time}', 'Updated {time}'],
   'app.name': ['Název', 'Name'],
+  'app.seconds': ['{n} s', '{n} s'],
+  'app.web': ['Hledat na webu', 'Search the web'],
   'app.size': ['Velikost', 'Size'],
 
   'view.dashboard': ['Přehled', 'Dashboard'],
@@ -83,7 +85,7 @@ export const texts = {
     'No output yet. What Varnel and the system tools are doing will appear here.',
   ],
   'terminal.unseen': [
-    { one: '{n} nový řádek', few: '{n} nové řádky', many: '{n} nového řádku', other: '{n} nových řádků' },
+    { one: '{n} nový řádek', few: '{n} nové řádky', other: '{n} nových řádků' },
     { one: '{n} new line', other: '{n} new lines' },
   ],
 
@@ -94,7 +96,6 @@ export const texts = {
     {
       one: 'Přesunout {n} položku do koše?',
       few: 'Přesunout {n} položky do koše?',
-      many: 'Přesunout {n} položky do koše?',
       other: 'Přesunout {n} položek do koše?',
     },
     { one: 'Move {n} item to the recycle bin?', other: 'Move {n} items to the recycle bin?' },
@@ -107,7 +108,6 @@ export const texts = {
     {
       one: 'Do koše přesunuta {n} položka',
       few: 'Do koše přesunuty {n} položky',
-      many: 'Do koše přesunuto {n} položky',
       other: 'Do koše přesunuto {n} položek',
     },
     { one: '{n} item moved to the recycle bin', other: '{n} items moved to the recycle bin' },
@@ -131,10 +131,7 @@ export const texts = {
     'The folder {path} could not be opened. {reason}',
   ],
 
-  'disk.seconds': ['{n} s', '{n} s'],
   'disk.copyPath': ['Kopírovat cestu', 'Copy path'],
-
-  'scan.elapsed': ['{n} s', '{n} s'],
 
   'jobs.log': ['Výpis nástroje', 'Tool output'],
   'jobs.abandon': ['Nečekat dál', 'Stop waiting'],
@@ -150,7 +147,6 @@ export const texts = {
     {
       one: 'Ukončit {n} proces?',
       few: 'Ukončit {n} procesy?',
-      many: 'Ukončit {n} procesu?',
       other: 'Ukončit {n} procesů?',
     },
     { one: 'End {n} process?', other: 'End {n} processes?' },

@@ -95,7 +95,7 @@ function ScanState() {
             <span role="status">
               {running.found === undefined ? t('scan.apps') : t('scan.drivers', { n: running.found })}
             </span>{' '}
-            <span class="muted">{t('scan.elapsed', { n: seconds })}</span>
+            <span class="muted">{t('app.seconds', { n: seconds })}</span>
           </>
         )}
       </p>

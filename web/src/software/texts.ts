@@ -12,8 +12,8 @@ export const texts = {
   ],
   'software.look': ['Načíst jen tento seznam', 'Load only this list'],
   'software.name': ['Název', 'Name'],
-  'software.id': ['Identifikátor', 'Identifier'],
   'software.version': ['Verze', 'Version'],
+  'software.id': ['Identifikátor', 'Identifier'],
   'software.available': ['Nabízená', 'Available'],
   'software.source': ['Zdroj', 'Source'],
   'software.state': ['Stav', 'State'],
@@ -34,7 +34,6 @@ export const texts = {
     {
       one: 'Zkontrolován {n} ovladač',
       few: 'Zkontrolovány {n} ovladače',
-      many: 'Zkontrolováno {n} ovladače',
       other: 'Zkontrolováno {n} ovladačů',
     },
     { one: '{n} driver checked', other: '{n} drivers checked' },
@@ -54,7 +53,6 @@ export const texts = {
     {
       one: 'Aktualizace {n} programu se už nebude nabízet',
       few: 'Aktualizace {n} programů se už nebudou nabízet',
-      many: 'Aktualizace {n} programu se už nebude nabízet',
       other: 'Aktualizace {n} programů se už nebudou nabízet',
     },
     {
@@ -67,7 +65,6 @@ export const texts = {
     {
       one: 'Nainstalovat {n} ovladač?',
       few: 'Nainstalovat {n} ovladače?',
-      many: 'Nainstalovat {n} ovladače?',
       other: 'Nainstalovat {n} ovladačů?',
     },
     { one: 'Install {n} driver?', other: 'Install {n} drivers?' },
@@ -80,7 +77,6 @@ export const texts = {
     {
       one: 'Odinstalovat {n} program?',
       few: 'Odinstalovat {n} programy?',
-      many: 'Odinstalovat {n} programu?',
       other: 'Odinstalovat {n} programů?',
     },
     { one: 'Uninstall {n} program?', other: 'Uninstall {n} programs?' },
@@ -94,7 +90,6 @@ export const texts = {
     {
       one: '{n} položku nelze vybrat. Proč?',
       few: '{n} položky nelze vybrat. Proč?',
-      many: '{n} položky nelze vybrat. Proč?',
       other: '{n} položek nelze vybrat. Proč?',
     },
     { one: '{n} item cannot be selected. Why?', other: '{n} items cannot be selected. Why?' },
@@ -131,7 +126,6 @@ export const texts = {
     {
       one: 'Nalezena {n} aktualizace, hledají se ovladače',
       few: 'Nalezeny {n} aktualizace, hledají se ovladače',
-      many: 'Nalezeno {n} aktualizace, hledají se ovladače',
       other: 'Nalezeno {n} aktualizací, hledají se ovladače',
     },
     { one: '{n} update found, looking for drivers', other: '{n} updates found, looking for drivers' },
@@ -258,7 +252,6 @@ export const texts = {
     {
       one: 'Odstranit {n} položku natrvalo?',
       few: 'Odstranit {n} položky natrvalo?',
-      many: 'Odstranit {n} položky natrvalo?',
       other: 'Odstranit {n} položek natrvalo?',
     },
     { one: 'Permanently remove {n} item?', other: 'Permanently remove {n} items?' },
@@ -280,7 +273,6 @@ export const texts = {
     {
       one: 'Odstraněna {n} položka',
       few: 'Odstraněny {n} položky',
-      many: 'Odstraněno {n} položky',
       other: 'Odstraněno {n} položek',
     },
     { one: '{n} item removed', other: '{n} items removed' },

@@ -218,7 +218,7 @@ function menuOf(items: StartupItem[]): MenuItem[] {
     ...all,
     ...(file === undefined ? [] : [explorerItem(file)]),
     {
-      label: t('startup.search'),
+      label: t('app.web'),
       icon: 'search',
       run: () => searchWeb(fileOf(item.command)?.replace(/.*\\/, '') ?? item.name),
     },

@@ -13,7 +13,6 @@ export const texts = {
   ],
   'startup.turnOn': ['Zapnout ({n})', 'Turn on ({n})'],
   'startup.turnOff': ['Vypnout ({n})', 'Turn off ({n})'],
-  'startup.search': ['Hledat na webu', 'Search the web'],
   'startup.copyKey': ['Kopírovat cestu v registru', 'Copy registry path'],
   'startup.onSome': ['Zapnuté položky: {n}', 'Items turned on: {n}'],
   'startup.offSome': ['Vypnuté položky: {n}', 'Items turned off: {n}'],

@@ -32,7 +32,7 @@ const heatOf = (value: number, hottest: number) => Math.sqrt(Math.min(1, value /
 const columns: Column<ProcessRow>[] = [
   {
     id: 'name',
-    title: 'processes.name',
+    title: 'network.process',
     value: ({ name }) => name,
     cell: ({ name, members }) => (
       <span title={name}>
@@ -130,7 +130,7 @@ function linksOf(one: ProcessRow): MenuItem[] {
           { label: t('processes.startup'), icon: 'startup', run: () => showStartup(name) },
           { label: t('processes.uninstall'), icon: 'software', run: () => showInstalled(programOf(name)) },
         ] as const)),
-    { label: t('processes.web'), icon: 'search', run: () => searchWeb(name) },
+    { label: t('app.web'), icon: 'search', run: () => searchWeb(name) },
   ];
 }
 

@@ -48,7 +48,6 @@ export const texts = {
   'dashboard.sparkEmpty': ['{name}: čeká se na první měření', '{name}: waiting for the first measurement'],
   'dashboard.window': ['poslední 2 minuty', 'last 2 minutes'],
 
-  'processes.name': ['Proces', 'Process'],
   'processes.pid': ['PID', 'PID'],
   'processes.share': ['Procesor', 'Processor'],
   'processes.memory': ['Paměť', 'Memory'],
@@ -64,14 +63,13 @@ export const texts = {
     'The processes of one program as one row',
   ],
   'processes.count': [
-    { one: '{n} proces', few: '{n} procesy', many: '{n} procesu', other: '{n} procesů' },
+    { one: '{n} proces', few: '{n} procesy', other: '{n} procesů' },
     { one: '{n} process', other: '{n} processes' },
   ],
   'processes.apart': ['Zobrazit jednotlivě', 'Show one by one'],
   'processes.ports': ['Jeho porty', 'Its ports'],
   'processes.startup': ['Najít v části Po spuštění', 'Find in Start-up'],
   'processes.uninstall': ['Najít mezi programy', 'Find among programs'],
-  'processes.web': ['Hledat na webu', 'Search the web'],
   'processes.pause': ['Pozastavit', 'Pause'],
   'processes.resume': ['Pokračovat', 'Resume'],
   'processes.paused': ['Seznam je pozastavený.', 'The list is paused.'],
