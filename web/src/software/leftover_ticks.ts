@@ -11,16 +11,17 @@ const roots =
   /^([a-z]:\\Users\\[^\\]+\\AppData\\(Local|Roaming)|[a-z]:\\ProgramData|[a-z]:\\Program Files( \(x86\))?|HK(CU|LM)\\Software)\\/i;
 
 /**
- * Ticks an item initially only if it lies in a publisher's folder or key below a known root. An item
- * directly below the root may be the publisher's own and contain other programs, and Microsoft's contain
- * parts of Windows.
+ * Classifies an item's place. "publisher": in a publisher's folder or key below a known root. "shared":
+ * directly below the root, so it may be the publisher's own and contain other programs. "windows": in
+ * Microsoft's, which contains parts of Windows.
  */
-export function tickedAtFirst({ path }: Leftover): boolean {
+export function placeOf({ path }: Leftover): 'publisher' | 'shared' | 'windows' | 'unknown' {
   const root = roots.exec(path);
-  if (!root) return false;
-  const parts = path.slice(root[0].length).split('\\');
-  const [publisher = ''] = parts;
-  return (
-    parts.length > 1 && parts.every((part) => /[^. ]/.test(part)) && !/^(microsoft|windows)/i.test(publisher)
-  );
+  const parts = root ? path.slice(root[0].length).split('\\') : [];
+  if (!root || !parts.every((part) => /[^. ]/.test(part))) return 'unknown';
+  if (/^(microsoft|windows)/i.test(parts[0]!)) return 'windows';
+  return parts.length > 1 ? 'publisher' : 'shared';
 }
+
+/** Whether an item is ticked initially. */
+export const tickedAtFirst = (leftover: Leftover) => placeOf(leftover) === 'publisher';

@@ -1,11 +1,12 @@
 import { useState } from 'preact/hooks';
 import { exactBytes, formatBytes } from '../base/format.ts';
 import { t } from '../base/text.ts';
-import { Button } from '../kit/button.tsx';
+import { Button, IconButton } from '../kit/button.tsx';
 import { confirm, Dialog } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
+import { openInExplorer } from '../shell/explorer.ts';
 import type { Task } from './jobs.ts';
-import { tickedAtFirst, type Leftover } from './leftover_ticks.ts';
+import { placeOf, tickedAtFirst, type Leftover } from './leftover_ticks.ts';
 import { cleanLeftovers, closeLeftovers, leftovers } from './leftovers.ts';
 
 /** Offers the leftovers of an uninstalled program; those of several programs one after another. */
@@ -53,19 +54,31 @@ function LeftoversChoice({ job, items }: { job: Task; items: Leftover[] }) {
     >
       <p>{t('leftovers.body')}</p>
       <ul class="leftovers">
-        {items.map(({ type, path, size }) => (
-          <li key={path} data-leftover={path}>
-            <label class="check">
-              <input type="checkbox" checked={ticked.has(path)} onChange={() => toggle(path)} />
-              <span>{path}</span>
-              <span class="muted small" title={type === 'directory' ? exactBytes(size) : undefined}>
-                {type === 'directory'
-                  ? t('leftovers.directory', { size: formatBytes(size) })
-                  : t('leftovers.registry')}
+        {items.map((item) => {
+          const { type, path, size } = item;
+          const isFolder = type === 'directory';
+          return (
+            <li key={path} data-leftover={path} class="line">
+              <label class="check">
+                <input type="checkbox" checked={ticked.has(path)} onChange={() => toggle(path)} />
+                <span>
+                  {path}
+                  <span class="muted small">{t(`leftovers.${placeOf(item)}`)}</span>
+                </span>
+              </label>
+              <span class="muted small" title={isFolder ? exactBytes(size) : undefined}>
+                {isFolder ? t('leftovers.directory', { size: formatBytes(size) }) : t('leftovers.registry')}
               </span>
-            </label>
-          </li>
-        ))}
+              {isFolder && (
+                <IconButton
+                  icon="explorer"
+                  label={`${t('explorer.open')}: ${path}`}
+                  onClick={() => void openInExplorer(path)}
+                />
+              )}
+            </li>
+          );
+        })}
       </ul>
     </Dialog>
   );
