@@ -1,5 +1,6 @@
 import { useEffect, useId, useMemo, useRef, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
+import { isDialogOpen } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { searching } from '../shell/navigation.ts';
@@ -28,6 +29,12 @@ function Search() {
     if (!hit) return;
     close();
     hit.run();
+    // The dialog has taken the focus with it: it goes on at the row, or at the top.
+    requestAnimationFrame(() => {
+      if (isDialogOpen()) return;
+      const row = document.querySelector<HTMLElement>('table[aria-activedescendant]');
+      (row ?? document.querySelector<HTMLElement>('h1'))?.focus();
+    });
   }
   function onKeyDown(event: KeyboardEvent) {
     const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];

@@ -9,7 +9,7 @@ import { analysis, folder, openFolder, type Entry } from '../disk/analysis.ts';
 import { ask } from '../maint/repair_card.tsx';
 import { repairs } from '../maint/repairs.ts';
 import { portKey, ports, type Port } from '../net/ports.ts';
-import { showInstalled } from '../shell/links.ts';
+import { showInstalled, startupKind } from '../shell/links.ts';
 import { route, type ViewId } from '../shell/navigation.ts';
 import { groupByName, type Running } from '../shell/process_shares.ts';
 import { processes, showProgram } from '../shell/processes.ts';
@@ -79,7 +79,12 @@ function thingsOf(
       ...of('processes', one.members ? one.name : `${one.name} (PID ${one.pid})`),
       run: () => showProgram(one),
     })),
-    ...starting.map((item) => of('startup', item.name, () => leadToRow('startup', startupKey(item)))),
+    ...starting.map((item) =>
+      of('startup', item.name, () => {
+        startupKind.set('all');
+        leadToRow('startup', startupKey(item));
+      }),
+    ),
     ...installed.map(({ name }) => of('software', name, () => showInstalled(name))),
     ...items
       .filter(({ isDirectory }) => isDirectory)

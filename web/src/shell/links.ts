@@ -9,6 +9,11 @@ import { route, type ViewId } from './navigation.ts';
 /** The list shown in the software view; outlives the view. */
 export const openedList = createStore<'updates' | 'installed' | 'drivers'>('updates');
 
+export type StartupKind = 'all' | 'on' | 'off' | 'high' | 'missing';
+
+/** The kind of start-up items that is shown; outlives the view. */
+export const startupKind = createStore<StartupKind>('all');
+
 function showRows(view: ViewId, table: string, query: string) {
   leadToRows(table, query);
   route.set({ view });
@@ -18,7 +23,13 @@ function showRows(view: ViewId, table: string, query: string) {
 export const programOf = (file: string) => file.replace(/\.exe$/i, '');
 
 export const showPorts = (name: string, pid?: number) => showRows('network', 'ports', [name, pid].join(' '));
-export const showStartup = (file: string) => showRows('startup', 'startup', programOf(file));
+
+/** What leads to a start-up item shows it, whatever kind was shown before. */
+export function showStartup(file: string) {
+  startupKind.set('all');
+  showRows('startup', 'startup', programOf(file));
+}
+
 export const showRunning = (file: string) => showRows('processes', 'processes', file);
 
 export function showInstalled(name: string) {

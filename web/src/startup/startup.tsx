@@ -1,5 +1,5 @@
 import { useEffect, useMemo } from 'preact/hooks';
-import { createStore } from '../base/store.ts';
+import { nameOf } from '../base/paths.ts';
 import { t } from '../base/text.ts';
 import { Button, IconButton } from '../kit/button.tsx';
 import { Chips } from '../kit/chips.tsx';
@@ -12,7 +12,7 @@ import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { explorerItem } from '../shell/explorer.ts';
-import { searchWeb } from '../shell/links.ts';
+import { searchWeb, showRunning, startupKind, type StartupKind } from '../shell/links.ts';
 import { ServiceMark } from '../shell/service_mark.tsx';
 import { View } from '../shell/view.tsx';
 import { fileOf } from './startup_command.ts';
@@ -117,17 +117,13 @@ function ItemSwitch(item: StartupItem) {
   );
 }
 
-const kinds = {
+const kinds: Record<StartupKind, (item: StartupItem) => boolean> = {
   all: () => true,
-  on: ({ enabled }: StartupItem) => enabled,
-  off: ({ enabled }: StartupItem) => !enabled,
-  high: (item: StartupItem) => impactOf(item) === impacts.High,
-  missing: (item: StartupItem) => missing.get().has(startupKey(item)),
+  on: ({ enabled }) => enabled,
+  off: ({ enabled }) => !enabled,
+  high: (item) => impactOf(item) === impacts.High,
+  missing: (item) => missing.get().has(startupKey(item)),
 };
-type Kind = keyof typeof kinds;
-
-/** The kind of items shown; outlives the view. */
-const openedKind = createStore<Kind>('all');
 
 export function Startup() {
   useEffect(reload, []);
@@ -142,17 +138,17 @@ export function Startup() {
         {(items) => <Items items={items} />}
       </DataView>
       <p class="startup-note muted small">
-        {t('startup.only')} {t('startup.impactHint')}
+        {t('startup.only')} {t('startup.impactHint')} {t('startup.stateHint')}
       </p>
     </View>
   );
 }
 
 function Items({ items }: { items: StartupItem[] }) {
-  const chosen = useStore(openedKind);
+  const chosen = useStore(startupKind);
   const gone = useStore(missing);
   const selection = useSelection('startup');
-  const chips = (Object.keys(kinds) as Kind[])
+  const chips = (Object.keys(kinds) as StartupKind[])
     .map((id) => ({ id, title: t(`startup.kind.${id}`), count: items.filter(kinds[id]).length }))
     .filter(({ id, count }) => id !== 'missing' || count > 0);
   const kind = chips.some(({ id }) => id === chosen) ? chosen : 'all';
@@ -184,7 +180,7 @@ function Items({ items }: { items: StartupItem[] }) {
               label={t('startup.kinds')}
               chips={chips}
               active={kind}
-              onChoose={(id) => openedKind.set(id)}
+              onChoose={(id) => startupKind.set(id)}
             />
           )}
         </>
@@ -213,15 +209,17 @@ function menuOf(items: StartupItem[]): MenuItem[] {
     });
   if (items.length > 1) return all;
   const file = fileOf(item.command);
+  const name = file && nameOf(file);
   const key = `${isMachine(item) ? 'HKLM' : 'HKCU'}\\${item.registryPath}`;
   return [
     ...all,
-    ...(file === undefined ? [] : [explorerItem(file)]),
-    {
-      label: t('app.web'),
-      icon: 'search',
-      run: () => searchWeb(fileOf(item.command)?.replace(/.*\\/, '') ?? item.name),
-    },
+    ...(file && name
+      ? [
+          { label: t('startup.running'), icon: 'processes' as const, run: () => showRunning(name) },
+          explorerItem(file),
+        ]
+      : []),
+    { label: t('app.web'), icon: 'search', run: () => searchWeb(name ?? item.name) },
     { label: t('startup.copy'), icon: 'copy', run: () => void copyText(item.command) },
     { label: t('startup.copyKey'), icon: 'copy', run: () => void copyText(key) },
   ];

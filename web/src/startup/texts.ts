@@ -11,6 +11,11 @@ export const texts = {
     'Jen klíče Run v registru, ne úlohy, služby a složka Po spuštění.',
     'Run keys of the registry only, not tasks, services or the Startup folder.',
   ],
+  'startup.stateHint': [
+    'Výjimečně se stav liší od Správce úloh.',
+    'In rare cases the state differs from Task Manager.',
+  ],
+  'startup.running': ['Zobrazit běžící procesy', 'Show running processes'],
   'startup.turnOn': ['Zapnout ({n})', 'Turn on ({n})'],
   'startup.turnOff': ['Vypnout ({n})', 'Turn off ({n})'],
   'startup.copyKey': ['Kopírovat cestu v registru', 'Copy registry path'],

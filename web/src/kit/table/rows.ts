@@ -1,5 +1,5 @@
 // Arranges the rows of a table in the order of the screen and keeps the selection.
-import { useEffect, useMemo, useRef } from 'preact/hooks';
+import { useLayoutEffect, useMemo, useRef } from 'preact/hooks';
 import { fold } from '../../base/fold.ts';
 import { locale } from '../../base/text.ts';
 import { useStore } from '../hooks.ts';
@@ -104,8 +104,9 @@ function useRowSelection<Row>(
     const all = rows.map(rowKey);
     return keepExisting(stored, all, selectable ? all.filter((_, i) => selectable(rows[i]!)) : all);
   }, [stored, rows, selectable]);
-  // Stores dropped keys only. Otherwise two clicks at the same moment would undo each other forever.
-  useEffect(() => {
+  // Stores dropped keys only. Otherwise two clicks at the same moment would undo each other forever. Before
+  // the frame is drawn, because a lead to a row in the meantime would be overwritten.
+  useLayoutEffect(() => {
     if (selection !== stored) setSelection(selection);
   }, [selection]);
   const canSelect = selectable ?? (() => true);
