@@ -2,6 +2,7 @@ import { render } from 'preact';
 import { host } from '../bridge/host.ts';
 import { startCleaning } from '../clean/cleaning.ts';
 import { toast } from '../kit/toast.tsx';
+import { startDeveloper } from '../net/developer.ts';
 import { startDiagnostics } from '../net/diagnostics.ts';
 import { startServiceDialog } from '../shell/service.tsx';
 import { keepSorts, settingsDocument } from '../shell/settings.ts';
@@ -20,6 +21,7 @@ startAutoScan();
 startQueue();
 startCleaning();
 startServiceDialog();
+startDeveloper();
 startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));
 

@@ -8,11 +8,12 @@ import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
 import { usePending } from '../kit/hooks.ts';
 import { Mark } from '../kit/icon.tsx';
-import { Switch } from '../kit/switch.tsx';
+import { Switch, type SwitchProps } from '../kit/switch.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { currentSettings, saveSettings, settingsDocument } from '../shell/settings.ts';
 import { themes, type Ignored, type Settings } from '../shell/settings_document.ts';
 import { openTerminal } from '../shell/terminal.ts';
@@ -117,16 +118,25 @@ function AutoClean({ on }: { on: boolean }) {
     <Toggle
       label={t('settings.autoClean')}
       hint={t('settings.autoCleanHint')}
+      byService
       {...usePending(on, setAutoClean)}
     />
   );
 }
 
-function Toggle({ hint, ...props }: { hint: string } & Parameters<typeof Switch>[0]) {
+interface ToggleProps extends SwitchProps {
+  hint: string;
+  byService?: boolean;
+}
+
+function Toggle({ hint, byService, ...props }: ToggleProps) {
   return (
     <div class="row line">
       <span>
-        {props.label}
+        <span>
+          {props.label}
+          {byService && <ServiceMark />}
+        </span>
         <span class="muted small">{hint}</span>
       </span>
       <Switch {...props} />

@@ -41,6 +41,12 @@ export function formatTime(time: number): string {
   return cached('time', () => new Intl.DateTimeFormat(locale(), { timeStyle: 'medium' })).format(time);
 }
 
+/** Formats milliseconds since the epoch as a day and a time of day. */
+export function formatMoment(time: number): string {
+  const options = { dateStyle: 'medium', timeStyle: 'short' } as const;
+  return cached('moment', () => new Intl.DateTimeFormat(locale(), options)).format(time);
+}
+
 /** Formats milliseconds since the epoch as a month: "červenec 2025". */
 export function formatMonth(time: number): string {
   return cached('month', () => new Intl.DateTimeFormat(locale(), { month: 'long', year: 'numeric' })).format(

@@ -17,12 +17,14 @@ import folder from 'lucide:folder';
 import explorer from 'lucide:folder-open';
 import dashboard from 'lucide:gauge';
 import disk from 'lucide:hard-drive';
+import images from 'lucide:images';
 import keyboard from 'lucide:keyboard';
 import network from 'lucide:network';
 import software from 'lucide:package';
 import pause from 'lucide:pause';
 import play from 'lucide:play';
 import service from 'lucide:plug-zap';
+import power from 'lucide:power';
 import refresh from 'lucide:refresh-cw';
 import startup from 'lucide:rocket';
 import skip from 'lucide:skip-forward';
@@ -55,11 +57,13 @@ const icons = {
   explorer,
   file,
   folder,
+  images,
   keyboard,
   maintenance,
   network,
   pause,
   play,
+  power,
   processes: activity,
   refresh,
   remove,

@@ -1,4 +1,4 @@
-interface Props {
+export interface SwitchProps {
   /** Accessible name. The text beside the switch says the same. */
   label: string;
   on: boolean;
@@ -9,7 +9,7 @@ interface Props {
   inRow?: boolean;
 }
 
-export function Switch({ label, on, onToggle, disabled, inRow }: Props) {
+export function Switch({ label, on, onToggle, disabled, inRow }: SwitchProps) {
   // The attribute "disabled" would take the focus away.
   return (
     <button

@@ -1,4 +1,4 @@
-import { useEffect } from 'preact/hooks';
+import { useEffect, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { Card } from '../kit/card.tsx';
@@ -16,19 +16,27 @@ export function Maintenance() {
   useEffect(() => {
     if (state.phase === 'idle') check();
   }, []);
+  // The card grows when the answer arrives: above the repairs it would move them under the pointer.
+  const [offered] = useState(state.data?.hasUpdate);
+  const own = (
+    <>
+      <UpdateCard />
+      <Card title={t('remove.title')} class="at-remove">
+        <p class="muted">{t('remove.about')}</p>
+        <Button icon="remove" onClick={() => void uninstallVarnel()}>
+          {t('remove.verb')}
+        </Button>
+      </Card>
+    </>
+  );
   return (
     <View id="maintenance" refresh={check} state={state}>
       <div class="maintenance">
-        <UpdateCard />
-        <Card title={t('remove.title')} class="at-remove">
-          <p class="muted">{t('remove.about')}</p>
-          <Button icon="remove" onClick={() => void uninstallVarnel()}>
-            {t('remove.verb')}
-          </Button>
-        </Card>
+        {offered && own}
         {repairs.map((repair) => (
           <RepairCard key={repair} repair={repair} />
         ))}
+        {!offered && own}
       </div>
     </View>
   );

@@ -1,4 +1,4 @@
-import { formatPercent, formatTime } from '../base/format.ts';
+import { formatMoment, formatPercent } from '../base/format.ts';
 import { t } from '../base/text.ts';
 import { Bar } from '../kit/bar.tsx';
 import { Button, IconButton } from '../kit/button.tsx';
@@ -7,10 +7,21 @@ import { copyText } from '../kit/clipboard.ts';
 import { Spinner } from '../kit/data_view.tsx';
 import { confirm } from '../kit/dialog.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
-import { Icon } from '../kit/icon.tsx';
+import { Icon, type IconName } from '../kit/icon.tsx';
 import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
+import { currentSettings, settingsDocument } from '../shell/settings.ts';
 import { abandonFileCheck, leaveSafeMode, repairStates, startRepair, type Repair } from './repairs.ts';
 import { withQueue } from './update.ts';
+
+const icons: Record<Repair, IconName> = {
+  'flush-dns': 'network',
+  'rebuild-icons': 'images',
+  sfc: 'admin',
+  'safemode-reboot': 'power',
+};
+
+const byService: readonly Repair[] = ['sfc', 'safemode-reboot'];
 
 /** Asks first before anything that interrupts the user's work. */
 export async function ask(repair: Repair) {
@@ -30,13 +41,18 @@ export async function ask(repair: Repair) {
 }
 
 export function RepairCard({ repair }: { repair: Repair }) {
-  const { since, lines, result } = useStore(repairStates)[repair] ?? {};
+  useStore(settingsDocument);
+  const { since, lines, ...state } = useStore(repairStates)[repair] ?? {};
+  const result = state.result ?? currentSettings().repairResults[repair];
   return (
     <Card title={t(`repair.${repair}`)} class="repair">
       <p>{t(`repair.${repair}.about`)}</p>
       <dl class="small">
         <dt>{t('repair.needs')}</dt>
-        <dd>{t(`repair.${repair}.needs`)}</dd>
+        <dd>
+          {t(`repair.${repair}.needs`)}
+          {byService.includes(repair) && <ServiceMark />}
+        </dd>
         <dt>{t('repair.next')}</dt>
         <dd>{t(`repair.${repair}.next`)}</dd>
       </dl>
@@ -54,11 +70,11 @@ export function RepairCard({ repair }: { repair: Repair }) {
         </>
       )}
       <RepairButton repair={repair} />
-      {result && (
+      {result && since === undefined && (
         <p class={result.good ? 'outcome good' : 'outcome'} role="status" data-result={repair}>
           <Icon name={result.good ? 'success' : 'alert'} />
           <span>{result.text}</span>
-          <span class="muted small">{formatTime(result.at)}</span>
+          <span class="muted small">{formatMoment(result.at)}</span>
         </p>
       )}
       {lines && (
@@ -79,7 +95,12 @@ function RepairButton({ repair }: { repair: Repair }) {
   const silent = useElapsed(running ? lastOutput : undefined);
   return (
     <div class="buttons line" data-repair={repair} aria-busy={running}>
-      <Button icon="maintenance" disabled={running} onClick={() => void ask(repair)}>
+      <Button
+        kind={repair === 'safemode-reboot' ? 'danger' : undefined}
+        icon={icons[repair]}
+        disabled={running}
+        onClick={() => void ask(repair)}
+      >
         {t(`repair.${repair}.verb`)}
       </Button>
       {running && (

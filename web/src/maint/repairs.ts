@@ -3,6 +3,8 @@ import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { errorText } from '../kit/error_text.ts';
+import { currentSettings, saveSettings } from '../shell/settings.ts';
+import type { Settings } from '../shell/settings_document.ts';
 
 export const repairs = ['flush-dns', 'rebuild-icons', 'sfc', 'safemode-reboot'] as const;
 export type Repair = (typeof repairs)[number];
@@ -17,8 +19,8 @@ export interface RepairState {
   lastOutput?: number;
   percent?: number;
   lines?: readonly Line[];
-  /** Result of the last run. */
-  result?: { good: boolean; text: string; at: number };
+  /** Result of the last run in this session. */
+  result?: Settings['repairResults'][string];
 }
 
 /** Outlives the view, because the file check takes many minutes. */
@@ -29,7 +31,9 @@ const put = (repair: Repair, state: RepairState) =>
 
 function end(repair: Repair, good: boolean, text: string) {
   const { lines } = repairStates.get()[repair] ?? {};
-  put(repair, { ...(lines && { lines }), result: { good, text, at: Date.now() } });
+  const result = { good, text, at: Date.now() };
+  put(repair, { ...(lines && { lines }), result });
+  saveSettings({ repairResults: { ...currentSettings().repairResults, [repair]: result } }, null);
 }
 
 export function startRepair(repair: Repair) {

@@ -6,7 +6,7 @@ import { useStore } from '../kit/hooks.ts';
 import { panelOf, Tabs } from '../kit/tabs.tsx';
 import { status } from '../shell/status.ts';
 import { View } from '../shell/view.tsx';
-import { openedPart, type Part } from './developer.ts';
+import { loadUnasked, openedPart, type Part } from './developer.ts';
 import { devices } from './devices.ts';
 import { Devices } from './devices.tsx';
 import { draft, hosts, reloadHosts } from './hosts.ts';
@@ -35,7 +35,7 @@ export function Developer() {
   const active = useStore(status, ({ data }) => data?.serviceActive === true);
   const wanted = source !== services || active;
   useEffect(() => {
-    if (wanted && !source.get().data) void source.reload();
+    if (wanted && !source.get().data) loadUnasked(source);
   }, [source, wanted]);
   return (
     <View id="developer" refresh={() => void reload()} state={state}>

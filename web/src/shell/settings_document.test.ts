@@ -4,7 +4,7 @@ import { changeSettings, readSettings, scanIsDue } from './settings_document.ts'
 
 const switches = { autoClean: false, autoScan: true, autoOpen: false };
 const numbers = { scanInterval: 24, lastScan: 0 };
-const lists = { ignoreList: [], tableSorts: {} };
+const lists = { ignoreList: [], tableSorts: {}, repairResults: {} };
 const defaults = { theme: 'amethyst', language: 'cs', ...switches, ...numbers, ...lists };
 
 test('whatever is stored, every unusable key is its default', () => {
@@ -16,7 +16,7 @@ test('whatever is stored, every unusable key is its default', () => {
     [{ theme: 'x', language: 'de' }, {}],
     [{ theme: 'toString', language: '__proto__' }, {}],
     [{ theme: 5, language: null, scanInterval: '12', ignoreList: { id: 'a' } }, {}],
-    [{ scanInterval: 0, tableSorts: { ports: { column: 'port' } } }, {}],
+    [{ scanInterval: 0, tableSorts: { a: { column: 'b' } }, repairResults: { sfc: { good: true } } }, {}],
     [{ autoClean: 'true', autoScan: 0, autoOpen: 'on', lastScan: '5' }, {}],
     [usable, usable],
     [{ ignoreList: [null, 'a', { id: 'a' }, { id: 1, type: 't' }, ignored] }, { ignoreList: [ignored] }],

@@ -1,6 +1,6 @@
 // Reads and changes the settings document. It belongs to the page but can hold anything: an old
 // version's keys, null, an array.
-import { bool, isRecord, object, optional, record, text } from '../base/shape.ts';
+import { bool, isRecord, number, object, optional, record, text, type Guarded } from '../base/shape.ts';
 
 export const themes = ['amethyst', 'sapphire', 'emerald', 'ember', 'light', 'system'] as const;
 
@@ -30,7 +30,11 @@ export interface Settings {
   ignoreList: Ignored[];
   /** The sort of each table whose sort the user has chosen. */
   tableSorts: Readonly<Record<string, { column: string; descending: boolean }>>;
+  /** How each repair ended the last time, and when (ms since the epoch). */
+  repairResults: Readonly<Guarded<typeof isResults>>;
 }
+
+const isResults = record(object({ good: bool, text, at: number }));
 
 function oneOf<T extends string>(value: unknown, allowed: readonly T[], fallback: T): T {
   return allowed.includes(value as T) ? (value as T) : fallback;
@@ -56,6 +60,7 @@ export function readSettings(document: unknown): Settings {
     lastScan: typeof lastScan === 'number' ? lastScan : 0,
     ignoreList: Array.isArray(ignoreList) ? ignoreList.filter(isIgnored) : [],
     tableSorts: isSorts(stored.tableSorts) ? stored.tableSorts : {},
+    repairResults: isResults(stored.repairResults) ? stored.repairResults : {},
   };
 }
 

@@ -6,6 +6,7 @@ import { Button } from '../kit/button.tsx';
 import { DataView, Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
 import type { MenuItem } from '../kit/menu.tsx';
+import { ServiceMark } from '../shell/service_mark.tsx';
 import { currentSettings } from '../shell/settings.ts';
 import { ignoredNow, setIgnored } from './ignored.ts';
 import { apps, drivers, packageKey, updates, type Drivers } from './lists.ts';
@@ -191,9 +192,12 @@ function DriverList({ updates: offered, scannedDriversCount }: Drivers) {
       rows={rows}
       columns={driverColumns}
       tools={
-        <span class="muted small" data-testid="drivers-checked">
-          {t('software.checked', { n: scannedDriversCount })}
-        </span>
+        <>
+          <span class="muted small" data-testid="drivers-checked">
+            {t('software.checked', { n: scannedDriversCount })}
+          </span>
+          <ServiceMark />
+        </>
       }
     />
   );
