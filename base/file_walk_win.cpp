@@ -36,6 +36,8 @@ bool IsReadOnly(DWORD attributes) {
 }
 
 constexpr auto kStatusInvalidParameter = static_cast<NTSTATUS>(0xC000000D);
+constexpr auto kStatusSharingViolation = static_cast<NTSTATUS>(0xC0000043);
+constexpr NTSTATUS kStatusOplockBreakInProgress = 0x108;
 
 // FileDispositionInfoEx, which headers show only to programs that need Windows 10 version 1607.
 constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
@@ -63,7 +65,8 @@ class EntryListing {
 
   explicit EntryListing(HANDLE folder) : folder_(folder) {}
 
-  // False at the end. The entry is valid until the next call.
+  // False at the end, which is known by ERROR_NO_MORE_FILES, and when what follows cannot be listed. The entry
+  // is valid until the next call.
   bool Next(Entry& entry) {
     for (;;) {
       if (next_ == nullptr) {
@@ -89,7 +92,8 @@ class EntryListing {
 using Entry = EntryListing::Entry;
 
 // Opens what has this name in an open folder now, a link itself and not its target (NtCreateFile). The name
-// is one of a listing, so it has no separator in it. GetLastError() tells why the result is empty.
+// is one of a listing, so it has no separator in it. Whoever holds an oplock on the entry is told, but not
+// waited for: he need never answer. GetLastError() tells why the result is empty.
 FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, ULONG share, ULONG options) {
   UNICODE_STRING text = {};
   text.Buffer = const_cast<wchar_t*>(name.data());
@@ -106,13 +110,17 @@ FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, 
   HANDLE opened = nullptr;
   const auto open = [&] {
     return NtCreateFile(&opened, access, &object, &outcome, nullptr, 0, share, FILE_OPEN,
-                        options | FILE_OPEN_REPARSE_POINT, nullptr, 0);
+                        options | FILE_OPEN_REPARSE_POINT | FILE_COMPLETE_IF_OPLOCKED, nullptr, 0);
   };
   NTSTATUS status = open();
   if (status == kStatusInvalidParameter && object.Attributes != 0) {
     object.Attributes = 0;
     status = open();
     if (status >= 0) attributes = 0;
+  }
+  if (status == kStatusOplockBreakInProgress) {
+    CloseHandle(opened);
+    status = kStatusSharingViolation;
   }
   if (status >= 0) return FileHandle(opened);
   SetLastError(RtlNtStatusToDosError(status));
@@ -173,7 +181,7 @@ FileHandle OpenByPath(const std::wstring& folder) {
 }
 
 // Opens the folder of this name, in any case. ERROR_FILE_NOT_FOUND when there is none, another error for a
-// file or a link.
+// file or a link, or when the parent cannot be listed to its end.
 FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK access, ULONG share) {
   EntryListing listing(parent);
   Entry entry;
@@ -186,7 +194,7 @@ FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK ac
     SetLastError(ERROR_DIRECTORY);
     return {};
   }
-  SetLastError(ERROR_FILE_NOT_FOUND);
+  if (GetLastError() == ERROR_NO_MORE_FILES) SetLastError(ERROR_FILE_NOT_FOUND);
   return {};
 }
 
