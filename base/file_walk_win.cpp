@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/extended_path.h"
+#include "base/path_names.h"
 
 namespace {
 
@@ -186,9 +187,7 @@ FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK ac
   EntryListing listing(parent);
   Entry entry;
   while (listing.Next(entry)) {
-    if (CompareStringOrdinal(entry.name.data(), static_cast<int>(entry.name.size()), name.data(),
-                             static_cast<int>(name.size()), TRUE) != CSTR_EQUAL)
-      continue;
+    if (!IsSamePath(entry.name, name)) continue;
     if (IsFolder(entry.attributes) && !IsReparsePoint(entry.attributes))
       return OpenListedFolder(parent, entry, access, share);
     SetLastError(ERROR_DIRECTORY);

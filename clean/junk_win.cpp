@@ -10,21 +10,10 @@
 #include "base/exe_directory.h"
 #include "base/file_walk_win.h"
 #include "base/page.h"
+#include "base/path_names.h"
 #include "exec/service_pipe.h"
 
 namespace {
-
-// Returns C:\Users\John Doe for C:\USERS\JOHNDO~1. Returns the path of a missing folder unchanged.
-std::wstring LongPath(const std::wstring& path) {
-  wchar_t long_path[MAX_PATH] = {};
-  const DWORD length = GetLongPathNameW(path.c_str(), long_path, MAX_PATH);
-  return length > 0 && length < MAX_PATH ? long_path : path;
-}
-
-bool SameInFileSystem(std::wstring_view a, std::wstring_view b) {
-  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
-                              TRUE) == CSTR_EQUAL;
-}
 
 KeptFolders FoldersToKeep() {
   wchar_t path[MAX_PATH] = {};
@@ -49,7 +38,7 @@ std::wstring UserTempPath() {
 
 bool IsKept(const JunkCategory& category) {
   return category.base == JunkBase::kUserTemp &&
-         !MayBeEmptied(LongPath(UserTempPath()), FoldersToKeep(), SameInFileSystem);
+         !MayBeEmptied(LongPath(UserTempPath()), FoldersToKeep(), IsSamePath);
 }
 
 // Returns nothing if the folder cannot be found.

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/exe_directory.h"
-#include "base/lower_case.h"
+#include "base/path_names.h"
 
 namespace {
 
@@ -124,11 +124,6 @@ bool IsOwnProgram(const std::wstring& image) {
   return own && IdentityOf(image) == own;
 }
 
-bool IsSamePath(std::wstring_view a, std::wstring_view b) {
-  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
-                              TRUE) == CSTR_EQUAL;
-}
-
 // A variable of an environment block; empty when it has none.
 std::wstring FromBlock(const wchar_t* block, std::wstring_view name) {
   for (std::wstring_view line = block; !line.empty(); line = block) {
@@ -138,12 +133,6 @@ std::wstring FromBlock(const wchar_t* block, std::wstring_view name) {
       return std::wstring(line.substr(name.size() + 1));
   }
   return {};
-}
-
-std::wstring LongPath(const std::wstring& path) {
-  std::wstring longer(32'768, L'\0');
-  longer.resize(GetLongPathNameW(path.c_str(), longer.data(), static_cast<DWORD>(longer.size())));
-  return longer.empty() ? path : longer;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "base/exe_directory.h"
 #include "base/file_walk_win.h"
 #include "base/handle_win.h"
+#include "base/path_names.h"
 #include "service/topics_win.h"
 
 extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
@@ -16,12 +17,6 @@ extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
 namespace {
 
 constexpr size_t kMaxKeyDepth = 512;  // as deep as the registry lets keys nest
-
-bool IsBelow(const std::wstring& path, const std::wstring& folder) {
-  return path.size() > folder.size() && path[folder.size()] == L'\\' &&
-         CompareStringOrdinal(path.data(), static_cast<int>(folder.size()), folder.data(),
-                              static_cast<int>(folder.size()), TRUE) == CSTR_EQUAL;
-}
 
 // Whether a process runs from below the folder; true when that cannot be found out.
 bool HoldsRunningProgram(const std::wstring& folder) {
@@ -34,7 +29,7 @@ bool HoldsRunningProgram(const std::wstring& folder) {
     const KernelHandle process(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ProcessID));
     auto units = static_cast<DWORD>(image.size());
     if (process && QueryFullProcessImageNameW(process.get(), 0, image.data(), &units) &&
-        IsBelow(image.substr(0, units), folder))
+        IsSameOrBelow(LongPath(image.substr(0, units)), folder, IsSamePath))
       return true;
   } while (Process32NextW(snapshot.get(), &entry));
   return false;
@@ -72,11 +67,11 @@ bool DeleteKeyTree(HKEY key, size_t depth) {
 }  // namespace
 
 ProgramFolders FindProgramFolders() {
-  ProgramFolders folders = {{}, GetExeDirectory()};
+  ProgramFolders folders = {{}, LongPath(GetExeDirectory())};
   for (const KNOWNFOLDERID& id : {FOLDERID_ProgramFiles, FOLDERID_ProgramFilesX86, FOLDERID_ProgramData}) {
     TaskMemoryString path;
     if (SUCCEEDED(SHGetKnownFolderPath(id, KF_FLAG_DEFAULT, nullptr, path.put())))
-      folders.roots.emplace_back(path.get());
+      folders.roots.push_back(LongPath(path.get()));
   }
   return folders;
 }

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "base/exe_directory.h"
+#include "base/path_names.h"
 #include "base/text.h"
 #include "exec/line_cutter.h"
 #include "exec/service_protocol.h"
@@ -110,7 +111,7 @@ Outcome ToggleStartup(const Request& request, const Peer&) {
 
 Outcome CleanLeftoverPath(const Request& request, const Peer&) {
   const std::optional<std::wstring> path = WideText(request, "path");
-  if (!path || !MayRemoveFolder(*path, FindProgramFolders())) return kRefusal;
+  if (!path || !MayRemoveFolder(*path, FindProgramFolders(), IsSamePath)) return kRefusal;
   return Done(RemoveLeftoverFolder(*path));
 }
 

@@ -86,10 +86,6 @@ bool IsPlainPath(std::wstring_view path) {
   return drive >= L'a' && drive <= L'z' && std::ranges::all_of(Split(path.substr(3)), IsPlainName);
 }
 
-bool IsSameOrBelow(const std::wstring& path, const std::wstring& folder) {
-  return (path + L'\\').starts_with(folder + L'\\');
-}
-
 }  // namespace
 
 std::optional<std::string> WhyRefused(Who who, const PeerFacts& peer, bool requires_elevation) {
@@ -124,7 +120,12 @@ bool IsStartupName(std::wstring_view name) {
   return !name.empty() && name.size() < 256 && name.find(L'\0') == name.npos;
 }
 
-bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders) {
+bool IsSameOrBelow(std::wstring_view path, std::wstring_view folder, SamePath same) {
+  return path.size() >= folder.size() && same(path.substr(0, folder.size()), folder) &&
+         (path.size() == folder.size() || path[folder.size()] == L'\\');
+}
+
+bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders, SamePath same) {
   // What Windows itself, or this program, keeps directly below the three.
   static constexpr std::array<std::wstring_view, 10> kKept = {L"common files",
                                                               L"packages",
@@ -137,12 +138,10 @@ bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders) {
                                                               L"usoshared",
                                                               L"uninstall information"};
   if (!IsPlainPath(path)) return false;
-  const std::wstring folded = Folded(path), own = Folded(folders.own);
-  if (IsSameOrBelow(folded, own) || IsSameOrBelow(own, folded)) return false;
+  if (IsSameOrBelow(path, folders.own, same) || IsSameOrBelow(folders.own, path, same)) return false;
   for (const std::wstring& root : folders.roots) {
-    const std::wstring start = Folded(root) + L'\\';
-    if (root.empty() || !folded.starts_with(start)) continue;
-    const std::wstring first(Split(std::wstring_view(folded).substr(start.size())).front());
+    if (root.empty() || path.size() == root.size() || !IsSameOrBelow(path, root, same)) continue;
+    const std::wstring first = Folded(Split(path.substr(root.size() + 1)).front());
     return !first.starts_with(L"microsoft") && !first.starts_with(L"windows") && !IsOneOf(first, kKept);
   }
   return false;

@@ -39,15 +39,19 @@ bool MayChangeVariable(std::wstring_view name, std::wstring_view value, bool is_
 // Whether `name` can be a value of the machine's Run key.
 bool IsStartupName(std::wstring_view name);
 
-// Where programs keep their files: absolute paths, without a separator at their end.
+// Where programs keep their files: absolute paths without short names, and without a separator at
+// their end.
 struct ProgramFolders {
   std::vector<std::wstring> roots;  // Program Files, Program Files (x86), ProgramData
   std::wstring own;                 // where the service itself is
 };
 
+// Whether the path is the folder, or begins with its path.
+bool IsSameOrBelow(std::wstring_view path, std::wstring_view folder, SamePath same);
+
 // Whether a folder may be removed with what is in it. The path must be written as the system itself would: from
 // the drive on, with "\" between names, no "." or "..", no short name, none that Windows reads as another.
-bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders);
+bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders, SamePath same);
 
 // The names, from SOFTWARE on, that lead to a key of the machine which may be removed with what is below it;
 // nothing when it may not.

@@ -36,8 +36,9 @@ FUZZ_TARGET(service_request, bytes) {
     IsStartupName(wide);
     IsDevService(wide);
     IsOwnFile(wide, kFolders.own);
-    IsTemporaryFolder(wide, {L"C:\\Windows", {L"C:\\Users\\a"}}, [](auto a, auto b) { return a == b; });
-    if (MayRemoveFolder(wide, kFolders)) {
+    const SamePath same = [](auto a, auto b) { return a == b; };
+    IsTemporaryFolder(wide, {L"C:\\Windows", {L"C:\\Users\\a"}}, same);
+    if (MayRemoveFolder(wide, kFolders, same)) {
       Check(wide.size() > 15 && (wide.substr(1, 10) == L":\\Program " || wide.size() > 14), "a root");
       Check(wide.find(L"..") == wide.npos || wide.find(L"\\..") == wide.npos, "a way up");
       Check(wide.find(L'/') == wide.npos && wide.find(L':', 2) == wide.npos, "a stream or another separator");

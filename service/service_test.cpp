@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lower_case.h"
 #include "base/text.h"
 #include "service/request.h"
 #include "service/rules.h"
@@ -36,6 +37,10 @@ TEST(ServiceRequest, IsNothingElse) {
         R"({"action":"a","data":{"x":")" + std::string(kMaxRequestBytes, 'x') + "\"}}"})
     EXPECT_FALSE(ParseRequest(line)) << line.substr(0, 100);
   EXPECT_TRUE(ParseRequest(full));
+}
+
+bool IsSameInAnyCase(std::wstring_view a, std::wstring_view b) {
+  return LowerCase(std::wstring(a)) == LowerCase(std::wstring(b));
 }
 
 TEST(ServiceRules, WhoMayAsk) {
@@ -81,7 +86,7 @@ TEST(ServiceRules, Folders) {
         L"C:\\Program Files (x86)\\Tarn", L"C:\\ProgramData\\Žluťoučký kůň",
         L"C:\\ProgramData\\Tarn\\Windows", L"C:\\Program Files\\.tarn", L"C:\\Program Files\\~Tarn",
         L"C:\\Program Files\\Tools\\Other", L"C:\\ProgramData\\Common", L"C:\\ProgramData\\COM10"})
-    EXPECT_TRUE(MayRemoveFolder(path, folders)) << WideToUtf8(path);
+    EXPECT_TRUE(MayRemoveFolder(path, folders, IsSameInAnyCase)) << WideToUtf8(path);
   for (const std::wstring& path : std::initializer_list<std::wstring>{
            // not below one of the three
            L"", L"C:", L"C:\\", L"C:\\Program Files", L"C:\\Program Files\\", L"C:\\Program FilesX\\Tarn",
@@ -113,7 +118,7 @@ TEST(ServiceRules, Folders) {
            L"C:\\Program Files\\ModifiableWindowsApps", L"C:\\Program Files\\Tools",
            L"C:\\Program Files\\tools\\OWN", L"C:\\Program Files\\Tools\\Own\\bin",
            L"C:\\Program Files\\Tools\\Own\\bin\\x", L"C:\\Program Files (x86)\\Varnel"})
-    EXPECT_FALSE(MayRemoveFolder(path, folders)) << WideToUtf8(path);
+    EXPECT_FALSE(MayRemoveFolder(path, folders, IsSameInAnyCase)) << WideToUtf8(path);
 }
 
 TEST(ServiceRules, Keys) {
@@ -149,11 +154,10 @@ TEST(ServiceRules, TitlesFilesAndTemporaryFolders) {
   EXPECT_FALSE(IsStartupName(L"") || IsStartupName(std::wstring(1, L'\0')) ||
                IsStartupName(std::wstring(256, L'x')));
   const KeptFolders kept = {L"C:\\Windows", {L"C:\\Users\\a"}};
-  const SamePath same = [](std::wstring_view a, std::wstring_view b) { return a == b; };
-  EXPECT_TRUE(IsTemporaryFolder(L"C:\\Users\\a\\AppData\\Local\\Temp\\", kept, same));
+  EXPECT_TRUE(IsTemporaryFolder(L"C:\\Users\\a\\AppData\\Local\\Temp\\", kept, IsSameInAnyCase));
   for (const wchar_t* path : {L"", L"Temp", L"C:\\", L"C:\\Users\\a", L"C:\\Windows\\System32",
                               L"\\\\host\\share\\x", L"C:\\Users\\a\\Temp\\..", L"C:/Users/a/Temp"})
-    EXPECT_FALSE(IsTemporaryFolder(path, kept, same)) << WideToUtf8(path);
+    EXPECT_FALSE(IsTemporaryFolder(path, kept, IsSameInAnyCase)) << WideToUtf8(path);
 }
 
 TEST(ServiceRules, DevelopmentServices) {
