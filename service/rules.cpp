@@ -148,9 +148,10 @@ bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders, Same
 }
 
 std::optional<std::vector<std::wstring>> RemovableKey(std::wstring_view sub_key) {
-  static constexpr std::array<std::wstring_view, 8> kKept = {
-      L"microsoft", L"classes", L"policies", L"clients", L"wow6432node", L"registeredapplications",
-      L"wine",      L"varnel"};
+  static constexpr std::array<std::wstring_view, 9> kKept = {
+      L"microsoft",   L"classes",     L"policies", L"clients",
+      L"wow6432node", L"wowaa32node", L"wine",     L"registeredapplications",
+      L"varnel"};
   if (sub_key.size() > kMaxPathUnits || HasControl(sub_key) || HasLookAlike(sub_key)) return std::nullopt;
   std::vector<std::wstring> names;
   for (const std::wstring_view name : Split(sub_key)) {

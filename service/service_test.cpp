@@ -133,6 +133,7 @@ TEST(ServiceRules, Keys) {
         L"SOFTWARE/Tarn", L"SOFTWARE\\Microsoft", L"software\\MICROSOFT\\Windows",
         L"SOFTWARE\\M\u0130crosoft", L"SOFTWARE\\Cla\u017F\u017Fes", L"SOFTWARE\\Classes\\.txt",
         L"SOFTWARE\\Policies", L"SOFTWARE\\Clients\\x", L"SOFTWARE\\Wow6432Node\\Tarn",
+        L"SOFTWARE\\WowAA32Node\\Tarn",
         L"SOFTWARE\\RegisteredApplications", L"SOFTWARE\\Wine", L"SOFTWARE\\Varnel",
         L"SOFTWARE\\.\\Microsoft", L"SOFTWARE\\..\\SYSTEM", L"SOFTWARE\\ \\x", L"SOFTWARE\\Tarn\uFF3Cx",
         L"HKLM\\SOFTWARE\\Tarn", L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
