@@ -13,6 +13,9 @@ using Microsoft::WRL::ComPtr;
 
 constexpr wchar_t kFolder[] = L"\\Varnel";
 constexpr wchar_t kTask[] = L"Silent clean";
+// Users may look at the task and start it. The scheduler would add an entry for whom it runs for, who is every
+// user.
+constexpr wchar_t kAccess[] = L"D:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;GRGX;;;BU)";
 
 class Text {
  public:
@@ -59,20 +62,6 @@ bool IsMissing(HRESULT result) {
 
 }  // namespace
 
-bool ScheduleCleaning(const std::wstring& program) {
-  const Com com;
-  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
-  if (!root) return false;
-  const VARIANT none = {};
-  ComPtr<ITaskFolder> folder;
-  root->CreateFolder(Text(kFolder), none, folder.GetAddressOf());
-  if (!folder) folder = OpenFolder(kFolder);
-  ComPtr<IRegisteredTask> task;
-  return folder && SUCCEEDED(folder->RegisterTask(
-                       Text(kTask), Text(Utf8ToWide(BuildTaskXml(WideToUtf8(program)))),
-                       TASK_CREATE_OR_UPDATE, none, none, TASK_LOGON_GROUP, none, task.GetAddressOf()));
-}
-
 bool UnscheduleCleaning() {
   const Com com;
   const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
@@ -82,4 +71,24 @@ bool UnscheduleCleaning() {
   const HRESULT result = folder->DeleteTask(Text(kTask), 0);
   root->DeleteFolder(Text(kFolder), 0);  // stays when somebody else has put something into it
   return SUCCEEDED(result) || IsMissing(result);
+}
+
+bool ScheduleCleaning(const std::wstring& program) {
+  const Com com;
+  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
+  // Every user may make a task, or a folder, of this name beforehand: it would stay his.
+  if (!root || !UnscheduleCleaning()) return false;
+  const Text access(kAccess);
+  VARIANT descriptor = {};
+  descriptor.vt = VT_BSTR;
+  descriptor.bstrVal = access;
+  ComPtr<ITaskFolder> folder;
+  root->CreateFolder(Text(kFolder), descriptor, folder.GetAddressOf());
+  if (!folder) folder = OpenFolder(kFolder);
+  const VARIANT none = {};
+  ComPtr<IRegisteredTask> task;
+  return folder &&
+         SUCCEEDED(folder->RegisterTask(Text(kTask), Text(Utf8ToWide(BuildTaskXml(WideToUtf8(program)))),
+                                        TASK_CREATE | TASK_DONT_ADD_PRINCIPAL_ACE, none, none,
+                                        TASK_LOGON_GROUP, descriptor, task.GetAddressOf()));
 }
