@@ -24,9 +24,9 @@ constexpr wchar_t kAccess[] = L"D:P(A;;GA;;;SY)(A;;GRGW;;;IU)";
 constexpr size_t kInstances = 8;
 
 constexpr DWORD kBufferBytes = 64 * 1024;
-constexpr ULONGLONG kRequestMs = 5'000;  // for the whole request
-constexpr DWORD kUnreadMs = 30'000;      // for each piece of the answer
-constexpr DWORD kLingerStepMs = 1'000;
+constexpr DWORD kRequestMs = 5'000;  // for the whole request
+constexpr DWORD kUnreadMs = 30'000;  // for each piece of the answer, while there is a free instance
+constexpr DWORD kStepMs = 1'000;
 constexpr DWORD kRetryMs = 1'000;  // after an error that should not be
 
 KernelHandle MakeEvent() {
@@ -89,7 +89,9 @@ class Operation {
 // One instance with the peer that is connected to it.
 class Connection {
  public:
-  Connection(HANDLE pipe, HANDLE stop) : pipe_(pipe), stop_(stop) {}
+  // `free`: instances without a peer.
+  Connection(HANDLE pipe, HANDLE stop, const std::atomic<int>& free)
+      : pipe_(pipe), stop_(stop), free_(free) {}
 
   // False when the service stops. A peer that came and went already is none.
   bool WaitForPeer() {
@@ -126,7 +128,8 @@ class Connection {
     while (!bytes.empty() && !is_broken_) {
       Operation write(pipe_);
       write.BeginWrite(bytes.substr(0, kBufferBytes));
-      const std::optional<DWORD> written = write.Finish(stop_, kUnreadMs);
+      WaitForReader(write.event());
+      const std::optional<DWORD> written = write.Finish(stop_, 0);
       is_broken_ = !written || *written == 0;
       bytes.remove_prefix(written.value_or(0));
     }
@@ -134,11 +137,18 @@ class Connection {
     if (is_broken_) DisconnectNamedPipe(pipe_);
   }
 
-  HANDLE pipe() const { return pipe_; }
-  bool is_broken() const { return is_broken_; }
+  // Until `event` is signalled, the service stops, or the peer has had its time: if all instances are taken, as
+  // long as a request may take.
+  void WaitForReader(HANDLE event) const {
+    const HANDLE events[] = {event, stop_};
+    for (DWORD waited_ms = 0; !is_broken_ && waited_ms < (free_ > 0 ? kUnreadMs : kRequestMs);
+         waited_ms += kStepMs)
+      if (WaitForMultipleObjects(2, events, FALSE, kStepMs) != WAIT_TIMEOUT) return;
+  }
 
  private:
   HANDLE pipe_, stop_;
+  const std::atomic<int>& free_;
   bool is_broken_ = false;
 };
 
@@ -169,7 +179,7 @@ void PipeServer::Serve() {
 }
 
 void PipeServer::ServeInstance(HANDLE pipe) {
-  while (Connection(pipe, stop_).WaitForPeer()) {
+  while (Connection(pipe, stop_, free_).WaitForPeer()) {
     --free_;
     try {
       ServePeer(pipe);
@@ -182,7 +192,7 @@ void PipeServer::ServeInstance(HANDLE pipe) {
 }
 
 void PipeServer::ServePeer(HANDLE pipe) {
-  Connection connection(pipe, stop_);
+  Connection connection(pipe, stop_, free_);
   std::optional<std::string> line = connection.ReadLine();
   if (!line) return;
   const std::optional<Request> request = ParseRequest(*line);
@@ -197,10 +207,6 @@ void PipeServer::ServePeer(HANDLE pipe) {
   HandleRequest(*request, peer,
                 {[&](const std::string& text) { connection.Write(text + '\n'); }, rest.event()});
 
-  // Disconnecting takes away what the peer has not read yet. It gets less time when all instances are taken.
-  const HANDLE events[] = {rest.event(), stop_};
-  for (DWORD waited_ms = 0; !connection.is_broken() && waited_ms < kUnreadMs; waited_ms += kLingerStepMs) {
-    if (waited_ms >= kRequestMs && free_ == 0) break;
-    if (WaitForMultipleObjects(2, events, FALSE, kLingerStepMs) != WAIT_TIMEOUT) break;
-  }
+  // Disconnecting takes away what the peer has not read yet.
+  connection.WaitForReader(rest.event());
 }

@@ -133,10 +133,9 @@ TEST(ServiceRules, Keys) {
         L"SOFTWARE/Tarn", L"SOFTWARE\\Microsoft", L"software\\MICROSOFT\\Windows",
         L"SOFTWARE\\M\u0130crosoft", L"SOFTWARE\\Cla\u017F\u017Fes", L"SOFTWARE\\Classes\\.txt",
         L"SOFTWARE\\Policies", L"SOFTWARE\\Clients\\x", L"SOFTWARE\\Wow6432Node\\Tarn",
-        L"SOFTWARE\\WowAA32Node\\Tarn",
-        L"SOFTWARE\\RegisteredApplications", L"SOFTWARE\\Wine", L"SOFTWARE\\Varnel",
-        L"SOFTWARE\\.\\Microsoft", L"SOFTWARE\\..\\SYSTEM", L"SOFTWARE\\ \\x", L"SOFTWARE\\Tarn\uFF3Cx",
-        L"HKLM\\SOFTWARE\\Tarn", L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
+        L"SOFTWARE\\WowAA32Node\\Tarn", L"SOFTWARE\\RegisteredApplications", L"SOFTWARE\\Wine",
+        L"SOFTWARE\\Varnel", L"SOFTWARE\\.\\Microsoft", L"SOFTWARE\\..\\SYSTEM", L"SOFTWARE\\ \\x",
+        L"SOFTWARE\\Tarn\uFF3Cx", L"HKLM\\SOFTWARE\\Tarn", L"\\Registry\\Machine\\SOFTWARE\\Tarn"})
     EXPECT_FALSE(RemovableKey(key)) << WideToUtf8(key);
   for (const std::wstring& key :
        {std::wstring(L"SOFTWARE\\Tarn\0x", 15), std::wstring(L"SOFTWARE\\\0Tarn", 14),

@@ -130,7 +130,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
   await cp(standIn('console_tool.exe'), join(tools.unix, 'holder.exe'));
   await writeFile(join(tools.unix, 'holder.json'), JSON.stringify({ steps }));
   const holder = start(`${tools.windows}\\holder.exe`, [], { env });
-  await until(() => holder.output, 'the file to be held');
+  await until(() => holder.output.includes('held'), 'the file to be held');
   assert.equal(await setup('/S', '/D=C:\\elsewhere'), 3);
   holder.kill('SIGKILL');
   await holder.ended;

@@ -12,6 +12,7 @@ import * as wine from './wine.mjs';
 
 const { makeFolder, readRegistry, standIn, startInPrefix, unixPath } = wine;
 
+const kHosts = 'C:\\windows\\system32\\drivers\\etc\\hosts';
 const kEnvironment = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment';
 const kRun = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
 const kApproved = kRun.replace('Run', 'Explorer\\StartupApproved\\Run');
@@ -53,7 +54,7 @@ const put = async (windowsPath, text = 'x') => {
 
 test('the hosts file is replaced in one step, and its last version kept', () =>
   withService(async (app, log) => {
-    const hosts = await put('C:\\windows\\system32\\drivers\\etc\\hosts', '127.0.0.1 before\n');
+    const hosts = await put(kHosts, '127.0.0.1 before\n');
     const save = async (content) => (await app.request('saveHostsFile', { content })).success;
     const content = '127.0.0.1 after\r\n# žluťoučký\r\n'.repeat(2_000);
     assert.equal(await save(content), true);
@@ -176,13 +177,17 @@ test('misbehaving programs neither stop it nor learn anything', () =>
     const half = Number(await peer('fill', '', '10'));
     assert.ok(half > 4_000 && half < 8_000, `half a line is waited for: ${half} ms`);
 
-    const silent = startInPrefix(standIn('pipe_peer.exe'), ['hold', '8']);
-    await wine.until(() => silent.output, 'eight silent peers');
-    const begin = Date.now();
-    await works();
-    assert.ok(Date.now() - begin < 8_000);
-    silent.stdin.end();
-    await once(silent, 'close');
+    await put(kHosts, 'x'.repeat(1 << 20));
+    for (const request of [[], ['{"action":"get_hosts_file","data":{}}']]) {
+      const silent = startInPrefix(standIn('pipe_peer.exe'), ['hold', '8', ...request]);
+      await wine.until(() => silent.output.includes('held'), 'eight peers that say nothing, or read nothing');
+      const begin = Date.now();
+      await works();
+      const waited = Date.now() - begin;
+      assert.ok(waited > 2_000 && waited < 8_000, `${request} ${waited} ms`);
+      silent.stdin.end();
+      await once(silent, 'close');
+    }
 
     assert.ok(Number(await peer('probe', '', '1000')) < 5, 'milliseconds a probe');
     for (let i = 0; i < 20; ++i) await works();

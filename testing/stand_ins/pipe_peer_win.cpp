@@ -2,7 +2,9 @@
 //   pipe_peer.exe ask           sends its standard input, prints the answer
 //   pipe_peer.exe leave         sends its standard input and closes immediately
 //   pipe_peer.exe fill BYTES    sends that many bytes without a line feed, prints how long the service accepts them
-//   pipe_peer.exe hold COUNT    opens that many connections, prints "held", keeps them until standard input ends
+//   pipe_peer.exe hold COUNT [REQUEST]
+//                               opens that many connections, sends the request on each, prints "held", keeps them
+//                               unread until standard input ends
 //   pipe_peer.exe probe COUNT   opens and closes connections, prints the mean time of one
 //   pipe_peer.exe steal         tries to create its own instance of the pipe, prints the error
 //   pipe_peer.exe look          prints handles, threads and memory of VarnelService.exe
@@ -102,7 +104,10 @@ int main(int count, char** arguments) {
     std::printf("%llu\n", GetTickCount64() - begin);
   } else if (mode == "hold") {
     std::vector<FileHandle> held;
-    while (held.size() < amount) held.push_back(Open());
+    while (held.size() < amount) {
+      held.push_back(Open());
+      if (count > 3) Send(held.back().get(), arguments[3] + std::string("\n"));
+    }
     std::puts("held");
     std::fflush(stdout);
     Input();
