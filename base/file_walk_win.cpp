@@ -277,14 +277,18 @@ const WIN32_FIND_DATAW* FolderListing::Next() {
   return nullptr;
 }
 
-uint64_t DirectorySize(const std::wstring& folder, PathLinks links) {
+uint64_t DirectorySize(const std::wstring& folder, PathLinks links, DWORD limit_ms) {
+  const ULONGLONG begin = GetTickCount64();
   uint64_t size_bytes = 0;
   Walk(
       OpenFolder(folder, links),
       [&](HANDLE, const Entry& entry) {
         if (!IsFolder(entry.attributes)) size_bytes += entry.size_bytes;
       },
-      [](HANDLE parent, const Entry& entry) { return OpenListedFolder(parent, entry, 0, kShareAll); },
+      [&](HANDLE parent, const Entry& entry) {
+        const bool is_late = limit_ms != INFINITE && GetTickCount64() - begin > limit_ms;
+        return is_late ? FileHandle() : OpenListedFolder(parent, entry, 0, kShareAll);
+      },
       [](const Level&) {});
   return size_bytes;
 }

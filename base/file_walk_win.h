@@ -39,8 +39,10 @@ enum class PathLinks {
   kRefuse,  // there is no such folder; the path must then be absolute and of a drive, without short names
 };
 
-// Bytes of all files in the folder and below it. What cannot be listed adds nothing. Throws std::bad_alloc.
-uint64_t DirectorySize(const std::wstring& folder, PathLinks links = PathLinks::kFollow);
+// Bytes of all files in the folder and below it. What cannot be listed adds nothing, and neither do folders
+// that are not reached within `limit_ms`. Throws std::bad_alloc.
+uint64_t DirectorySize(const std::wstring& folder, PathLinks links = PathLinks::kFollow,
+                       DWORD limit_ms = INFINITE);
 
 // Deletes what is in the folder, read-only files included, and keeps the folder. A link goes, its target
 // stays. What cannot be deleted (in use, access denied, thousands of levels deep) stays, with the folders

@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr DWORD kMeasureMs = 10'000;  // whoever may fill a folder without end may also ask for its size
+
 // Folders of the machine are reached without any link, and with the system's rights.
 void CleanMachineFolders(const JunkCategory& category) {
   for (const JunkFolder& folder : category.folders)
@@ -22,7 +24,7 @@ void CleanPeerFolders(const JunkCategory& category, const std::wstring& base, co
 uint64_t MachineBytes(const JunkCategory& category) {
   uint64_t size_bytes = 0;
   for (const JunkFolder& folder : category.folders)
-    size_bytes += DirectorySize(folder.path, PathLinks::kRefuse);
+    size_bytes += DirectorySize(folder.path, PathLinks::kRefuse, kMeasureMs);
   return size_bytes;
 }
 

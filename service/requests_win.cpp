@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "base/exe_directory.h"
+#include "base/handle_win.h"
 #include "base/path_names.h"
 #include "base/text.h"
 #include "exec/line_cutter.h"
@@ -21,6 +22,7 @@ using nlohmann::json;
 
 constexpr wchar_t kOwnKey[] = L"SOFTWARE\\Varnel";
 constexpr wchar_t kEnvironmentPath[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
+constexpr DWORD kStallMs = 10'000;
 constexpr int kRefusedCode = 5;     // ERROR_ACCESS_DENIED
 constexpr int kNotStartedCode = 1;  // as the program itself says it
 constexpr std::string_view kRefusedText = "The request was refused.";
@@ -46,6 +48,29 @@ std::optional<std::wstring> WideText(const Request& request, std::string_view na
 std::wstring OwnFile(const wchar_t* name) {
   return GetExeDirectory() + L"\\" + name;
 }
+
+// As long as it lives, nothing inside the system holds the calling thread up for good (CancelSynchronousIo):
+// Windows waits for whoever holds an oplock on what is to be opened or deleted, and he need never answer. At
+// worst, what just then takes its time fails.
+class StallGuard {
+ public:
+  StallGuard() {
+    if (DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread_.put(), 0, FALSE,
+                        DUPLICATE_SAME_ACCESS))
+      CreateTimerQueueTimer(&timer_, nullptr, Cancel, thread_.get(), kStallMs, kStallMs, WT_EXECUTEDEFAULT);
+  }
+  ~StallGuard() {
+    if (timer_) DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE);
+  }
+  StallGuard(const StallGuard&) = delete;
+  StallGuard& operator=(const StallGuard&) = delete;
+
+ private:
+  static void CALLBACK Cancel(void* thread, BOOLEAN) { CancelSynchronousIo(thread); }
+
+  KernelHandle thread_;
+  HANDLE timer_ = nullptr;
+};
 
 // --- one function an action --------------------------------------------------------------------------------
 
@@ -85,12 +110,14 @@ Outcome SetHibernation(const Request& request, const Peer&) {
 }
 
 Outcome GetJunkSizes(const Request&, const Peer&) {
+  const StallGuard guard;
   return {true, false, MeasureMachineJunk()};
 }
 
 Outcome Clean(const Request& request, const Peer& peer) {
   const std::optional<JunkFlags> flags = ReadJunkFlags(request);
   if (!flags) return kRefusal;
+  const StallGuard guard;
   CleanJunk(*flags, peer);
   return Done(true);
 }
@@ -112,6 +139,7 @@ Outcome ToggleStartup(const Request& request, const Peer&) {
 Outcome CleanLeftoverPath(const Request& request, const Peer&) {
   const std::optional<std::wstring> path = WideText(request, "path");
   if (!path || !MayRemoveFolder(*path, FindProgramFolders(), IsSamePath)) return kRefusal;
+  const StallGuard guard;
   return Done(RemoveLeftoverFolder(*path));
 }
 
