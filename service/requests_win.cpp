@@ -240,9 +240,22 @@ bool RequiresElevation() {
                                  : status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND;
 }
 
-void Log(WORD type, const char* what, std::string_view action, const Peer& peer) {
-  WriteEvent(type, Utf8ToWide(Printable(action) + " " + what) + L", asked by " + PrintableName(peer.user) +
-                       L" with " + PrintableName(peer.image));
+// What the request names, without what may be long or secret.
+std::wstring Named(const Request& request) {
+  std::wstring text;
+  for (const auto& [member, value] : request.data) {
+    if (member == "content" || member == "value") continue;
+    const bool* flag = std::get_if<bool>(&value);
+    text += Utf8ToWide((text.empty() ? ": " : ", ") + Printable(member)) + L"=" +
+            (flag ? std::wstring(*flag ? L"true" : L"false")
+                  : PrintableName(Utf8ToWide(std::get<std::string>(value))));
+  }
+  return text;
+}
+
+void Log(WORD type, const char* what, const Request& request, const Peer& peer) {
+  WriteEvent(type, Utf8ToWide(Printable(request.action) + " " + what) + L", asked by " +
+                       PrintableName(peer.user) + L" with " + PrintableName(peer.image) + Named(request));
 }
 
 Outcome Run(const Row& row, const Request& request, const Peer& peer, const Answer& answer) try {
@@ -263,21 +276,21 @@ void Refuse(bool is_stream, std::string_view why, const Answer& answer) {
 void HandleRequest(const Request& request, const Peer& peer, const Answer& answer) {
   const auto* row = std::ranges::find(kRows, request.action, &Row::action);
   if (row == std::end(kRows)) {
-    Log(EVENTLOG_WARNING_TYPE, "is unknown", request.action, peer);
+    Log(EVENTLOG_WARNING_TYPE, "is unknown", request, peer);
     return Refuse(false, "Unknown action", answer);
   }
   if (const std::optional<std::string> why = WhyRefused(row->who, peer.facts, RequiresElevation())) {
-    Log(EVENTLOG_WARNING_TYPE, "was refused", row->action, peer);
+    Log(EVENTLOG_WARNING_TYPE, "was refused", request, peer);
     return Refuse(row->stream, *why, answer);
   }
   const Outcome outcome = Run(*row, request, peer, answer);
   if (outcome.is_refused) {
-    Log(EVENTLOG_WARNING_TYPE, "was refused for what it names", row->action, peer);
+    Log(EVENTLOG_WARNING_TYPE, "was refused for what it names", request, peer);
     return Refuse(row->stream, kRefusedText, answer);
   }
   if (row->who != Who::kAnyone)
     Log(outcome.success ? EVENTLOG_INFORMATION_TYPE : EVENTLOG_ERROR_TYPE,
-        outcome.success ? "was done" : "failed", row->action, peer);
+        outcome.success ? "was done" : "failed", request, peer);
   if (row->stream) return;
   json reply = outcome.success ? outcome.members : FailedServiceReply(kFailedText);
   reply["success"] = outcome.success;

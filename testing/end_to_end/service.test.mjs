@@ -63,7 +63,10 @@ test('the hosts file is replaced in one step, and its last version kept', () =>
     assert.equal(await save('x'.repeat(8 * 1024 * 1024 + 1)), false);
     assert.equal(await readFile(hosts, 'utf8'), content);
     assert.equal(existsSync(`${hosts}.varnel.new`), false);
-    assert.match(log(), /save_hosts_file was done, asked by .*Varnel\.exe[^]*was refused for what it names/);
+    assert.match(
+      log(),
+      /save_hosts_file was done, asked by .*Varnel\.exe\r\n[^]*was refused for what it names/,
+    );
     assert.deepEqual(JSON.parse(await ask('get_hosts_file')), { content, success: true });
     await rm(`${hosts}.varnel.bak`);
   }));
@@ -78,13 +81,14 @@ test('variables, start-up items and keys of the machine', () =>
       'HKLM\\Software\\VarnelTestMaker\\Other': { a: '"b"' },
     },
     () =>
-      withService(async (app) => {
+      withService(async (app, log) => {
         const save = async (name, value, is_delete = false) =>
           (await app.request('saveEnvVariable', { type: 'system', name, value, is_delete })).success;
         assert.equal(await save('VARNEL_TEST', '%SystemRoot%\\příklad'), true);
         await wine.writeRegistry({ [kEnvironment]: { VARNEL_TEST_OLD: '"x"' } });
         assert.equal(await save('VARNEL_TEST_OLD', '', true), true);
         assert.equal(await save('Path', '', true), false);
+        assert.match(log(), /env was done, asked by .*Varnel\.exe: is_delete=false, name=VARNEL_TEST\r\n/);
         const variables = await readRegistry(kEnvironment);
         assert.equal(variables.VARNEL_TEST, 'expand:%SystemRoot%\\příklad');
         assert.equal(variables.VARNEL_TEST_OLD, undefined);
