@@ -3,9 +3,10 @@
 #include <string>
 #include <string_view>
 
-// The path with the long form of each short name (GetLongPathNameW): C:\Users\John Doe for C:\USERS\JOHNDO~1.
-// A path that cannot be looked up stays as it is.
+// Returns the path with the long form of each short name (GetLongPathNameW): C:\Users\John Doe for
+// C:\USERS\JOHNDO~1. Returns a path that cannot be looked up unchanged.
 std::wstring LongPath(const std::wstring& path);
 
-// Whether two paths have the same names in any case, as file systems compare them (CompareStringOrdinal).
+// Returns true if two paths have the same names in any case, as file systems compare them
+// (CompareStringOrdinal).
 bool IsSamePath(std::wstring_view a, std::wstring_view b);
