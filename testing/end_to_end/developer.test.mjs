@@ -1,43 +1,26 @@
 // The hosts file of the prefix, services of the stand-in service, and devices from a stand-in PowerShell.
 import assert from 'node:assert/strict';
-import { existsSync } from 'node:fs';
-import { readFile, rm, writeFile } from 'node:fs/promises';
-import { test } from 'node:test';
+import { readFile, writeFile } from 'node:fs/promises';
+import { afterEach, test } from 'node:test';
 
 import * as harness from './harness.mjs';
-import { prepareWine, unixPath } from './wine.mjs';
+import { kHosts, prepareWine } from './wine.mjs';
 
 const { asked, closeServiceDialog, dialogOf, openView, press, rowsOf, toastOf, withVarnel } = harness;
 
-// Runs `body` with a hosts file of these bytes, and puts the old one back.
-async function withHosts(bytes, body) {
-  await prepareWine();
-  const path = unixPath('C:\\Windows\\System32\\drivers\\etc\\hosts');
-  const before = existsSync(path) ? await readFile(path) : undefined;
-  await writeFile(path, bytes);
-  try {
-    await body(path);
-  } finally {
-    await (before ? writeFile(path, before) : rm(path, { force: true }));
-  }
-}
+await prepareWine();
+const kBefore = await readFile(kHosts);
+afterEach(() => writeFile(kHosts, kBefore));
 
 // --- the host ----------------------------------------------------------------------------------------------
 
-test('the hosts file is read byte for byte, in the code page of the system if it is no UTF-8', () =>
-  withHosts('', (path) =>
-    withVarnel({ page: false }, async (app) => {
-      for (const [bytes, content = bytes] of [
-        ['\ufeff#\ta\r\n192.0.2.1 žluť\nlast\r'],
-        [Buffer.from('# \xfe\xe1ba\r\n', 'latin1'), '# þába\r\n'],
-        ['0'.repeat(3_000_000)],
-      ]) {
-        await writeFile(path, bytes);
-        const reply = await app.request('getHostsFile');
-        assert.deepEqual([reply.success, reply.content], [true, content]);
-      }
-    }),
-  ));
+test('a hosts file that is no UTF-8 is read in the code page of the system', async () => {
+  const text = '# þába\r\n'.repeat(200_000);
+  await writeFile(kHosts, text, 'latin1');
+  await withVarnel({ page: false }, async (app) =>
+    assert.equal((await app.request('getHostsFile')).content, text),
+  );
+});
 
 // --- the stories -------------------------------------------------------------------------------------------
 
@@ -47,59 +30,59 @@ const kMixed =
   '192.0.2.300 spatne.example\r\n# Added by Peat\r192.0.2.10 a.example b.example\r\n  ::1 localhost\n' +
   '192.0.2.11 A.EXAMPLE\r\n192.0.2.13 konec.example';
 
-test('what is typed into the hosts file survives every failure, and the rest keeps its bytes', () =>
-  withHosts(kMixed, (path) =>
-    withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
-      const { page, text } = app;
-      const editor = page.getByRole('textbox', { name: text('hosts.text') });
-      const seen = (bytes) => bytes.slice(1).replaceAll(/\r\n?/g, '\n');
-      const typeAtEnd = async (words) => {
-        await editor.focus();
-        await page.keyboard.press('Control+End');
-        await page.keyboard.type(words);
-      };
-      const saved = async () => (await asked(app, 'save_hosts_file')).map(({ data }) => data.content);
-      await openView(page, 'developer');
-      await editor.waitFor();
-      assert.equal(await editor.inputValue(), seen(kMixed));
+test('what is typed into the hosts file survives every failure, and the rest keeps its bytes', async () => {
+  await writeFile(kHosts, kMixed);
+  await withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
+    const { page, text } = app;
+    const editor = page.getByRole('textbox', { name: text('hosts.text') });
+    const seen = (bytes) => bytes.slice(1).replaceAll(/\r\n?/g, '\n');
+    const typeAtEnd = async (words) => {
+      await editor.focus();
+      await page.keyboard.press('Control+End');
+      await page.keyboard.type(words);
+    };
+    const saved = async () => (await asked(app, 'save_hosts_file')).map(({ data }) => data.content);
+    await openView(page, 'developer');
+    await editor.waitFor();
+    assert.equal(await editor.inputValue(), seen(kMixed));
 
-      // A problem leads to its line, and what is typed there replaces it.
-      await page.locator('[data-problem]', { hasText: '192.0.2.300' }).click();
-      await page.keyboard.type('192.0.2.3 spravne.example');
-      await typeAtEnd('\n192.0.2.14 nový.example');
-      await page.getByText(text('hosts.problemCount', { n: 1 })).waitFor();
-      const want = `${kMixed.replace('192.0.2.300 spatne', '192.0.2.3 spravne')}\r\n192.0.2.14 nový.example`;
-      await harness.look(app, 'developer-hosts-amethyst-cs');
+    // A problem leads to its line, and what is typed there replaces it.
+    await page.locator('[data-problem]', { hasText: '192.0.2.300' }).click();
+    await page.keyboard.type('192.0.2.3 spravne.example');
+    await typeAtEnd('\n192.0.2.14 nový.example');
+    await page.getByText(text('hosts.problemCount', { n: 1 })).waitFor();
+    const want = `${kMixed.replace('192.0.2.300 spatne', '192.0.2.3 spravne')}\r\n192.0.2.14 nový.example`;
+    await harness.look(app, 'developer-hosts-amethyst-cs');
 
-      await press(page, text('hosts.save'));
-      await closeServiceDialog(page);
-      const failed = text('hosts.saveFailed', { reason: text('hosts.refused') });
-      await toastOf(page, failed, 'alert').waitFor();
-      assert.equal(await editor.inputValue(), seen(want));
+    await press(page, text('hosts.save'));
+    await closeServiceDialog(page);
+    const failed = text('hosts.saveFailed', { reason: text('hosts.refused') });
+    await toastOf(page, failed, 'alert').waitFor();
+    assert.equal(await editor.inputValue(), seen(want));
 
-      // Loading anew does not take it away unasked, and what another program has written meanwhile is not
-      // overwritten unasked.
-      await page.keyboard.press('F5');
-      await press(await dialogOf(page, text('hosts.discardTitle')), text('app.cancel'));
-      const slowly = { chunks: [{ reply: { success: true }, delay_ms: 800 }] };
-      await app.startService({ save_hosts_file: slowly });
-      await writeFile(path, `${kMixed}\r\n# VPN`);
-      await press(page, text('hosts.save'));
-      await press(await dialogOf(page, text('hosts.changedTitle')), text('app.cancel'));
-      assert.deepEqual([await saved(), await editor.inputValue()], [[], seen(want)]);
-      await writeFile(path, kMixed);
+    // Loading anew does not take it away unasked, and what another program has written meanwhile is not
+    // overwritten unasked.
+    await page.keyboard.press('F5');
+    await press(await dialogOf(page, text('hosts.discardTitle')), text('app.cancel'));
+    const slowly = { chunks: [{ reply: { success: true }, delay_ms: 800 }] };
+    await app.startService({ save_hosts_file: slowly });
+    await writeFile(kHosts, `${kMixed}\r\n# VPN`);
+    await press(page, text('hosts.save'));
+    await press(await dialogOf(page, text('hosts.changedTitle')), text('app.cancel'));
+    assert.deepEqual([await saved(), await editor.inputValue()], [[], seen(want)]);
+    await writeFile(kHosts, kMixed);
 
-      // What is typed while it is being saved is still to be saved.
-      await page.keyboard.press('Control+s');
-      await typeAtEnd(' # a');
-      await toastOf(page, text('hosts.saved')).waitFor();
-      await writeFile(path, want); // as the service does it
-      await page.getByText(text('hosts.dirty')).waitFor();
-      await page.keyboard.press('Control+s');
-      await page.getByText(text('hosts.clean')).waitFor();
-      assert.deepEqual(await saved(), [want, `${want} # a`]);
-    }),
-  ));
+    // What is typed while it is being saved is still to be saved.
+    await page.keyboard.press('Control+s');
+    await typeAtEnd(' # a');
+    await toastOf(page, text('hosts.saved')).waitFor();
+    await writeFile(kHosts, want); // as the service does it
+    await page.getByText(text('hosts.dirty')).waitFor();
+    await page.keyboard.press('Control+s');
+    await page.getByText(text('hosts.clean')).waitFor();
+    assert.deepEqual(await saved(), [want, `${want} # a`]);
+  });
+});
 
 // As PowerShell prints them: with a mark.
 const kDevices = JSON.stringify([

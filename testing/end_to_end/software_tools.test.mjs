@@ -126,18 +126,3 @@ test('without the tools', () =>
       }
     }),
   ));
-
-test('what the service says while it installs a driver', () =>
-  withVarnel({ page: false, service: {} }, async (app) => {
-    const out = (message) => ({ type: 'stdout', message });
-    const kReboot = 'x SYSTEM_REBOOT_REQUIRED';
-    for (const [stream, lines, code, rebootRequired] of [
-      [[out(' a '), { type: 'note' }, { type: 'exit', code: 3 }], [' a '], 3, false],
-      [[out(kReboot), { type: 'exit', code: 0, rebootRequired: false }], [kReboot], 0, true],
-      [[{ type: 'exit', code: 0, rebootRequired: true }], [], 0, true],
-    ]) {
-      await app.scriptService({ installDriver: { stream } });
-      const [got, end] = await streamOf(app, 'installDriver', { title: 'Peat - System' });
-      assert.deepEqual([got, end.code, end.rebootRequired], [lines, code, rebootRequired]);
-    }
-  }));

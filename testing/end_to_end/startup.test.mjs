@@ -5,7 +5,7 @@ import { test } from 'node:test';
 import * as harness from './harness.mjs';
 import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
-const { asked, closeServiceDialog, look, openView, press, rowsOf, tick, toastOf, withVarnel } = harness;
+const { asked, closeServiceDialog, look, openView, press, rowsOf, toastOf, withVarnel } = harness;
 
 const kWindows = 'Software\\Microsoft\\Windows\\CurrentVersion';
 const run = (hive) => `${hive}\\${kWindows}\\Run`;
@@ -13,15 +13,13 @@ const approved = (hive) => `${hive}\\${kWindows}\\Explorer\\StartupApproved\\Run
 const kOn = 'hex:02,00,00,00,00,00,00,00,00,00,00,00';
 const kOff = 'hex:03,00,00,00,00,00,00,00,00,00,00,00';
 
-// Exactly these items and approvals, {HKCU: {name: data}, ...}; no approvals at all: no key.
-const withItems = (items, approvals, body) =>
+// Exactly these items, {name: data}, and approvals of the user; null: no key.
+const withItems = (user, machine, approvals, body) =>
   withRegistry(
-    Object.fromEntries(
-      ['HKCU', 'HKLM'].flatMap((hive) => [
-        [run(hive), items[hive] ?? null],
-        [approved(hive), approvals[hive] ?? null],
-      ]),
-    ),
+    {
+      ...{ [run('HKCU')]: user, [run('HKLM')]: machine },
+      ...{ [approved('HKCU')]: approvals, [approved('HKLM')]: null },
+    },
     body,
   );
 
@@ -30,13 +28,9 @@ test('which values are items, and which approvals switch them off', () => {
   // [name, data, the command: undefined if it is no item, approval, on]
   const rows = [
     ['Žluť', 'expand:%windir%\\Příliš.exe', '%windir%\\Příliš.exe'],
-    ['no final NUL', 'hex(1):78,00', 'x'],
-    ['empty', '""'],
     ['number', 'dword:00000001'],
     ['just fits', registryText('x'.repeat(511)), 'x'.repeat(511)],
     ['too long', registryText('x'.repeat(512))],
-    ['n'.repeat(255), '"longest name"', 'longest name'],
-    ['n'.repeat(256), '"name too long"'],
     ['off', '"b.exe"', 'b.exe', 'hex:03,01,02', false],
     ['on', '"c.exe"', 'c.exe', kOn],
     ['approval just fits', '"e.exe"', 'e.exe', bytes(256), false],
@@ -44,13 +38,10 @@ test('which values are items, and which approvals switch them off', () => {
     ['half a character \ud800', '"g.exe"', 'g.exe'],
   ];
   const column = (i) => Object.fromEntries(rows.filter((row) => row[i]).map((row) => [row[0], row[i]]));
-  const items = { HKCU: column(1), HKLM: { off: '"b.exe"' } };
-  return withItems(items, { HKCU: column(3) }, () =>
+  return withItems(column(1), { off: '"b.exe"' }, column(3), () =>
     withVarnel({ page: false }, async (app) => {
-      const read = async () => (await app.request('getStartupItems')).items;
-      const shown = (await read()).map((item) =>
-        [item.scope, item.name, item.command, item.enabled].join('|'),
-      );
+      const { items } = await app.request('getStartupItems');
+      const shown = items.map((item) => [item.scope, item.name, item.command, item.enabled].join('|'));
       const want = rows
         .filter(([, , command]) => command !== undefined)
         .map(([name, , command, , on = true]) =>
@@ -70,37 +61,26 @@ test('items are switched for the user, and for everybody by the service', () => 
   const star = registryText('C:\\Program Files\\Hvězdář\\TeamsBridge.exe --quiet');
   const kite = 'expand:"%LOCALAPPDATA%\\Kite\\kite sync.exe" /tray';
   const user = { Hvězdář: star, 'Kite Sync': kite, Notes: '"C:\\\\windows\\\\notepad.exe"' };
-  return withItems({ HKCU: user, HKLM: { Žárovka: '"C:\\\\lamp updater.exe"' } }, {}, () =>
+  return withItems(user, { Žárovka: '"C:\\\\lamp updater.exe"' }, null, () =>
     withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
       const { page, text } = app;
       const switchOf = (name) => page.getByRole('switch', { name: text('startup.switch', { name }) });
       const isOn = (name, on) =>
         switchOf(name)
-          .and(page.locator(`[aria-checked=${on}]:enabled`))
+          .and(page.locator(`[aria-checked=${on}][aria-disabled=false]`))
           .waitFor();
-      const says = (key, name, reason) => {
-        const said = text(key, { name, reason: reason && text(reason) });
-        return toastOf(page, said, reason ? 'alert' : 'status').waitFor();
-      };
+      const fails = (name, reason) =>
+        toastOf(page, text('startup.offFailed', { name, reason: text(reason) }), 'alert').waitFor();
       const stored = (hive) => readRegistry(approved(hive));
       await openView(page, 'startup');
       await page.getByText(text('startup.missing')).nth(1).waitFor();
-      const shown = (await rowsOf(page, /./)).map(([name, , impact, scope]) => [
-        name.split(/\s\s|\n/)[0],
-        impact,
-        scope,
-      ]);
-      const [mine, everyone] = [text('startup.user'), text('startup.machine')];
-      assert.deepEqual(shown, [
-        ['Hvězdář', text('startup.high'), mine],
-        ['Kite Sync', text('startup.medium'), mine],
-        ['Žárovka', text('startup.medium'), everyone],
-        ['Notes', text('startup.low'), mine],
-      ]);
+      const impacts = (await rowsOf(page, /./)).map((cells) => cells[2]);
+      const want = ['high', 'medium', 'medium', 'low'].map((impact) => text(`startup.${impact}`));
+      assert.deepEqual(impacts, want);
 
       // Without the list of approved items nothing can be stored, and none is made.
       await switchOf('Hvězdář').click();
-      await says('startup.offFailed', 'Hvězdář', 'startup.noList');
+      await fails('Hvězdář', 'startup.noList');
       await isOn('Hvězdář', true);
       assert.equal(await stored('HKCU'), undefined);
 
@@ -117,21 +97,18 @@ test('items are switched for the user, and for everybody by the service', () => 
       const toast = page.locator('.toast', { hasText: text('startup.off', { name: 'Hvězdář' }) });
       await press(toast, text('app.undo'));
       await isOn('Hvězdář', true);
-      for (const name of ['Hvězdář', 'Kite Sync']) await tick(page, /./, name);
-      await press(page, text('startup.turnOff', { n: 2 }));
-      await toastOf(page, text('startup.offSome', { n: 2 })).waitFor();
-      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOff, Hvězdář: kOff });
+      assert.deepEqual(await stored('HKCU'), { 'Kite Sync': kOn, Hvězdář: kOn });
       const kept = Object.keys(await readRegistry(run('HKCU')));
       assert.deepEqual(kept, Object.keys(user), 'switching deletes nothing');
 
       // The service switches what is everybody's, and what it did is looked at.
       await switchOf('Žárovka').click();
       await closeServiceDialog(page);
-      await says('startup.offFailed', 'Žárovka', 'startup.needsService');
+      await fails('Žárovka', 'startup.needsService');
       await isOn('Žárovka', true);
       await app.startService({ '*': { reply: { success: true } } });
       await switchOf('Žárovka').click();
-      await says('startup.offFailed', 'Žárovka', 'startup.notStored');
+      await fails('Žárovka', 'startup.notStored');
       await writeRegistry({ [approved('HKLM')]: { Žárovka: kOff } });
       await switchOf('Žárovka').click();
       await isOn('Žárovka', false);

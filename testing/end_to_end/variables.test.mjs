@@ -1,10 +1,9 @@
 // Environment variables, looked at in the registry.
 import assert from 'node:assert/strict';
-import { existsSync, writeFileSync } from 'node:fs';
 import { test } from 'node:test';
 
 import * as harness from './harness.mjs';
-import { readRegistry, registryText, unixPath, withRegistry, writeRegistry } from './wine.mjs';
+import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
 const { asked, closeServiceDialog, dialogOf, openView, press, toastOf, withVarnel } = harness;
 
@@ -37,9 +36,6 @@ test('every variable that fits is listed, whatever its type and name', () => {
 // --- the story ---------------------------------------------------------------------------------------------
 
 test('variables of the user are added, changed and deleted here, those of the machine by the service', () => {
-  // Without a hosts file, the first tab, the service would be asked for it.
-  const hosts = unixPath('C:\\Windows\\System32\\drivers\\etc\\hosts');
-  if (!existsSync(hosts)) writeFileSync(hosts, '127.0.0.1 localhost\r\n');
   const keys = { [kUser]: { TEMP: registryText('C:\\Old') }, [kMachine]: undefined };
   return withRegistry(keys, () =>
     withVarnel({ language: 'cs' }, async (app) => {

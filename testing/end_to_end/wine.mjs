@@ -15,7 +15,7 @@ import {
   writeFile,
 } from 'node:fs/promises';
 import { createServer } from 'node:net';
-import { join, normalize } from 'node:path';
+import { dirname, join, normalize } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
@@ -38,6 +38,7 @@ export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
   readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),
 );
 export const driveC = join(prefix, 'drive_c');
+export const kHosts = join(driveC, 'windows/system32/drivers/etc/hosts');
 
 const runFile = promisify(execFile);
 let display; // the Xvfb process, when it is ours
@@ -78,6 +79,9 @@ export async function prepareWine({ visible = false } = {}) {
     await runFile('wineboot', ['-u'], { env: wineEnvironment() });
   }
   await keepHomeOut();
+  // Windows always has a hosts file; without one the program asks the helper service for it.
+  await mkdir(dirname(kHosts), { recursive: true });
+  await writeFile(kHosts, '', { flag: 'a' });
 }
 
 // Wine links the user's Downloads, Documents and so on to the home folder of whoever runs it: no test may delete there.

@@ -5,7 +5,7 @@ const crlf = (text) => text.replace(/^\n/, '').replaceAll('\n', '\r\n');
 export const kSpinner = `\r   - \r   \\ \r   | \r${' '.repeat(120)}\r`;
 
 // What the tool leaves between columns is one blank where a cell is the widest; the second table is not read.
-export const kUpdates = crlf(`
+const kUpdates = crlf(`
 Name                         Id                Version Available Source
 ------------------------------------------------------------------------
 Tarn Sync                    Brook.TarnSync    1.0.2   1.2.0     winget
@@ -22,7 +22,7 @@ Name        Id           Version Available Source
 Moor Studio Moor.Studio  1.0     2.0       winget
 `);
 // The row with the widest identifier and no source comes as two cells, and the list takes three.
-export const kInstalled = crlf(`
+const kInstalled = crlf(`
 Name                         Id                                     Version    Available Source
 -----------------------------------------------------------------------------------------------
 Heron Media Suite 2024 (x64) Heron.MediaSuite                       24.1       24.3.1    winget
