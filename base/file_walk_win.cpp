@@ -13,21 +13,22 @@
 
 namespace {
 
-// Each level of a walk keeps a folder open and a buffer of its listing.
+// Each level of a walk holds an open folder and a buffer of its listing.
 constexpr size_t kMaxLevels = 4096;
 constexpr size_t kListingBytes = 8192;
 
 constexpr ACCESS_MASK kList = FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
 constexpr ULONG kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-// Nobody can rename or delete the folder as long as it is open. (Whoever owns it can still empty it and turn
-// it into a junction where it stands; its handle stays the folder's.)
+// Prevents renaming and deleting the folder while it is open. Its owner can still empty it and turn it
+// into a junction in place, but the handle stays that of the folder.
 constexpr ULONG kHold = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 bool IsFolder(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// Junction, symbolic link, mounted volume, or another thing that only its file system understands.
+// Returns true for a junction, a symbolic link, a mounted volume or anything else that only its file
+// system understands.
 bool IsReparsePoint(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
@@ -40,11 +41,11 @@ constexpr auto kStatusInvalidParameter = static_cast<NTSTATUS>(0xC000000D);
 constexpr auto kStatusSharingViolation = static_cast<NTSTATUS>(0xC0000043);
 constexpr NTSTATUS kStatusOplockBreakInProgress = 0x108;
 
-// FileDispositionInfoEx, which headers show only to programs that need Windows 10 version 1607.
+// FileDispositionInfoEx, which headers declare only for programs that require Windows 10 version 1607.
 constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
-// The "\\?\" form with a separator at its end, so that an entry's path is this and its name. Empty when there
-// is no such path.
+// Returns the "\\?\" form with a trailing separator, to which an entry's name can be appended. Returns
+// an empty path if there is no such form.
 std::wstring ExtendedFolder(std::wstring folder) {
   if (folder.empty()) return folder;
   if (folder.back() != L'\\' && folder.back() != L'/') folder += L'\\';
@@ -54,7 +55,7 @@ std::wstring ExtendedFolder(std::wstring folder) {
   return full.empty() ? full : ExtendedPath(full);
 }
 
-// What an open folder holds (FileIdBothDirectoryInfo), "." and ".." left out. Names end in no NUL.
+// Lists an open folder without "." and ".." (FileIdBothDirectoryInfo). Names do not end with a NUL.
 class EntryListing {
  public:
   struct Entry {
@@ -66,8 +67,8 @@ class EntryListing {
 
   explicit EntryListing(HANDLE folder) : folder_(folder) {}
 
-  // False at the end, which is known by ERROR_NO_MORE_FILES, and when what follows cannot be listed. The entry
-  // is valid until the next call.
+  // Returns false at the end (ERROR_NO_MORE_FILES) and if the rest cannot be listed. The entry is valid
+  // until the next call.
   bool Next(Entry& entry) {
     for (;;) {
       if (next_ == nullptr) {
@@ -92,9 +93,10 @@ class EntryListing {
 };
 using Entry = EntryListing::Entry;
 
-// Opens what has this name in an open folder now, a link itself and not its target (NtCreateFile). The name
-// is one of a listing, so it has no separator in it. Whoever holds an oplock on the entry is told, but not
-// waited for: he need never answer. GetLastError() tells why the result is empty.
+// Opens the entry that has this name in an open folder now; of a link, the link itself (NtCreateFile).
+// The name comes from a listing, so it contains no separator. Notifies the holder of an oplock on the
+// entry, but does not wait: the holder need never answer. If the result is empty, GetLastError() holds
+// the reason.
 FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, ULONG share, ULONG options) {
   UNICODE_STRING text = {};
   text.Buffer = const_cast<wchar_t*>(name.data());
@@ -103,8 +105,8 @@ FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, 
   object.Length = sizeof(object);
   object.RootDirectory = folder;
   object.ObjectName = &text;
-  // The folder may have been turned into a link where it stands: that must fail, whether or not a file system
-  // would follow it. The first versions of Windows 10 do not know the attribute.
+  // The folder may have been turned into a link in place. Opening must then fail, even on a file system
+  // that would follow it. The first versions of Windows 10 do not know the attribute.
   static std::atomic<ULONG> attributes = OBJ_DONT_REPARSE;
   object.Attributes = attributes;
   IO_STATUS_BLOCK outcome = {};
@@ -128,8 +130,8 @@ FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, 
   return {};
 }
 
-// Opens a folder that was listed as one. Nothing when it has become a link, or another folder, since. An
-// entry without a number comes from a file system that has none.
+// Opens a listed folder. Returns nothing if it has since become a link or another folder. An entry
+// without a number comes from a file system that has none.
 FileHandle OpenListedFolder(HANDLE parent, const Entry& entry, ACCESS_MASK access, ULONG share) {
   FileHandle folder = OpenEntry(parent, entry.name, kList | access, share,
                                 FILE_DIRECTORY_FILE | FILE_SYNCHRONOUS_IO_NONALERT);
@@ -141,23 +143,26 @@ FileHandle OpenListedFolder(HANDLE parent, const Entry& entry, ACCESS_MASK acces
   return folder;
 }
 
-// What deleting an entry needs: where the system cannot ignore a read-only mark, it is taken off before.
+// Returns the rights needed to delete an entry. Where the system cannot ignore the read-only attribute,
+// it must be removed first.
 ACCESS_MASK DeleteAccess(DWORD attributes) {
   return IsReadOnly(attributes) ? DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES : DELETE;
 }
 
 bool SetAttributes(HANDLE entry, DWORD attributes) {
-  FILE_BASIC_INFO information = {};  // times of 0 stay as they are
+  FILE_BASIC_INFO information = {};  // times of 0 stay unchanged
   information.FileAttributes = attributes;
   return SetFileInformationByHandle(entry, FileBasicInfo, &information, sizeof(information));
 }
 
-// Deletes what the handle, opened with DeleteAccess, is of. A read-only mark comes back when the entry stays.
+// Deletes the entry of a handle opened with DeleteAccess. Restores the read-only attribute if the entry
+// stays.
 bool DeleteByHandle(HANDLE entry, DWORD attributes) {
   FILE_DISPOSITION_INFO_EX extended = {FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS |
                                        FILE_DISPOSITION_FLAG_IGNORE_READONLY_ATTRIBUTE};
   if (SetFileInformationByHandle(entry, kFileDispositionInfoEx, &extended, sizeof(extended))) return true;
-  // Windows before 10 version 1809 knows no such flags, and other file systems than NTFS may not either.
+  // Windows before 10 version 1809 does not know these flags, and file systems other than NTFS may not
+  // either.
   FILE_DISPOSITION_INFO plain = {TRUE};
   if (SetFileInformationByHandle(entry, FileDispositionInfo, &plain, sizeof(plain))) return true;
   if (!IsReadOnly(attributes)) return false;
@@ -168,7 +173,7 @@ bool DeleteByHandle(HANDLE entry, DWORD attributes) {
   return false;
 }
 
-// Deletes a file, or a link of either kind.
+// Deletes a file or a link of either kind.
 void DeleteEntry(HANDLE folder, const Entry& entry) {
   const FileHandle opened = OpenEntry(folder, entry.name, DeleteAccess(entry.attributes), kShareAll, 0);
   if (opened) DeleteByHandle(opened.get(), entry.attributes);
@@ -181,8 +186,8 @@ FileHandle OpenByPath(const std::wstring& folder) {
                                 FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
-// Opens the folder of this name, in any case. ERROR_FILE_NOT_FOUND when there is none, another error for a
-// file or a link, or when the parent cannot be listed to its end.
+// Opens the folder of this name, in any case. Sets ERROR_FILE_NOT_FOUND if there is none, and another
+// error for a file or a link or if the parent cannot be listed to its end.
 FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK access, ULONG share) {
   EntryListing listing(parent);
   Entry entry;
@@ -197,7 +202,7 @@ FileHandle OpenNamedFolder(HANDLE parent, std::wstring_view name, ACCESS_MASK ac
   return {};
 }
 
-// Opens a folder below a drive one name at a time; `access` is wanted to the last one.
+// Opens a folder below a drive one name at a time. `access` applies to the last one.
 FileHandle OpenWithoutLinks(std::wstring_view path, ACCESS_MASK access) {
   SetLastError(ERROR_BAD_PATHNAME);
   while (path.ends_with(L'\\')) path.remove_suffix(1);
@@ -228,9 +233,9 @@ struct Level {
   EntryListing listing;
 };
 
-// Calls `on_file(folder, entry)` for everything but real folders. Those are opened with
-// `open(folder, entry)`, and walked when that gives a handle; `on_end(level)` follows what is in them, but not
-// for the root. Not recursive: the deepest tree that the file system allows does not fit a thread's stack.
+// Calls `on_file(folder, entry)` for everything but real folders. Opens those with `open(folder, entry)`
+// and walks them if that returns a handle, then calls `on_end(level)`, but not for the root. Not
+// recursive, because the deepest possible tree would not fit on a thread's stack.
 template <typename OnFile, typename Open, typename OnEnd>
 void Walk(FileHandle root, OnFile on_file, Open open, OnEnd on_end) {
   std::stack<Level> levels;
@@ -253,7 +258,8 @@ void Walk(FileHandle root, OnFile on_file, Open open, OnEnd on_end) {
 void ClearContents(FileHandle root) {
   const auto open = [](HANDLE folder, const Entry& entry) {
     FileHandle inner = OpenListedFolder(folder, entry, DeleteAccess(entry.attributes), kHold);
-    // It may not go, or is somebody's current folder, but what is in it may.
+    // The folder may not be deletable, or may be a current directory, but its contents may still be
+    // deleted.
     return inner ? std::move(inner) : OpenListedFolder(folder, entry, 0, kHold);
   };
   Walk(std::move(root), DeleteEntry, open,
@@ -298,7 +304,7 @@ void ClearDirectoryContents(const std::wstring& folder, PathLinks links) {
 }
 
 bool RemoveFolder(const std::wstring& folder) {
-  constexpr DWORD kWritable = FILE_ATTRIBUTE_READONLY;  // asks for the rights to take the mark off
+  constexpr DWORD kWritable = FILE_ATTRIBUTE_READONLY;  // asks for the rights to remove the attribute
   const FileHandle held = OpenWithoutLinks(folder, DeleteAccess(kWritable));
   if (!held) return GetLastError() == ERROR_FILE_NOT_FOUND;
   FILE_BASIC_INFO information = {};

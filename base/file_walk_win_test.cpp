@@ -31,7 +31,7 @@ void PutLiteral(const std::wstring& path, DWORD size_bytes) {
   WriteFile(file.get(), std::string(size_bytes, 'x').data(), size_bytes, &written, nullptr);
 }
 
-// Wine cannot delete a link to a folder, so there only its target is looked at.
+// Wine cannot delete a link to a folder, so only the link's target is checked there.
 TEST(FileWalk, LeavesTheTargetOfALinkAlone) {
   const TempFolder cleaned, elsewhere;
   PutFile(elsewhere.path + L"\\deep\\canary", 1000);
@@ -47,7 +47,7 @@ TEST(FileWalk, LeavesTheTargetOfALinkAlone) {
   EXPECT_EQ(DirectorySize(elsewhere.path), 1000u);
 }
 
-TEST(FileWalk, FollowsALinkOnTheWayOnlyWhenAskedTo) {
+TEST(FileWalk, FollowsALinkInThePathOnlyIfAskedTo) {
   const TempFolder place, target;
   PutFile(target.path + L"\\a\\file", 5);
   const std::wstring link = place.path + L"\\link";
@@ -63,8 +63,8 @@ TEST(FileWalk, FollowsALinkOnTheWayOnlyWhenAskedTo) {
   EXPECT_TRUE(Exists(link));
 }
 
-// A folder is swapped for a link and back as fast as it goes. VARNEL_RACE_SECONDS makes it longer.
-TEST(FileWalk, IsNotLedAwayByAFolderThatBecomesALink) {
+// Swaps a folder for a link and back as fast as possible. VARNEL_RACE_SECONDS extends the test.
+TEST(FileWalk, DoesNotFollowAFolderThatBecomesALink) {
   const TempFolder cleaned, elsewhere, aside;
   const std::wstring victim = cleaned.path + L"\\victim", moved = aside.path + L"\\moved",
                      link = aside.path + L"\\link";
@@ -93,7 +93,7 @@ TEST(FileWalk, IsNotLedAwayByAFolderThatBecomesALink) {
   for (const wchar_t* file : kFiles) EXPECT_TRUE(Exists(elsewhere.path + file)) << WideToUtf8(file);
 }
 
-TEST(FileWalk, DeletesWhatIsMarkedReadOnlyAndLeavesWhatIsInUseAsItWas) {
+TEST(FileWalk, DeletesReadOnlyEntriesAndLeavesThoseInUseUnchanged) {
   const TempFolder cleaned;
   const std::wstring locked = cleaned.path + L"\\a\\b\\locked";
   for (const wchar_t* file : {L"\\a\\b\\locked", L"\\a\\b\\free", L"\\a\\z\\free", L"\\file"}) {
@@ -115,7 +115,7 @@ TEST(FileWalk, DeletesWhatIsMarkedReadOnlyAndLeavesWhatIsInUseAsItWas) {
   EXPECT_TRUE(RemoveFolder(cleaned.path + L"\\a")) << "gone already";
 }
 
-TEST(FileWalk, TakesNamesLiterallyHoweverLongThePath) {
+TEST(FileWalk, TakesNamesLiterallyInPathsOfAnyLength) {
   const TempFolder cleaned;
   std::wstring folder = cleaned.path;
   for (int i = 0; i < 40; ++i) CreateDirectoryW(Extended(folder += L"\\Žluťoučký kůň").c_str(), nullptr);
@@ -130,7 +130,7 @@ TEST(FileWalk, TakesNamesLiterallyHoweverLongThePath) {
   EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
 }
 
-TEST(FileWalk, FormsOfTheFolderItself) {
+TEST(FileWalk, AcceptsEveryFormOfTheFolder) {
   const TempFolder cleaned;
   const std::wstring name = cleaned.path.substr(cleaned.path.rfind(L'\\') + 1);
   std::wstring slashes = cleaned.path;
@@ -153,7 +153,7 @@ TEST(FileWalk, FormsOfTheFolderItself) {
   std::filesystem::current_path(std::filesystem::temp_directory_path());
 }
 
-TEST(FileWalk, SurvivesFoldersThatVanishUnderIt) {
+TEST(FileWalk, SurvivesFoldersThatVanishDuringTheWalk) {
   const TempFolder cleaned;
   for (int i = 0; i < 500; ++i)
     PutFile(cleaned.path + L"\\" + std::to_wstring(i / 5) + L"\\" + std::to_wstring(i), 1);

@@ -16,7 +16,7 @@ ServiceHandle OpenManager(DWORD access) {
   return ServiceHandle(OpenSCManagerW(nullptr, nullptr, access));
 }
 
-// Calls the system's function until its buffer is large enough; empty on failure.
+// Calls the system's function until its buffer is large enough. Returns an empty buffer on failure.
 std::vector<std::byte> Fill(const std::function<BOOL(BYTE* buffer, DWORD size_bytes, DWORD* needed)>& ask) {
   DWORD needed = 0;
   if (ask(nullptr, 0, &needed) || needed == 0) return {};
@@ -44,14 +44,14 @@ bool Start(SC_HANDLE service) {
          WaitForState(service, SERVICE_RUNNING);
 }
 
-// Stops what depends on the service before it, and adds it to `stopped` in the order of the stopping.
+// Stops the service after everything that depends on it, and adds each to `stopped` in that order.
 bool Stop(SC_HANDLE manager, SC_HANDLE service, std::vector<std::wstring>& stopped) {
   DWORD count = 0;
   const std::vector<std::byte> list = Fill([&](BYTE* buffer, DWORD size_bytes, DWORD* needed) {
     return EnumDependentServicesW(service, SERVICE_ACTIVE, reinterpret_cast<ENUM_SERVICE_STATUSW*>(buffer),
                                   size_bytes, needed, &count);
   });
-  // The system lists all of them, indirect ones too, in the order in which they can be stopped.
+  // The system lists all dependents, even indirect ones, in the order in which they can be stopped.
   const auto* dependents = reinterpret_cast<const ENUM_SERVICE_STATUSW*>(list.data());
   for (DWORD i = 0; !list.empty() && i < count; ++i) {
     const std::wstring name = dependents[i].lpServiceName;

@@ -22,7 +22,7 @@ void WriteEvent(WORD type, const std::wstring& text) {
   }
   const HANDLE source = RegisterEventSourceW(nullptr, L"VarnelService");
   if (source == nullptr) return;
-  // EventCreate.exe, the source's message file, has "%1" as the text of each event from 1 to 1000.
+  // The source's message file, EventCreate.exe, has "%1" as the text of each event from 1 to 1000.
   const wchar_t* texts[] = {text.c_str()};
   ReportEventW(source, type, 0, 1, nullptr, 1, 0, texts, nullptr);
   DeregisterEventSource(source);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Writes a new file: what is there already may be a link, or somebody else's.
+// Writes a new file, because an existing one may be a link or belong to another user.
 bool WriteWhole(const std::wstring& path, const std::string& content) {
   DeleteFileW(path.c_str());
   const FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
@@ -23,12 +23,12 @@ bool Replace(const std::wstring& hosts, const std::wstring& fresh, const std::ws
   const DWORD attributes = GetFileAttributesW(hosts.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES)
     return GetLastError() == ERROR_FILE_NOT_FOUND && MoveFileExW(fresh.c_str(), hosts.c_str(), 0);
-  // Some programs mark the file read-only, which Windows would take for a refusal.
+  // Some programs mark the file read-only, which Windows would treat as a refusal.
   if (attributes & FILE_ATTRIBUTE_READONLY)
     SetFileAttributesW(hosts.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
   SetFileAttributesW(backup.c_str(), FILE_ATTRIBUTE_NORMAL);
   const bool is_done = ReplaceFileW(hosts.c_str(), fresh.c_str(), backup.c_str(), 0, nullptr, nullptr);
-  // The backup holds the file when the fresh one could not follow it.
+  // Restores the backup if the file was moved there but the new one could not take its place.
   if (!is_done && GetFileAttributesW(hosts.c_str()) == INVALID_FILE_ATTRIBUTES)
     MoveFileExW(backup.c_str(), hosts.c_str(), 0);
   if (attributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesW(hosts.c_str(), attributes);
@@ -38,7 +38,7 @@ bool Replace(const std::wstring& hosts, const std::wstring& fresh, const std::ws
 }  // namespace
 
 bool SaveHostsFile(const std::string& content) {
-  static std::mutex mutex;  // two savings would share the fresh file
+  static std::mutex mutex;  // two concurrent saves would share the new file
   const std::lock_guard lock(mutex);
   const std::wstring hosts = SystemPath(L"drivers\\etc\\hosts"), fresh = hosts + L".varnel.new";
   const bool is_done = WriteWhole(fresh, content) && Replace(hosts, fresh, hosts + L".varnel.bak");

@@ -5,15 +5,15 @@
 
 namespace {
 
-constexpr DWORD kMeasureMs = 10'000;  // whoever may fill a folder without end may also ask for its size
+constexpr DWORD kMeasureMs = 10'000;  // a user who can fill a folder endlessly can also request its size
 
-// Folders of the machine are reached without any link, and with the system's rights.
+// Empties folders of the machine with the system's rights, refusing any link on the way to them.
 void CleanMachineFolders(const JunkCategory& category) {
   for (const JunkFolder& folder : category.folders)
     if (folder.is_cleaned) ClearDirectoryContents(folder.path, PathLinks::kRefuse);
 }
 
-// Those of the user can lead anywhere, but not further than the user may go.
+// Empties folders of the user. They may be reached through links, but only with the user's own rights.
 void CleanPeerFolders(const JunkCategory& category, const std::wstring& base, const Peer& peer) {
   const ActingAs acting(peer);
   if (!acting || base.empty()) return;

@@ -1,6 +1,6 @@
 #include "base/page.h"
 
-// The service has no window: what it shares with the program finds nobody to tell.
+// Replaces the page's functions with empty ones, because the service has no window.
 
 void PostJsonToJs(std::string_view) {}
 

@@ -16,7 +16,8 @@
 
 namespace {
 
-// A thread that goes on with somebody else's rights, or with the system's where the peer's are meant, must not.
+// Ends the process if the thread cannot get its own rights back: it must not continue with the wrong
+// ones.
 void TakeOwnRightsBack() {
   if (!RevertToSelf()) TerminateProcess(GetCurrentProcess(), 1);
 }
@@ -29,7 +30,7 @@ KernelHandle TokenOfClient(HANDLE pipe) {
   return token;
 }
 
-// What GetTokenInformation tells; empty on failure.
+// Returns the result of GetTokenInformation, or an empty buffer on failure.
 std::vector<std::byte> Ask(HANDLE token, TOKEN_INFORMATION_CLASS what) {
   DWORD size_bytes = 0;
   GetTokenInformation(token, what, nullptr, 0, &size_bytes);
@@ -38,8 +39,9 @@ std::vector<std::byte> Ask(HANDLE token, TOKEN_INFORMATION_CLASS what) {
   return answer;
 }
 
-// Whether the peer may act as the user of the token, and has not only a token to look at: whoever has waited for
-// somebody else to connect to him, or asks for a logon without password, has one of those of any user.
+// Returns true if the token may be used to act as its user, not only to identify him. Any program can
+// obtain an identification token of any user, by waiting for a connection or requesting a logon without
+// a password.
 bool MayBeActedAs(HANDLE token) {
   SECURITY_IMPERSONATION_LEVEL level = SecurityAnonymous;
   DWORD size_bytes = 0;
@@ -47,9 +49,9 @@ bool MayBeActedAs(HANDLE token) {
          level >= SecurityImpersonation;
 }
 
-// Whether Administrators is an enabled group of the token.
+// Returns true if Administrators is an enabled group of the token.
 bool ActsAsAdministrator(HANDLE token) {
-  KernelHandle asked;  // CheckTokenMembership takes no primary token
+  KernelHandle asked;  // CheckTokenMembership refuses a primary token
   if (!DuplicateTokenEx(token, TOKEN_QUERY | TOKEN_IMPERSONATE, nullptr, SecurityIdentification,
                         TokenImpersonation, asked.put()))
     return false;
@@ -60,7 +62,7 @@ bool ActsAsAdministrator(HANDLE token) {
          CheckTokenMembership(asked.get(), administrators, &is_member) && is_member;
 }
 
-// Whether the user could act as an administrator after a consent.
+// Returns true if the user could act as an administrator after consenting.
 bool CanElevate(HANDLE token) {
   TOKEN_ELEVATION_TYPE type = TokenElevationTypeDefault;
   DWORD size_bytes = 0;
@@ -98,7 +100,7 @@ std::wstring UserOf(HANDLE token) {
   return user;
 }
 
-// Volume and number of a file, which two names of it share.
+// Returns the volume and number of a file, which all of its names share.
 std::optional<std::pair<DWORD, uint64_t>> IdentityOf(const std::wstring& path) {
   const FileHandle file(CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -116,15 +118,15 @@ std::wstring ImageOf(HANDLE process) {
   return image;
 }
 
-// A path of a network place is not even looked at: asking for it would hand out this machine's name and password
-// hash to whoever keeps it.
+// Returns true for the service's own Varnel.exe. Does not even open a network path: that would send this
+// machine's name and password hash to the path's server.
 bool IsOwnProgram(const std::wstring& image) {
   if (image.size() < 3 || image.substr(1, 2) != L":\\") return false;
   const auto own = IdentityOf(GetExeDirectory() + L"\\Varnel.exe");
   return own && IdentityOf(image) == own;
 }
 
-// A variable of an environment block; empty when it has none.
+// Returns a variable of an environment block, or an empty text if the block does not have it.
 std::wstring FromBlock(const wchar_t* block, std::wstring_view name) {
   for (std::wstring_view line = block; !line.empty(); line = block) {
     block += line.size() + 1;
@@ -187,7 +189,7 @@ PeerFolders FindPeerFolders(const Peer& peer) {
   DestroyEnvironmentBlock(block);
   if (kept.others.back().empty()) return folders;
   {
-    // A short name would not be recognised.
+    // Expands short names, which would not be recognised.
     const ActingAs acting(peer);
     if (!acting) return folders;
     temporary = LongPath(temporary);

@@ -9,37 +9,38 @@
 #include "clean/junk.h"
 #include "service/rules.h"
 
-// The program at the other end of a pipe, and the user it runs for.
+// The program at the other end of a pipe, and the user that it runs as.
 struct Peer {
   PeerFacts facts;
-  std::wstring user;     // "DOMAIN\name", or the identifier in its text form
+  std::wstring user;     // "DOMAIN\name", or the SID as text
   std::wstring image;    // path of its executable
-  KernelHandle token;    // what the peer has let the service see of it, for impersonation
-  KernelHandle process;  // held, so that its number means the same process as long as this lives
+  KernelHandle token;    // for impersonation, at the level that the peer allows
+  KernelHandle process;  // held, so that its ID stays valid while this lives
 };
 
-// Finds out who has sent what was read from the pipe (ImpersonateNamedPipeClient, OpenThreadToken,
-// GetNamedPipeClientProcessId). What cannot be found out stays as PeerFacts has it. Ends the process when this
+// Identifies the sender of the data read from the pipe (ImpersonateNamedPipeClient, OpenThreadToken,
+// GetNamedPipeClientProcessId). Unknown facts keep the defaults of PeerFacts. Ends the process if this
 // thread cannot get its own rights back.
 Peer IdentifyPeer(HANDLE pipe);
 
-// The calling thread acts with the peer's rights as long as this lives. Nothing that may load a library belongs
-// in between: the peer can have drives of its own. Ends the process when the rights cannot be given back.
+// Lets the calling thread act with the peer's rights while this lives. Do not call anything that may
+// load a library during that time: the peer can have drive letters of its own. Ends the process if the
+// rights cannot be given back.
 class ActingAs {
  public:
   explicit ActingAs(const Peer& peer);
   ~ActingAs();
   ActingAs(const ActingAs&) = delete;
   ActingAs& operator=(const ActingAs&) = delete;
-  // False: the peer let itself be identified only. Nothing may be done then.
+  // Returns false if the peer allowed only identification. Nothing may be done in that case.
   explicit operator bool() const { return is_acting_; }
 
  private:
   bool is_acting_;
 };
 
-// Where the peer's own junk is, by its token and never by this program's environment; empty when unknown. The
-// temporary folder is one that may be emptied.
+// The peer's own junk folders, found through its token and never through this program's environment.
+// Empty if unknown. The temporary folder is one that may be emptied.
 struct PeerFolders {
   std::wstring temporary;
   std::wstring local_app_data;

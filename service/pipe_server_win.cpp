@@ -16,24 +16,25 @@
 namespace {
 
 constexpr wchar_t kName[] = L"\\\\.\\pipe\\VarnelServicePipe";
-// The system's account does everything; whoever is logged on here reads and writes; nobody else gets in.
+// Full access for the system's account, reading and writing for users logged on here, nothing for
+// others.
 constexpr wchar_t kAccess[] = L"D:P(A;;GA;;;SY)(A;;GRGW;;;IU)";
 
-// A peer that may write may also make instances of the pipe. All that there can be are made at the start and
-// never closed, so that none is left to make.
+// A peer with write access could also create instances of the pipe. So all possible instances are
+// created at the start and never closed.
 constexpr size_t kInstances = 8;
 
 constexpr DWORD kBufferBytes = 64 * 1024;
 constexpr DWORD kRequestMs = 5'000;  // for the whole request
-constexpr DWORD kUnreadMs = 30'000;  // for each piece of the answer, while there is a free instance
+constexpr DWORD kUnreadMs = 30'000;  // per piece of the answer, while an instance is free
 constexpr DWORD kStepMs = 1'000;
-constexpr DWORD kRetryMs = 1'000;  // after an error that should not be
+constexpr DWORD kRetryMs = 1'000;  // after an unexpected error
 
 KernelHandle MakeEvent() {
   return KernelHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
 
-// An operation on the pipe that is waited for.
+// A pending operation on the pipe.
 class Operation {
  public:
   explicit Operation(HANDLE pipe) : pipe_(pipe), event_(MakeEvent()) { overlapped_.hEvent = event_.get(); }
@@ -51,7 +52,8 @@ class Operation {
     Begin(WriteFile(pipe_, bytes.data(), static_cast<DWORD>(bytes.size()), nullptr, &overlapped_));
   }
 
-  // Bytes moved; nothing when it failed, the time was over or `stop` was signalled, and it is given up.
+  // Returns the number of bytes moved. Cancels the operation and returns nothing if it fails, times out
+  // or `stop` is signalled.
   std::optional<DWORD> Finish(HANDLE stop, DWORD timeout_ms) {
     const HANDLE events[] = {event_.get(), stop};
     DWORD moved = 0;
@@ -65,7 +67,7 @@ class Operation {
   }
 
  private:
-  // The error with which the operation has not even begun; ERROR_IO_PENDING when it has.
+  // Returns the error with which the operation failed to start, or ERROR_IO_PENDING if it started.
   DWORD Begin(BOOL result) {
     const DWORD error = result ? ERROR_IO_PENDING : GetLastError();
     is_pending_ = error == ERROR_IO_PENDING;
@@ -86,14 +88,14 @@ class Operation {
   bool is_pending_ = false;
 };
 
-// One instance with the peer that is connected to it.
+// One instance with its connected peer.
 class Connection {
  public:
-  // `free`: instances without a peer.
+  // `free` is the number of instances without a peer.
   Connection(HANDLE pipe, HANDLE stop, const std::atomic<int>& free)
       : pipe_(pipe), stop_(stop), free_(free) {}
 
-  // False when the service stops. A peer that came and went already is none.
+  // Waits for a peer. Ignores one that has already left. Returns false if the service stops.
   bool WaitForPeer() {
     for (;;) {
       Operation connect(pipe_);
@@ -106,7 +108,7 @@ class Connection {
     }
   }
 
-  // Up to the first line feed; nothing when there is none in time.
+  // Reads up to the first line feed. Returns nothing if none arrives in time.
   std::optional<std::string> ReadLine() {
     const ULONGLONG end = GetTickCount64() + kRequestMs;
     std::string line;
@@ -133,12 +135,12 @@ class Connection {
       is_broken_ = !written || *written == 0;
       bytes.remove_prefix(written.value_or(0));
     }
-    // Whoever has stopped reading counts as gone.
+    // A peer that has stopped reading counts as gone.
     if (is_broken_) DisconnectNamedPipe(pipe_);
   }
 
-  // Until `event` is signalled, the service stops, or the peer has had its time: if all instances are taken, as
-  // long as a request may take.
+  // Waits until `event` is signalled, the service stops, or the peer's time is over: the time of a
+  // request if all instances are taken.
   void WaitForReader(HANDLE event) const {
     const HANDLE events[] = {event, stop_};
     for (DWORD waited_ms = 0; !is_broken_ && waited_ms < (free_ > 0 ? kUnreadMs : kRequestMs);
@@ -184,7 +186,7 @@ void PipeServer::ServeInstance(HANDLE pipe) {
     try {
       ServePeer(pipe);
     } catch (const std::exception&) {
-      // No memory for it: the peer gets no answer.
+      // Out of memory: the peer gets no answer.
     }
     DisconnectNamedPipe(pipe);
     ++free_;
@@ -200,13 +202,13 @@ void PipeServer::ServePeer(HANDLE pipe) {
   if (!request) return;
   const Peer peer = IdentifyPeer(pipe);
 
-  // Nothing more is expected: this ends when the peer closes its end, or breaks the rules.
+  // Nothing more is expected: this ends once the peer closes its end or breaks the rules.
   char more = 0;
   Operation rest(pipe);
   rest.BeginRead(&more, 1);
   HandleRequest(*request, peer,
                 {[&](const std::string& text) { connection.Write(text + '\n'); }, rest.event()});
 
-  // Disconnecting takes away what the peer has not read yet.
+  // Disconnecting would discard what the peer has not read yet.
   connection.WaitForReader(rest.event());
 }

@@ -7,17 +7,18 @@
 
 #include "base/handle_win.h"
 
-// The service's end of \\.\pipe\VarnelServicePipe (CreateNamedPipeW, ConnectNamedPipe): a thread an instance,
-// which sleeps until somebody connects.
+// The service's end of \\.\pipe\VarnelServicePipe (CreateNamedPipeW, ConnectNamedPipe): one thread per
+// instance, asleep until a peer connects.
 class PipeServer {
  public:
-  // Serving ends when `stop` is signalled, and what is under way with it, but for what runs to its end.
+  // Signalling `stop` ends serving, including requests in progress, except those that must run to their
+  // end.
   explicit PipeServer(HANDLE stop) : stop_(stop) {}
 
-  // Takes all instances of the pipe; false when somebody else has the name or one of them.
+  // Creates all instances of the pipe. Returns false if another program owns the name or one of them.
   bool Open();
 
-  // Returns when the last request has ended.
+  // Returns once the last request has ended.
   void Serve();
 
  private:

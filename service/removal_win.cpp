@@ -16,9 +16,9 @@ extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
 
 namespace {
 
-constexpr size_t kMaxKeyDepth = 512;  // as deep as the registry lets keys nest
+constexpr size_t kMaxKeyDepth = 512;  // the registry's own limit on nesting
 
-// Whether a process runs from below the folder; true when that cannot be found out.
+// Returns true if a process runs from below the folder, or if that cannot be determined.
 bool HoldsRunningProgram(const std::wstring& folder) {
   const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   PROCESSENTRY32W entry = {};
@@ -35,7 +35,7 @@ bool HoldsRunningProgram(const std::wstring& folder) {
   return false;
 }
 
-// Opens a key itself, also when it is a link.
+// Opens a key itself, even if it is a link.
 RegistryKey OpenKey(HKEY parent, const std::wstring& name, REGSAM access) {
   RegistryKey key;
   RegOpenKeyExW(parent, name.c_str(), REG_OPTION_OPEN_LINK, access | KEY_WOW64_64KEY, key.put());
@@ -54,7 +54,7 @@ bool DeleteKeyTree(HKEY key, size_t depth) {
   if (depth > kMaxKeyDepth) return false;
   if (IsLink(key)) return NtDeleteKey(key) >= 0;
   wchar_t name[256];
-  // What has been deleted is no longer listed; what cannot be is passed over.
+  // Deleted keys are no longer listed; skip those that cannot be deleted.
   for (DWORD kept = 0;;) {
     DWORD units = 256;
     if (RegEnumKeyExW(key, kept, name, &units, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
@@ -83,7 +83,7 @@ bool RemoveLeftoverFolder(const std::wstring& path) {
 bool RemoveMachineKey(const std::vector<std::wstring>& names) {
   RegistryKey key;
   for (const std::wstring& name : names) {
-    // The hive's own handle is every thread's, and not to be closed.
+    // All threads share the hive's predefined handle, which must not be closed.
     key = OpenKey(key ? key.get() : HKEY_LOCAL_MACHINE, name,
                   &name == &names.back() ? kDeleteAccess : KEY_READ);
     if (!key || IsLink(key.get())) return false;

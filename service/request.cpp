@@ -10,7 +10,7 @@ using nlohmann::json;
 
 constexpr size_t kMaxMembers = 16;
 
-// Takes the events of the parser; the first that belongs to no request ends it.
+// Receives the parser's events and stops at the first one that cannot belong to a request.
 class RequestReader : public nlohmann::json_sax<json> {
  public:
   bool is_complete() const { return has_action_ && has_data_ && depth_ == 0; }

@@ -24,11 +24,11 @@ constexpr wchar_t kOwnKey[] = L"SOFTWARE\\Varnel";
 constexpr wchar_t kEnvironmentPath[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
 constexpr DWORD kStallMs = 10'000;
 constexpr int kRefusedCode = 5;     // ERROR_ACCESS_DENIED
-constexpr int kNotStartedCode = 1;  // as the program itself says it
+constexpr int kNotStartedCode = 1;  // the same code as in the program itself
 constexpr std::string_view kRefusedText = "The request was refused.";
 constexpr std::string_view kFailedText = "It could not be done.";
 
-// What a request came to. `is_refused`: a rule forbids it, and nothing was done.
+// The result of a request. `is_refused`: a rule forbids it, and nothing was done.
 struct Outcome {
   bool success = false;
   bool is_refused = false;
@@ -49,9 +49,9 @@ std::wstring OwnFile(const wchar_t* name) {
   return GetExeDirectory() + L"\\" + name;
 }
 
-// As long as it lives, nothing inside the system holds the calling thread up for good (CancelSynchronousIo):
-// Windows waits for whoever holds an oplock on what is to be opened or deleted, and he need never answer. At
-// worst, what just then takes its time fails.
+// While it lives, nothing inside the system can block the calling thread forever (CancelSynchronousIo).
+// Windows waits for the holder of an oplock on a file to be opened or deleted, who need never answer. At
+// worst, an operation that is slow at that moment fails.
 class StallGuard {
  public:
   StallGuard() {
@@ -72,7 +72,7 @@ class StallGuard {
   HANDLE timer_ = nullptr;
 };
 
-// --- one function an action --------------------------------------------------------------------------------
+// --- one function per action ------------------------------------------------------------------------------
 
 Outcome GetHostsFile(const Request&, const Peer&) {
   const std::optional<std::string> bytes = ReadHostsFile();
@@ -157,7 +157,7 @@ Outcome RestartInSafeMode(const Request&, const Peer&) {
   return Done(false);
 }
 
-// Cuts a tool's output into lines and sends each as a record.
+// Cuts a tool's output into lines and sends each line as a record.
 class Records {
  public:
   explicit Records(const Answer& answer) : answer_(answer) {}
@@ -172,7 +172,7 @@ class Records {
   LineCutter cutter_{LineEnding::kReturnOrLineFeed};
 };
 
-// Runs to its end whether the peer is there or not: half a driver is worse than one that nobody watched.
+// Runs to its end even without the peer: half a driver is worse than one installed unwatched.
 Outcome InstallDriver(const Request& request, const Answer& answer) {
   const std::optional<std::string> title = request.Text("title");
   const std::optional<std::wstring> script = WideText(request, "scriptPath");
@@ -231,7 +231,7 @@ constexpr Row kRows[] = {
     {"sfcVerify", Who::kAdministrator, nullptr, VerifySystemFiles},
 };
 
-// Whoever wants elevated peers only sets the value to anything but 0; a value that cannot be read counts so.
+// Returns true if the value is set to anything but 0, or cannot be read.
 bool RequiresElevation() {
   DWORD value = 0, size_bytes = sizeof(value);
   const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, kOwnKey, L"RequireElevation", RRF_RT_REG_DWORD,
@@ -240,7 +240,7 @@ bool RequiresElevation() {
                                  : status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND;
 }
 
-// What the request names, without what may be long or secret.
+// Returns the names in the request, without anything long or secret.
 std::wstring Named(const Request& request) {
   std::wstring text;
   for (const auto& [member, value] : request.data) {
@@ -261,7 +261,7 @@ void Log(WORD type, const char* what, const Request& request, const Peer& peer) 
 Outcome Run(const Row& row, const Request& request, const Peer& peer, const Answer& answer) try {
   return row.stream ? row.stream(request, answer) : row.reply(request, peer);
 } catch (const std::exception&) {
-  return Done(false);  // no memory
+  return Done(false);  // out of memory
 }
 
 void Refuse(bool is_stream, std::string_view why, const Answer& answer) {

@@ -9,14 +9,14 @@
 #include "service/peer_win.h"
 #include "service/request.h"
 
-// Where a request's answer goes.
+// The destination of a request's answer.
 struct Answer {
-  // Sends one line (JSON, without its line feed). What the peer does not take is dropped.
+  // Sends one line (JSON, without its line feed). Drops whatever the peer does not read.
   std::function<void(const std::string& line)> send;
-  // Signalled as soon as the peer has gone.
+  // Signalled as soon as the peer has left.
   HANDLE peer_gone = nullptr;
 };
 
-// Decides about a request and does it: the answer's last line is sent when this returns. Every change and every
-// refusal is written into the event log.
+// Decides about a request and carries it out. Returns after sending the answer's last line. Logs every
+// change and every refusal in the event log.
 void HandleRequest(const Request& request, const Peer& peer, const Answer& answer);

@@ -14,8 +14,8 @@ constexpr size_t kMaxNameUnits = 254;
 constexpr size_t kMaxValueUnits = 32'766;
 constexpr size_t kMaxPathUnits = 32'000;
 
-// A name as Windows compares it, where that matters for names in ASCII: the four letters that some tables fold
-// to ASCII ones are folded too.
+// Returns an ASCII name as Windows compares it. Folds the four letters, too, that some tables fold to
+// ASCII ones.
 std::wstring Folded(std::wstring_view name) {
   std::wstring folded = LowerCase(std::wstring(name));
   for (wchar_t& unit : folded) {
@@ -30,7 +30,7 @@ bool IsOneOf(std::wstring_view name, std::span<const std::wstring_view> names) {
   return std::ranges::find(names, Folded(name)) != names.end();
 }
 
-// The names between separators, empty ones included.
+// Returns the names between separators, including empty ones.
 std::vector<std::wstring_view> Split(std::wstring_view path) {
   std::vector<std::wstring_view> names;
   for (;;) {
@@ -45,14 +45,15 @@ bool HasControl(std::wstring_view text) {
   return std::ranges::any_of(text, [](wchar_t unit) { return unit < L' ' || unit == 0x7F; });
 }
 
-// What looks like a separator or a colon to a reader, or to a program that converts text.
+// Returns true if the text contains a character that resembles a separator or a colon, for a reader or
+// for a program that converts text.
 bool HasLookAlike(std::wstring_view text) {
   static constexpr std::wstring_view kLookAlikes =
       L"\u00A5\u20A9\u2044\u2215\u2216\u29F5\u29F8\u29F9\uFE68\uFF0F\uFF3C\uFF1A\uFE55\uA789\u2236";
   return text.find_first_of(kLookAlikes) != text.npos;
 }
 
-// CON, NUL, COM1 and the like, with whatever after a dot.
+// Returns true for CON, NUL, COM1 and the like, with anything after a dot.
 bool IsDeviceName(std::wstring_view name) {
   static constexpr std::array<std::wstring_view, 6> kDevices = {L"con", L"prn",    L"aux",
                                                                 L"nul", L"conin$", L"conout$"};
@@ -64,7 +65,7 @@ bool IsDeviceName(std::wstring_view name) {
          kDigits.find(stem[3]) != kDigits.npos;
 }
 
-// PROGRA~1: "~" and digits at the end, or before the extension.
+// Returns true for PROGRA~1: "~" and digits at the end or before the extension.
 bool IsShortName(std::wstring_view name) {
   const std::wstring_view stem = name.substr(0, name.rfind(L'.'));
   const size_t tilde = stem.rfind(L'~');
@@ -72,14 +73,14 @@ bool IsShortName(std::wstring_view name) {
          stem.find_first_not_of(L"0123456789", tilde + 1) == stem.npos;
 }
 
-// Whether the name means a folder of exactly this name, whoever reads it.
+// Returns true if the name means a folder of exactly this name to every reader.
 bool IsPlainName(std::wstring_view name) {
   return !name.empty() && name.size() <= kMaxNameUnits && !HasControl(name) && !HasLookAlike(name) &&
          name.find_first_of(L"<>:\"/|?*") == name.npos && !name.ends_with(L'.') && !name.ends_with(L' ') &&
          !name.starts_with(L' ') && !IsDeviceName(name) && !IsShortName(name);
 }
 
-// "C:\a\b" with plain names; the drive alone has none.
+// Returns true for "C:\a\b" with plain names. A drive alone has none.
 bool IsPlainPath(std::wstring_view path) {
   if (path.size() < 4 || path.size() > kMaxPathUnits || path.substr(1, 2) != L":\\") return false;
   const wchar_t drive = LowerCase(std::wstring(path.substr(0, 1)))[0];
@@ -126,7 +127,7 @@ bool IsSameOrBelow(std::wstring_view path, std::wstring_view folder, SamePath sa
 }
 
 bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders, SamePath same) {
-  // What Windows itself, or this program, keeps directly below the three.
+  // Folders of Windows itself, or of this program, directly below the three roots.
   static constexpr std::array<std::wstring_view, 10> kKept = {L"common files",
                                                               L"packages",
                                                               L"package cache",
@@ -197,7 +198,7 @@ bool IsDevService(std::wstring_view name) {
       // brokers, containers, shells and Linux
       L"rabbitmq", L"mosquitto", L"docker", L"com.docker.service", L"sshd", L"ssh-agent", L"wslservice",
       L"lxssmanager"};
-  // Those whose names end in a version or an instance.
+  // Services whose names end in a version or an instance.
   static constexpr std::array<std::wstring_view, 5> kBeginnings = {L"postgresql-", L"mssql$", L"sqlagent$",
                                                                    L"mysql_", L"elasticsearch-service-"};
   const std::wstring folded = Folded(name);

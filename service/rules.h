@@ -10,69 +10,71 @@
 #include "clean/junk.h"
 #include "service/request.h"
 
-// Every decision of the helper service about what a request may touch. Each takes what the request says as it
-// came; paths and names are UTF-16 (UTF-32 where wchar_t is that wide).
+// Makes every decision of the helper service about what a request may touch. Each function takes the
+// request's values unchanged. Paths and names are UTF-16 (UTF-32 where wchar_t is that wide).
 
 // --- who may ask -------------------------------------------------------------------------------------------
 
 enum class Who { kAnyone, kAdministrator };
 
-// What is known about the program at the other end of the pipe. Unknown is false, and `is_confined` true.
+// The known facts about the program at the other end of the pipe. Unknown facts are false, except
+// `is_confined`, which is true.
 struct PeerFacts {
-  bool is_administrator = false;  // the user is one of this machine, whether elevated or not
+  bool is_administrator = false;  // a local administrator, elevated or not
   bool is_elevated = false;       // as an administrator
   bool is_confined = true;        // low integrity, app container or restricted token
   bool is_own_program = false;    // the Varnel.exe beside the service
 };
 
-// Nothing when the peer may ask, else why not.
+// Returns nothing if the peer may ask, otherwise the reason why not.
 std::optional<std::string> WhyRefused(Who who, const PeerFacts& peer, bool requires_elevation);
 
 // --- what may be touched -----------------------------------------------------------------------------------
 
 inline constexpr size_t kMaxHostsBytes = size_t{8} * 1024 * 1024;
 
-// Whether a variable of the machine may be set or deleted so. What Windows needs can be neither deleted nor
-// emptied.
+// Returns true if a variable of the machine may be set to this value or deleted. Variables that Windows
+// needs can be neither deleted nor emptied.
 bool MayChangeVariable(std::wstring_view name, std::wstring_view value, bool is_delete);
 
-// Whether `name` can be a value of the machine's Run key.
+// Returns true if `name` can be a value of the machine's Run key.
 bool IsStartupName(std::wstring_view name);
 
-// Where programs keep their files: absolute paths without short names, and without a separator at
-// their end.
+// The folders of programs: absolute paths without short names and without a trailing separator.
 struct ProgramFolders {
   std::vector<std::wstring> roots;  // Program Files, Program Files (x86), ProgramData
   std::wstring own;                 // where the service itself is
 };
 
-// Whether the path is the folder, or begins with its path.
+// Returns true if the path is the folder itself or below it.
 bool IsSameOrBelow(std::wstring_view path, std::wstring_view folder, SamePath same);
 
-// Whether a folder may be removed with what is in it. The path must be written as the system itself would: from
-// the drive on, with "\" between names, no "." or "..", no short name, none that Windows reads as another.
+// Returns true if a folder may be removed with its contents. The path must have the system's own form:
+// from the drive on, with "\" between names, without ".", ".." or short names, and without names that
+// Windows reads as another.
 bool MayRemoveFolder(std::wstring_view path, const ProgramFolders& folders, SamePath same);
 
-// The names, from SOFTWARE on, that lead to a key of the machine which may be removed with what is below it;
-// nothing when it may not.
+// Returns the names, from SOFTWARE on, that lead to a machine key which may be removed with its subkeys,
+// or nothing if it may not.
 std::optional<std::vector<std::wstring>> RemovableKey(std::wstring_view sub_key);
 
-// Whether a path of the request is the file beside the service that is meant (ASCII letters in any case).
+// Returns true if a path of the request is the intended file beside the service (ASCII letters in any
+// case).
 bool IsOwnFile(std::wstring_view path, std::wstring_view own_path);
 
-// Whether a driver's title may stand in the script's command line.
+// Returns true if a driver's title may be put into the script's command line.
 bool IsDriverTitle(std::string_view title);
 
-// The categories that a cleanJunk request names; nothing when one is missing.
+// Returns the categories of a cleanJunk request, or nothing if one is missing.
 std::optional<JunkFlags> ReadJunkFlags(const Request& request);
 
-// Whether a folder that a user's environment names as temporary may be emptied: of a drive, without "." or "..",
-// and as MayBeEmptied says.
+// Returns true if a folder that a user's environment names as temporary may be emptied: it is on a
+// drive, has no "." or "..", and MayBeEmptied allows it.
 bool IsTemporaryFolder(std::wstring_view path, const KeptFolders& kept, SamePath same);
 
 // --- development services ----------------------------------------------------------------------------------
 
-// Whether a service of this name is one of those that the page may control.
+// Returns true if the page may control a service of this name.
 bool IsDevService(std::wstring_view name);
 
 enum class ServiceCommand { kStart, kStop, kRestart };
@@ -85,22 +87,22 @@ struct ServiceState {
   bool is_delayed = false;
 };
 
-// In words: "running" and "auto", for the page to translate.
+// Return "running" and "auto", for example, for the page to translate.
 std::string_view StateWord(uint32_t state);
 std::string_view StartWord(const ServiceState& service);
-// Those possible now, in the order of the buttons.
+// Returns the commands that are possible now, in the order of the buttons.
 std::vector<std::string_view> PossibleCommands(const ServiceState& service);
 
 // --- texts -------------------------------------------------------------------------------------------------
 
-// A text of a request for the event log: at most 200 characters, nothing that is not printable ASCII, and no "%",
-// which the log's reader takes for the place of another text.
+// Returns a text of a request for the event log: at most 200 characters, only printable ASCII, and no
+// "%", which the log's reader treats as a placeholder.
 std::string Printable(std::string_view text);
 
-// A name that the peer has chosen, for the event log: at most 1000 units (an entry that is too long is dropped),
-// no control character, none that turns the direction of writing, no "%".
+// Returns a name chosen by the peer for the event log: at most 1000 units (longer entries are dropped),
+// without control characters, characters that change the writing direction, and "%".
 std::wstring PrintableName(std::wstring_view name);
 
-// The scheduled task that starts `program` (UTF-8) with --silent-clean once a week, with the rights of whoever
-// is logged on.
+// Returns the scheduled task that starts `program` (UTF-8) with --silent-clean once a week, with the
+// rights of the user logged on.
 std::string BuildTaskXml(std::string_view program);

@@ -13,8 +13,8 @@ using Microsoft::WRL::ComPtr;
 
 constexpr wchar_t kFolder[] = L"\\Varnel";
 constexpr wchar_t kTask[] = L"Silent clean";
-// Users may look at the task and start it. The scheduler would add an entry for whom it runs for, who is every
-// user.
+// Users may look at the task and start it. The scheduler would add an entry for the users that it runs
+// as, which are all users.
 constexpr wchar_t kAccess[] = L"D:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;GRGX;;;BU)";
 
 class Text {
@@ -43,7 +43,7 @@ class Com {
   bool is_ready_;
 };
 
-// The scheduler's folder of this path; empty when there is none.
+// Opens the scheduler's folder of this path. Returns null if there is none.
 ComPtr<ITaskFolder> OpenFolder(const wchar_t* path) {
   ComPtr<ITaskService> scheduler;
   ComPtr<ITaskFolder> folder;
@@ -69,14 +69,15 @@ bool UnscheduleCleaning() {
   const ComPtr<ITaskFolder> folder = OpenFolder(kFolder);
   if (!folder) return true;
   const HRESULT result = folder->DeleteTask(Text(kTask), 0);
-  root->DeleteFolder(Text(kFolder), 0);  // stays when somebody else has put something into it
+  root->DeleteFolder(Text(kFolder), 0);  // kept if another program has put something into it
   return SUCCEEDED(result) || IsMissing(result);
 }
 
 bool ScheduleCleaning(const std::wstring& program) {
   const Com com;
   const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
-  // Every user may make a task, or a folder, of this name beforehand: it would stay his.
+  // Removes an existing task or folder first: any user could have created one of this name, and would
+  // still own it.
   if (!root || !UnscheduleCleaning()) return false;
   const Text access(kAccess);
   VARIANT descriptor = {};

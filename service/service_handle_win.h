@@ -4,7 +4,7 @@
 
 #include "base/handle_win.h"
 
-// The service control manager, or one of its services.
+// A handle of the service control manager or of one of its services.
 struct ServiceHandleKind {
   using Type = SC_HANDLE;
   static Type Invalid() { return nullptr; }

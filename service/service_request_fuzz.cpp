@@ -16,8 +16,8 @@ void Check(bool is_so, const char* what) {
 
 }  // namespace
 
-// Whatever a peer sends is read, and decided on, up to where something would be done. What is let through has
-// properties that can be told without the rules.
+// Reads any request and decides on it, up to the point where something would be done. Checks that every
+// allowed request has properties that can be verified without the rules.
 FUZZ_TARGET(service_request, bytes) {
   ToolText().Add(bytes);
   Printable(bytes);

@@ -22,7 +22,7 @@ TEST(ServiceRequest, IsAnActionWithFlatData) {
   EXPECT_TRUE(ParseRequest("\t{\"data\":{},\"action\":\"\"}\r"));
 }
 
-TEST(ServiceRequest, IsNothingElse) {
+TEST(ServiceRequest, RefusesEverythingElse) {
   const std::string full = R"({"action":"a","data":{"x":true}})";
   for (const char* line :
        {"", "{}", R"(["a"])", R"({"action":"a"})", R"({"data":{}})", R"({"action":1,"data":{}})",
@@ -43,7 +43,7 @@ bool IsSameInAnyCase(std::wstring_view a, std::wstring_view b) {
   return LowerCase(std::wstring(a)) == LowerCase(std::wstring(b));
 }
 
-TEST(ServiceRules, WhoMayAsk) {
+TEST(ServiceRules, AdmitReadersAndAdministrators) {
   constexpr PeerFacts kUser = {false, false, false, true}, kAdministrator = {true, false, false, true},
                       kElevated = {true, true, false, true}, kSandboxed = {true, true, true, true},
                       kOther = {true, true, false, false}, kUnknown = {};
@@ -59,7 +59,7 @@ TEST(ServiceRules, WhoMayAsk) {
   }
 }
 
-TEST(ServiceRules, Variables) {
+TEST(ServiceRules, ProtectVariablesThatWindowsNeeds) {
   const std::wstring nul(1, L'\0');
   for (const std::wstring& name : {std::wstring(), L"a" + nul, std::wstring(L"a=b"), std::wstring(255, L'x')})
     EXPECT_FALSE(MayChangeVariable(name, L"x", false)) << WideToUtf8(name);
@@ -78,7 +78,7 @@ TEST(ServiceRules, Variables) {
   EXPECT_TRUE(MayChangeVariable(L"JAVA_HOME", L"", true));
 }
 
-TEST(ServiceRules, Folders) {
+TEST(ServiceRules, AllowOnlyFoldersOfOtherPrograms) {
   const ProgramFolders folders = {{L"C:\\Program Files", L"C:\\Program Files (x86)", L"C:\\ProgramData", L""},
                                   L"C:\\Program Files\\Tools\\Own\\bin"};
   for (const wchar_t* path :
@@ -121,7 +121,7 @@ TEST(ServiceRules, Folders) {
     EXPECT_FALSE(MayRemoveFolder(path, folders, IsSameInAnyCase)) << WideToUtf8(path);
 }
 
-TEST(ServiceRules, Keys) {
+TEST(ServiceRules, AllowOnlyKeysOfOtherPrograms) {
   using Names = std::vector<std::wstring>;
   EXPECT_EQ(RemovableKey(L"Software\\Tarn"), (Names{L"Software", L"Tarn"}));
   EXPECT_EQ(RemovableKey(L"SOFTWARE\\Tarn s.r.o.\\Microsoft"),
@@ -143,7 +143,7 @@ TEST(ServiceRules, Keys) {
     EXPECT_FALSE(RemovableKey(key)) << WideToUtf8(key);
 }
 
-TEST(ServiceRules, TitlesFilesAndTemporaryFolders) {
+TEST(ServiceRules, CheckTitlesFilesAndTemporaryFolders) {
   for (const char* title : {"Peat - System - 10.1.5.3", "Tarn (R) Audio: 1_2"})
     EXPECT_TRUE(IsDriverTitle(title));
   for (const char* title : {"", "-Command", "a\"b", "a'b", "a&b", "a;b", "a$b", "a\nb", "á"})
@@ -160,7 +160,7 @@ TEST(ServiceRules, TitlesFilesAndTemporaryFolders) {
     EXPECT_FALSE(IsTemporaryFolder(path, kept, IsSameInAnyCase)) << WideToUtf8(path);
 }
 
-TEST(ServiceRules, DevelopmentServices) {
+TEST(ServiceRules, AllowOnlyListedServices) {
   for (const wchar_t* name : {L"W3SVC", L"MySQL80", L"postgresql-x64-16", L"MSSQL$SQLEXPRESS", L"sshd"})
     EXPECT_TRUE(IsDevService(name)) << WideToUtf8(name);
   for (const wchar_t* name :
@@ -187,7 +187,7 @@ TEST(ServiceRules, DevelopmentServices) {
   EXPECT_FALSE(ParseServiceCommand("Start") || ParseServiceCommand("delete"));
 }
 
-TEST(ServiceTexts, UnmarkedUtf16IsReadHoweverItIsCut) {
+TEST(ServiceTexts, ReadUnmarkedUtf16CutAnywhere) {
   const std::string bytes("\r\0\n\0O\0v\0\x1b\x01\x59\x01\x3d\xd8\x00\xde\x00\xd8!\0", 20);
   const std::string want = "\r\nOvěř\U0001F600\uFFFD!";
   for (size_t piece : {size_t{1}, size_t{3}, bytes.size()}) {

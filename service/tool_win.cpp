@@ -14,8 +14,9 @@ namespace {
 
 constexpr DWORD kChunkBytes = 4095;
 
-// The temporary folder that is this process's alone (GetTempPath2W); empty on a Windows without one. The system's
-// variables name C:\Windows\Temp, where every user may put a library beside a program that a tool unpacks.
+// Returns the temporary folder that only the system can access (GetTempPath2W), or an empty path if
+// Windows has none. The system's variables name C:\Windows\Temp, where any user may put a library beside
+// a program that a tool unpacks.
 std::wstring TemporaryFolder() {
   using GetTempPath2 = DWORD(WINAPI*)(DWORD size_units, wchar_t * path);
   const auto ask = reinterpret_cast<GetTempPath2>(
@@ -27,8 +28,8 @@ std::wstring TemporaryFolder() {
   return folder;
 }
 
-// The variables that this process's user has by the registry, none that somebody has put into this process, as a
-// block for CreateProcessW; empty on failure.
+// Returns the variables that this process's user has in the registry, as a block for CreateProcessW, and
+// none that another program has put into this process. Returns an empty block on failure.
 std::wstring OwnEnvironment() {
   KernelHandle token;
   void* block = nullptr;
@@ -49,7 +50,7 @@ std::wstring OwnEnvironment() {
   return variables + L'\0';
 }
 
-// A list of one handle that the child inherits, and no other.
+// A list of the one handle that the child inherits.
 class InheritedHandle {
  public:
   explicit InheritedHandle(HANDLE handle) : handle_(handle) {
@@ -97,7 +98,7 @@ std::optional<DWORD> RunSystemTool(std::wstring_view tool, const std::wstring& a
   if (!pipe || environment.empty()) return std::nullopt;
   const InheritedHandle inherited(pipe->write.get());
   const KernelHandle job(cancel ? CreateJobObjectW(nullptr, nullptr) : nullptr);
-  // Ends with this program, too.
+  // The tool also ends with this program.
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
   limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
   if (!inherited.get() || (cancel && !SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation,
