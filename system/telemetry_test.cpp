@@ -1,6 +1,6 @@
 #include "system/telemetry.h"
 
-#include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,38 +29,18 @@ TelemetrySample RealisticSample() {
 }  // namespace
 
 TEST(CpuLoadPercent, IsTheShareOfTimeNotIdle) {
-  struct {
-    const char* name;
-    CpuTimes previous, now;
-    double want;
-  } cases[] = {
-      {"first sample", {0, 0, 0}, {700, 900, 100}, 0},
-      {"half", {100, 200, 300}, {150, 270, 330}, 50},
-      {"no time passed", {100, 200, 300}, {100, 200, 300}, 0},
-      {"idle counted ahead of the sum", {100, 200, 300}, {203, 300, 300}, -3},
-  };
-  for (const auto& c : cases) EXPECT_DOUBLE_EQ(CpuLoadPercent(c.previous, c.now), c.want) << c.name;
+  EXPECT_DOUBLE_EQ(CpuLoadPercent({0, 0, 0}, {700, 900, 100}), 0) << "first sample";
+  EXPECT_DOUBLE_EQ(CpuLoadPercent({100, 200, 300}, {150, 270, 330}), 50);
+  EXPECT_DOUBLE_EQ(CpuLoadPercent({100, 200, 300}, {100, 200, 300}), 0) << "no time passed";
+  EXPECT_DOUBLE_EQ(CpuLoadPercent({100, 200, 300}, {203, 300, 300}), -3) << "idle counted ahead of the sum";
 }
 
 TEST(SumOctets, CountsEveryInterfaceButTheLoopback) {
   constexpr uint32_t kEthernet = 6, kWireless = 71, kLoopback = 24;
-  struct {
-    const char* name;
-    std::vector<InterfaceOctets> interfaces;
-    uint64_t received, sent;
-  } cases[] = {
-      {"directions stay apart", {{kEthernet, 100, 7}}, 100, 7},
-      {"loopback in the middle", {{kEthernet, 1, 10}, {kLoopback, 1000, 1000}, {kWireless, 2, 20}}, 3, 30},
-      {"more than 32 bits",
-       {{kEthernet, 4'294'967'295, 4'294'967'295}, {kWireless, 1, 4'294'967'295}},
-       4'294'967'296,
-       8'589'934'590},
-  };
-  for (const auto& c : cases) {
-    const NetworkCounters sum = SumOctets(c.interfaces);
-    EXPECT_EQ(sum.received, c.received) << c.name;
-    EXPECT_EQ(sum.sent, c.sent) << c.name;
-  }
+  const NetworkCounters sum = SumOctets(std::vector<InterfaceOctets>{
+      {kEthernet, 4'294'967'295, 10}, {kLoopback, 1000, 1000}, {kWireless, 2, 4'294'967'295}});
+  EXPECT_EQ(sum.received, 4'294'967'297u) << "beyond 32 bits";
+  EXPECT_EQ(sum.sent, 4'294'967'305u);
 }
 
 TEST(RatesBetween, AreMegabitsAndNeverNegative) {
@@ -70,11 +50,7 @@ TEST(RatesBetween, AreMegabitsAndNeverNegative) {
     double download, upload;
   } cases[] = {
       {"first sample", {0, 0, 0}, {5'000'000, 5'000'000, 60'000}, 0, 0},
-      {"ten megabits for 3 s",
-       {1000, 1000, 60'000},
-       {1000 + 3'932'160, 1000 + 131'072, 63'000},
-       10.0,
-       1.0 / 3},
+      {"for 3 s", {1000, 1000, 60'000}, {3'933'160, 132'072, 63'000}, 10.0, 1.0 / 3},
       {"one direction wrapped", {4'294'967'000, 0, 60'000}, {1000, 131'072, 61'000}, 0, 1},
       {"no time passed", {0, 0, 60'000}, {1000, 1000, 60'000}, 0, 0},
   };
@@ -88,26 +64,17 @@ TEST(RatesBetween, AreMegabitsAndNeverNegative) {
 TEST(DescribeBattery, ReadsThePowerStatus) {
   struct {
     const char* name;
-    uint8_t flag, percent;
-    uint32_t life_time_s;
-    uint8_t status;
-    bool present, charging;
-    int32_t want_life_time;
-    bool saver;
+    Battery got;
+    std::tuple<bool, bool, int, int, bool> want;
   } cases[] = {
-      {"desktop", 128, 255, 0xFFFFFFFF, 0, false, false, -1, false},
-      {"charging", 8 | 1, 97, 0xFFFFFFFF, 0, true, true, -1, false},
-      {"on battery, saver on", 2, 19, 1800, 1, true, false, 1800, true},
-      {"percent unknown", 1, 255, 7200, 0, false, false, 7200, false},
+      {"desktop", DescribeBattery(128, 255, 0xFFFFFFFF, 0), {false, false, 255, -1, false}},
+      {"charging", DescribeBattery(8 | 1, 97, 0xFFFFFFFF, 0), {true, true, 97, -1, false}},
+      {"on battery, saver on", DescribeBattery(2, 19, 1800, 1), {true, false, 19, 1800, true}},
+      {"percent unknown", DescribeBattery(1, 255, 7200, 0), {false, false, 255, 7200, false}},
   };
-  for (const auto& c : cases) {
-    const Battery battery = DescribeBattery(c.flag, c.percent, c.life_time_s, c.status);
-    EXPECT_EQ(battery.present, c.present) << c.name;
-    EXPECT_EQ(battery.charging, c.charging) << c.name;
-    EXPECT_EQ(battery.percent, c.percent) << c.name;
-    EXPECT_EQ(battery.life_time_s, c.want_life_time) << c.name;
-    EXPECT_EQ(battery.saver_mode, c.saver) << c.name;
-  }
+  for (const auto& [name, got, want] : cases)
+    EXPECT_EQ(std::tie(got.present, got.charging, got.percent, got.life_time_s, got.saver_mode), want)
+        << name;
 }
 
 TEST(IsActiveAdapter, SkipsLoopbackTunnelAndInactiveAdapters) {

@@ -1,8 +1,8 @@
+#include "maint/update.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "maint/quick_actions.h"
-#include "maint/update.h"
 #include "maint/version.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
@@ -29,22 +29,4 @@ TEST(DescribeUpdate, ReadsTheDescription) {
   for (const char* description :
        {"", "<html>404</html>", "[]", "{\"version\":null}", "{\"version\":\"\xFF\"}"})
     EXPECT_ANY_THROW(DescribeUpdate(description)) << description;
-}
-
-TEST(FileCheckResultText, DescribesHowTheCheckEnded) {
-  EXPECT_EQ(FileCheckResultText(2), json::parse(RecordedMessage("sfc_stream.exit"))["message"]);
-  EXPECT_TRUE(FileCheckResultText(0).starts_with("[Success] "));
-}
-
-TEST(RebuildIcons, ChoosesProcessesAndFiles) {
-  for (const wchar_t* name : {L"explorer.exe", L"Explorer.EXE", L"EXPLORER.EXE"})
-    EXPECT_TRUE(IsExplorer(name));
-  for (const wchar_t* name :
-       {L"", L"explorer", L"iexplorer.exe", L"explorer2.exe", L"explorer.exe.bak", L"explorer.ex"})
-    EXPECT_FALSE(IsExplorer(name));
-  for (const wchar_t* name : {L"iconcache_16.db", L"thumbcache_256.db", L"iconcache_"})
-    EXPECT_TRUE(IsIconCacheFile(name));
-  for (const wchar_t* name :
-       {L"IconCache_1.db", L"iconcache.db", L"xiconcache_1.db", L"", L"Thumbcache_1.db"})
-    EXPECT_FALSE(IsIconCacheFile(name));
 }
