@@ -1,5 +1,6 @@
 #include "app/debug_report.h"
 
+#include "base/byte_units.h"
 #include "base/text.h"
 
 std::vector<std::string> FormatDebugSpecs(const HardwareSpecs& specs) {
@@ -15,7 +16,7 @@ std::vector<std::string> FormatDebugSpecs(const HardwareSpecs& specs) {
 std::vector<std::string> FormatDebugTelemetry(const TelemetrySample& sample) {
   // std::to_string formats a double like "%f". The program never leaves the "C" locale.
   auto number = [](double value) { return std::to_string(value); };
-  auto gigabytes = [&](uint64_t bytes) { return number(static_cast<double>(bytes) * 0x1p-30); };
+  auto gigabytes = [&](uint64_t bytes) { return number(static_cast<double>(bytes) / kBytesPerGigabyte); };
   std::vector<std::string> lines = {
       "[DebugTelemetry] CPU Load: " + number(sample.cpu) + "%",
       "[DebugTelemetry] RAM Total: " + number(sample.ram_total_gb) +

@@ -18,7 +18,7 @@ constexpr EmbeddedFile kFiles[] = {
 const EmbeddedFile* FindEmbeddedFile(std::wstring_view uri) {
   const std::wstring_view host = VirtualHostName;
   const size_t found = uri.find(host);
-  if (found == std::wstring_view::npos) return nullptr;
+  if (found == uri.npos) return nullptr;
   const auto file = std::ranges::find(kFiles, uri.substr(found + host.size()), &EmbeddedFile::path);
   return file == std::end(kFiles) ? nullptr : file;
 }

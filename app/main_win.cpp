@@ -27,7 +27,7 @@ void DisguiseCloudPlaceholders() {
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR command_line, int show_command) {
   DisguiseCloudPlaceholders();
   const std::string arguments = command_line;
-  if (arguments.find("--silent-clean") != std::string::npos) {
+  if (arguments.find("--silent-clean") != arguments.npos) {
     CleanJunkCategories({true, true, true, true, true, true, true});
     return 0;
   }

@@ -7,5 +7,5 @@ std::wstring GetExeDirectory() {
   const DWORD length = GetModuleFileNameW(nullptr, buffer, MAX_PATH);
   std::wstring path(buffer, length);
   const size_t separator = path.find_last_of(L"\\/");
-  return separator == std::wstring::npos ? path : path.substr(0, separator);
+  return separator == path.npos ? path : path.substr(0, separator);
 }

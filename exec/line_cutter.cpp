@@ -6,8 +6,7 @@ namespace {
 
 std::string TrimBlanks(const std::string& line) {
   const size_t first = line.find_first_not_of(" \t");
-  return first == std::string::npos ? std::string()
-                                    : line.substr(first, line.find_last_not_of(" \t") - first + 1);
+  return first == line.npos ? std::string() : line.substr(first, line.find_last_not_of(" \t") - first + 1);
 }
 
 }  // namespace
@@ -17,8 +16,7 @@ std::vector<OutputLine> LineCutter::Add(std::string_view piece) {
   // from one piece to the next.
   const std::string_view endings = ending_ == LineEnding::kLineFeed ? "\n" : "\r\n";
   std::vector<OutputLine> lines;
-  for (size_t end; (end = piece.find_first_of(endings)) != std::string_view::npos;
-       piece.remove_prefix(end + 1)) {
+  for (size_t end; (end = piece.find_first_of(endings)) != piece.npos; piece.remove_prefix(end + 1)) {
     OutputLine line{std::exchange(pending_, {}).append(piece.substr(0, end)), piece[end] == '\r'};
     if (ending_ == LineEnding::kReturnOrLineFeed) {
       line.text = TrimBlanks(line.text);

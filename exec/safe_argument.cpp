@@ -2,5 +2,5 @@
 
 bool IsSafeCommandArgument(std::string_view text) {
   constexpr std::string_view kSafe = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 ()-.:_";
-  return text.find_first_not_of(kSafe) == std::string_view::npos;
+  return text.find_first_not_of(kSafe) == text.npos;
 }

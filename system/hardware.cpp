@@ -4,9 +4,9 @@
 #include <cmath>
 #include <exception>
 
-namespace {
+#include "base/byte_units.h"
 
-constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
+namespace {
 
 // One structure of the firmware table, possibly truncated. Fields are little endian at fixed offsets.
 class SmbiosStructure {
@@ -72,12 +72,13 @@ MemoryModules ParseMemoryModules(std::string_view table) {
 
 std::wstring FormatGpu(const std::wstring& name, std::optional<uint64_t> dedicated_bytes) {
   if (!dedicated_bytes) return name;
-  return name + L" (" + OneDecimal(static_cast<double>(*dedicated_bytes) / kGigabyte) + L" GB VRAM)";
+  return name + L" (" + OneDecimal(static_cast<double>(*dedicated_bytes) / kBytesPerGigabyte) + L" GB VRAM)";
 }
 
 int32_t InstalledGigabytes(uint64_t installed_kb, uint64_t visible_bytes) {
-  const double gigabytes = installed_kb != 0 ? static_cast<double>(installed_kb) / (1024.0 * 1024.0)
-                                             : static_cast<double>(visible_bytes) / kGigabyte;
+  const double gigabytes = installed_kb != 0
+                               ? static_cast<double>(installed_kb) / (kBytesPerGigabyte / 1024.0)
+                               : static_cast<double>(visible_bytes) / kBytesPerGigabyte;
   return static_cast<int32_t>(std::llround(gigabytes));
 }
 
@@ -96,7 +97,7 @@ std::wstring FormatMemory(int32_t total_gb, const MemoryModules& modules) {
 
 std::wstring FormatMemoryTooltip(int32_t total_gb, uint64_t installed_kb, uint64_t visible_bytes) {
   std::wstring text = L"Fyzicky osazeno: " + std::to_wstring(total_gb) + L" GB | K dispozici pro systém: " +
-                      OneDecimal(static_cast<double>(visible_bytes) / kGigabyte) + L" GB";
+                      OneDecimal(static_cast<double>(visible_bytes) / kBytesPerGigabyte) + L" GB";
   const uint64_t installed_bytes = installed_kb * 1024;
   const uint64_t reserved_mb = installed_bytes > visible_bytes ? (installed_bytes - visible_bytes) >> 20 : 0;
   if (reserved_mb > 0) text += L" (" + std::to_wstring(reserved_mb) + L" MB vyhrazeno pro BIOS a hardware)";

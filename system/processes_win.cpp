@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <psapi.h>
 
+#include "base/byte_units.h"
 #include "base/file_time_win.h"
 #include "base/handle_win.h"
 #include "base/page.h"
@@ -34,7 +35,7 @@ void InspectProcess(ProcessInfo& process, const std::wstring& windows_directory)
   PROCESS_MEMORY_COUNTERS memory = {};
   memory.cb = sizeof(memory);
   if (K32GetProcessMemoryInfo(handle.get(), &memory, sizeof(memory)))
-    process.mem_usage_mb = static_cast<double>(memory.WorkingSetSize) / (1024.0 * 1024.0);
+    process.mem_usage_mb = static_cast<double>(memory.WorkingSetSize) / kBytesPerMegabyte;
   FILETIME creation = {}, exit = {}, kernel = {}, user = {};
   if (GetProcessTimes(handle.get(), &creation, &exit, &kernel, &user))
     process.cpu_time_sec = static_cast<double>(Ticks(kernel) + Ticks(user)) / 10'000'000.0;

@@ -4,12 +4,11 @@
 #include <windows.h>
 #include <iphlpapi.h>
 
+#include "base/byte_units.h"
 #include "base/file_time_win.h"
 #include "base/page.h"
 
 namespace {
-
-constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
 
 // Never reset; see SampleTelemetry.
 CpuTimes g_previous_cpu;
@@ -29,8 +28,8 @@ void SampleMemory(TelemetrySample& sample) {
   status.dwLength = sizeof(status);
   if (!GlobalMemoryStatusEx(&status)) return;
   sample.ram_load = status.dwMemoryLoad;
-  sample.ram_total_gb = static_cast<double>(status.ullTotalPhys) / kGigabyte;
-  sample.ram_used_gb = static_cast<double>(status.ullTotalPhys - status.ullAvailPhys) / kGigabyte;
+  sample.ram_total_gb = static_cast<double>(status.ullTotalPhys) / kBytesPerGigabyte;
+  sample.ram_used_gb = static_cast<double>(status.ullTotalPhys - status.ullAvailPhys) / kBytesPerGigabyte;
 }
 
 std::vector<DiskUsage> SampleDisks() {
