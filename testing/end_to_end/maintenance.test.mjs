@@ -7,7 +7,7 @@ import { join } from 'node:path';
 import { test } from 'node:test';
 
 import { closeServiceDialog, dialogOf, look, openView, press, withVarnel } from './harness.mjs';
-import { cut, kErrorPage, kReleasePort, serve, withReleaseServer } from './release_server.mjs';
+import { kReleasePort, serve, withReleaseServer } from './release_server.mjs';
 import { buildFolder, prepareWine, runInPrefix, standIn, unixPath, version, withAway } from './wine.mjs';
 
 const kLoopback = standIn('Varnel_loopback.exe');
@@ -103,28 +103,6 @@ test('the shipped program asks an https address for its updates', async () => {
   assert.deepEqual([...has(shipped), ...has(forTests)], [true, false, false, true]);
 });
 
-test('what the server of releases may answer', () =>
-  withVarnel({ page: false, program: kLoopback }, async (app) => {
-    const check = async () => {
-      const { success, onlineVersion, hasUpdate, error } = await app.request('checkForUpdates');
-      return success ? [onlineVersion, hasUpdate] : error;
-    };
-    await writeFile(kLocalCopy, '{"version":"9.9.9"}'); // of a check that was cut off
-    assert.equal(await check(), 'Download failed from update server');
-    const answers = {};
-    await withReleaseServer(answers, async () => {
-      for (const [answer, want] of [
-        [serve(`{"version":"${version}"}`), [version, false]],
-        [serve(kErrorPage, 404, 'text/html'), 'Invalid version file'],
-        [cut('{"version":"2.0.0","changelog":"aaaa'), 'Invalid version file'],
-      ]) {
-        answers['/version.json'] = answer;
-        assert.deepEqual(await check(), want);
-      }
-    });
-    await app.until(() => !existsSync(kLocalCopy), 'the local copy to go');
-  }));
-
 test('an update that cannot be downloaded leaves the program, one that can ends it', async () => {
   const installer = await readFile(standIn('console_tool.exe'));
   const answers = {};
@@ -138,6 +116,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
     const answer = async (key) =>
       press(await dialogOf(page, text('update.confirm', { version: kNewer })), text(key));
     await app.scriptTool('VarnelUpdate.exe', { exit: 0 });
+    await writeFile(kLocalCopy, '{"version":"99.9.9"}'); // of a check that was cut off
     await openView(page, 'maintenance');
     await card.getByText(text('update.unreachable')).waitFor();
 
@@ -149,6 +128,7 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
       await page.keyboard.press('Escape');
 
       const changes = 'The disk view is twice as fast.\nCzech names sort as they should.';
+      await app.until(() => !existsSync(kLocalCopy), 'the local copy to go');
       describe({ version: kNewer, download_url: 'http://127.0.0.1:1/x.exe', changelog: changes });
       await refresh();
       await card.getByText(kNewer).waitFor();

@@ -8,7 +8,7 @@ import { holds, until } from './wine.mjs';
 export const kReleasePort = 23719;
 // There is one: test files that use it wait for each other.
 await until(() => holds('releases of Varnel'), 'the releases', Infinity);
-export const kErrorPage =
+const kErrorPage =
   '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
 
 // Runs `body` with a server; `answers` by path: a function of the response each; other paths are not found.
@@ -30,9 +30,3 @@ export const serve =
   (body, status = 200, type = 'application/json') =>
   (response) =>
     response.writeHead(status, { 'content-type': type }).end(body);
-
-// Announces more than it sends before it breaks the connection.
-export const cut = (body) => (response) => {
-  response.writeHead(200, { 'content-length': 5000 });
-  response.write(body, () => setTimeout(() => response.destroy(), 50));
-};

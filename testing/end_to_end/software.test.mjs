@@ -21,15 +21,6 @@ test('the scan fills three lists, and a version that is skipped stays out of its
   return withVarnel({ language: 'en', service: {}, tools }, async (app) => {
     const { page, text } = app;
     const names = async (tab) => (await rowsOf(page, text(`software.${tab}`))).map(([name]) => name);
-    const choose = async (verb) => {
-      await page.getByRole('row', { name: /Copse/ }).click({ button: 'right' });
-      await page.getByRole('menuitem', { name: verb }).click();
-    };
-    const isIgnored = (count) =>
-      app.until(
-        async () => (await app.settingsFile()).ignoreList?.length === count,
-        `${count} to be ignored`,
-      );
     await openView(page, 'software');
     await page.getByRole('grid', { name: text('software.updates') }).waitFor(); // asked for by itself
     await page.click('[data-tab=drivers]');
@@ -38,23 +29,18 @@ test('the scan fills three lists, and a version that is skipped stays out of its
     await app.until(isKept, 'the time of the scan to be stored');
     assert.deepEqual(await names('drivers'), [kDriver, 'Peat® & Co, Inc.']);
     await page.click('[data-tab=installed]');
-    assert.deepEqual(await names('installed'), [
-      'Heron Media Suite 2024 (x64)',
-      'Peat Audio Console',
-      'Tarn Sync',
-    ]);
+    const installed = 'Heron Media Suite 2024 (x64), Peat Audio Console, Tarn Sync';
+    assert.equal((await names('installed')).join(', '), installed);
     await page.click('[data-tab=updates]');
     assert.equal((await names('updates')).length, 6);
     // What cannot be acted on cannot be ticked either.
     const grid = page.getByRole('grid', { name: text('software.updates') });
     assert.equal(await grid.locator('tbody').getByRole('checkbox').count(), 4);
 
-    await choose(text('software.skip', { version: '3.2.0.0' }));
-    await isIgnored(1);
+    await page.getByRole('row', { name: /Copse/ }).click({ button: 'right' });
+    await page.getByRole('menuitem', { name: text('software.skip', { version: '3.2.0.0' }) }).click();
+    await app.until(async () => (await app.settingsFile()).ignoreList?.length === 1, 'what is skipped');
     assert.ok(!(await names('updates')).includes('Copse'));
-    await page.getByRole('checkbox', { name: text('software.showIgnored', { n: 1 }) }).check();
-    await choose(text('software.unignore'));
-    await isIgnored(0);
 
     // Blocked scripts cost only the drivers.
     await app.scriptTool('powershell.exe', prints('running scripts is disabled here.\n', 1));

@@ -13,7 +13,6 @@ const kPowerShells = ['system32', 'syswow64'].map(
   (folder) => `C:\\windows\\${folder}\\WindowsPowerShell\\v1.0\\powershell.exe`,
 );
 const prints = (text, exit = 0) => ({ steps: [{ text }], exit });
-const hex = (bytes) => Buffer.from(bytes, 'latin1').toString('hex');
 
 // The lines of a stream action and its exit message.
 async function streamOf(app, action, data) {
@@ -32,14 +31,12 @@ async function scan(app) {
 }
 
 test('lines and ends of tools', () => {
-  const closes = {
+  const closing = (text, delay_ms) => ({
     windowed: true,
-    steps: [{ text: 'Bye\n', close_output: true }, { delay_ms: 400 }],
-  };
-  const hangs = {
-    windowed: true,
-    steps: [{ text: '{"scannedDriversCount":5}', close_output: true }, { delay_ms: 60_000 }],
-  };
+    steps: [{ text, close_output: true }, { delay_ms }],
+  });
+  const closes = closing('Bye\n', 400);
+  const hangs = closing('{"scannedDriversCount":5}', 60_000);
   const tools = { 'winget.exe': closes, 'cmd.exe': closes, 'powershell.exe': hangs };
   return withVarnel({ page: false, tools }, async (app) => {
     const began = Date.now();
@@ -65,24 +62,21 @@ test('lines and ends of tools', () => {
       ],
       exit: 0x8a15002b,
     };
-    const everyByte = Array.from({ length: 256 }, (_, value) => `${String.fromCharCode(value)}\n`).join('');
-    const bytes = { steps: [{ hex: hex(`${everyByte}${'x'.repeat(5000)}\n`) }] };
-    const zero = { steps: [{ hex: hex(`${'x'.repeat(100)}\0${'x'.repeat(2899)}\n`) }] };
+    const zero = {
+      steps: [{ hex: Buffer.from(`${'x'.repeat(100)}\0${'x'.repeat(2899)}\n`).toString('hex') }],
+    };
     const ping = { type: 'ping', target: '127.0.0.1 & "žluť"' };
     for (const [action, data, script, lines, code] of [
       ['installSoftware', { id: kId }, closes, ['Bye'], 0],
       ['installSoftware', { id: kId }, torn, ['first ...', 'second ...', 'third', 'on stderr'], 0x8a15002b],
       ['uninstallApp', { id: kId }, torn, ['first\rsecond', ' \tthird ', '   ', 'on stderr'], 0x8a15002b],
-      ['installSoftware', { id: kId }, bytes, undefined, 0],
       ['runPingDiagnostic', ping, closes, ['Bye'], 259], // not waited for: "still active"
       // What follows a zero byte in a read of 1023 bytes is lost.
       ['runPingDiagnostic', ping, zero, ['x'.repeat(100 + 3000 - 1023)], 0],
     ]) {
       await app.scriptTool(action === 'runPingDiagnostic' ? 'cmd.exe' : 'winget.exe', script);
       const [got, exit] = await streamOf(app, action, data);
-      assert.equal(exit.code, code, action);
-      if (lines) assert.deepEqual(got, lines, action);
-      else assert.ok(got.length > 200 && got.at(-1) === 'x'.repeat(5000), 'a line of several reads');
+      assert.deepEqual([got, exit.code], [lines, code], action);
     }
     assert.equal((await app.toolCalls('cmd'))[0], 'cmd.exe /c ping -n 4 127.0.0.1 & "žluť"');
 
@@ -120,9 +114,6 @@ test('without the tools', () =>
     withVarnel({ page: false }, async (app) => {
       const { result, errors } = await scan(app);
       assert.deepEqual([result, errors.length], [[true, 0, 0, 171], 2]);
-      for (const action of ['installSoftware', 'uninstallApp', 'installDriver']) {
-        const [lines, { code }] = await streamOf(app, action, { id: kId, title: 'Peat - System' });
-        assert.deepEqual([lines, code], [[], 1], action);
-      }
+      assert.equal((await streamOf(app, 'installSoftware', { id: kId }))[1].code, 1);
     }),
   ));
