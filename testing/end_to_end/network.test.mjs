@@ -91,6 +91,12 @@ test('open ports and the process behind one, a real ping, and a run that is put 
     await page.waitForSelector('main[data-view=processes]');
     assert.ok((await page.innerText('tr[aria-selected=true]')).includes(String(pid)));
 
+    // The search leads to a port, also when another process has taken it meanwhile.
+    await app.scriptTool('netstat.exe', netstat(4));
+    await page.keyboard.press('Control+k');
+    for (const key of ['8', '0', '8', '0', 'Enter']) await page.keyboard.press(key);
+    await page.locator('tr[aria-selected=true]', { hasText: /8080.* 4$/ }).waitFor();
+
     const many = Array.from({ length: 598 }, (_, i) => 1000 + i);
     await app.scriptTool('netstat.exe', netstat(pid, ...many));
     await openView(page, 'network');

@@ -66,14 +66,16 @@ test('variables of the user are added, changed and deleted here, those of the ma
       const changing = await dialogOf(page, `TEMP (${mine})`);
       const changed = text('variables.changed', { name: 'TEMP' });
       await writeRegistry({ [kUser]: { TEMP: registryText('C:\\Installed') } });
-      await changing.getByLabel(text('variables.value')).fill('C:\\Mine');
+      await changing.getByLabel(text('variables.value')).fill('C:\\windows;C:\\gone;C:\\windows');
+      await press(changing, text('variables.asList'));
+      await press(changing, text('variables.removeUseless', { n: 2 }));
       await press(changing, save);
       await answer(changed, cancel);
       assert.equal(await stored('TEMP'), registryText('C:\\Installed'));
       await press(changing, save);
       await answer(changed, text('hosts.overwrite'));
       await changing.waitFor({ state: 'detached' });
-      assert.equal(await stored('TEMP'), 'expand:C:\\Mine');
+      assert.equal(await stored('TEMP'), 'expand:C:\\windows');
 
       await row('Kůň', mine).click();
       const question = text('variables.deleteTitle', { n: 1 });
@@ -83,7 +85,7 @@ test('variables of the user are added, changed and deleted here, those of the ma
       await press(page, remove);
       await answer(question, remove);
       await row('Kůň', mine).waitFor({ state: 'detached' });
-      assert.deepEqual(await readRegistry(kUser), { TEMP: 'expand:C:\\Mine' });
+      assert.deepEqual(await readRegistry(kUser), { TEMP: 'expand:C:\\windows' });
 
       await row('OS', everyone).dblclick();
       const machine = await dialogOf(page, `OS (${everyone})`);

@@ -8,7 +8,7 @@ import { leadToRow } from '../kit/table/memory.ts';
 import { analysis, folder, openFolder, type Entry } from '../disk/analysis.ts';
 import { ask } from '../maint/repair_card.tsx';
 import { repairs } from '../maint/repairs.ts';
-import { portKey, ports, type Port } from '../net/ports.ts';
+import { leadToPort, ports, type Port } from '../net/ports.ts';
 import { showInstalled, startupKind } from '../shell/links.ts';
 import { route, type ViewId } from '../shell/navigation.ts';
 import { groupByName, type Running } from '../shell/process_shares.ts';
@@ -73,7 +73,7 @@ function thingsOf(
     ...settings.map((key) => of('settings', t(key))),
     ...open.map((port) => {
       const name = names.get(port.pid) ?? '';
-      return of('network', `${port.port} ${name} ${port.local}`, () => leadToRow('ports', portKey(port)));
+      return of('network', `${port.port} ${name} ${port.local}`, () => void leadToPort(port));
     }),
     ...groupByName(running).map((one) => ({
       ...of('processes', one.members ? one.name : `${one.name} (PID ${one.pid})`),

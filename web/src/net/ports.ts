@@ -3,6 +3,7 @@ import { createSource } from '../base/source.ts';
 import { createStore } from '../base/store.ts';
 import { host } from '../bridge/host.ts';
 import type { Message } from '../bridge/protocol.ts';
+import { leadToRow } from '../kit/table/memory.ts';
 import { processes } from '../shell/processes.ts';
 
 export type Port = Message<'getOpenPorts'>['ports'][number];
@@ -25,6 +26,14 @@ export const portKey = ({ proto, local, pid }: Port) => `${proto} ${local} ${pid
 export const ports = createSource(async () =>
   distinctBy((await host.request('getOpenPorts')).ports, portKey),
 );
+
+/** Leads to a port in its table, also if another process has it by now. */
+export async function leadToPort(port: Port) {
+  leadToRow('ports', portKey(port));
+  await ports.reload();
+  const now = ports.get().data?.find(({ proto, local }) => proto === port.proto && local === port.local);
+  if (now && portKey(now) !== portKey(port)) leadToRow('ports', portKey(now));
+}
 
 /** Reloads the ports and the names of the processes behind them. */
 export function reloadPorts() {
