@@ -173,19 +173,19 @@ function Disks({ disks }: { disks: Telemetry['sample']['disks'] }) {
       {disks.length === 0 && <p class="muted">{t('dashboard.noDisks')}</p>}
       <ul class="disks">
         {disks.map(({ drive, percent, freeBytes, totalBytes }) => {
+          const isFull = percent >= fullDiskPercent;
           const sizes = { free: formatBytes(freeBytes), total: formatBytes(totalBytes) };
+          const space = t(isFull ? 'dashboard.diskFull' : 'dashboard.diskFree', sizes);
           return (
-            <li key={drive}>
+            <li key={drive} title={space}>
               <button type="button" class="disk" onClick={() => route.set({ view: 'disk', drive })}>
                 <Icon name="disk" />
                 <span class="disk-name">{drive}</span>
-                <span class="muted disk-free">
-                  {t(percent >= fullDiskPercent ? 'dashboard.diskFull' : 'dashboard.diskFree', sizes)}
-                </span>
+                <span class="muted disk-free">{space}</span>
                 <span class="disk-share">{formatPercent(percent)}</span>
                 <span class="hidden">{t('dashboard.diskOpen')}</span>
                 <Icon name="chevronRight" />
-                <Bar percent={percent} warn={percent >= fullDiskPercent} />
+                <Bar percent={percent} warn={isFull} />
               </button>
             </li>
           );
