@@ -32,7 +32,12 @@ export function groupByName(rows: readonly ProcessRow[]): ProcessRow[] {
       mem: sum((one) => one.mem),
       cpuTimeSec: sum((one) => one.cpuTimeSec),
       isSystem: members.every((one) => one.isSystem),
-      ...(members.some((one) => one.share !== undefined) && { share: sum((one) => one.share ?? 0) }),
+      ...(members.some((one) => one.share !== undefined) && {
+        share: Math.min(
+          100,
+          sum((one) => one.share ?? 0),
+        ),
+      }),
       ...(members.length > 1 && { members }),
     };
   });
