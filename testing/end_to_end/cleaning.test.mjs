@@ -137,17 +137,14 @@ test('the profile is no temporary folder', async () => {
   await rm(canary);
 });
 
-test('hibernation: whether it is on, and what it takes', async () => {
+test('hibernation is on if the registry says so', () => {
   const kPower = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Power';
-  const hiberfil = unixPath('C:\\hiberfil.sys');
-  await writeFile(hiberfil, 'x'.repeat(5000));
-  await withRegistry({ [kPower]: { HibernateEnabled: 'dword:00000001' } }, () =>
+  return withRegistry({ [kPower]: { HibernateEnabled: 'dword:00000001' } }, () =>
     withVarnel({ page: false }, async (app) => {
-      const advice = await app.request('getSystemFilesAdvisor');
-      assert.deepEqual(advice.hiberfil, { enabled: true, exists: true, size: 5000 });
+      const { hiberfil } = await app.request('getSystemFilesAdvisor');
+      assert.deepEqual(hiberfil, { enabled: true, exists: false, size: 0 });
     }),
   );
-  await rm(hiberfil);
 });
 
 // --- the story ---------------------------------------------------------------------------------------------

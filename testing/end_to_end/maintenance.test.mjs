@@ -91,7 +91,7 @@ test('repairs are asked for, run, and say what the tool or the service has said'
   });
 });
 
-// --- the update -------------------------------------------------------------------------------------------------------
+// --- the update --------------------------------------------------------------------------------------------
 
 test('the shipped program asks an https address for its updates', async () => {
   const cache = await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8');

@@ -52,7 +52,7 @@ test('lines and ends of tools', () => {
     }
     assert.deepEqual(await app.toolCalls('winget'), []);
 
-    // The same output for both line rules: a redraw whose CR LF is torn apart, blanks, an unfinished last line.
+    // The same output for both line rules: a redraw with its CR LF torn apart, blanks, an unfinished line.
     const torn = {
       steps: [
         { text: 'first\rsecond\r' },

@@ -27,8 +27,9 @@ test('every variable that fits is listed, whatever its type and name', () => {
   const of = (what) => Object.fromEntries(Object.entries(values).map(what));
   return withRegistry({ [kUser]: of(([name, [data]]) => [name, data]) }, () =>
     withVarnel({ page: false }, async (app) => {
-      const want = JSON.stringify(of(([name, [, value, shown = name]]) => [shown, value]));
-      assert.deepEqual((await app.request('getEnvVariables')).user, JSON.parse(want)); // without what has no value
+      const listed = Object.entries((await app.request('getEnvVariables')).user).toSorted();
+      const want = Object.entries(values).map(([name, [, value, shown = name]]) => [shown, value]);
+      assert.deepEqual(listed, want.filter(([, value]) => value !== undefined).toSorted());
     }),
   );
 });

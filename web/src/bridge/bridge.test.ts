@@ -26,11 +26,11 @@ function failsWith(kind: FailureKind, reason: string) {
 
 test('requests are texts that count up from 1; three stream actions go without a number', () => {
   const { bridge, sent } = connect();
-  void bridge.request('getStatus');
+  void bridge.openUrl('https://varnel.example/');
   assert.equal(bridge.start('startDiskAnalysis', { drive: 'C:\\' }), 2);
   assert.equal(bridge.start('installSoftware', { id: 'Brook.TarnSync' }), 0);
   assert.deepEqual(sent, [
-    '{"action":"getStatus","requestId":1,"data":{}}',
+    '{"action":"openUrl","requestId":1,"url":"https://varnel.example/","data":{}}',
     '{"action":"startDiskAnalysis","requestId":2,"data":{"drive":"C:\\\\"}}',
     '{"action":"installSoftware","data":{"id":"Brook.TarnSync"}}',
   ]);

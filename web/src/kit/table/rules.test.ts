@@ -91,7 +91,7 @@ test('columns go by rank until the rest fits, and those without a rank stay', ()
   }
 });
 
-test('rows are held until the pointer has rested for 3 s, and longer while it is pressed or a menu is open', () => {
+test('rows are held for 3 s after the pointer, and longer while it is pressed or a menu is open', () => {
   mock.timers.enable({ apis: ['setTimeout'] });
   let held = false;
   const hold = new Hold((now) => (held = now));
