@@ -81,6 +81,25 @@ test('what is typed into the hosts file survives every failure, and the rest kee
     await page.keyboard.press('Control+s');
     await page.getByText(text('hosts.clean')).waitFor();
     assert.deepEqual(await saved(), [want, `${want} # a`]);
+
+    // A long file is edited part by part and saved whole; the first text can be brought back.
+    const long = Array.from({ length: 5000 }, (_, i) => `192.0.2.1 host${i}.example`);
+    await writeFile(kHosts, long.join('\r\n'));
+    await page.keyboard.press('F5');
+    for (const [line, typed] of Object.entries({ 4500: '# a', 1: '# b' })) {
+      await page.getByLabel(text('hosts.goTo')).fill(line);
+      await page.keyboard.press('Enter');
+      await page.keyboard.type(typed);
+    }
+    await page.keyboard.press('Control+s');
+    await page.getByText(text('hosts.clean')).waitFor();
+    const stored = long.with(4499, '# a').with(0, '# b').join('\r\n');
+    assert.equal((await saved()).at(-1), stored);
+    await writeFile(kHosts, stored);
+    await press(page, text('hosts.restore'));
+    await page.keyboard.press('Control+s');
+    await page.getByText(text('hosts.clean')).waitFor();
+    assert.equal((await saved()).at(-1), kMixed);
   });
 });
 

@@ -26,7 +26,7 @@ const parts: Record<Part, { source: Readable<unknown>; reload?: () => Promise<vo
 
 export function Developer() {
   const part = useStore(openedPart);
-  const unsaved = useStore(draft) !== undefined;
+  const unsaved = useStore(draft, (text) => text !== undefined);
   const { source, reload = source.reload, Panel } = parts[part];
   const state = useStore(source);
   // Requests a list only once the user looks at it, and only until it is there: two of them need the

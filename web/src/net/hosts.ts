@@ -23,8 +23,12 @@ function readFile(content: string): HostsFile {
 
 export const hosts = createSource(async () => {
   const { content } = await explained(host.request('getHostsFile'), () => t('hosts.unreadable'));
-  return readFile(content);
+  const file = readFile(content);
+  if (!firstHosts.get()) firstHosts.set(file);
+  return file;
 });
+/** The file as first loaded, so that the user can bring it back. */
+export const firstHosts = createStore<HostsFile | undefined>(undefined);
 
 /** The edited, unsaved text; outlives the view. */
 export const draft = createStore<string | undefined>(undefined);
@@ -32,6 +36,12 @@ export const savingHosts = createStore(false);
 
 export function editHosts(text: string) {
   draft.set(text === hosts.get().data?.text ? undefined : text);
+}
+
+export function restoreHosts() {
+  const before = draft.get();
+  editHosts(firstHosts.get()!.text);
+  toast(t('hosts.restored'), { action: { label: t('app.undo'), run: () => draft.set(before) } });
 }
 
 export async function reloadHosts() {
@@ -65,7 +75,9 @@ export async function saveHosts() {
   savingHosts.set(true);
   try {
     if (!(await mayReplace(file.mark + file.stored))) return;
-    const content = file.mark + restoreLineEnds(file.stored, edited);
+    const first = firstHosts.get()!;
+    const content =
+      edited === first.text ? first.mark + first.stored : file.mark + restoreLineEnds(file.stored, edited);
     await host.request('saveHostsFile', { content });
     hosts.put(readFile(content));
     editHosts(draft.get() ?? edited);

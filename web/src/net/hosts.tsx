@@ -1,23 +1,28 @@
-import type { ComponentChildren, RefObject } from 'preact';
-import { useEffect, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
+import type { ComponentChildren } from 'preact';
+import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { Button, IconButton } from '../kit/button.tsx';
 import { DataView } from '../kit/data_view.tsx';
 import { useSize, useStore } from '../kit/hooks.ts';
-import { Icon } from '../kit/icon.tsx';
 import { useKey } from '../kit/keyboard.ts';
 import { ServiceMark } from '../shell/service_mark.tsx';
-import { draft, editHosts, hosts, reloadHosts, saveHosts, savingHosts } from './hosts.ts';
-import { findAll, nextMatch, toggleComment } from './hosts_edit.ts';
+import {
+  draft,
+  editHosts,
+  firstHosts,
+  hosts,
+  reloadHosts,
+  restoreHosts,
+  saveHosts,
+  savingHosts,
+} from './hosts.ts';
+import { toggleComment } from './hosts_edit.ts';
+import { FindBar, useFind } from './hosts_find.tsx';
+import { countLines, partAround, rangeOf } from './hosts_part.ts';
 import { checkSlices, type Problem } from './hosts_text.ts';
 
 const shownProblems = 200;
 const checkDelayMs = 250;
-/**
- * The number of characters of a long file to show immediately. The rest follows after the first frame,
- * because its layout is slow.
- */
-const firstLetters = 40_000;
 
 export function Hosts() {
   return (
@@ -29,40 +34,31 @@ export function Hosts() {
 
 const isSaveKey = ({ ctrlKey, key }: KeyboardEvent) => ctrlKey && key.toLowerCase() === 's';
 const isCommentKey = ({ ctrlKey, key }: KeyboardEvent) => ctrlKey && key === '/';
-const isNextKey = ({ key, shiftKey }: KeyboardEvent) => key === 'F3' && !shiftKey;
-const isPreviousKey = ({ key, shiftKey }: KeyboardEvent) => key === 'F3' && shiftKey;
 
 const problemText = ({ kind, word, first = 0 }: Problem) => t(`hosts.${kind}`, { word, first });
 
-/**
- * The text area is uncontrolled, so that a file of a hundred thousand lines is not redrawn at every
- * keystroke.
- */
+/** The text area is uncontrolled and holds only a part of a long file, so that typing does not wait for the rest. */
 function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
   const area = useRef<HTMLTextAreaElement>(null);
-  const held = useRef(''); // the area's content: reading it back is slow for a long file
   const shown = edited ?? text;
-  const lines = useMemo(() => countLines(shown), [shown]);
+  const held = useRef({ text: '', value: '', ...partAround('', 0) });
   const checked = useCheck(shown);
   const [box, setBox] = useState({ top: 0, height: 0, line: 20 });
 
-  useLayoutEffect(() => {
-    if (held.current === shown) return;
-    const first = held.current === '' && shown.length > firstLetters;
-    held.current = shown;
-    area.current!.value = first ? shown.slice(0, firstLetters) : shown;
-    if (!first) return;
-    area.current!.readOnly = true;
-    requestAnimationFrame(() =>
-      setTimeout(() => {
-        if (!area.current) return;
-        area.current.value = held.current;
-        area.current.readOnly = false;
-      }),
-    );
-  }, [shown]);
+  function hold(place: number) {
+    held.current = { ...held.current, text: shown, ...partAround(shown, place) };
+  }
+  if (held.current.text !== shown) hold(held.current.start);
+  const { start, end, before, after } = held.current;
+  useLayoutEffect(fill, [shown]);
 
+  function fill() {
+    const value = shown.slice(held.current.start, held.current.end);
+    if (value === held.current.value) return;
+    area.current!.value = held.current.value = value;
+    area.current!.setSelectionRange(0, 0);
+  }
   function measure() {
     if (!area.current) return; // a late scroll event of a closed view
     const { scrollTop: top, clientHeight: height } = area.current;
@@ -73,51 +69,80 @@ function Editor({ text }: { text: string }) {
   // Works wherever the focus is: a toast or a dialog may have taken it.
   useKey(isSaveKey, () => void saveHosts());
 
-  /** Selects a range, brings it into view and returns its line. */
-  function select(start: number, end: number): number {
-    const line = countLines(shown.slice(0, start));
-    area.current!.setSelectionRange(start, end);
+  /** Selects a range of the whole text, brings it into view and returns its line. */
+  function select(from: number, to: number): number {
+    if (from < held.current.start || from > held.current.end) {
+      hold(from);
+      fill();
+    }
+    const { start, before } = held.current;
+    const line = countLines(shown.slice(start, from));
+    area.current!.setSelectionRange(from - start, to - start);
     area.current!.scrollTop = (line - 1) * box.line - box.height / 2;
-    return line;
+    measure();
+    return before + line;
   }
   function goTo(line: number) {
-    const [start, end] = rangeOf(shown, line);
     area.current!.focus();
-    select(start, end);
+    select(...rangeOf(shown, line));
   }
-  function comment(start: number, end: number) {
-    const lines = toggleComment(shown, start, end);
-    area.current!.focus();
+  function comment() {
+    const { value, selectionStart, selectionEnd } = area.current!;
+    const lines = toggleComment(value, selectionStart, selectionEnd);
     area.current!.setSelectionRange(lines.start, lines.end);
     document.execCommand('insertText', false, lines.text); // the only way that Ctrl+Z undoes
     area.current!.setSelectionRange(lines.start, lines.start + lines.text.length);
   }
-  const find = useFind(shown, area, select);
+  /** Puts the cursor before or behind the part. The ends of the file are joined. */
+  function turn(back: boolean) {
+    const place = back ? (before > 0 ? start - 1 : shown.length) : after > 0 ? end + 1 : 0;
+    select(place, place);
+  }
+  /** Moves the cursor over the edge of the part, as if the area held the whole text. Returns false for other keys. */
+  function leavesPart({ key, shiftKey, ctrlKey }: KeyboardEvent) {
+    const { value, selectionStart, selectionEnd } = area.current!;
+    if (shiftKey || ctrlKey) return false;
+    if (/^(ArrowUp|PageUp)$/.test(key) && before > 0 && !value.slice(0, selectionStart).includes('\n'))
+      turn(true);
+    else if (/^(ArrowDown|PageDown)$/.test(key) && after > 0 && !value.includes('\n', selectionEnd))
+      turn(false);
+    else return false;
+    return true;
+  }
+  function typed(value: string) {
+    const { text, start, end } = held.current;
+    const next = text.slice(0, start) + value + text.slice(end);
+    held.current = { ...held.current, text: next, value, end: start + value.length };
+    editHosts(next);
+  }
+  const find = useFind(shown, () => area.current!, start, select);
+  const lines = countLines(shown.slice(start, end));
 
   return (
     <div class="hosts">
       <HostsBar edited={edited !== undefined}>
         <FindBar {...find} onLeave={() => area.current!.focus()} />
       </HostsBar>
+      {before + after > 0 && <PartBar before={before} lines={lines} after={after} goTo={goTo} turn={turn} />}
       <div class="hosts-body">
         <div class="editor">
           {find.line !== undefined && (
             <div
               class="found"
-              style={{ transform: `translateY(${(find.line - 1) * box.line - box.top}px)` }}
+              style={{ transform: `translateY(${(find.line - before - 1) * box.line - box.top}px)` }}
             />
           )}
-          <Gutter {...box} lines={lines} problems={checked.problems} />
+          <Gutter {...box} before={before} lines={lines} problems={checked.problems} />
           <textarea
             ref={area}
             wrap="off"
             spellcheck={false}
             aria-label={t('hosts.text')}
-            onInput={(event) => editHosts((held.current = event.currentTarget.value))}
+            onInput={(event) => typed(event.currentTarget.value)}
             onKeyDown={(event) => {
-              if (!isCommentKey(event)) return;
+              if (isCommentKey(event)) comment();
+              else if (!leavesPart(event)) return;
               event.preventDefault();
-              comment(event.currentTarget.selectionStart, event.currentTarget.selectionEnd);
             }}
             onScroll={measure}
           />
@@ -125,24 +150,52 @@ function Editor({ text }: { text: string }) {
         <Problems
           problems={checked.problems}
           goTo={goTo}
-          comment={checked.text === shown ? (line) => comment(...rangeOf(shown, line)) : undefined}
+          comment={
+            checked.text === shown
+              ? (line) => {
+                  goTo(line);
+                  comment();
+                }
+              : undefined
+          }
         />
       </div>
     </div>
   );
 }
 
-function countLines(text: string): number {
-  let lines = 1;
-  for (let at = text.indexOf('\n'); at >= 0; at = text.indexOf('\n', at + 1)) lines++;
-  return lines;
+interface PartBarProps {
+  /** Numbers of lines before the part, in it and after it. */
+  before: number;
+  lines: number;
+  after: number;
+  goTo(line: number): void;
+  turn(back: boolean): void;
 }
 
-/** Returns the start and end of a line (from 1). */
-function rangeOf(text: string, line: number): [start: number, end: number] {
-  const lines = text.split('\n');
-  const start = lines.slice(0, line - 1).reduce((sum, { length }) => sum + length + 1, 0);
-  return [start, start + lines[line - 1]!.length];
+function PartBar({ before, lines, after, goTo, turn }: PartBarProps) {
+  const to = before + lines;
+  return (
+    <div class="find table-bar line" role="group" aria-label={t('hosts.parts')}>
+      <IconButton icon="chevronUp" label={t('hosts.partBefore')} onClick={() => turn(true)} />
+      <IconButton icon="chevronDown" label={t('hosts.partAfter')} onClick={() => turn(false)} />
+      <span class="muted" role="status">
+        {t('hosts.part', { from: before + 1, to, total: to + after })}
+      </span>
+      <input
+        type="text"
+        inputMode="numeric"
+        aria-label={t('hosts.goTo')}
+        placeholder={t('hosts.goTo')}
+        onKeyDown={(event) => {
+          const line = Number(event.currentTarget.value.replace(/\D/g, ''));
+          if (event.key !== 'Enter' || !line) return;
+          event.preventDefault(); // the text has the focus then
+          goTo(line);
+        }}
+      />
+    </div>
+  );
 }
 
 /**
@@ -165,90 +218,10 @@ function useCheck(text: string): { text?: string; problems: Problem[] } {
   return checked;
 }
 
-interface Find {
-  query: string;
-  count: number;
-  /** Number of the selected match from 1; 0 if none is selected. */
-  nth: number;
-  /** Line of the selected match. */
-  line?: number;
-  setQuery(query: string): void;
-  step(back: boolean): void;
-}
-
-/** Finds in the text area. F3 continues from the cursor, wherever the focus is. */
-function useFind(
-  text: string,
-  area: RefObject<HTMLTextAreaElement | null>,
-  select: (start: number, end: number) => number,
-): Find {
-  const [query, setQuery] = useState('');
-  const [found, setFound] = useState<{ at: number; line: number }>();
-  const matches = useMemo(() => findAll(text, query), [text, query]);
-  function show(all: readonly number[], place: number, length: number, back = false) {
-    const at = all[nextMatch(all, place, back)];
-    setFound(at === undefined ? undefined : { at, line: select(at, at + length) });
-  }
-  function step(back: boolean) {
-    const { selectionStart, selectionEnd } = area.current!;
-    show(matches, back ? selectionStart : selectionEnd, query.length, back);
-  }
-  const latest = useRef(step);
-  latest.current = step;
-  useKey(isNextKey, () => latest.current(false));
-  useKey(isPreviousKey, () => latest.current(true));
-  const nth = found ? matches.indexOf(found.at) + 1 : 0;
-  return {
-    query,
-    count: matches.length,
-    nth,
-    ...(found && nth > 0 && { line: found.line }),
-    setQuery(wanted) {
-      setQuery(wanted);
-      show(findAll(text, wanted), area.current!.selectionStart, wanted.length);
-    },
-    step,
-  };
-}
-
-/** The bar that the shortcut for filters leads to. */
-function FindBar({ query, count, nth, setQuery, step, onLeave }: Find & { onLeave(): void }) {
-  return (
-    <div class="find line">
-      <div class="filter">
-        <Icon name="search" />
-        <input
-          type="text"
-          data-filter
-          aria-label={t('hosts.find')}
-          placeholder={t('hosts.findHint')}
-          value={query}
-          onInput={(event) => setQuery(event.currentTarget.value)}
-          onKeyDown={(event) => {
-            if (event.key === 'Enter') step(event.shiftKey);
-            else if (event.key === 'Escape') {
-              setQuery('');
-              onLeave();
-            } else return;
-            event.preventDefault();
-          }}
-        />
-      </div>
-      {query !== '' && (
-        <>
-          <span class="muted" role="status">
-            {t('table.count', { shown: nth, total: count })}
-          </span>
-          <IconButton icon="arrowUp" label={t('hosts.previous')} onClick={() => step(true)} />
-          <IconButton icon="arrowDown" label={t('hosts.next')} onClick={() => step(false)} />
-        </>
-      )}
-    </div>
-  );
-}
-
 function HostsBar({ edited, children }: { edited: boolean; children: ComponentChildren }) {
   const saving = useStore(savingHosts);
+  const first = useStore(firstHosts)!.text;
+  const stored = useStore(hosts).data!.text;
   const idle = !edited || saving;
   return (
     <div class="table-bar line">
@@ -259,6 +232,11 @@ function HostsBar({ edited, children }: { edited: boolean; children: ComponentCh
       <Button disabled={idle} onClick={() => void reloadHosts()}>
         {t('hosts.discard')}
       </Button>
+      {first !== stored && (
+        <Button disabled={saving} onClick={restoreHosts}>
+          {t('hosts.restore')}
+        </Button>
+      )}
       <span class="muted" role="status" title={t('hosts.path')}>
         {t(edited ? 'hosts.dirty' : 'hosts.clean')}
       </span>
@@ -314,20 +292,22 @@ interface GutterProps {
   top: number;
   height: number;
   line: number;
+  before: number;
   lines: number;
   problems: Problem[];
 }
 
 /** Draws the numbers and marks of the visible lines. The list beside it says the same. */
-function Gutter({ top, height, line, lines, problems }: GutterProps) {
-  const first = Math.floor(top / line);
-  const count = Math.max(0, Math.min(Math.ceil(height / line) + 1, lines - first));
+function Gutter({ top, height, line, before, lines, problems }: GutterProps) {
+  const above = Math.floor(top / line);
+  const count = Math.max(0, Math.min(Math.ceil(height / line) + 1, lines - above));
+  const first = before + above;
   const marks = new Map(
     problems.filter((one) => one.line > first && one.line <= first + count).map((one) => [one.line, one]),
   );
   return (
     <div class="gutter" aria-hidden="true">
-      <div style={{ transform: `translateY(${first * line - top}px)` }}>
+      <div style={{ transform: `translateY(${above * line - top}px)` }}>
         {[...Array(count).keys()].map((i) => {
           const problem = marks.get(first + i + 1);
           return (

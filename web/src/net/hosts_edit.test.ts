@@ -1,6 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { findAll, nextMatch, toggleComment } from './hosts_edit.ts';
+import { countLines, partAround, rangeOf } from './hosts_part.ts';
 
 test('what is found is counted, and the next one after the last is the first', () => {
   const matches = findAll('a.B a.b\naxb A.B', 'a.b');
@@ -30,5 +31,19 @@ test('the selected lines and only they are commented out, and twice gives every 
     assert.equal(once, want, JSON.stringify(text));
     const { start, text: lines } = toggleComment(text, from, to);
     assert.equal(toggled(once, start, start + lines.length), text, JSON.stringify(text));
+  }
+});
+
+test('the parts of a text are whole lines, and one after the other they are the text', () => {
+  for (const count of [1, 2000, 2001, 6000]) {
+    const text = Array.from({ length: count }, (_, i) => `${i}`).join('\n');
+    const parts = [partAround(text, 0)];
+    while (parts.at(-1)!.after > 0) parts.push(partAround(text, parts.at(-1)!.end + 1));
+    assert.equal(parts.map(({ start, end }) => text.slice(start, end)).join('\n'), text);
+    for (const { start, end, before, after } of parts) {
+      assert.equal(before + countLines(text.slice(start, end)) + after, count);
+      assert.equal(text.slice(...rangeOf(text, before + 1)), `${before}`);
+    }
+    assert.deepEqual([parts.length, partAround(text, text.length)], [Math.ceil(count / 2000), parts.at(-1)]);
   }
 });
