@@ -6,9 +6,9 @@ export const texts = {
 
   'search.hint': [
     'Část, úkon, proces, port, program, složka…',
-    'Part, action, process, port, program, folder…',
+    'View, action, process, port, program, folder…',
   ],
-  'search.nothing': ['Nic takového Varnel teď nezná.', 'Varnel knows nothing like that right now.'],
+  'search.nothing': ['Nic takového Varnel nenašel.', 'Varnel found nothing like that.'],
 
   'group.overview': ['Stav', 'Status'],
   'group.tidy': ['Úklid', 'Clean-up'],
@@ -18,7 +18,7 @@ export const texts = {
   'keys.title': ['Klávesové zkratky', 'Keyboard shortcuts'],
   'keys.filter': ['Filtrovat tabulku', 'Filter the table'],
   'keys.refresh': ['Obnovit údaje', 'Refresh the data'],
-  'keys.views': ['Přejít na 1. až 10. část', 'Go to part 1 to 10'],
+  'keys.views': ['Přejít na 1. až 10. část', 'Go to view 1 to 10'],
   'keys.escape': ['Zavřít dialog, vymazat filtr', 'Close a dialog, clear the filter'],
   'keys.help': ['Zobrazit tento seznam', 'Show this list'],
   'keys.rows': ['Pohyb v tabulce', 'Move in a table'],
@@ -38,17 +38,17 @@ export const texts = {
   'settings.autoScan': ['Kontrolovat systém automaticky', 'Scan the system automatically'],
   'settings.autoScanHint': [
     'Po spuštění a potom v nastaveném intervalu, dokud Varnel běží. Jen hledá, nic neinstaluje.',
-    'At the start and then at the interval, while Varnel is running. It only looks and installs nothing.',
+    'When Varnel starts, and then at the chosen interval while it runs. It only looks and installs nothing.',
   ],
   'settings.autoOpen': ['Při kontrole otevřít terminál', 'Open the terminal during a scan'],
   'settings.autoOpenHint': [
     'V terminálu je vidět, co kontrola právě dělá.',
-    'It shows what the scan is doing.',
+    'The terminal shows what the scan is doing.',
   ],
   'settings.scanInterval': ['Interval kontroly', 'Scan interval'],
   'settings.scanIntervalHint': [
-    'Jak často má automatická kontrola hledat, co je nového.',
-    'How often the automatic scan looks for what is new.',
+    'Jak často má automatická kontrola hledat aktualizace.',
+    'How often the automatic scan looks for updates.',
   ],
   'settings.hours': [
     { one: 'každou hodinu', few: 'každé {n} hodiny', many: 'každých {n} hodiny', other: 'každých {n} hodin' },
@@ -59,10 +59,10 @@ export const texts = {
     { one: 'once a day', other: 'every {n} days' },
   ],
   'settings.clean': ['Automatické čištění', 'Automatic cleaning'],
-  'settings.autoClean': ['Čistit pravidelně bez ptaní', 'Clean regularly without asking'],
+  'settings.autoClean': ['Čistit pravidelně bez potvrzování', 'Clean regularly without asking'],
   'settings.autoCleanHint': [
-    'Pomocná služba bude spouštět Varnel bez okna, aby vyčistil všech sedm kategorií části Čištění. Kdy, určuje služba.',
-    'The helper service will start Varnel without a window to clean all seven categories of the Cleaning part. The service decides when.',
+    'Pomocná služba bude spouštět Varnel bez okna, aby vyčistil všech sedm kategorií z části Čištění. Termín určuje služba.',
+    'The helper service will start Varnel without a window to clean all seven categories of the Cleaning view. The service decides when.',
   ],
   'settings.autoCleanNotOn': [
     'Automatické čištění zůstává vypnuté. {reason}',
@@ -72,14 +72,14 @@ export const texts = {
     'Automatické čištění zůstává zapnuté. {reason}',
     'Automatic cleaning stays on. {reason}',
   ],
-  'settings.ignored': ['Seznam ignorovaných', 'Ignore list'],
+  'settings.ignored': ['Ignorované aktualizace', 'Ignored updates'],
   'settings.ignoredHint': [
     'Aktualizace na tomto seznamu Varnel nenabízí.',
     'Updates on this list are not offered.',
   ],
   'settings.ignoredEmpty': [
     'Seznam je prázdný. Aktualizaci sem přidáte z nabídky řádku v části Software.',
-    'The list is empty. Updates are added from the row menu in Software.',
+    'The list is empty. Add updates from the row menu in Software.',
   ],
   'settings.ignored.id': ['Položka', 'Item'],
   'settings.ignored.type': ['Druh', 'Kind'],
@@ -105,9 +105,9 @@ export const texts = {
   'settings.about': ['O programu', 'About'],
   'settings.purpose': ['Správce systému pro Windows 10 a 11', 'System manager for Windows 10 and 11'],
   'settings.libraries': ['Použité knihovny', 'Libraries used'],
-  'settings.test': ['Ověřit spojení s programem', 'Check the link to the program'],
+  'settings.test': ['Ověřit spojení s programem', 'Check the connection to the program'],
   'settings.testOk': ['Program odpověděl za {ms} ms', 'The program answered in {ms} ms'],
-  'settings.testFailed': ['Spojení nefunguje. {reason}', 'The link does not work. {reason}'],
+  'settings.testFailed': ['Spojení nefunguje. {reason}', 'The connection does not work. {reason}'],
   'settings.diagnostics': ['Vypsat diagnostiku do terminálu', 'Print diagnostics to the terminal'],
   'settings.diagnosticsFailed': [
     'Diagnostiku se nepodařilo vypsat. {reason}',
@@ -119,5 +119,5 @@ export const texts = {
   'theme.emerald': ['Smaragd', 'Emerald'],
   'theme.ember': ['Žár', 'Ember'],
   'theme.light': ['Světlý', 'Light'],
-  'theme.system': ['Podle Windows', 'As in Windows'],
+  'theme.system': ['Podle Windows', 'Same as Windows'],
 } as const;

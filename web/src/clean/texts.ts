@@ -18,22 +18,22 @@ export const texts = {
   'cleaning.freedTotal': ['Uvolněno', 'Freed'],
   'cleaning.stays': [
     'Ve všech kategoriích dohromady zbývá {size}.',
-    '{size} remain in all categories together.',
+    '{size} left in all categories together.',
   ],
   'cleaning.left': [
     'Zůstalo {size}: některé soubory právě používá jiný program nebo k nim chybí oprávnění.',
-    '{size} stayed: some files are in use by another program, or you may not delete them.',
+    '{size} left: some files are in use by another program, or you have no right to delete them.',
   ],
   'cleaning.leftMeasured': [
     'Zůstalo {size}. {what} Varnel nemaže a některé soubory může používat jiný program.',
-    '{size} stayed. {what} are not deleted by Varnel, and other programs may be using some files.',
+    '{size} left. {what} are not deleted by Varnel, and other programs may be using some files.',
   ],
   'cleaning.failed': ['Čištění se nedokončilo. {reason}', 'Cleaning did not finish. {reason}'],
 
   'junk.windowsTemp': ['Dočasné soubory Windows', 'Windows temporary files'],
   'junk.windowsTemp.about': [
     'Zbytky po instalacích a službách ve složkách Temp a SystemTemp. Druhou z nich Varnel jen měří.',
-    'What installers and services left in the folders Temp and SystemTemp. Varnel only measures the second one.',
+    'What installers and services left in the Temp and SystemTemp folders. Varnel only measures the latter.',
   ],
   'junk.windowsTemp.measured': ['Soubory ve složce SystemTemp', 'Files in the SystemTemp folder'],
   'junk.prefetch': ['Prefetch', 'Prefetch'],
@@ -44,11 +44,11 @@ export const texts = {
   'junk.userTemp': ['Vaše dočasné soubory', 'Your temporary files'],
   'junk.userTemp.about': [
     'Co si programy odložily do vaší dočasné složky a neuklidily po sobě.',
-    'What programs put into your temporary folder and did not tidy away.',
+    'What programs put into your temporary folder and did not clean up.',
   ],
   'junk.kept': [
     'Složka leží v místě, které Varnel nevyprazdňuje.',
-    'It lies in a folder that Varnel does not empty.',
+    'It is in a place that Varnel does not empty.',
   ],
   'junk.winUpdate': ['Stažené aktualizace', 'Downloaded updates'],
   'junk.winUpdate.about': [
@@ -69,7 +69,7 @@ export const texts = {
   'junk.systemLogs': ['Protokoly a hlášení chyb', 'Logs and error reports'],
   'junk.systemLogs.about': [
     'Záznamy systému a hlášení o pádech programů. Výpisy paměti ve složce Minidump Varnel jen měří.',
-    'System records and reports of crashed programs. Varnel only measures memory dumps in the folder Minidump.',
+    'System records and reports of crashed programs. Varnel only measures memory dumps in the Minidump folder.',
   ],
   'junk.systemLogs.measured': ['Výpisy paměti ve složce Minidump', 'Memory dumps in the Minidump folder'],
 
@@ -93,7 +93,7 @@ export const texts = {
   'downloads.title': ['Velké staré stažené soubory', 'Large old downloads'],
   'downloads.about': [
     'Instalační soubory, obrazy disků a archivy větší než 1 MB, které leží ve složce Stažené soubory beze změny aspoň 30 dní.',
-    'Installers, disk images and archives over 1 MB that have lain unchanged in the Downloads folder for at least 30 days.',
+    'Installers, disk images and archives over 1 MB that have been in the Downloads folder unchanged for at least 30 days.',
   ],
   'downloads.none': ['Žádné velké staré stažené soubory', 'No large old downloads'],
   'downloads.total': ['celkem {size}', '{size} in total'],
@@ -109,12 +109,12 @@ export const texts = {
   'system.hiberfil': ['hiberfil.sys', 'hiberfil.sys'],
   'system.hiberfil.about': [
     'Obsah paměti pro hibernaci a rychlé spuštění. Vypnutím hibernace zmizí.',
-    'Holds the contents of memory for hibernation and fast start-up. It goes when hibernation is switched off.',
+    'Holds the contents of memory for hibernation and fast start-up. It disappears when hibernation is turned off.',
   ],
   'system.pagefile': ['pagefile.sys', 'pagefile.sys'],
   'system.pagefile.about': [
     'Stránkovací soubor: Windows do něj odkládají, co se nevejde do paměti. Nemažte ho.',
-    'The paging file: what does not fit into memory goes here. Do not delete it.',
+    'The paging file: Windows puts here what does not fit into memory. Do not delete it.',
   ],
   'system.swapfile': ['swapfile.sys', 'swapfile.sys'],
   'system.swapfile.about': [
@@ -125,12 +125,12 @@ export const texts = {
   'system.hibernation': ['Hibernace', 'Hibernation'],
   'system.hibernation.about': [
     'Bez ní nefunguje ani rychlé spuštění. Přepíná ji pomocná služba.',
-    'Fast start-up does not work without it either. The helper service switches it.',
+    'Fast start-up does not work without it either. The helper service turns it on and off.',
   ],
-  'system.hibernationOn': ['Hibernace zapnuta', 'Hibernation switched on'],
-  'system.hibernationOff': ['Hibernace vypnuta', 'Hibernation switched off'],
+  'system.hibernationOn': ['Hibernace zapnuta', 'Hibernation turned on'],
+  'system.hibernationOff': ['Hibernace vypnuta', 'Hibernation turned off'],
   'system.hibernationFailed': [
     'Hibernaci se nepodařilo přepnout. {reason}',
-    'Hibernation could not be switched. {reason}',
+    'Hibernation could not be turned on or off. {reason}',
   ],
 } as const;

@@ -8,16 +8,13 @@ export const texts = {
 
   'error.absent': [
     'Stránka není otevřená v programu Varnel, a proto nemá odkud brát údaje.',
-    'This page is not open inside Varnel, so it has nowhere to take its figures from.',
+    'This page is not open inside Varnel, so it cannot get any data.',
   ],
   'error.timeout': ['Program do stanovené doby neodpověděl.', 'The program did not answer in time.'],
-  'error.malformed': [
-    'Program odpověděl nesrozumitelně.',
-    'The answer of the program could not be understood.',
-  ],
+  'error.malformed': ['Program odpověděl nesrozumitelně.', 'The program’s answer could not be understood.'],
   'error.refused': [
     'Program požadavek odmítl a neuvedl důvod.',
-    'The program refused the request and gave no reason.',
+    'The program refused the request without giving a reason.',
   ],
   'error.unknown': ['Něco se nepovedlo.', 'Something went wrong.'],
 
@@ -32,8 +29,8 @@ export const texts = {
   ],
   'data.failed': ['Údaje se nepodařilo načíst', 'The data could not be loaded'],
   'data.failedOld': [
-    'Novější údaje se nepodařilo načíst, zobrazeny jsou z {time}.',
-    'Newer data could not be loaded; what you see is from {time}.',
+    'Novější údaje se nepodařilo načíst, zobrazují se údaje z {time}.',
+    'The data could not be refreshed; what you see is from {time}.',
   ],
 
   'terminal.copy': ['Kopírovat výpis', 'Copy output'],
@@ -52,7 +49,7 @@ export const texts = {
   'table.hidden': ['{n} z nich skrývá filtr', '{n} of them hidden by the filter'],
   'table.selectAll': ['Vybrat všechny řádky', 'Select all rows'],
   'table.selectRow': ['Vybrat řádek {name}', 'Select row {name}'],
-  'table.held': ['Pořadí drží, dokud hýbete ukazatelem.', 'The order holds while you move the pointer.'],
+  'table.held': ['Pořadí se nemění, dokud hýbete ukazatelem.', 'Sorting pauses while you move the pointer.'],
   'table.empty': ['Tabulka je prázdná.', 'The table is empty.'],
   'table.copyName': ['Kopírovat „{name}“', 'Copy “{name}”'],
   'table.noMatch': ['Filtru neodpovídá žádný řádek.', 'No row matches the filter.'],

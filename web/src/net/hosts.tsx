@@ -37,7 +37,7 @@ const isCommentKey = ({ ctrlKey, key }: KeyboardEvent) => ctrlKey && key === '/'
 
 const problemText = ({ kind, word, first = 0 }: Problem) => t(`hosts.${kind}`, { word, first });
 
-/** The text area is uncontrolled and holds only a part of a long file, so that typing does not wait for the rest. */
+/** The text area is uncontrolled and holds a part of a long file, so typing does not wait for the rest. */
 function Editor({ text }: { text: string }) {
   const edited = useStore(draft);
   const area = useRef<HTMLTextAreaElement>(null);
@@ -98,7 +98,7 @@ function Editor({ text }: { text: string }) {
     const place = back ? (before > 0 ? start - 1 : shown.length) : after > 0 ? end + 1 : 0;
     select(place, place);
   }
-  /** Moves the cursor over the edge of the part, as if the area held the whole text. Returns false for other keys. */
+  /** Moves the cursor over the edge of the part. Returns false for keys that stay within it. */
   function leavesPart({ key, shiftKey, ctrlKey }: KeyboardEvent) {
     const { value, selectionStart, selectionEnd } = area.current!;
     if (shiftKey || ctrlKey) return false;

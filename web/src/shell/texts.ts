@@ -24,8 +24,8 @@ export const texts = {
   'badge.user': ['Běžný uživatel', 'Standard user'],
   'badge.admin.hint': ['Varnel běží s právy správce.', 'Varnel runs with administrator rights.'],
   'badge.user.hint': [
-    'Varnel běží bez práv správce. Co je potřebuje, předává pomocné službě.',
-    'Varnel runs without administrator rights. What needs them is handed to the helper service.',
+    'Varnel běží bez práv správce. Úkony, které je vyžadují, předává pomocné službě.',
+    'Varnel runs without administrator rights. Anything that needs them is passed to the helper service.',
   ],
   'badge.service.on': ['Služba běží', 'Service running'],
   'badge.service.off': ['Služba neběží', 'Service not running'],
@@ -39,8 +39,8 @@ export const texts = {
 
   'service.title': ['Pomocná služba neběží', 'The helper service is not running'],
   'service.what': [
-    'Varnel sám pracuje s vašimi běžnými právy. Zásahy, které vyžadují práva správce, předává pomocné službě systému Windows, a ta teď neodpovídá.',
-    'Varnel itself works with your ordinary rights. What needs administrator rights is handed to a helper service of Windows, and that service is not responding now.',
+    'Varnel sám pracuje s vašimi běžnými právy. Zásahy, které vyžadují práva správce, předává své pomocné službě, a ta teď neodpovídá.',
+    'Varnel itself runs with your ordinary rights. Anything that needs administrator rights is passed to its helper service, which is not responding.',
   ],
   'service.stops': ['Dokud služba neběží, nelze:', 'Until the service runs, you cannot:'],
   'service.stops.1': [
@@ -58,20 +58,20 @@ export const texts = {
   'service.works': ['Vše ostatní funguje dál', 'Everything else still works'],
   'service.works.text': [
     'Přehled, seznamy, analýza disku i úklid vašich vlastních souborů na službě nezávisí.',
-    'The dashboard, the lists, disk analysis and cleaning of your own files do not depend on the service.',
+    'The dashboard, the lists, disk analysis and cleaning your own files do not depend on the service.',
   ],
   'service.get': ['Jak ji získat', 'How to get it'],
   'service.get.text': [
-    'Spusťte instalační program Varnelu a nechte v něm zaškrtnutou součást „Pomocná služba“. Je-li už nainstalovaná, spusťte ji ve správci služeb Windows pod názvem „Varnel Helper Service“.',
-    'Run the setup program of Varnel and leave its component “Helper service” ticked. If it is installed already, start “Varnel Helper Service” in the Services console of Windows.',
+    'Spusťte instalační program Varnelu a nechte v něm zaškrtnutou součást „Pomocná služba“. Je-li už nainstalovaná, otevřete Služby (services.msc) a spusťte „Varnel Helper Service“.',
+    'Run Varnel’s setup program and leave the “Helper service” component ticked. If the service is already installed, open Services (services.msc) and start “Varnel Helper Service”.',
   ],
   'service.needed': [
     'Vyžaduje pomocnou službu, která teď neběží.',
-    'Needs the helper service, which is not running now.',
+    'Needs the helper service, which is not running.',
   ],
   'service.refused': [
     'Pomocná služba požadavek nesplnila.',
-    'The helper service did not fulfil the request.',
+    'The helper service did not carry out the request.',
   ],
   'service.back': ['Pomocná služba znovu běží', 'The helper service is running again'],
 
@@ -81,7 +81,7 @@ export const texts = {
   'terminal.output': ['Výpis terminálu', 'Terminal output'],
   'terminal.clear': ['Vymazat výpis', 'Clear output'],
   'terminal.empty': [
-    'Zatím žádný výpis. Objeví se tu, co Varnel a nástroje systému právě dělají.',
+    'Zatím žádný výpis. Varnel a nástroje systému sem vypisují, co právě dělají.',
     'No output yet. What Varnel and the system tools are doing will appear here.',
   ],
   'terminal.unseen': [
@@ -101,8 +101,8 @@ export const texts = {
     { one: 'Move {n} item to the recycle bin?', other: 'Move {n} items to the recycle bin?' },
   ],
   'recycle.body': [
-    'Dohromady {size}. Složky jdou s celým obsahem. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
-    '{size} together. Folders go with everything in them. You can restore the items until you empty the bin. What does not fit into it, or lies on a drive without one, Windows deletes permanently.',
+    'Dohromady {size}. Složky se přesunou s celým obsahem. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
+    '{size} together. Folders are moved with everything in them. You can restore the items until you empty the bin. Whatever does not fit into it, or lies on a drive without one, Windows deletes permanently.',
   ],
   'recycle.done': [
     {
@@ -114,15 +114,15 @@ export const texts = {
   ],
   'recycle.some': [
     'Do koše přesunuto jen {n} z {total}. Ostatní nejspíš používá jiný program nebo k nim chybí oprávnění.',
-    'Only {n} of {total} moved to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
+    'Moved only {n} of {total} to the recycle bin. The others are probably in use by another program, or you have no right to delete them.',
   ],
   'recycle.none': [
     'Do koše se nepodařilo přesunout nic. Položky nejspíš používá jiný program, chybí k nim oprávnění, nebo už neexistují.',
     'Nothing could be moved to the recycle bin. The items are probably in use by another program, you have no right to delete them, or they are already gone.',
   ],
   'recycle.refused': [
-    'Tohle Varnel do koše nepřesune: potřebují to Windows, všechny programy, nebo Varnel sám.',
-    'Varnel does not move this to the recycle bin: Windows, all programs or Varnel itself need it.',
+    'Tohle Varnel do koše nepřesune: potřebují to Windows, jiné programy nebo sám Varnel.',
+    'Varnel does not move this to the recycle bin: Windows, other programs or Varnel itself need it.',
   ],
 
   'explorer.open': ['Otevřít v Průzkumníku', 'Open in Explorer'],
@@ -138,7 +138,7 @@ export const texts = {
 
   'update.willClose': [
     'Po stažení se Varnel zavře a spustí se znovu už v nové verzi.',
-    'After the download Varnel closes, and starts again in the new version.',
+    'After the download, Varnel closes and starts again in the new version.',
   ],
   'update.downloading': ['Stahuje se instalační program…', 'Downloading the installer…'],
 
@@ -157,18 +157,18 @@ export const texts = {
   ],
   'processes.endOwnTitle': ['Ukončit i Varnel?', 'End Varnel as well?'],
   'processes.endOwnBody': [
-    'Varnel je tento program: okno se zavře a rozdělané aktualizace, čištění i neuložené úpravy se ztratí.',
-    'Varnel is this program: its window closes, and running updates, cleaning and unsaved changes are lost.',
+    'Je to přímo Varnel: okno se zavře a rozdělané aktualizace, čištění i neuložené úpravy se ztratí.',
+    'This is Varnel itself: its window closes, and updates in progress, cleaning and unsaved changes are lost.',
   ],
-  'processes.ended': ['{name} (PID {pid}) ukončen', '{name} (PID {pid}) ended'],
-  'processes.gone': ['{name} (PID {pid}) už neběží', '{name} (PID {pid}) is not running any more'],
+  'processes.ended': ['Proces {name} (PID {pid}) ukončen', '{name} (PID {pid}) ended'],
+  'processes.gone': ['Proces {name} (PID {pid}) už neběží', '{name} (PID {pid}) is no longer running'],
   'processes.endFailed': [
-    '{name} (PID {pid}) se nepodařilo ukončit. {reason}',
+    'Proces {name} (PID {pid}) se nepodařilo ukončit. {reason}',
     '{name} (PID {pid}) could not be ended. {reason}',
   ],
   'processes.endRefused': [
     'Buď už skončil, nebo k tomu Varnel nemá právo.',
-    'Either it has ended already, or Varnel has no right to end it.',
+    'It has already ended, or Varnel is not allowed to end it.',
   ],
 
   'network.process': ['Proces', 'Process'],

@@ -97,7 +97,7 @@ export const texts = {
   'obstacle.shifted': ['Nečitelný řádek', 'Unreadable row'],
   'obstacle.cut': ['Zkrácený identifikátor', 'Identifier cut short'],
   'obstacle.characters': ['Nepovolené znaky', 'Characters not allowed'],
-  'obstacle.windows': ['Jen v Nastavení Windows', 'Windows settings only'],
+  'obstacle.windows': ['Jen v Nastavení Windows', 'Windows Settings only'],
   'obstacle.skipped': ['Skryto ve Windows', 'Hidden in Windows'],
   'obstacle.shifted.why': [
     'sloupce ve výpisu nástroje splynuly a nejde je bezpečně rozdělit, řádek je tak, jak přišel.',
@@ -109,17 +109,17 @@ export const texts = {
   ],
   'obstacle.characters.why': [
     'Varnel předá nástroji jen písmena bez diakritiky, číslice, mezery a znaky ( ) - . : _ , jiné odmítne s kódem 999. Aktualizujte přímo v programu nebo v Nastavení Windows.',
-    'Varnel passes only letters without accents, digits, blanks and ( ) - . : _ to the tool and refuses others with code 999. Update it in the program itself or in the Windows settings.',
+    'Varnel passes only letters without accents, digits, spaces and ( ) - . : _ to the tool and refuses others with code 999. Update it in the program itself or in Windows Settings.',
   ],
   'obstacle.windows.why': [
     'program nepochází z wingetu (identifikátor ARP\\…, MSIX\\…), a proto ho Varnel odinstalovat neumí. Odinstalujte ho v Nastavení Windows.',
-    'the program does not come from winget (its identifier is ARP\\…, MSIX\\…), so Varnel cannot uninstall it. Uninstall it in the Windows settings.',
+    'the program does not come from winget (its identifier is ARP\\…, MSIX\\…), so Varnel cannot uninstall it. Uninstall it in Windows Settings.',
   ],
   'obstacle.skipped.why': [
     'ovladač byl ve Windows Update označen jako nechtěný.',
     'the driver was marked as unwanted in Windows Update.',
   ],
-  'obstacle.settings': ['Otevřít Nastavení Windows', 'Open the Windows settings'],
+  'obstacle.settings': ['Otevřít Nastavení Windows', 'Open Windows Settings'],
 
   'scan.apps': ['Hledají se aktualizace programů', 'Looking for program updates'],
   'scan.drivers': [
@@ -186,7 +186,7 @@ export const texts = {
   'restart.title': ['Restartovat Windows?', 'Restart Windows?'],
   'restart.body': [
     'Uložte si práci: všechny programy se zavřou, i Varnel.',
-    'Save your work: all programs will be closed, Varnel too.',
+    'Save your work: all programs will be closed, including Varnel.',
   ],
   'restart.verb': ['Restartovat', 'Restart'],
   'restart.failed': [
@@ -234,7 +234,7 @@ export const texts = {
   'code.restart': ['Dokončí se po restartu.', 'A restart finishes it.'],
   'code.restartFirst': ['Nejdřív restartujte Windows.', 'Restart Windows first.'],
   'code.cancelled': ['Zrušeno uživatelem.', 'Cancelled by the user.'],
-  'code.notOffered': ['Windows Update ho už nenabízí.', 'Windows Update does not offer it any more.'],
+  'code.notOffered': ['Windows Update už ovladač nenabízí.', 'Windows Update no longer offers it.'],
   'code.driver': ['Instalace ovladače se nezdařila.', 'The driver could not be installed.'],
   'code.search': ['Hledání ve Windows Update se nezdařilo.', 'Windows Update could not be searched.'],
   'code.noAgent': ['Služba Windows Update není dostupná.', 'Windows Update is not available.'],
