@@ -7,6 +7,7 @@ import { startDiagnostics } from '../net/diagnostics.ts';
 import { startServiceDialog } from '../shell/service.tsx';
 import { keepSorts, settingsDocument } from '../shell/settings.ts';
 import { startStatus } from '../shell/status.ts';
+import { telemetry } from '../shell/telemetry.ts';
 import { startTerminal } from '../shell/terminal.ts';
 import { startQueue } from '../software/queue.ts';
 import { startAutoScan } from '../software/scan.ts';
@@ -26,6 +27,7 @@ startDiagnostics();
 host.on('error', ({ message }) => toast(message, { error: true }));
 
 void settingsDocument.reload().then(keepSorts);
+if (!document.hidden) void telemetry.reload(); // the host measures while the page is drawn
 
 // The skeleton stays, for a limited time, until theme and language are known, so that the user sees
 // neither change.

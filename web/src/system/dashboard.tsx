@@ -21,8 +21,9 @@ import { Sparkline } from './sparkline.tsx';
 
 const fullDiskPercent = 90;
 
+/** Loads the next sample, but none right after another one: its load would be that of a moment. */
 function pollTelemetry() {
-  void telemetry.reload();
+  if (Date.now() - (telemetry.get().at ?? 0) > telemetryPeriodMs / 2) void telemetry.reload();
 }
 
 function refresh() {
