@@ -62,7 +62,7 @@ export function Diagnostics() {
             </p>
             {state.active && <Button onClick={stopShowing}>{t('diagnostics.stop')}</Button>}
           </div>
-          <ToolLog label={t('diagnostics.output')} lines={run.lines} />
+          <ToolLog label={t('jobs.log')} lines={run.lines} />
         </>
       )}
     </Card>

@@ -176,7 +176,7 @@ interface PartBarProps {
 function PartBar({ before, lines, after, goTo, turn }: PartBarProps) {
   const to = before + lines;
   return (
-    <div class="find table-bar line" role="group" aria-label={t('hosts.parts')}>
+    <div class="find table-bar line">
       <IconButton icon="chevronUp" label={t('hosts.partBefore')} onClick={() => turn(true)} />
       <IconButton icon="chevronDown" label={t('hosts.partAfter')} onClick={() => turn(false)} />
       <span class="muted" role="status">

@@ -55,7 +55,6 @@ export const texts = {
     'Skončilo. Návratový kód nelze přiřadit, současně dobíhal předchozí nástroj.',
     'Ended. The exit code is uncertain, because the previous tool was finishing at the same time.',
   ],
-  'diagnostics.output': ['Výpis nástroje', 'Tool output'],
 
   'exit.code': ['kód {code}', 'code {code}'],
   'exit.replied': ['Přišla aspoň jedna odpověď.', 'At least one reply arrived.'],
@@ -94,7 +93,6 @@ export const texts = {
   'hosts.findHint': ['Najít (Ctrl+F)', 'Find (Ctrl+F)'],
   'hosts.next': ['Další (F3)', 'Next (F3)'],
   'hosts.previous': ['Předchozí (Shift+F3)', 'Previous (Shift+F3)'],
-  'hosts.parts': ['Zobrazená část souboru', 'Part of the file shown'],
   'hosts.part': ['Řádky {from}–{to} z {total}', 'Lines {from}–{to} of {total}'],
   'hosts.partBefore': ['Předchozí část', 'Previous part'],
   'hosts.partAfter': ['Další část', 'Next part'],
@@ -143,7 +141,6 @@ export const texts = {
   'variables.user': ['jen pro vás', 'only you'],
   'variables.system': ['celý počítač', 'whole computer'],
   'variables.value': ['Hodnota', 'Value'],
-  'variables.scope': ['Pro koho', 'Applies to'],
   'variables.add': ['Přidat proměnnou', 'Add variable'],
   'variables.edit': ['Upravit', 'Edit'],
   'variables.delete': ['Smazat', 'Delete'],

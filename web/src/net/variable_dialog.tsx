@@ -112,7 +112,7 @@ interface NewVariableProps {
 function NewVariable({ id, now, fault, change }: NewVariableProps) {
   return (
     <>
-      <label for={`${id}-scope`}>{t('variables.scope')}</label>
+      <label for={`${id}-scope`}>{t('app.scope')}</label>
       <select
         id={`${id}-scope`}
         value={now.scope}

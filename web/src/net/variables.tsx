@@ -26,7 +26,7 @@ const columns: Column<Variable>[] = [
   { id: 'name', title: 'app.name', value: ({ name }) => name, width: '16rem' },
   {
     id: 'scope',
-    title: 'variables.scope',
+    title: 'app.scope',
     value: scopeText,
     cell: (one) => (
       <>

@@ -7,6 +7,7 @@ export const texts = {
   'app.name': ['Název', 'Name'],
   'app.seconds': ['{n} s', '{n} s'],
   'app.web': ['Hledat na webu', 'Search the web'],
+  'app.scope': ['Pro koho', 'Applies to'],
   'app.size': ['Velikost', 'Size'],
 
   'view.dashboard': ['Přehled', 'Dashboard'],

@@ -62,7 +62,7 @@ const columns: Column<StartupItem>[] = [
   },
   {
     id: 'scope',
-    title: 'startup.scope',
+    title: 'app.scope',
     value: ({ scope }) => t(scope === 'HKCU' ? 'startup.user' : 'startup.machine'),
     width: '10rem',
     drop: 2,

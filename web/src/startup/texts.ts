@@ -33,7 +33,6 @@ export const texts = {
   'startup.high': ['vysoký', 'high'],
   'startup.medium': ['střední', 'medium'],
   'startup.low': ['nízký', 'low'],
-  'startup.scope': ['Pro koho', 'Applies to'],
   'startup.user': ['jen pro vás', 'only you'],
   'startup.machine': ['všichni uživatelé', 'all users'],
   'startup.command': ['Příkaz', 'Command'],
