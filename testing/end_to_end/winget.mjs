@@ -4,7 +4,7 @@ import { press } from './harness.mjs';
 const crlf = (text) => text.replace(/^\n/, '').replaceAll('\n', '\r\n');
 export const kSpinner = `\r   - \r   \\ \r   | \r${' '.repeat(120)}\r`;
 
-// What the tool leaves between columns is one blank where a cell is the widest; the second table is not read.
+// What the tool leaves between columns is one blank where a cell is the widest.
 const kUpdates = crlf(`
 Name                         Id                Version Available Source
 ------------------------------------------------------------------------
@@ -15,11 +15,6 @@ Rill SDK                     Rill.SDK          < 6.0.8 6.0.8     winget
 Peat Notes                   Peat.NotesWithAc… 2.0     2.1       winget
 Fen Poznámky                 Fen.C++           1.0     1.1       winget
 6 upgrades available.
-
-The following packages have an upgrade available, but require explicit targeting for upgrade:
-Name        Id           Version Available Source
--------------------------------------------------
-Moor Studio Moor.Studio  1.0     2.0       winget
 `);
 // The row with the widest identifier and no source comes as two cells, and the list takes three.
 const kInstalled = crlf(`
