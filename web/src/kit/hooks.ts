@@ -59,6 +59,7 @@ export function usePolling(poll: () => void, periodMs: number) {
 /** Calls `measure` when the element is first drawn and whenever its size changes. */
 export function useSize(ref: RefObject<HTMLElement | null>, measure: () => void) {
   useLayoutEffect(() => {
+    measure();
     const observer = new ResizeObserver(measure);
     observer.observe(ref.current!);
     return () => observer.disconnect();

@@ -148,11 +148,12 @@ function Items({ items }: { items: StartupItem[] }) {
   const chosen = useStore(startupKind);
   const gone = useStore(missing);
   const selection = useSelection('startup');
-  const chips = (Object.keys(kinds) as StartupKind[])
-    .map((id) => ({ id, title: t(`startup.kind.${id}`), count: items.filter(kinds[id]).length }))
-    .filter(({ id, count }) => id !== 'missing' || count > 0);
-  const kind = chips.some(({ id }) => id === chosen) ? chosen : 'all';
-  const rows = useMemo(() => items.filter(kinds[kind]), [items, kind, gone]);
+  const chips = (Object.keys(kinds) as StartupKind[]).map((id) => ({
+    id,
+    title: t(`startup.kind.${id}`),
+    count: items.filter(kinds[id]).length,
+  }));
+  const rows = useMemo(() => items.filter(kinds[chosen]), [items, chosen, gone]);
   return (
     <Table
       label={t('view.startup')}
@@ -179,7 +180,7 @@ function Items({ items }: { items: StartupItem[] }) {
             <Chips
               label={t('startup.kinds')}
               chips={chips}
-              active={kind}
+              active={chosen}
               onChoose={(id) => startupKind.set(id)}
             />
           )}

@@ -31,7 +31,8 @@ export function useScroller(count: number, state: Store<TableState>) {
   useSize(ref, () => {
     const { clientHeight, clientWidth } = ref.current!;
     const rem = parseFloat(getComputedStyle(document.documentElement).fontSize);
-    setBox({ height: clientHeight, widthRem: clientWidth / rem, rowHeight: 2.25 * rem });
+    const box = { height: clientHeight, widthRem: clientWidth / rem, rowHeight: 2.25 * rem };
+    setBox((was) => (was.height === box.height && was.widthRem === box.widthRem ? was : box));
   });
   const range =
     count > windowedAbove
