@@ -67,7 +67,7 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
   } cases[] = {
       {"no size known", 0, {{0x28, mb_8192, 0x1A, 3200}}, L"16 GB DDR4"},
       {"no table", 8, {}, L"8 GB"},
-      {"2.1, no speed field", 4, {{0x15, 4096, 0x18, 1600}}, L"4 GB DDR3"},
+      {"2.1, no speed field, uneven", 7, {{0x15, 4096, 0x18, 1600}, {0x15, 2048}}, L"7 GB DDR3 (2x 3 GB)"},
       {"shortest with a configured speed", 8, {{0x24, mb_8192, 0x1A, 0, 2933}}, L"8 GB DDR4 @ 2933 MHz"},
       {"3.3, two modules, two empty slots",
        32,
@@ -83,7 +83,6 @@ TEST(MemoryLine, DescribesModulesOfEveryTableVersion) {
        L"16 GB DDR4 @ 3200 MHz (2x 8 GB)"},
       {"speed 0xFFFF is none", 16, {{0x5C, mb_16384, 0x22, 0xFFFF, 0xFFFF}}, L"16 GB DDR5"},
       {"unknown type with a speed", 32, {{0x28, mb_16384, 0x1B, 2666}}, L"32 GB DDR @ 2666 MHz"},
-      {"uneven", 20, {{0x28, 8192, 0x1A}, {0x28, 8192, 0x1A}, {0x28, 4096, 0x1A}}, L"20 GB DDR4 (3x 6 GB)"},
       {"formatted area too short to tell a type", 8, {{0x13, mb_8192, 0x1A}}, L"8 GB"},
   };
   for (const auto& c : cases) EXPECT_EQ(MemoryLine(c.total_gb, c.devices), c.want) << c.name;
