@@ -208,7 +208,7 @@ const columns: Column<Ignored>[] = [
     value: ({ version }) => version ?? t('settings.ignored.every'),
     width: '9rem',
   },
-  { id: 'type', title: 'settings.ignored.type', value: ({ type }) => type, width: '12rem', drop: 1 },
+  { id: 'type', title: 'app.kind', value: ({ type }) => type, width: '12rem', drop: 1 },
 ];
 
 function IgnoreList({ entries }: { entries: Ignored[] }) {

@@ -82,7 +82,6 @@ export const texts = {
     'The list is empty. Add updates from the row menu in Software.',
   ],
   'settings.ignored.id': ['Položka', 'Item'],
-  'settings.ignored.type': ['Druh', 'Kind'],
   'settings.ignored.every': ['všechny', 'all'],
   'settings.remove': ['Odebrat ze seznamu', 'Remove from the list'],
   'settings.removed': [

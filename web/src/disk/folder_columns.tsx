@@ -55,7 +55,7 @@ export const folderColumns: Column<FolderRow>[] = [
   },
   {
     id: 'kind',
-    title: 'disk.kind',
+    title: 'app.kind',
     value: (row) => t(`kind.${kindOf(row)}`),
     text: (row) => (isUnknown(row) ? t('disk.unknown') : t(`kind.${kindOf(row)}`)),
     cell: (row) =>

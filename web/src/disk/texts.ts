@@ -35,7 +35,6 @@ export const texts = {
   ],
   'disk.contents': ['Obsah složky', 'Folder contents'],
   'disk.share': ['Podíl', 'Share'],
-  'disk.kind': ['Druh', 'Kind'],
   'disk.unknown': ['bez údajů', 'no figures'],
   'disk.unknownHint': [
     'Složka je prázdná, nepřístupná, nebo ji analýza neprošla, třeba proto, že je odkazem jinam.',

@@ -56,7 +56,6 @@ export const texts = {
     'Ended. The exit code is uncertain, because the previous tool was finishing at the same time.',
   ],
 
-  'exit.code': ['kód {code}', 'code {code}'],
   'exit.replied': ['Přišla aspoň jedna odpověď.', 'At least one reply arrived.'],
   'exit.silent': [
     'Nepřišla žádná odpověď, nebo název neexistuje.',

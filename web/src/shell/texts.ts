@@ -8,6 +8,7 @@ export const texts = {
   'app.seconds': ['{n} s', '{n} s'],
   'app.web': ['Hledat na webu', 'Search the web'],
   'app.scope': ['Pro koho', 'Applies to'],
+  'app.kind': ['Druh', 'Kind'],
   'app.size': ['Velikost', 'Size'],
 
   'view.dashboard': ['Přehled', 'Dashboard'],
@@ -134,6 +135,7 @@ export const texts = {
 
   'disk.copyPath': ['Kopírovat cestu', 'Copy path'],
 
+  'exit.code': ['kód {code}', 'code {code}'],
   'jobs.log': ['Výpis nástroje', 'Tool output'],
   'jobs.abandon': ['Nečekat dál', 'Stop waiting'],
 

@@ -110,7 +110,7 @@ function JobRow(job: Job) {
         <div class="outcome small">
           {code === undefined
             ? t('jobs.noEnd')
-            : `${word ? t(`code.${word}`) : ''} (${t('jobs.code', { code: codeText(code) })})`}
+            : `${word ? t(`code.${word}`) : ''} (${t('exit.code', { code: codeText(code) })})`}
           <Button icon="refresh" onClick={() => enqueue([job])}>
             {t('app.retry')}
           </Button>

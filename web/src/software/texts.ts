@@ -161,7 +161,6 @@ export const texts = {
   'jobs.restart': ['čeká na restart', 'needs restart'],
   'jobs.failed': ['nezdařilo se', 'failed'],
   'jobs.unknown': ['výsledek neznámý', 'result unknown'],
-  'jobs.code': ['kód {code}', 'code {code}'],
   'jobs.noEnd': [
     'Nástroj neohlásil, jak skončil, takže výsledek není známý. Skutečný stav ukáže obnovený seznam.',
     'The result is unknown because the tool did not report how it ended. The refreshed list shows the actual state.',

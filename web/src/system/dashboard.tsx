@@ -145,7 +145,7 @@ function Network({ sample, rates }: Telemetry) {
   const absent = sample.networkAdapter === '' || sample.networkAdapter === 'No Active Adapter';
   const adapter = absent ? t('dashboard.noAdapter') : sample.networkAdapter;
   return (
-    <Card title={t('dashboard.network')} class="at-network" aside={<span class="muted">{adapter}</span>}>
+    <Card title={t('view.network')} class="at-network" aside={<span class="muted">{adapter}</span>}>
       <div class="two-sparks" title={t('dashboard.networkHint')}>
         {(['download', 'upload'] as const).map((direction) => {
           const points = rates[direction];

@@ -57,7 +57,7 @@ const columns: Column<ProcessRow>[] = [
   },
   {
     id: 'share',
-    title: 'processes.share',
+    title: 'dashboard.cpu',
     value: ({ share }) => share,
     text: ({ share }) => (share === undefined ? noValue : formatPercent(share, 1)),
     heat: ({ share = 0 }) => (share < 1 ? 0 : heatOf(share, 25)),
@@ -66,7 +66,7 @@ const columns: Column<ProcessRow>[] = [
   },
   {
     id: 'mem',
-    title: 'processes.memory',
+    title: 'dashboard.memory',
     value: (one) => (isMeasured(one) ? one.memUsageMB : undefined),
     text: (one) => (isMeasured(one) ? `${formatNumber(one.mem)}\u00a0MB` : noValue),
     heat: ({ memUsageMB }) => (memUsageMB < 200 ? 0 : heatOf(memUsageMB, 4096)),
@@ -84,7 +84,7 @@ const columns: Column<ProcessRow>[] = [
   },
   {
     id: 'kind',
-    title: 'processes.kind',
+    title: 'app.kind',
     value: (one) => t(`processes.${kindOf(one)}`),
     cell: (one) =>
       kindOf(one) === 'user' ? (

@@ -18,7 +18,6 @@ export const texts = {
     'Estimated from the processor load, not read from a sensor.',
   ],
   'dashboard.graphics': ['Grafika', 'Graphics'],
-  'dashboard.network': ['Síť', 'Network'],
   'dashboard.networkHint': [
     'Součet za všechna rozhraní, jak je vypisují Windows, včetně virtuálních a síťových filtrů. Může být vyšší než rychlost vaší linky.',
     'The sum over all interfaces as Windows lists them, virtual ones and network filters included. It can exceed the speed of your line.',
@@ -49,10 +48,7 @@ export const texts = {
   'dashboard.window': ['poslední 2 minuty', 'last 2 minutes'],
 
   'processes.pid': ['PID', 'PID'],
-  'processes.share': ['Procesor', 'Processor'],
-  'processes.memory': ['Paměť', 'Memory'],
   'processes.time': ['Čas procesoru', 'Processor time'],
-  'processes.kind': ['Druh', 'Kind'],
   'processes.system': ['systémový', 'system'],
   'processes.user': ['program', 'program'],
   'processes.systemHint': ['Systémové procesy Varnel neukončuje.', 'Varnel does not end system processes.'],
