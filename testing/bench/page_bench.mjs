@@ -1,12 +1,11 @@
 // Measures the built page as the user experiences it, with a stand-in for the host: node page_bench.mjs
 // FOLDER
 import { readFileSync, readdirSync } from 'node:fs';
-import { createRequire } from 'node:module';
 import { join } from 'node:path';
+import { chromium } from '../end_to_end/node_modules/playwright-core/index.mjs';
 
 const root = join(import.meta.dirname, '../..');
 const read = (name) => readFileSync(join(root, name), 'utf8');
-const { chromium } = createRequire(join(root, 'testing/end_to_end/package.json'))('playwright-core');
 const replies = read('web/src/bridge/protocol.ts').matchAll(/^ {2}(\w+): \['(\w+)', \d+\]/gm);
 const types = Object.fromEntries([...replies].map(([, action, type]) => [action, type]));
 const recorded = readdirSync(join(root, 'testing/messages')).map((name) => read(`testing/messages/${name}`));
@@ -37,9 +36,8 @@ function standInHost(types, answers) {
   window.figures = new Promise((done) => shown('[role=meter]', done));
 }
 
-const figures = new Map();
-const note = (name, aim, value) =>
-  figures.set(name, { aim, all: [...(figures.get(name)?.all ?? []), value] });
+const figures = {};
+const note = (name, aim, value) => (figures[name] ??= { aim, all: [] }).all.push(value);
 const ranked = (values, share) => values.toSorted((a, b) => a - b)[Math.floor((values.length - 1) * share)];
 
 async function measure(browser) {
@@ -108,7 +106,7 @@ const args = ['--no-sandbox', '--disable-gpu'];
 const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', args });
 for (let round = 0; round < 3; ++round) await measure(browser);
 await browser.close();
-for (const [name, { aim, all }] of figures) {
+for (const [name, { aim, all }] of Object.entries(figures)) {
   const value = ranked(all, 0.5);
   if (!(value >= 0)) throw new Error(`no figure for ${name}`);
   console.log(`${name.padEnd(46)} ${value.toFixed(1).padStart(7)} (aim: at most ${aim})`);
