@@ -76,6 +76,14 @@ TEST_F(MainWindow, MaximizesOnADoubleClickOnTheIcon) {
   EXPECT_TRUE(IsWindow(window));
 }
 
+TEST_F(MainWindow, TakesTheSuggestedPlaceOnADisplayOfAnotherScale) {
+  const RECT suggested = {60, 40, 1480, 970};
+  Send(WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
+  RECT rect = {};
+  GetWindowRect(State().main_window, &rect);
+  EXPECT_TRUE(EqualRect(&rect, &suggested));
+}
+
 TEST(CreateBrowserEnvironment, FindsTheInstalledRuntime) {
   const std::filesystem::path runtime =
       std::filesystem::temp_directory_path() / "varnel_runtime" / "131.0.2903.86";

@@ -1,26 +1,21 @@
 // The Chromium that shows the program's page.
 import { chromium } from 'playwright-core';
 
-const kChromium = {
-  executablePath: '/usr/bin/chromium',
-  args: [
-    '--disable-gpu',
-    '--disable-quic',
-    '--no-first-run',
-    '--disable-background-networking',
-    '--disable-component-update',
-    '--disable-sync',
-    ...(process.getuid() === 0 ? ['--no-sandbox'] : []),
-  ],
-  // Ctrl+C is for whoever drives: the browser is ended in order.
-  ...{ handleSIGINT: false, handleSIGTERM: false, handleSIGHUP: false },
-};
-
 let browser;
 
 export async function closeBrowser() {
   await browser?.close();
   browser = undefined;
+}
+
+function launch(visible) {
+  return chromium.launch({
+    executablePath: '/usr/bin/chromium',
+    args: ['--disable-gpu', ...(process.getuid() === 0 ? ['--no-sandbox'] : [])],
+    headless: !visible,
+    // Ctrl+C is for whoever drives: the browser is ended in order.
+    ...{ handleSIGINT: false, handleSIGTERM: false, handleSIGHUP: false },
+  });
 }
 
 // What the page finds in window.chrome.webview. Runs in the page before its own scripts.
@@ -37,15 +32,12 @@ function installWebview() {
 
 // A page in which `post` gets what it posts (null for what is no string) and `report` what goes wrong in it.
 export async function newPage({ viewport = { width: 1400, height: 900 }, visible }, report, post) {
-  browser ??= await chromium.launch({ ...kChromium, headless: !visible });
+  browser ??= await launch(visible);
   const look = visible ? { viewport: null } : { viewport, reducedMotion: 'reduce' };
-  const context = await browser.newContext({ ...look, locale: 'cs-CZ' });
-  const page = await context.newPage();
+  const page = await (await browser.newContext({ ...look, locale: 'cs-CZ' })).newPage();
   page.on('console', (line) => line.type() === 'error' && report(`console: ${line.text()}`));
   page.on('pageerror', (error) => report(`page error: ${error.stack ?? error.message}`));
-  page.on('requestfailed', (request) =>
-    report(`request failed: ${request.url()}: ${request.failure()?.errorText}`),
-  );
+  page.on('requestfailed', (request) => report(`request failed: ${request.url()}`));
   await page.exposeFunction('varnelPost', post);
   await page.exposeFunction('varnelProblem', report);
   await page.addInitScript(installWebview);

@@ -3,54 +3,35 @@ import { once } from 'node:events';
 import net from 'node:net';
 import { createInterface } from 'node:readline';
 
-export class Connection {
-  #socket;
-  #waiting = new Map();
-  #nextId = 1;
-  #server = net.createServer((socket) => this.#accept(socket));
-
-  // `hear` gets every document that is no reply.
-  constructor(hear) {
-    this.hear = hear;
-  }
-
-  async listen() {
-    await once(this.#server.listen(0, '127.0.0.1'), 'listening');
-    return this.#server.address().port;
-  }
-
-  close() {
-    this.#socket?.destroy();
-    this.#server.close();
-  }
-
-  // Asks the loader on the program's UI thread; the answer comes after the program's handlers have returned.
-  request(command, fields = {}) {
-    const id = this.#nextId++;
-    return new Promise((resolve, reject) => {
-      if (!this.#socket?.writable) return reject(new Error(`${command}: the program is not connected`));
-      this.#waiting.set(id, { command, resolve, reject });
-      this.#socket.write(`${JSON.stringify({ command, id, ...fields })}\n`);
-    });
-  }
-
-  #accept(socket) {
-    this.#socket = socket;
-    socket.setNoDelay(true);
-    socket.on('close', () => {
-      for (const { command, reject } of this.#waiting.values())
-        reject(new Error(`the program ended during ${command}`));
-      this.#waiting.clear();
-    });
+// Waits on a port of its own for the loader; `hear` gets every document that is no reply.
+export async function listen(hear) {
+  let socket;
+  const waiting = []; // for replies, by the number of the request
+  const server = net.createServer((accepted) => {
+    server.close(); // a program that this one starts has no driver
+    socket = accepted.setNoDelay(true);
     const lines = createInterface({ input: socket });
     // A killed program resets the connection; "close" follows.
     for (const end of [socket, lines]) end.on('error', () => {});
+    socket.on('close', () => {
+      for (const { command, reject } of waiting) reject(new Error(`the program ended during ${command}`));
+    });
     lines.on('line', (line) => {
       const document = JSON.parse(line);
-      const waiting = this.#waiting.get(document.reply);
-      this.#waiting.delete(document.reply);
-      if (waiting) waiting.resolve(document);
-      else this.hear(document);
+      if ('reply' in document) waiting[document.reply].resolve(document);
+      else hear(document);
     });
-  }
+  });
+  await once(server.listen(0, '127.0.0.1'), 'listening');
+  return {
+    port: server.address().port,
+    close: () => server.close() && socket?.destroy(),
+    // Asks the loader on the program's UI thread; the answer comes after the program's handlers have returned.
+    request: (command, fields = {}) =>
+      new Promise((resolve, reject) => {
+        if (!socket?.writable) return reject(new Error(`${command}: the program is not connected`));
+        const id = waiting.push({ command, resolve, reject }) - 1;
+        socket.write(`${JSON.stringify({ command, id, ...fields })}\n`);
+      }),
+  };
 }

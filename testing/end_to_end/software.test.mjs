@@ -124,7 +124,7 @@ test('drivers are installed by the service, or else here; an end that is not tol
     // The service closes the pipe before its exit record: nothing is said of an end, and after a minute of
     // silence the user may stop waiting.
     await page.clock.install();
-    await app.startService({ installDriver: { stream: [{ type: 'stdout', message: 'Stahuji „Brook“' }] } });
+    await app.startService({ installDriver: { reply: { type: 'stdout', message: 'Stahuji „Brook“' } } });
     await openList(app, 'drivers');
     await install(kFirmware);
     const firmware = page.locator(`[data-job="${kFirmware}"]`);

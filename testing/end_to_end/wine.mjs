@@ -1,26 +1,19 @@
 // The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
-import { spawn, execFile } from 'node:child_process';
+import { execFile, spawn } from 'node:child_process';
 import { once } from 'node:events';
 import { existsSync, readFileSync, readdirSync } from 'node:fs';
-import {
-  cp,
-  lstat,
-  mkdir,
-  mkdtemp,
-  readFile,
-  readdir,
-  rename,
-  rm,
-  unlink,
-  writeFile,
-} from 'node:fs/promises';
+import * as fs from 'node:fs/promises';
 import { createServer } from 'node:net';
 import { dirname, join, normalize } from 'node:path';
-import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
-export const root = fileURLToPath(new URL('../..', import.meta.url));
+export const root = join(import.meta.dirname, '../..');
 export const buildFolder = process.env.VARNEL_BUILD ?? join(root, 'build/mingw');
+export const standIn = (name) => join(buildFolder, 'stand_ins', name);
+// What a release changes, and all the rest follows.
+export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
+  readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),
+);
 
 // Whether nobody else holds a name, which this process then keeps to its end: a lock that no crash leaves behind.
 export function holds(name) {
@@ -31,32 +24,18 @@ export function holds(name) {
 }
 
 // Two test files may run beside each other: each has a prefix of its own.
-const kPrefix = process.env.WINEPREFIX ?? process.env.VARNEL_WINEPREFIX ?? join(root, 'build/wine');
+const kPrefix = process.env.WINEPREFIX ?? join(root, 'build/wine');
 export const prefix = (await holds(kPrefix)) ? kPrefix : `${kPrefix}2`;
-// What a release changes, and all the rest follows.
-export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
-  readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),
-);
 export const driveC = join(prefix, 'drive_c');
 export const kHosts = join(driveC, 'windows/system32/drivers/etc/hosts');
 
 const runFile = promisify(execFile);
-let display; // the Xvfb process, when it is ours
-
-// A virtual display on a free number, unless there is a display and the caller wants to be seen.
-async function ensureDisplay(visible) {
-  if (display || (visible && process.env.DISPLAY)) return;
-  const args = ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'];
-  display = spawn('Xvfb', args, { stdio: ['ignore', 'ignore', 'ignore', 'pipe'], detached: true });
-  process.on('exit', () => display?.kill());
-  const [number] = await once(display.stdio[3], 'data');
-  process.env.DISPLAY = `:${String(number).trim()}`;
-}
+const kEnvironment = { WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=' };
+// Not before it is needed: the display may come later.
+const wineEnvironment = (extra) => ({ ...process.env, LC_ALL: 'C.UTF-8', ...kEnvironment, ...extra });
 
 const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
 
-// Looks again and again, at the latest when `woken` settles, until `look` gives something other than undefined
-// or false: that.
 export async function until(look, what, milliseconds = kWaitMs, woken = () => undefined) {
   for (const late = Date.now() + milliseconds; ;) {
     const value = await look();
@@ -66,32 +45,28 @@ export async function until(look, what, milliseconds = kWaitMs, woken = () => un
   }
 }
 
-const kEnvironment = {
-  ...{ WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=', LC_ALL: 'C.UTF-8' },
-};
-// Not before it is needed: the display may come later.
-const wineEnvironment = (extra) => ({ ...process.env, ...kEnvironment, ...extra });
+let display; // the Xvfb process, when it is ours
 
+// Makes the prefix and a virtual display on a free number, unless there is a display and the caller wants to be seen.
 export async function prepareWine({ visible = false } = {}) {
-  await ensureDisplay(visible);
+  if (!display && !(visible && process.env.DISPLAY)) {
+    const args = ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'];
+    display = spawn('Xvfb', args, { stdio: ['ignore', 'ignore', 'ignore', 'pipe'], detached: true });
+    process.on('exit', () => display?.kill());
+    process.env.DISPLAY = `:${String(await once(display.stdio[3], 'data')).trim()}`;
+  }
   if (!existsSync(join(prefix, 'system.reg'))) {
-    await mkdir(prefix, { recursive: true });
+    await fs.mkdir(prefix, { recursive: true });
     await runFile('wineboot', ['-u'], { env: wineEnvironment() });
   }
-  await keepHomeOut();
   // Windows always has a hosts file; without one the program asks the helper service for it.
-  await mkdir(dirname(kHosts), { recursive: true });
-  await writeFile(kHosts, '', { flag: 'a' });
-}
-
-// Wine links the user's Downloads, Documents and so on to the home folder of whoever runs it: no test may delete there.
-async function keepHomeOut() {
-  const users = join(driveC, 'users');
-  for (const entry of await readdir(users, { recursive: true, withFileTypes: true })) {
-    if (!entry.isSymbolicLink()) continue;
-    const path = join(entry.path, entry.name);
-    await unlink(path);
-    await mkdir(path);
+  await fs.mkdir(dirname(kHosts), { recursive: true });
+  await fs.writeFile(kHosts, '', { flag: 'a' });
+  // Wine links Downloads, Documents and so on to the home folder of whoever runs it: no test may delete there.
+  const users = await fs.readdir(join(driveC, 'users'), { recursive: true, withFileTypes: true });
+  for (const entry of users.filter((one) => one.isSymbolicLink())) {
+    await fs.unlink(join(entry.path, entry.name));
+    await fs.mkdir(join(entry.path, entry.name));
   }
 }
 
@@ -104,51 +79,65 @@ export async function endWine() {
   display = undefined;
 }
 
+// --- files ------------------------------------------------------------------------------------------------------------
+
 // A folder on drive C that is gone after remove(). `windows` and `unix` are its two names; `name` may say where.
 export async function makeFolder(name = 'varnel-test-') {
-  await mkdir(driveC, { recursive: true });
-  const unix = await mkdtemp(join(driveC, name));
+  await fs.mkdir(driveC, { recursive: true });
+  const unix = await fs.mkdtemp(join(driveC, name));
   const windows = `C:\\${unix.slice(driveC.length + 1).replaceAll('/', '\\')}`;
-  return { unix, windows, remove: () => rm(unix, { recursive: true, force: true }) };
+  return { unix, windows, remove: () => fs.rm(unix, { recursive: true, force: true }) };
 }
 
-// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it: what exists in other letter case is
-// that entry.
+// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it: what exists in other
+// letter case is that entry.
 export function unixPath(windowsPath) {
-  const [, drive, rest] = /^([CZ]):\\?(.*)$/i.exec(windowsPath) ?? [];
-  if (!drive) throw new Error(`not a path of drive C or Z: ${windowsPath}`);
+  const [, drive, rest] = /^([CZ]):\\?(.*)$/i.exec(windowsPath);
   let path = drive.toUpperCase() === 'C' ? driveC : '/';
   for (const name of normalize(rest.replaceAll('\\', '/')).split('/')) {
-    const exact = join(path, name);
-    const same =
-      existsSync(exact) || !existsSync(path)
-        ? undefined
-        : readdirSync(path).find((entry) => entry.toLowerCase() === name.toLowerCase());
-    path = same ? join(path, same) : exact;
+    const isKnown = existsSync(join(path, name)) || !existsSync(path);
+    const isSame = (entry) => entry.toLowerCase() === name.toLowerCase();
+    path = join(path, (isKnown ? undefined : readdirSync(path).find(isSame)) ?? name);
   }
   return path;
 }
 
 // Every file in a folder and below it, {path, size}; links are neither listed nor followed.
 export async function filesBelow(unix) {
-  const entries = existsSync(unix) ? await readdir(unix, { withFileTypes: true, recursive: true }) : [];
+  const entries = existsSync(unix) ? await fs.readdir(unix, { withFileTypes: true, recursive: true }) : [];
   const paths = entries.filter((entry) => entry.isFile()).map(({ path, name }) => join(path, name));
-  return Promise.all(paths.map(async (path) => ({ path, size: (await lstat(path)).size })));
+  return Promise.all(paths.map(async (path) => ({ path, size: (await fs.lstat(path)).size })));
 }
 
-// Starts a Windows program; `output` is what it has written so far, `ended` settles with its exit code (or signal),
-// which is its `code` then.
+export async function copyInto(folder, files) {
+  await fs.mkdir(folder, { recursive: true });
+  for (const [name, source] of Object.entries(files)) await fs.cp(source, join(folder, name));
+}
+
+export async function withAway(paths, body) {
+  const moved = paths.map(unixPath).filter((path) => existsSync(path));
+  if (moved.length === 0) throw new Error(`none of ${paths.join(', ')} is there`);
+  for (const path of moved) await fs.rename(path, `${path}.away`);
+  try {
+    return await body();
+  } finally {
+    for (const path of moved) await fs.rename(`${path}.away`, path);
+  }
+}
+
+// --- programs ---------------------------------------------------------------------------------------------------------
+
 export function startInPrefix(program, args = [], { env, cwd } = {}) {
   // In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
   const options = { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), cwd, detached: true };
   const child = spawn('wine', [program, ...args], options);
   child.output = '';
+  child.stdin.on('error', () => {}); // it may have ended
   child.stdout.setEncoding('utf8').on('data', (text) => (child.output += text));
   child.ended = once(child, 'exit').then(([code, signal]) => (child.code = signal ?? code));
   return child;
 }
 
-// Runs a Windows program to its end: {code, stdout}. Programs of Windows by bare name, stand-ins by path.
 export async function runInPrefix(program, args = [], options = {}) {
   const child = startInPrefix(program, args, options);
   child.stdin.end();
@@ -156,95 +145,63 @@ export async function runInPrefix(program, args = [], options = {}) {
   return { code, stdout: child.output.replaceAll('\r\n', '\n') };
 }
 
-// Values of a registry key as its exported text has them, {name: 'hex:02,00' or '"text"'}, with text that Windows expands as
-// 'expand:text'; undefined when there is no such key.
-export async function readRegistry(key) {
+// --- the registry -----------------------------------------------------------------------------------------------------
+
+// The text of an exported key; undefined when there is no such key.
+async function exportKey(key) {
   const file = await makeFolder('registry-');
   const { code } = await runInPrefix('reg', ['export', key, `${file.windows}\\key.reg`, '/y']);
-  const text = code === 0 ? await readFile(join(file.unix, 'key.reg'), 'utf16le') : undefined;
+  const text = code === 0 ? await fs.readFile(join(file.unix, 'key.reg'), 'utf16le') : undefined;
   await file.remove();
-  const expand = (hex) =>
-    `expand:${Buffer.from(hex.replaceAll(',', ''), 'hex').toString('utf16le').replace(/\0$/, '')}`;
-  const lines = text?.replace(/\\\r?\n */g, '').matchAll(/^"((?:[^"\\]|\\.)*)"=(.*?)\r?$/gm);
-  return (
-    lines &&
-    Object.fromEntries(
-      [...lines].map(([, name, data]) => [
-        name.replace(/\\(.)/g, '$1'),
-        data.replace(/^hex\(2\):(.*)$/, (_, hex) => expand(hex)),
-      ]),
-    )
-  );
+  return text;
 }
+
+async function importKeys(text) {
+  const file = await makeFolder('registry-');
+  await fs.writeFile(join(file.unix, 'keys.reg'), text, 'utf16le');
+  const { code } = await runInPrefix('reg', ['import', `${file.windows}\\keys.reg`]);
+  await file.remove();
+  if (code !== 0) throw new Error(`reg ended with ${code} at ${text}`);
+}
+
+export async function readRegistry(key) {
+  const text = await exportKey(key);
+  const expand = (_, hex) =>
+    `expand:${Buffer.from(hex.replaceAll(',', ''), 'hex').toString('utf16le').replace(/\0$/, '')}`;
+  const values = {};
+  const lines = text?.replace(/\\\r?\n */g, '').matchAll(/^"((?:[^"\\]|\\.)*)"=(.*?)\r?$/gm);
+  for (const [, name, data] of lines ?? [])
+    values[name.replace(/\\(.)/g, '$1')] = data.replace(/^hex\(2\):(.*)$/, expand);
+  return text && values;
+}
+
+export const registryText = (text) => `"${text.replace(/["\\]/g, '\\$&')}"`;
 
 const kHives = { HKCU: 'HKEY_CURRENT_USER', HKLM: 'HKEY_LOCAL_MACHINE' };
 
-async function reg(...words) {
-  const { code } = await runInPrefix('reg', words);
-  if (code !== 0) throw new Error(`reg ${words.join(' ')} ended with ${code}`);
-}
-
-// A text as an exported key has it.
-export const registryText = (text) => `"${text.replace(/["\\]/g, '\\$&')}"`;
-
-// Writes values of keys, {key: {name: data}}, with data as readRegistry gives them; undefined deletes the value,
-// and null in the place of all values deletes the key.
 export async function writeRegistry(keys) {
-  const expand = (text) =>
-    `hex(2):${Buffer.from(`${text}\0`, 'utf16le')
-      .toString('hex')
-      .replace(/..(?!$)/g, '$&,')}`;
+  const bytes = (_, text) => `hex(2):${Buffer.from(`${text}\0`, 'utf16le').toString('hex').match(/../g)}`;
   const lines = Object.entries(keys).flatMap(([key, values]) => [
     `[${values ? '' : '-'}${key.replace(/^\w+/, (hive) => kHives[hive] ?? hive)}]`,
-    ...Object.entries(values ?? {}).map(
-      ([name, data = '-']) =>
-        `${name === '' ? '@' : registryText(name)}=${data.replace(/^expand:(.*)$/s, (_, text) => expand(text))}`,
-    ),
+    ...Object.entries(values ?? {}).map(([name, data = '-']) => {
+      return `${name === '' ? '@' : registryText(name)}=${data.replace(/^expand:(.*)$/s, bytes)}`;
+    }),
   ]);
-  const file = await makeFolder('registry-');
-  const text = ['\ufeffWindows Registry Editor Version 5.00', ...lines, ''].join('\r\n');
-  await writeFile(join(file.unix, 'keys.reg'), text, 'utf16le');
-  await reg('import', `${file.windows}\\keys.reg`);
-  await file.remove();
+  await importKeys(['\ufeffWindows Registry Editor Version 5.00', ...lines, ''].join('\r\n'));
 }
 
-// Runs `body` with keys as `keys` says: an object of values is all that is there, null is no key, undefined
-// leaves it as it is. Afterwards they are what they were before.
 export async function withRegistry(keys, body) {
   await prepareWine();
-  const kept = await makeFolder('registry-');
+  const names = Object.keys(keys);
   const saved = [];
-  for (const [i, key] of Object.keys(keys).entries()) {
-    const file = `${kept.windows}\\${i}.reg`;
-    if ((await runInPrefix('reg', ['export', key, file, '/y'])).code === 0) saved.push(file);
-  }
-  const none = (names) => Object.fromEntries(names.map((key) => [key, null]));
+  for (const key of names) saved.push(await exportKey(key));
+  const remove = (some) => writeRegistry(Object.fromEntries(some.map((key) => [key, null])));
   try {
-    await writeRegistry(none(Object.keys(keys).filter((key) => keys[key] !== undefined)));
+    await remove(names.filter((key) => keys[key] !== undefined));
     await writeRegistry(Object.fromEntries(Object.entries(keys).filter(([, values]) => values)));
     return await body();
   } finally {
-    await writeRegistry(none(Object.keys(keys)));
-    for (const file of saved) await reg('import', file);
-    await kept.remove();
+    await remove(names);
+    for (const text of saved) if (text) await importKeys(text);
   }
-}
-
-// Runs `body` while files of the prefix, Windows paths, are away; what stands in their place meanwhile goes.
-export async function withAway(paths, body) {
-  const moved = paths.map(unixPath).filter((path) => existsSync(path));
-  if (moved.length === 0) throw new Error(`none of ${paths.join(', ')} is there`);
-  for (const path of moved) await rename(path, `${path}.away`);
-  try {
-    return await body();
-  } finally {
-    for (const path of moved) await rename(`${path}.away`, path);
-  }
-}
-
-export const standIn = (name) => join(buildFolder, 'stand_ins', name);
-
-export async function copyInto(folder, files) {
-  await mkdir(folder, { recursive: true });
-  for (const [name, source] of Object.entries(files)) await cp(source, join(folder, name));
 }
