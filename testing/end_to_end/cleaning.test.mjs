@@ -1,4 +1,4 @@
-// Real junk on drive C of the prefix; what is on the disk is counted from outside Wine.
+// Cleans real junk on drive C of the prefix and checks the disk from outside Wine.
 import assert from 'node:assert/strict';
 import { mkdir, readdir, rm, symlink, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
@@ -20,7 +20,7 @@ const kBrowsers = ['Google\\Chrome', 'Microsoft\\Edge'].flatMap((name) =>
 await prepareWine();
 const kUserTemp = (await wine.runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 
-// Typed by hand: [what is emptied, what is only measured].
+// Typed by hand: [folders to empty, folders only measured].
 const kCategories = {
   windowsTemp: [['C:\\Windows\\Temp'], ['C:\\Windows\\SystemTemp']],
   prefetch: [['C:\\Windows\\Prefetch'], []],
@@ -38,7 +38,7 @@ const kFolders = Object.values(kCategories).flat(2);
 const kDeep = ['x', 'y', 'z'].map((letter) => letter.repeat(120)).join('/');
 const only = (...names) => Object.fromEntries(kNames.map((name) => [name, names.includes(name)]));
 
-// Bytes of every category, links neither counted nor followed; from 1 on only of what its cleaning leaves.
+// Counts the bytes of every category, without links. From 1 on, counts only what its cleaning leaves.
 async function countJunk(from = 0) {
   const sizes = {};
   for (const name of kNames) {
@@ -50,8 +50,8 @@ async function countJunk(from = 0) {
 }
 const sum = (sizes) => Object.values(sizes).reduce((total, size) => total + size, 0);
 
-// Runs `body` with two files in every folder, each of another size, and links to canaries beside both.
-// Nothing may be deleted behind a link, nor a folder itself.
+// Runs `body` with two files of different sizes in every folder, and with links to canaries beside them.
+// Nothing behind a link may be deleted, and no folder itself.
 async function withJunk(body) {
   const outside = await makeFolder('varnel-canary-');
   await writeFile(join(outside.unix, 'canary'), 'canary');
@@ -79,7 +79,7 @@ async function withJunk(body) {
 
 // --- the host ----------------------------------------------------------------------------------------------
 
-test('the service empties in place of the program, and without it each category is emptied alone', () =>
+test('with the service, only the service empties; without it, each category is emptied separately', () =>
   withJunk(() =>
     withVarnel({ page: false, service: {} }, async (app) => {
       const [want, kept] = [await countJunk(), await countJunk(1)];
@@ -115,8 +115,8 @@ test('--silent-clean cleans all categories without a window, a browser or the se
     assert.deepEqual(await countJunk(), kept);
   }));
 
-// Without TMP and TEMP the system answers with the profile folder.
-test('the profile is no temporary folder', async () => {
+// Without TMP and TEMP, the system returns the profile folder.
+test('the profile does not count as a temporary folder', async () => {
   const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Environment';
   const canary = unixPath(`${kUser}\\canary.txt`);
   await writeFile(canary, 'canary');
@@ -149,7 +149,7 @@ test('hibernation is on if the registry says so', () => {
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test('junk is measured, cleaned by choice, and what the page says is what the disk has', () =>
+test("selected junk is cleaned, and the page's figures match the disk", () =>
   withJunk(async () => {
     const locked = join(unixPath(kUserTemp), 'locked.tmp');
     await writeFile(locked, 'x'.repeat(54_321));

@@ -1,4 +1,5 @@
-// The hosts file of the prefix, services of the stand-in service, and devices from a stand-in PowerShell.
+// Tests the hosts file of the prefix, services of the stand-in service, and devices from a stand-in
+// PowerShell.
 import assert from 'node:assert/strict';
 import { readFile, writeFile } from 'node:fs/promises';
 import { afterEach, test } from 'node:test';
@@ -14,7 +15,7 @@ afterEach(() => writeFile(kHosts, kBefore));
 
 // --- the host ----------------------------------------------------------------------------------------------
 
-test('a hosts file that is no UTF-8 is read in the code page of the system', async () => {
+test('a hosts file that is not UTF-8 is read in the code page of the system', async () => {
   const text = '# þába\r\n'.repeat(200_000);
   await writeFile(kHosts, text, 'latin1');
   await withVarnel({ page: false }, async (app) =>
@@ -24,13 +25,13 @@ test('a hosts file that is no UTF-8 is read in the code page of the system', asy
 
 // --- the stories -------------------------------------------------------------------------------------------
 
-// Line ends of all three kinds, a mark at the beginning, tabs, and no end of the last line.
+// All three kinds of line ends, a byte order mark, tabs, and no line end at the end.
 const kMixed =
   '\ufeff# Copyright (c) Varnel\r\n#\t127.0.0.1       localhost\r\n\n127.0.0.1\tlocalhost # žluť\n' +
   '192.0.2.300 spatne.example\r\n# Added by Peat\r192.0.2.10 a.example b.example\r\n  ::1 localhost\n' +
   '192.0.2.11 A.EXAMPLE\r\n192.0.2.13 konec.example';
 
-test('what is typed into the hosts file survives every failure, and the rest keeps its bytes', async () => {
+test('edits of the hosts file survive every failure, and the rest keeps its bytes', async () => {
   await writeFile(kHosts, kMixed);
   await withVarnel({ settings: { theme: 'amethyst', language: 'cs' } }, async (app) => {
     const { page, text } = app;
@@ -46,7 +47,7 @@ test('what is typed into the hosts file survives every failure, and the rest kee
     await editor.waitFor();
     assert.equal(await editor.inputValue(), seen(kMixed));
 
-    // A problem leads to its line, and what is typed there replaces it.
+    // A problem leads to its line, and typing replaces it.
     await page.locator('[data-problem]', { hasText: '192.0.2.300' }).click();
     await page.keyboard.type('192.0.2.3 spravne.example');
     await typeAtEnd('\n192.0.2.14 nový.example');
@@ -60,8 +61,8 @@ test('what is typed into the hosts file survives every failure, and the rest kee
     await toastOf(page, failed, 'alert').waitFor();
     assert.equal(await editor.inputValue(), seen(want));
 
-    // Loading anew does not take it away unasked, and what another program has written meanwhile is not
-    // overwritten unasked.
+    // Neither reloading nor another program's changes may discard or overwrite anything without a
+    // question.
     await page.keyboard.press('F5');
     await press(await dialogOf(page, text('hosts.discardTitle')), text('app.cancel'));
     const slowly = { chunks: [{ reply: { success: true }, delay_ms: 800 }] };
@@ -72,17 +73,17 @@ test('what is typed into the hosts file survives every failure, and the rest kee
     assert.deepEqual([await saved(), await editor.inputValue()], [[], seen(want)]);
     await writeFile(kHosts, kMixed);
 
-    // What is typed while it is being saved is still to be saved.
+    // Text typed during a save is still unsaved.
     await page.keyboard.press('Control+s');
     await typeAtEnd(' # a');
     await toastOf(page, text('hosts.saved')).waitFor();
-    await writeFile(kHosts, want); // as the service does it
+    await writeFile(kHosts, want); // as the service would
     await page.getByText(text('hosts.dirty')).waitFor();
     await page.keyboard.press('Control+s');
     await page.getByText(text('hosts.clean')).waitFor();
     assert.deepEqual(await saved(), [want, `${want} # a`]);
 
-    // A long file is edited part by part and saved whole; the first text can be brought back.
+    // A long file is edited in parts and saved as a whole; the first text can be restored.
     const long = Array.from({ length: 5000 }, (_, i) => `192.0.2.1 host${i}.example`);
     await writeFile(kHosts, long.join('\r\n'));
     await page.keyboard.press('F5');
@@ -103,7 +104,7 @@ test('what is typed into the hosts file survives every failure, and the rest kee
   });
 });
 
-// As PowerShell prints them: with a mark.
+// PowerShell's output, with a byte order mark.
 const kDevices = JSON.stringify([
   { FriendlyName: 'Port #1 & Bridge', Class: 'SYSTEM', Status: 'OK' },
   { FriendlyName: null, Class: 'NET', Status: 'OK' },
@@ -112,14 +113,14 @@ const kDevices = JSON.stringify([
 ]);
 const prints = (text, exit) => ({ steps: [{ hex: 'efbbbf' }, { text: `${text}\r\n` }], exit });
 
-test('development services and their commands; devices, the ones with a problem first', () =>
+test('development services accept commands; devices with a problem come first', () =>
   withVarnel({ language: 'cs', tools: { 'powershell.exe': prints(kDevices) } }, async (app) => {
     const { page, text } = app;
     const [services, devices] = ['developer.services', 'developer.devices'].map((key) => text(key));
     const service = (service_type, status, command) => ({ service_type, status, commands: [command] });
     await openView(page, 'developer');
     await page.click('[data-tab=services]');
-    await page.getByText(text('services.away')).waitFor(); // no dialog but after an act of the user
+    await page.getByText(text('services.away')).waitFor(); // no dialog unless the user acts
     await app.startService({
       get_dev_services: {
         reply: {
@@ -136,7 +137,7 @@ test('development services and their commands; devices, the ones with a problem 
     const shown = (await rowsOf(page, services)).map((cells) => cells.join('|'));
     assert.deepEqual(shown, [`db|${running}||${stop}`, `web|${stopped}||${start}`]);
 
-    // Starting needs no question; whatever else is asked about first.
+    // Starting needs no question; everything else asks first.
     await press(page, start);
     await toastOf(page, text('services.start.done', { title: 'web' })).waitFor();
     await press(page, stop);

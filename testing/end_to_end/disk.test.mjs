@@ -1,4 +1,4 @@
-// A tree on drive C of the prefix; every figure is counted a second time from outside Wine.
+// Scans a tree on drive C of the prefix and counts every figure again from outside Wine.
 import assert from 'node:assert/strict';
 import { mkdir, readdir, symlink, truncate, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
@@ -13,7 +13,8 @@ const kLong = ['x', 'y', 'z'].map((letter) => letter.repeat(100)).join('/');
 const sumOf = (files) => files.reduce((total, { size }) => total + size, 0);
 const windowsPath = (unix) => `C:\\${unix.slice(driveC.length + 1).replaceAll('/', '\\')}`;
 
-// Runs `body` with a tree of what a scan can stumble over. A link leads to what would change every figure.
+// Runs `body` with a tree of everything that a scan may stumble over. A link leads to files that would
+// change every figure.
 async function withTree(body) {
   const tree = await makeFolder('Strom ž-');
   const canary = await makeFolder('varnel-canary-');
@@ -48,7 +49,7 @@ async function withTree(body) {
   }
 }
 
-// {name: size} of a folder: a link to a folder is one without bytes.
+// Returns {name: size} of a folder. A link to a folder has no bytes.
 async function listOutside(unix) {
   const files = await filesBelow(unix);
   const isIn = (name) => (file) => `${file.path}/`.startsWith(`${join(unix, name)}/`);
@@ -59,7 +60,7 @@ const listed = (items) => Object.fromEntries(items.map(({ name, size }) => [name
 
 // --- the host ----------------------------------------------------------------------------------------------
 
-test('an analysis has every figure of the disk, and a listing those of the last one', () =>
+test('an analysis matches the disk, and a listing uses the last analysis', () =>
   withTree((tree) =>
     withVarnel({ page: false }, async (app) => {
       const isDone = ({ type, status }) => type === 'disk_analysis_progress' && status === 'done';
@@ -79,7 +80,7 @@ test('an analysis has every figure of the disk, and a listing those of the last 
         assert.deepEqual([folders, files, await list(none)], [[], [], {}], none);
       }
 
-      // Many at the same time do not mix.
+      // Concurrent analyses do not mix.
       const from = app.messages.length;
       const wanted = {};
       for (const name of ['big', 'Home', 'dots'])
@@ -97,7 +98,7 @@ test('an analysis has every figure of the disk, and a listing those of the last 
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test('a drive is analysed once, walked through, and a folder goes to the recycle bin', () =>
+test('a drive is analysed and browsed, and a folder goes to the recycle bin', () =>
   withTree(async (tree) => {
     const home = await makeHome();
     const settings = { theme: 'amethyst', language: 'en' };
@@ -105,7 +106,7 @@ test('a drive is analysed once, walked through, and a folder goes to the recycle
       const { page } = app;
       const contents = () => rowsOf(page, app.text('disk.contents'));
       const row = (name) => page.locator('tbody tr').filter({ hasText: name }).first();
-      // Table and breadcrumb show a folder, and its figures are those of the disk.
+      // Checks that table and breadcrumb show a folder with the disk's figures.
       const shows = async (unix) => {
         const path = windowsPath(unix).replace(/\\$/, '');
         const crumbs = page.locator('.crumb');
@@ -120,14 +121,14 @@ test('a drive is analysed once, walked through, and a folder goes to the recycle
 
       await openView(page, 'disk');
       await page.click('[data-drive="C:"] input');
-      // Pressed twice before anything is drawn.
+      // Clicks twice before anything is redrawn.
       const start = page.getByRole('button', { name: app.text('disk.analyse', { drive: 'C:' }) });
       await start.evaluate((button) => [button.click(), button.click()]);
       await page.getByRole('grid', { name: app.text('disk.contents') }).waitFor();
       await row(tree.windows.slice(3)).click();
       await page.keyboard.press('Enter');
       await shows(tree.unix);
-      await page.locator('canvas').dblclick({ position: { x: 8, y: 8 } }); // the largest begins the map
+      await page.locator('canvas').dblclick({ position: { x: 8, y: 8 } }); // the map begins with the largest
       await shows(join(tree.unix, 'big'));
       await page.keyboard.press('Backspace');
       await row('Home').click();
@@ -136,7 +137,8 @@ test('a drive is analysed once, walked through, and a folder goes to the recycle
       await look(app, 'disk-map-amethyst-en');
       await page.keyboard.press('Backspace');
 
-      // A folder goes to the bin and leaves every sum; what Windows needs is not offered.
+      // A folder goes to the bin and is subtracted from every sum. A folder that Windows needs is not
+      // offered.
       const remove = async (answer) => {
         await row('Home').click();
         await page.keyboard.press('Delete');

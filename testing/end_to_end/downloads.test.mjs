@@ -1,4 +1,4 @@
-// Old downloads and the recycle bin, looked into from outside Wine.
+// Recycles old downloads and looks into the recycle bin from outside Wine.
 import assert from 'node:assert/strict';
 import { mkdir, readdir, rm, truncate, utimes, writeFile } from 'node:fs/promises';
 import { userInfo } from 'node:os';
@@ -10,7 +10,7 @@ import { unixPath } from './wine.mjs';
 
 const { dialogOf, inWords, makeHome, openView, press, rowsOf, tick, toastOf, withVarnel } = harness;
 
-test('old large downloads go to the recycle bin, and nothing by another name than its own', async () => {
+test('large old downloads go to the recycle bin, and only by their own names', async () => {
   const windows = `C:\\users\\${userInfo().username}\\Downloads`;
   const folder = unixPath(windows);
   const kMiB = 1_048_576;

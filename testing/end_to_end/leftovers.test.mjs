@@ -1,4 +1,4 @@
-// What a program leaves behind: which of it is removed and by whom, and how the user chooses.
+// Tests which leftovers of a program are removed by whom, and how the user chooses them.
 import assert from 'node:assert/strict';
 import { mkdir, readdir, rm, symlink, writeFile } from 'node:fs/promises';
 import { existsSync } from 'node:fs';
@@ -12,8 +12,8 @@ import { makeFolder, readRegistry, unixPath, withRegistry } from './wine.mjs';
 
 const { asked, closeServiceDialog, dialogOf, openView, press, tick, withVarnel } = harness;
 
-test('which leftovers are removed, and by whom', async () => {
-  const place = await makeFolder('users/varnel-test-'); // elsewhere folders are the service's
+test('leftovers are removed by the program or by the service', async () => {
+  const place = await makeFolder('users/varnel-test-'); // other folders belong to the service
   const at = (name) => `${place.windows}\\${name}`;
   const kKey = 'HKCU\\Software\\VarnelTestMaker';
   for (const name of ['held', 'tree/deep', 'beside', 'outside', 'with link']) {
@@ -31,9 +31,9 @@ test('which leftovers are removed, and by whom', async () => {
         (await app.request('cleanLeftovers', { items: [{ type, path }] })).success;
       for (const [type, path, want] of [
         ['directory', at('tree'), true],
-        ['directory', at('tree'), true], // gone already
+        ['directory', at('tree'), true], // already gone
         ['directory', at('held'), false],
-        ['directory', at('with link'), undefined], // Wine cannot remove a link: only its target is looked at
+        ['directory', at('with link'), undefined], // Wine cannot remove a link, so only its target is checked
         ['directory', at('link'), undefined],
         ['', at('outside'), false],
         ['file', at('outside'), false],
@@ -56,7 +56,7 @@ test('which leftovers are removed, and by whom', async () => {
       assert.deepEqual(await readRegistry(kKey), { a: '"b"' });
       holder.kill('SIGKILL');
 
-      // Last: what it would do to the hive if it did anything.
+      // Last, because of the damage to the hive if it did anything.
       assert.equal(await clean('registry', 'HKCU\\'), false);
       assert.ok(await readRegistry('HKCU\\Software'), 'the hive is as it was');
     }),
@@ -64,7 +64,7 @@ test('which leftovers are removed, and by whom', async () => {
   await place.remove();
 });
 
-test('a program is uninstalled and what is left of it goes by choice', async () => {
+test('a program is uninstalled and its selected leftovers are removed', async () => {
   const user = `C:\\users\\${userInfo().username}\\AppData`;
   const [local, machine] = [`${user}\\Local\\Brook\\TarnSync`, 'C:\\Program Files\\Brook\\Tarn Sync'];
   const stays = [`${user}\\Roaming\\Tarn Sync`, `${user}\\Local\\Brook\\Other`];
@@ -117,7 +117,7 @@ test('a program is uninstalled and what is left of it goes by choice', async () 
           await press(question, text('leftovers.verb'));
         };
         await remove(byPublisher);
-        // Without the service only what is the user's own goes; the rest is offered again.
+        // Without the service, only the user's own leftovers are removed; the rest is offered again.
         await closeServiceDialog(page);
         await app.until(async () => (await leftovers()).length === 2, 'what has stayed');
         assert.deepEqual(await leftovers(), [machine, inMachine].sort());

@@ -1,4 +1,4 @@
-// Repairs and the update, with stand-in tools, the stand-in service and a server of the test's own.
+// Tests repairs and the update with stand-in tools, the stand-in service and a server of its own.
 import assert from 'node:assert/strict';
 import { existsSync } from 'node:fs';
 import { cp, mkdir, readFile, readdir, rm, writeFile } from 'node:fs/promises';
@@ -35,7 +35,7 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
   await withVarnel({ page: false, tools }, async (app) => {
     const rebuild = async () => (await app.request('quickAction', { type: 'rebuild-icons' })).success;
     const [explorer, other] = [await app.startTool('Explorer'), await app.startTool('explorer2')];
-    // Not earlier: Wine's own makes the desktop for the first window.
+    // Only now, because Wine's own Explorer creates the desktop for the first window.
     await withAway([kExplorer], async () => {
       assert.equal(await rebuild(), false, 'what cannot be started again is said');
       await explorer.ended;
@@ -53,7 +53,7 @@ test('rebuilding icons ends Explorer, deletes its caches and nothing else, and s
   await rm(cache, { recursive: true });
 });
 
-test('repairs are asked for, run, and say what the tool or the service has said', () => {
+test('repairs run on request and show the answer of the tool or the service', () => {
   const oem = Buffer.from('\r\nDer DNS-Aufl\x94sungscache wurde geleert.\r\n', 'latin1').toString('hex');
   const tools = { 'ipconfig.exe': { steps: [{ hex: oem }] } };
   return withVarnel({ language: 'cs', tools }, async (app) => {
@@ -84,7 +84,7 @@ test('repairs are asked for, run, and say what the tool or the service has said'
     await repair('sfc');
     await page.locator('[data-repair=sfc]').getByText('57').waitFor();
     assert.deepEqual((await page.locator('.repair [role=log] > div').allInnerTexts()).slice(1), said);
-    await openView(page, 'dashboard'); // the check goes on without its view
+    await openView(page, 'dashboard'); // the check continues without its view
     await openView(page, 'maintenance');
     const ended = await app.waitForMessage(({ type, code }) => type === 'sfc_stream' && code === 2);
     assert.equal(await resultOf('sfc'), ended.message);
@@ -93,7 +93,7 @@ test('repairs are asked for, run, and say what the tool or the service has said'
 
 // --- the update --------------------------------------------------------------------------------------------
 
-test('the shipped program asks an https address for its updates', async () => {
+test('the shipped program gets its updates from an https address', async () => {
   const cache = await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8');
   const [, address] = /^VARNEL_RELEASE_URL:STRING=(.*)$/m.exec(cache);
   assert.match(address, /^https:\/\/[^/]+.*[^/]$/);
@@ -103,7 +103,7 @@ test('the shipped program asks an https address for its updates', async () => {
   assert.deepEqual([...has(shipped), ...has(forTests)], [true, false, false, true]);
 });
 
-test('an update that cannot be downloaded leaves the program, one that can ends it', async () => {
+test('a failed download keeps the program running, a successful one ends it', async () => {
   const installer = await readFile(standIn('console_tool.exe'));
   const answers = {};
   const describe = (description) => (answers['/version.json'] = serve(JSON.stringify(description)));
@@ -116,12 +116,12 @@ test('an update that cannot be downloaded leaves the program, one that can ends 
     const answer = async (key) =>
       press(await dialogOf(page, text('update.confirm', { version: kNewer })), text(key));
     await app.scriptTool('VarnelUpdate.exe', { exit: 0 });
-    await writeFile(kLocalCopy, '{"version":"99.9.9"}'); // of a check that was cut off
+    await writeFile(kLocalCopy, '{"version":"99.9.9"}'); // from an interrupted check
     await openView(page, 'maintenance');
     await card.getByText(text('update.unreachable')).waitFor();
 
     await withReleaseServer(answers, async (requests) => {
-      // One that has to be asks by itself.
+      // A mandatory update asks on its own.
       describe({ version: '99.0.0', mandatory: true });
       await refresh();
       await dialogOf(page, text('update.mandatory'));

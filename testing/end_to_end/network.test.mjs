@@ -1,4 +1,4 @@
-// Ports from a stand-in netstat, a real ping, and nslookup by a stand-in.
+// Tests ports from a stand-in netstat, a real ping, and a stand-in nslookup.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -8,7 +8,7 @@ import { withAway } from './wine.mjs';
 const hex = (latin1) => Buffer.from(latin1, 'latin1').toString('hex');
 const kCmd = 'C:\\windows\\system32\\cmd.exe';
 
-// As netstat -ano prints it.
+// In the format of netstat -ano.
 const netstat = (pid, ...more) => {
   const line = (local, state, owner) =>
     `  TCP    ${local}            0.0.0.0:0      ${state}       ${owner}\r\n`;
@@ -25,8 +25,8 @@ const netstat = (pid, ...more) => {
 
 // --- the host ----------------------------------------------------------------------------------------------
 
-test('what a tool prints comes line by line, and then how it ended', () => {
-  // In the code page of the console; the letters have the same byte in each that holds them.
+test('a tool reports line by line and then its end', () => {
+  // In the console's code page. Every code page that has these letters gives them the same bytes.
   const steps = [{ hex: hex('\r\nPing wird ausgef\x81hrt\r\n') }, { delay_ms: 3000, text: 'zuletzt\r\n' }];
   return withVarnel({ page: false, tools: { 'ping.exe': { steps, exit: 1 } } }, async (app) => {
     const isEnd = ({ streamType }) => streamType === 'exit';
@@ -41,8 +41,8 @@ test('what a tool prints comes line by line, and then how it ended', () => {
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-// Wine's ping writes everything when it ends.
-test('open ports and the process behind one, a real ping, and a run that is put aside', () => {
+// Wine's ping writes all its output at its end.
+test('ports lead to their process; a ping runs, and a run can be set aside', () => {
   const tools = { 'netstat.exe': netstat(77), 'nslookup.exe': { steps: [{ text: 'Server:  UnKnown\r\n' }] } };
   const options = { settings: { theme: 'light', language: 'en' }, viewport: { width: 1250, height: 700 } };
   return withVarnel({ ...options, tools }, async (app) => {
@@ -61,7 +61,7 @@ test('open ports and the process behind one, a real ping, and a run that is put 
     ]);
     assert.equal((await app.toolCalls('netstat'))[0], 'netstat -ano');
 
-    // Whose process has ended meanwhile is told so; another one is shown where it is.
+    // A process that has ended is reported; a running one is shown in its place.
     await page.locator('.link', { hasText: '1016' }).click();
     const gone = { name: text('network.process'), pid: '1016' };
     await toastOf(page, text('processes.gone', gone), 'alert').waitFor();
@@ -69,7 +69,7 @@ test('open ports and the process behind one, a real ping, and a run that is put 
     await page.waitForSelector('main[data-view=processes]');
     assert.ok((await page.innerText('tr[aria-selected=true]')).includes(String(pid)));
 
-    // The search leads to a port, also when another process has taken it meanwhile.
+    // The search leads to a port even if another process has taken it in the meantime.
     await app.scriptTool('netstat.exe', netstat(4));
     await page.keyboard.press('Control+k');
     for (const key of ['8', '0', '8', '0', 'Enter']) await page.keyboard.press(key);

@@ -1,4 +1,4 @@
-// Real processes, found and ended through the page.
+// Finds and ends real processes through the page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -8,7 +8,7 @@ const runs = (tool) => tool.code === undefined;
 
 const stays = { steps: [{ text: 'up' }, { delay_ms: 600_000 }] };
 
-test('processes are listed, and one is found, ended after a question, and really gone', () => {
+test('processes are listed, and one is found and ended after a question', () => {
   const options = { settings: { theme: 'amethyst', language: 'cs' }, tools: { 'Kresba žlutá.exe': stays } };
   return withVarnel(options, async (app) => {
     const { page, text } = app;
@@ -22,7 +22,7 @@ test('processes are listed, and one is found, ended after a question, and really
       ['Varnel.exe', false, true],
       ['Kresba žlutá.exe', false, true],
       ['winedevice.exe', true, true], // in the Windows directory
-      ['services.exe', true, false], // known by its name, and not opened
+      ['services.exe', true, false], // known by name, and not opened
     ]) {
       const found = processes.find((one) => one.name.toLowerCase() === name.toLowerCase());
       assert.deepEqual([found?.isSystem, found?.memUsageMB > 0], [isSystem, isMeasured], name);
@@ -36,13 +36,13 @@ test('processes are listed, and one is found, ended after a question, and really
     await app.until(async () => /^\d+,\d\s%$/.test(await share()), 'a share');
     await look(app, 'processes-ready-amethyst-cs');
 
-    // The system's own cannot be ended.
+    // System processes cannot be ended.
     await row('services.exe').click({ button: 'right' });
     await page.getByRole('menuitem', { name: text('processes.ports') }).waitFor();
     assert.equal(await page.getByRole('menuitem', { name: end }).count(), 0);
     await page.keyboard.press('Escape');
 
-    // One of two with the same name, by its number.
+    // One of two processes with the same name, by its number.
     await page.fill('[data-filter]', 'kresba zluta');
     await app.until(async () => (await shown()).length === 2, 'the two');
     const [[name, pid], [, other]] = await shown();
@@ -50,7 +50,7 @@ test('processes are listed, and one is found, ended after a question, and really
     await press(page, end);
     const question = await ask();
     await question.getByText(`${name} (PID ${pid})`).waitFor();
-    await page.keyboard.press('Enter'); // the focus is on "Cancel"
+    await page.keyboard.press('Enter'); // "Cancel" has the focus
     await question.waitFor({ state: 'detached' });
     assert.ok(tools.every(runs) && kills() === 0, 'nothing happens before the user agrees');
     await press(page, end);
@@ -62,9 +62,10 @@ test('processes are listed, and one is found, ended after a question, and really
     const [left, ...none] = tools.filter(runs);
     assert.deepEqual([(await shown()).map((cells) => cells[1]), none], [[other], []]);
 
-    // A paused list, with the keyboard alone: what has ended meanwhile is said, not taken for done.
+    // A paused list, by keyboard only: a process that has ended in the meantime is reported as such, not
+    // as ended by Varnel.
     await press(page, text('processes.pause'));
-    await app.request('getProcesses'); // after a list that the page was still waiting for
+    await app.request('getProcesses'); // after any list that the page was still waiting for
     left.kill('SIGKILL');
     await left.ended;
     await page.keyboard.press('Control+f');

@@ -1,4 +1,4 @@
-// What the program makes of winget and of the driver scripts, asked over its bridge without a page.
+// Tests the host's handling of winget and the driver scripts over its bridge, without a page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -14,7 +14,7 @@ const kPowerShells = ['system32', 'syswow64'].map(
 );
 const prints = (text, exit = 0) => ({ steps: [{ text }], exit });
 
-// The lines of a stream action and its exit message.
+// Returns the lines of a stream action and its exit message.
 async function streamOf(app, action, data) {
   const isExit = ({ streamType }) => streamType === 'exit';
   const posted = await app.posted(action, data, isExit);
@@ -22,7 +22,7 @@ async function streamOf(app, action, data) {
   return [lines.map(({ message, isProgress }) => (isProgress ? `${message} ...` : message)), posted.at(-1)];
 }
 
-// The closing message of a scan, and what the scan said of errors.
+// Returns the closing message of a scan and its error lines.
 async function scan(app) {
   const posted = await app.posted('startSystemScan', {}, ({ status }) => status === 'done');
   const errors = posted.filter(({ style }) => style === 'stderr-line').map(({ message }) => message);
@@ -30,7 +30,7 @@ async function scan(app) {
   return { result: [success, software?.length, drivers?.length, scannedDriversCount], errors, posted };
 }
 
-test('lines and ends of tools', () => {
+test('tools deliver their lines and their ends', () => {
   const closing = (text, delay_ms) => ({
     windowed: true,
     steps: [{ text, close_output: true }, { delay_ms }],
@@ -52,7 +52,7 @@ test('lines and ends of tools', () => {
     }
     assert.deepEqual(await app.toolCalls('winget'), []);
 
-    // The same output for both line rules: a redraw with its CR LF torn apart, blanks, an unfinished line.
+    // The same output for both line rules: a redraw with a split CR LF, spaces, an unfinished line.
     const torn = {
       steps: [
         { text: 'first\rsecond\r' },
@@ -70,8 +70,8 @@ test('lines and ends of tools', () => {
       ['installSoftware', { id: kId }, closes, ['Bye'], 0],
       ['installSoftware', { id: kId }, torn, ['first ...', 'second ...', 'third', 'on stderr'], 0x8a15002b],
       ['uninstallApp', { id: kId }, torn, ['first\rsecond', ' \tthird ', '   ', 'on stderr'], 0x8a15002b],
-      ['runPingDiagnostic', ping, closes, ['Bye'], 259], // not waited for: "still active"
-      // What follows a zero byte in a read of 1023 bytes is lost.
+      ['runPingDiagnostic', ping, closes, ['Bye'], 259], // not awaited: "still active"
+      // Loses whatever follows a zero byte in a read of 1023 bytes.
       ['runPingDiagnostic', ping, zero, ['x'.repeat(100 + 3000 - 1023)], 0],
     ]) {
       await app.scriptTool(action === 'runPingDiagnostic' ? 'cmd.exe' : 'winget.exe', script);
@@ -86,7 +86,7 @@ test('lines and ends of tools', () => {
   });
 });
 
-test('a scan, whatever the tools do', () =>
+test('a scan ends whatever the tools do', () =>
   withVarnel({ page: false, tools: { 'winget.exe': {}, 'powershell.exe': {} } }, async (app) => {
     const slow = {
       steps: [{ delay_ms: 8200, text: '{"scannedDriversCount":9,"updates":[{"Title":"Síť"}]}' }],
@@ -109,7 +109,7 @@ test('a scan, whatever the tools do', () =>
     }
   }));
 
-test('without the tools', () =>
+test('missing tools are reported', () =>
   withAway(kPowerShells, () =>
     withVarnel({ page: false }, async (app) => {
       const { result, errors } = await scan(app);

@@ -1,4 +1,5 @@
-// What starts after sign-in: the registry's limits, and items switched through the page.
+// Tests the programs that start after sign-in: the registry's limits, and switching items through the
+// page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -13,7 +14,7 @@ const approved = (hive) => `${hive}\\${kWindows}\\Explorer\\StartupApproved\\Run
 const kOn = 'hex:02,00,00,00,00,00,00,00,00,00,00,00';
 const kOff = 'hex:03,00,00,00,00,00,00,00,00,00,00,00';
 
-// Exactly these items, {name: data}, and approvals of the user; null: no key.
+// Runs `body` with exactly these items, {name: data}, and the user's approvals; null for no key.
 const withItems = (user, machine, approvals, body) =>
   withRegistry(
     {
@@ -23,7 +24,7 @@ const withItems = (user, machine, approvals, body) =>
     body,
   );
 
-test('which values are items, and which approvals switch them off', () => {
+test('values become items, and approvals disable them', () => {
   const bytes = (count) => `hex:${Array(count).fill('03').join()}`;
   // [name, data, the command: undefined if it is no item, approval, on]
   const rows = [
@@ -57,7 +58,7 @@ test('which values are items, and which approvals switch them off', () => {
   );
 });
 
-test('items are switched for the user, and for everybody by the service', () => {
+test("the user's items are switched directly, everyone's by the service", () => {
   const star = registryText('C:\\Program Files\\Hvězdář\\TeamsBridge.exe --quiet');
   const kite = 'expand:"%LOCALAPPDATA%\\Kite\\kite sync.exe" /tray';
   const user = { Hvězdář: star, 'Kite Sync': kite, Notes: '"C:\\\\windows\\\\notepad.exe"' };
@@ -78,13 +79,13 @@ test('items are switched for the user, and for everybody by the service', () => 
       const want = ['high', 'medium', 'medium', 'low'].map((impact) => text(`startup.${impact}`));
       assert.deepEqual(impacts, want);
 
-      // Without the list of approved items nothing can be stored, and none is made.
+      // Without the list of approved items, nothing can be stored, and none is created.
       await switchOf('Hvězdář').click();
       await fails('Hvězdář', 'startup.noList');
       await isOn('Hvězdář', true);
       assert.equal(await stored('HKCU'), undefined);
 
-      // Off, as another program has left it, and on again; by keyboard.
+      // Off, as another program has left it, then on again by keyboard.
       await writeRegistry({ [approved('HKCU')]: { 'Kite Sync': 'hex:07,00,00,00,11,22,33,44,55,66,77,88' } });
       await page.keyboard.press('F5');
       await isOn('Kite Sync', false);
@@ -101,7 +102,7 @@ test('items are switched for the user, and for everybody by the service', () => 
       const kept = Object.keys(await readRegistry(run('HKCU')));
       assert.deepEqual(kept, Object.keys(user), 'switching deletes nothing');
 
-      // The service switches what is everybody's, and what it did is looked at.
+      // The service switches everyone's items, and the page checks the result.
       await switchOf('Žárovka').click();
       await closeServiceDialog(page);
       await fails('Žárovka', 'startup.needsService');

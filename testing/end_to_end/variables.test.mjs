@@ -1,4 +1,4 @@
-// Environment variables, looked at in the registry.
+// Changes environment variables and checks them in the registry.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -13,7 +13,7 @@ const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Env
 // --- the host ----------------------------------------------------------------------------------------------
 
 test('every variable that fits is listed, whatever its type and name', () => {
-  const longest = 'x'.repeat(16382); // with its NUL 32,766 bytes
+  const longest = 'x'.repeat(16382); // 32,766 bytes with its NUL
   const values = {
     EXPAND: ['expand:%Path%;x', '%Path%;x'],
     NUMBER: ['dword:00000007', ''],
@@ -36,7 +36,7 @@ test('every variable that fits is listed, whatever its type and name', () => {
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test('variables of the user are added, changed and deleted here, those of the machine by the service', () => {
+test("the program changes the user's variables, the service the machine's", () => {
   const keys = { [kUser]: { TEMP: registryText('C:\\Old') }, [kMachine]: undefined };
   return withRegistry(keys, () =>
     withVarnel({ language: 'cs' }, async (app) => {
@@ -62,7 +62,7 @@ test('variables of the user are added, changed and deleted here, those of the ma
       await toastOf(page, text('variables.saved', { name: 'Kůň' })).waitFor();
       assert.equal(await stored('Kůň'), 'expand:%USERPROFILE%\\Ďábelské "ódy"');
 
-      // What another program has written since it was shown is not lost without a word.
+      // A change by another program since the value was shown is not overwritten silently.
       await row('TEMP', mine).dblclick();
       const changing = await dialogOf(page, `TEMP (${mine})`);
       const changed = text('variables.changed', { name: 'TEMP' });
@@ -98,7 +98,7 @@ test('variables of the user are added, changed and deleted here, those of the ma
       await machine.getByRole('alert').getByText(failed).waitFor();
       assert.equal(await value.inputValue(), 'Žádný %windir%', 'what was typed stays');
       await app.startService({ save_system_env: { reply: { success: true } } });
-      await writeRegistry({ [kMachine]: { OS: registryText('Žádný') } }); // as the service does it
+      await writeRegistry({ [kMachine]: { OS: registryText('Žádný') } }); // as the service would
       await press(machine, save);
       await answer(text('variables.changed', { name: 'OS' }), text('hosts.overwrite'));
       await row('OS', everyone).getByText('Žádný').waitFor();

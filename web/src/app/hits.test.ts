@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { bestHits, findable } from './hits.ts';
 
-test('hits: every word, without accents, what begins with the query first, at most eight', () => {
+test('hits contain every word, ignoring accents; at most eight, matching beginnings first', () => {
   const titles = [
     'Vyprázdnit mezipaměť DNS',
     'Síť',

@@ -11,7 +11,7 @@ const forms = (entry: string | Plural) =>
   Object.entries(typeof entry === 'string' ? { other: entry } : entry);
 const holes = (text: string) => [...new Set(text.match(/\{\w+\}/g) ?? [])].sort().join();
 
-test('every text has the same holes in every form, and the forms that its language uses', () => {
+test('every text has the same holes in every form, and all forms of its language', () => {
   const categories = ['cs', 'en'].map((language) =>
     new Intl.PluralRules(language)
       .resolvedOptions()
@@ -25,7 +25,7 @@ test('every text has the same holes in every form, and the forms that its langua
       const own = Object.keys(entry).filter((form) => form !== 'many');
       if (typeof entry !== 'string') assert.deepEqual(own.sort(), categories[i], key);
       for (const [form, text] of forms(entry)) {
-        // "every hour": the form for exactly one may do without its number.
+        // "every hour": the form for exactly one may omit its number.
         const short = form === 'one' && holes(text + '{n}') === wanted;
         assert.ok(short || holes(text) === wanted, `${key}: "${text}"`);
       }
@@ -33,10 +33,10 @@ test('every text has the same holes in every form, and the forms that its langua
   }
 });
 
-test('no key is in two rooms', () =>
+test('no two rooms share a key', () =>
   assert.equal(Object.values(tables).flatMap(Object.keys).length, Object.keys(texts).length));
 
-test('plurals and figures', () => {
+test('plurals and figures follow the language', () => {
   const unseen = (n: number) => () => t('terminal.unseen', { n });
   const cases: [show: () => string, cs: string, en: string][] = [
     [unseen(1), '1 nový řádek', '1 new line'],
@@ -52,13 +52,13 @@ test('plurals and figures', () => {
   for (const [i, [show, ...wanted]] of cases.entries()) {
     for (const [j, language] of (['cs', 'en'] as const).entries()) {
       setLanguage(language);
-      // Non-breaking spaces as "_", so that they can be seen in the expected texts.
+      // Shows non-breaking spaces as "_", to make them visible in the expected texts.
       assert.equal(show().replace(/[\u00a0\u202f]/g, '_'), wanted[j], `row ${i}`);
     }
   }
 });
 
-test('a value that looks like a hole or a pattern is shown as it is', () => {
+test('a value that looks like a hole or a pattern is shown unchanged', () => {
   const text = t('settings.saveFailed', { reason: '{reason} $& $1' });
   assert.ok(text.endsWith(' {reason} $& $1'), text);
 });

@@ -5,7 +5,7 @@ import { appendLines, type Incoming, type Line } from './lines.ts';
 const texts = (lines: readonly Line[]) => lines.map((line) => line.text);
 const progress = (text: string): Incoming => ({ text, isProgress: true });
 
-test('a line replaces the one before it only when both look like a redraw', () => {
+test('a line replaces the previous one only if both look like a redraw', () => {
   const cases: [name: string, incoming: Incoming[], want: string[]][] = [
     ['bars', [progress('██▒▒ 12.0 MB / 80.1 MB'), progress('███▒ 40%')], ['███▒ 40%']],
     ['sizes alone', [progress('1024 KB / 5.00 MB'), progress('2.00 MB / 5.00 MB')], ['2.00 MB / 5.00 MB']],
@@ -30,7 +30,7 @@ test('a redraw keeps the identity of its line, and a class is one plain word', (
   assert.deepEqual(shown, kept);
 });
 
-test('the oldest lines fall out, and numbering goes on', () => {
+test('the oldest lines are dropped, and numbering continues', () => {
   const incoming = Array.from({ length: 2500 }, (_, i) => ({ text: String(i) }));
   const lines = appendLines([], incoming);
   const ends = [lines.length, lines[0]!.text, lines.at(-1)!.text, lines.at(-1)!.id];

@@ -11,7 +11,7 @@ function manual() {
   return { source, loads, state };
 }
 
-test('old data stays while new data loads and when that fails; a second reload joins the first', async () => {
+test('old data stays while new data loads or fails; a second reload joins the first', async () => {
   const { source, loads, state } = manual();
   assert.deepEqual(state(), ['idle', undefined, undefined]);
   const loading = [undefined, 'old', 'old'];
@@ -28,7 +28,7 @@ test('old data stays while new data loads and when that fails; a second reload j
   }
 });
 
-test('data that was put wins over a load that began before it, also when that fails', async () => {
+test('data from put wins over an earlier load, even a failed one', async () => {
   for (const end of ['resolve', 'reject'] as const) {
     const { source, loads, state } = manual();
     const done = source.reload();

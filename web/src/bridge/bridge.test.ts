@@ -24,7 +24,7 @@ function failsWith(kind: FailureKind, reason: string) {
   return (error: unknown) => error instanceof BridgeError && error.kind === kind && error.reason === reason;
 }
 
-test('requests are texts that count up from 1; three stream actions go without a number', () => {
+test('requests are texts numbered from 1; three stream actions have no number', () => {
   const { bridge, sent } = connect();
   void bridge.openUrl('https://varnel.example/');
   assert.equal(bridge.start('startDiskAnalysis', { drive: 'C:\\' }), 2);
@@ -36,7 +36,7 @@ test('requests are texts that count up from 1; three stream actions go without a
   ]);
 });
 
-test('replies settle their own request, in whatever order they come; a push settles none', async () => {
+test('replies settle their own request in any order; a push settles none', async () => {
   const { bridge, receive } = connect();
   const seen: boolean[] = [];
   bridge.on('status', (message) => seen.push(message.serviceActive));
@@ -49,7 +49,7 @@ test('replies settle their own request, in whatever order they come; a push sett
   assert.deepEqual(seen, [false, true, true], 'listeners hear both');
 });
 
-test('a failed reply rejects with its reason; one of another shape reaches no view', async () => {
+test('a failed reply rejects with its reason; a malformed one reaches no view', async () => {
   const { bridge, receive } = connect();
   const seen: unknown[] = [];
   bridge.on('status', (message) => seen.push(message));
@@ -82,7 +82,7 @@ test('an error message settles nothing; a reply after the time-out is ignored', 
   receive({ ...status, requestId: 1 });
 });
 
-test('what is no message of the protocol is ignored', () => {
+test('anything but a message of the protocol is ignored', () => {
   const { bridge, receive } = connect();
   const seen: unknown[] = [];
   for (const type of ['console_log', 'status', 'error'] as const) bridge.on(type, (it) => seen.push(it));

@@ -18,7 +18,7 @@ test('every recorded message of the host is understood', () => {
   }
 });
 
-test('a member that is missing or of another type is noticed', () => {
+test('a missing or mistyped member is detected', () => {
   const telemetry = read('telemetry.json');
   const broken: Record<string, object> = {
     'text for a number': { cpu: '12.5' },

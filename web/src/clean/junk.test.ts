@@ -23,7 +23,7 @@ test('Windows temporary files and Prefetch are ticked together; the total follow
   }
 });
 
-test('freed is before minus after, of what was cleaned, and growth is no negative space', () => {
+test('freed space is before minus after per cleaned category, and never negative', () => {
   const after: Sizes = { ...sizes, userTemp: 0, winUpdate: 3, systemLogs: 80, shaderCache: 0 };
   assert.deepEqual(outcomes(sizes, after, ticksOf('userTemp', 'winUpdate', 'systemLogs')), {
     userTemp: { freed: 4, left: 0 },

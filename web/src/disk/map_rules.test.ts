@@ -9,7 +9,7 @@ const inside = new Map([['C:\\Users', [entry('C:\\Users\\a', 30, true), entry('C
 const tiles = nestedTiles(items, inside, 400, 300, 36, 20);
 const of = (path: string) => tiles.find((tile) => tile.entry?.path === path)!;
 
-test('which click does what', () => {
+test('each click does its action', () => {
   const cases: [at: string, row: string, enters: string | undefined][] = [
     ['C:\\Users', 'C:\\Users', 'C:\\Users'],
     ['C:\\Users\\a', 'C:\\Users', 'C:\\Users\\a'],

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { stillThere, withoutGone } from './tree.ts';
 
-test('what has gone is missing in every folder around it, and nowhere else', () => {
+test('a removed file is subtracted from every folder around it only', () => {
   const gone = [
     { path: 'C:\\a\\x', size: 5 },
     { path: 'C:\\a\\y.txt', size: 2 },
@@ -10,7 +10,7 @@ test('what has gone is missing in every folder around it, and nowhere else', () 
   ];
   const sizes: [path: string, isDirectory: boolean, before: number, after: number][] = [
     ['C:\\a', true, 30, 23],
-    ['C:\\a\\x', true, 5, 0], // made anew
+    ['C:\\a\\x', true, 5, 0], // created again
     ['C:\\a\\x2', true, 6, 6],
     ['C:\\ab', true, 7, 7],
     ['C:\\a\\y.txt', false, 3, 3],

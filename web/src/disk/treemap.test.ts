@@ -6,7 +6,7 @@ const area = ({ width, height }: Rect) => width * height;
 const sum = (values: number[]) => values.reduce((total, value) => total + value, 0);
 const sizesOf = (count: number) => Array.from({ length: count }, (_, i) => ((i * 7919) % 1009) ** 4);
 
-/** Fails unless each has its share of the box, none leaves it, and none overlaps another. */
+/** Fails unless each rectangle has its share of the box, none leaves it, and none overlaps another. */
 function assertTiling(rects: Rect[], sizes: number[], box: Rect) {
   const slack = 1e-3;
   const after = (a: Rect, b: Rect) => a.x + a.width <= b.x + slack || a.y + a.height <= b.y + slack;
@@ -20,7 +20,7 @@ function assertTiling(rects: Rect[], sizes: number[], box: Rect) {
   }
 }
 
-test('areas are in proportion, nothing overlaps, nothing leaves the box', () => {
+test('areas are proportional, inside the box and without overlaps', () => {
   const box = { x: 10, y: 5, width: 500, height: 400 };
   const giant = sizesOf(300).with(150, 1e16);
   for (const sizes of [[5], Array(7).fill(5), giant, giant.toSorted((a, b) => b - a)])
@@ -29,7 +29,7 @@ test('areas are in proportion, nothing overlaps, nothing leaves the box', () => 
     assert.ok(area(rect) === 0 && Object.values(rect).every(Number.isFinite), 'nothing to divide');
 });
 
-test('what is too small is put together, and nothing gets lost', () => {
+test('entries too small to draw are merged, and none is lost', () => {
   for (const sizes of [[7], [0, 1, 1e9], sizesOf(2000), Array(100_000).fill(1)]) {
     const entries = sizes.map((size) => ({ size }));
     const tiles = tilesOf(entries, 500, 400, 36);
@@ -40,7 +40,7 @@ test('what is too small is put together, and nothing gets lost', () => {
   }
 });
 
-test('the tiles of a folder fill its tile below the name, in proportion', () => {
+test("a folder's tiles fill its tile below the name, in proportion", () => {
   const users = ['a', 'b', 'c'].map((path, i) => ({ path, size: 3 ** i }));
   const entries = [
     { path: 'Users', size: 13 },
@@ -55,7 +55,7 @@ test('the tiles of a folder fill its tile below the name, in proportion', () => 
   assertTiling(inner, sizes, box);
 });
 
-test('a label is whole, shortened or absent, and never wider than its room', () => {
+test('a label is complete, shortened or absent, and never wider than its space', () => {
   const measure = (text: string) => [...text].length * 10;
   assert.equal(fitText('Users', 50, measure), 'Users');
   assert.equal(fitText('Users', 39, measure), '');

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { abandonRun, beginRun, endRun, exitWord, noRuns, withTarget } from './diagnostic_runs.ts';
 
-test('exit codes: the same figure means different things to the two tools', () => {
+test('the same exit code has different meanings for the two tools', () => {
   const codes = [0, 1, 259, -1, 9009, 0xc000013a, 7];
   const ping = 'replied silent early notStarted missing interrupted failed';
   const dns = 'asked failed early notStarted missing interrupted failed';
@@ -10,7 +10,7 @@ test('exit codes: the same figure means different things to the two tools', () =
     assert.equal(codes.map((code) => exitWord(tool, code)).join(' '), want, tool);
 });
 
-test('ends of tools that do not say whose they are', () => {
+test('ends of unknown runs are counted, not credited', () => {
   const runs = (active: boolean, outstanding: number, ambiguous: boolean) => ({
     active,
     outstanding,
@@ -29,6 +29,6 @@ test('ends of tools that do not say whose they are', () => {
   for (const [name, got, want] of cases) assert.deepEqual(got, want, name);
 });
 
-test('last targets', () => {
+test('the last targets are kept', () => {
   assert.equal([...'abcdefb'].reduce<string[]>(withTarget, []).join(''), 'bfedc');
 });

@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import { findAll, nextMatch, toggleComment } from './hosts_edit.ts';
 import { countLines, partAround, rangeOf } from './hosts_part.ts';
 
-test('what is found is counted, and the next one after the last is the first', () => {
+test('matches are counted, and the search wraps around', () => {
   const matches = findAll('a.B a.b\naxb A.B', 'a.b');
   assert.deepEqual([matches, findAll('a', ''), findAll('a\\n(', '\\n(')], [[0, 4, 12], [], [1]]);
   const steps: [place: number, back: boolean, want: number][] = [
@@ -14,7 +14,7 @@ test('what is found is counted, and the next one after the last is the first', (
   for (const [place, back, want] of steps) assert.equal(nextMatch(matches, place, back), want, `${place}`);
 });
 
-test('the selected lines and only they are commented out, and twice gives every byte back', () => {
+test('only the selected lines are commented out, and doing it twice restores every byte', () => {
   const cases: [text: string, from: number, to: number, want: string][] = [
     ['a\nb\nc', 2, 2, 'a\n#b\nc'],
     ['a\nb\nc', 1, 3, '#a\n#b\nc'],
@@ -34,7 +34,7 @@ test('the selected lines and only they are commented out, and twice gives every 
   }
 });
 
-test('the parts of a text are whole lines, and one after the other they are the text', () => {
+test('the parts of a text are whole lines, and joined they are the text', () => {
   for (const count of [1, 2000, 2001, 6000]) {
     const text = Array.from({ length: count }, (_, i) => `${i}`).join('\n');
     const parts = [partAround(text, 0)];

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { checkHosts, restoreLineEnds, withLf } from './hosts_text.ts';
 
-test('what is wrong in a hosts file', () => {
+test('problems in a hosts file are found', () => {
   const cases: [line: string, want: string][] = [
     ['# 999.0.0.1 x', ''],
     ['127.0.0.1\tlocalhost  localhost.localdomain # ok', ''],
@@ -19,7 +19,7 @@ test('what is wrong in a hosts file', () => {
   }
 });
 
-test('a name given twice: in any case, but once in each family', () => {
+test('a repeated name is found in any case, but allowed once per family', () => {
   const found = checkHosts(['127.0.0.1 a b', '::1 a', '#', '0.0.0.0 B c', '::2 c', '1.1.1.1 c A']);
   const shown = found.map(({ line, word, first }) => `${line} ${word} ${first}`);
   assert.deepEqual(shown, ['4 B 1', '6 c 4', '6 A 1']);
@@ -41,7 +41,7 @@ test('line ends survive the editor', () => {
     assert.equal(restoreLineEnds(original, edited), want, name);
 });
 
-test('a block list of a hundred thousand lines with edits far apart', () => {
+test('a block list of a hundred thousand lines keeps its line ends after distant edits', () => {
   const lineAt = (i: number) => `0.0.0.0 host${i % 90_000}.example${i % 3 === 0 ? '\n' : '\r\n'}`;
   const lines = Array.from({ length: 100_000 }, (_, i) => lineAt(i));
   const edited = withLf(lines.join('')).split('\n').with(10, 'first');

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { reachOf } from './ports.ts';
 
-test('from where a port can be reached', () => {
+test('the address says from where a port can be reached', () => {
   const cases: Record<string, string> = {
     '0.0.0.0:135': 'all',
     '[::]:445': 'all',

@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import { readService } from './service_report.ts';
 import { isList, isRepeated, joinList, nameFault, pathOf, splitList } from './variable_values.ts';
 
-test('lists come apart and together again', () => {
+test('lists are split and joined without loss', () => {
   const cases: [value: string, want: string[]][] = [
     ['C:\\a;;C:\\b;', ['C:\\a', '', 'C:\\b', '']],
     ['"C:\\a;b";C:\\c', ['"C:\\a;b"', 'C:\\c']],
@@ -18,7 +18,7 @@ test('lists come apart and together again', () => {
   assert.deepEqual(found, [true, true, true, false, false]);
 });
 
-test('entries that say the same again', () => {
+test('repeated entries are found', () => {
   const entries = ['C:\\Tools', 'c:\\tools\\', '"C:\\Tools"', 'C:\\Tools2', '', ''];
   assert.deepEqual(
     entries.filter((_, i) => isRepeated(entries, i)),
@@ -26,7 +26,7 @@ test('entries that say the same again', () => {
   );
 });
 
-test('what an entry names on the disk, where that is certain', () => {
+test('an entry yields a path only if that is certain', () => {
   const values = { tools: 'C:\\Tools', deep: '%TOOLS%\\deep', me: '%me%', two: 'C:\\a;C:\\b' };
   const cases: [entry: string, want: string | undefined][] = [
     [' "c:/a/b\\" ', 'c:\\a\\b'],
@@ -43,12 +43,12 @@ test('what an entry names on the disk, where that is certain', () => {
     assert.equal(pathOf(entry, new Map(Object.entries(values))), want, entry);
 });
 
-test('names of new variables', () => {
+test('names of new variables are checked', () => {
   const cases = { ' ': 'empty', 'A=B': 'equals', PATH: 'exists', PATHS: undefined };
   for (const [name, want] of Object.entries(cases)) assert.equal(nameFault(name, ['Path']), want, name);
 });
 
-test('services as reported: shown whatever they are, acted on only with what is there', () => {
+test('any reported service is shown, and controlled only if the report allows it', () => {
   const bare = { status: '', facts: '', commands: [] };
   const db = { service_type: 'db', display_name: 'Database', status: 'running', port: 5432 };
   const cases: [element: unknown, want: ReturnType<typeof readService>][] = [

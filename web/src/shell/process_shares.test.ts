@@ -6,7 +6,7 @@ const one = (cpuTimeSec: number, more: Partial<ProcessRow> = {}): ProcessRow => 
   return { name: 'a.exe', pid: 7, mem: 5, memUsageMB: 5, cpuTimeSec, isSystem: false, ...more };
 };
 
-test('share of the processors between two lists', () => {
+test('the processor share is the difference of two lists', () => {
   const closed = one(0, { memUsageMB: 0 });
   type Case = [name: string, before: ProcessRow[], now: ProcessRow, elapsedSeconds: number, want?: number];
   const cases: Case[] = [
@@ -23,7 +23,7 @@ test('share of the processors between two lists', () => {
     assert.equal(withShares(before, [now], elapsedSeconds, 4)[0]!.share, want, name);
 });
 
-test('one row per program, with the sums of its processes', () => {
+test('processes are summed up into one row per program', () => {
   const rows = [
     one(1, { share: 2 }),
     one(2, { name: 'A.EXE', pid: 8, isSystem: true }),
@@ -35,6 +35,6 @@ test('one row per program, with the sums of its processes', () => {
   assert.deepEqual([b, more], [rows[2], []], 'a lone process stays what it is');
 });
 
-test('processor time as a clock', () => {
+test('processor time is formatted as a clock', () => {
   assert.deepEqual([59.9, 3723, 360_000].map(clockText), ['0:00:59', '1:02:03', '100:00:00']);
 });

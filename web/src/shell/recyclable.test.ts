@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import { explorerAddress } from './explorer.ts';
 import { mayRecycle, possibleBins } from './recyclable.ts';
 
-test('what Windows, all programs, a user as a whole or Varnel needs is never offered to the bin', () => {
+test('paths that Windows, all programs, a whole user or Varnel needs are never recycled', () => {
   const refused = `C: C:\\ D:\\ c:\\windows C:\\Windows\\System32 D:\\WINDOWS\\Temp\\a.tmp C:\\Program§Files
     C:\\Program§Files§(x86) C:\\ProgramData C:\\Users C:\\users\\Žofie C:\\Users\\Žofie\\AppData\\Local
     C:\\Users\\Public C:\\$Recycle.Bin\\S-1-5 C:\\Program§Files\\Varnel C:\\Program§Files\\Varnel\\bin\\Varnel.exe
@@ -16,12 +16,12 @@ test('what Windows, all programs, a user as a whole or Varnel needs is never off
   for (const path of paths(offered)) assert.equal(mayRecycle(path), true, path);
 });
 
-test('Varnel is looked for around and just below what is to go', () => {
+test('Varnel is looked for around and just below a path to recycle', () => {
   const bins = ['D:\\bin', 'D:\\Tools\\bin', 'D:\\Tools\\a.zip\\bin', 'D:\\Tools\\a.zip\\Varnel\\bin'];
   assert.deepEqual(possibleBins(['D:\\Tools\\a.zip']), bins);
 });
 
-test('Explorer is sent to folders only', () => {
+test('Explorer opens only folders', () => {
   const cases = [
     explorerAddress('C:\\a\\run.exe', false),
     explorerAddress('C:\\a', true),

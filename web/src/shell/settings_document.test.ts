@@ -7,7 +7,7 @@ const numbers = { scanInterval: 24, lastScan: 0 };
 const lists = { ignoreList: [], tableSorts: {}, repairResults: {} };
 const defaults = { theme: 'amethyst', language: 'cs', ...switches, ...numbers, ...lists };
 
-test('whatever is stored, every unusable key is its default', () => {
+test('every unusable stored key gets its default', () => {
   const usable = { theme: 'light', language: 'en', scanInterval: 5, autoClean: true, autoScan: false };
   const ignored = { id: 'a', type: 't', since: 3 };
   const cases: [document: unknown, want: object][] = [
@@ -25,14 +25,14 @@ test('whatever is stored, every unusable key is its default', () => {
     assert.deepEqual(readSettings(document), { ...defaults, ...want }, JSON.stringify(document));
 });
 
-test('a change leaves the keys alone that it is not about', () => {
+test('a change leaves all other keys alone', () => {
   const stored = Object.freeze({ autoClean: true, theme: 7, future: { a: [1] } });
   assert.deepEqual(changeSettings(stored, { language: 'en' }), { ...stored, language: 'en' });
   for (const broken of [[1, 2], null])
     assert.deepEqual(changeSettings(broken, { theme: 'ember' }), { theme: 'ember' });
 });
 
-test('a scan is due when the interval is over, and only where it is wanted', () => {
+test('a scan is due if it is enabled and the interval is over', () => {
   const hour = 3_600_000;
   const now = 1000 * hour;
   const cases: [name: string, stored: object, want: boolean][] = [

@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import { codeText } from '../base/format.ts';
 import { wordOf, type JobKind } from './exit_codes.ts';
 
-test('exit codes have words, by the tool that gave them', () => {
+test('exit codes have a meaning per tool', () => {
   const cases: [kind: JobKind, code: number, word: string | undefined, text: string][] = [
     ['update', 2316632107, 'noUpdate', '0x8A15002B'],
     ['uninstall', 0x8a150030, 'uninstaller', '0x8A150030'],

@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import type { Ignored } from '../shell/settings_document.ts';
 import { isIgnoredBy, withIgnored } from './ignored_entries.ts';
 
-test('a package can be left out for good, or one version of it, and comes back', () => {
+test('a package or one of its versions can be ignored and restored', () => {
   const driver: Ignored = { id: 'a', type: 'driver' };
   const old = { id: 'a', available: '1.2.0' };
   const later = { id: 'a', available: '1.3.0' };

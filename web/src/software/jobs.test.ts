@@ -10,7 +10,7 @@ const update: Stream = 'update_stream';
 const uninstall: Stream = 'uninstall_stream';
 
 const task = (id: string, kind: JobKind = 'update'): Task => ({ kind, id, name: id });
-/** The queue of these tasks with the first one running since time 1. */
+/** Returns a queue of these tasks, of which the first has been running since time 1. */
 const started = (...tasks: Task[]) => startNext(addTasks([], tasks), 1);
 const hear = (jobs: Jobs, text: string, at = 2) => addLine(jobs, update, { text, isProgress: true }, at);
 const end = (jobs: Jobs, code: number, restart = false) => toolEnded(jobs, update, code, restart);
@@ -18,7 +18,7 @@ const states = (jobs: Jobs) => jobs.map(({ id, state }) => `${id} ${state}`).joi
 const a = task('a');
 const b = task('b');
 
-test('what is pending is not added twice; what has ended starts anew', () => {
+test('a pending task is not added twice; an ended one starts again', () => {
   const running = started(a, b);
   assert.equal(startNext(running, 2), running, 'nothing starts beside the one that runs');
   assert.equal(states(addTasks(running, [a, b, task('c')])), 'a running, b waiting, c waiting');
@@ -28,7 +28,7 @@ test('what is pending is not added twice; what has ended starts anew', () => {
   assert.equal(states(queue.withoutWaiting(running)), 'a running');
 });
 
-test('a run ends as its code and the restart marker say', () => {
+test('the exit code and the restart marker decide how a run ends', () => {
   const cases: [name: string, code: number, marker: boolean, state: string, restart: boolean][] = [
     ['good, with the marker', 0, true, 'restart', true],
     ['restart to finish', 0x8a150109, false, 'restart', true],
@@ -41,8 +41,8 @@ test('a run ends as its code and the restart marker say', () => {
   }
 });
 
-// The host's messages name no job: the end of a tool that was given up must not become another's result.
-test('an end is credited only to the one tool that it can be of', () => {
+// The host's messages name no job, so the end of an abandoned tool must not become another job's result.
+test('an end is credited only if it can belong to one tool alone', () => {
   const giveUp = (jobs: Jobs) => endUnknown(jobs, true);
   const hide = queue.pendingOnly;
   const ends = (stream: Stream, code: number) => (jobs: Jobs) => toolEnded(jobs, stream, code, false);
@@ -65,7 +65,7 @@ test('an end is credited only to the one tool that it can be of', () => {
   assert.equal(addLine(running, uninstall, { text: 'late' }, 9), running, 'a line of the other stream');
 });
 
-test('without the helper service, the driver that is about to be installed says so', () => {
+test('a missing helper service is noted for the driver that is just starting', () => {
   const driver = started(task('d', 'driver'));
   const unelevated = withoutService(hear(driver, 'status'));
   assert.equal(unelevated[0]!.unelevated, true);
@@ -73,7 +73,7 @@ test('without the helper service, the driver that is about to be installed says 
     assert.equal(withoutService(same), same, 'what is missed is missed by something else');
 });
 
-test('the bar shows the share of the step that the tool is at', () => {
+test("the bar shows the progress of the tool's current step", () => {
   const cases: [line: string, want: number | undefined][] = [
     ['▒▒▒▒▒▒  512 KB / 2.00 MB', 25],
     ['[====  12,5 %  ]', 12.5],

@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { tickedAtFirst } from './leftover_ticks.ts';
 
-test("only what lies in a publisher's folder or key is ticked from the start", () => {
+test("only items in a publisher's folder or key are ticked initially", () => {
   const ticked = [
     'C:\\Users\\Žofie\\AppData\\Local\\Brook\\TarnSync',
     'c:\\users\\eva\\appdata\\roaming\\Brook\\Tarn Sync',
@@ -19,10 +19,10 @@ test("only what lies in a publisher's folder or key is ticked from the start", (
     'C:\\Program Files\\Brook\\',
     'C:\\Program Files\\..\\Windows',
     'C:\\Program Files\\Brook\\..',
-    // Known by the names of its publisher, but part of Windows.
+    // Guessed from the publisher's name, but part of Windows.
     'HKLM\\Software\\Microsoft\\Windows',
     'C:\\Users\\eva\\AppData\\Local\\Microsoft\\Edge',
-    // No root that is known.
+    // No known root.
     'C:\\Brook\\TarnSync',
     'C:\\Users\\eva\\Documents\\Brook\\TarnSync',
     'C:\\Users\\eva\\AppData\\LocalLow\\Brook\\TarnSync',

@@ -2,14 +2,14 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { obstacleOf, parseApp, parseUpdate } from './package_rows.ts';
 
-/** The cells of "name | id | version | available | source". */
+/** Splits "name | id | version | available | source" into cells. */
 const update = (row: string) => {
   const [name = '', id = '', version = '', available = '', source = ''] = row.split(' | ');
   return { name, id, version, available, source };
 };
 
-// Cells as the host cuts them; what it fills in itself is the "winget" or "local" at the end.
-test('rows of updates are put back into their columns, from the right', () => {
+// Cells as the host cuts them. The final "winget" or "local" is the host's own default.
+test('rows of updates are realigned with their columns from the right', () => {
   const cases: [cells: string, want: string][] = [
     ['Tarn | Brook.Tarn 1.0 | 1.2 | winget | winget', 'Tarn | Brook.Tarn | 1.0 | 1.2 | winget'],
     ['Tarn | Brook.Tarn | 1.0 | 1.2 winget | winget', 'Tarn | Brook.Tarn | 1.0 | 1.2 | winget'],
@@ -48,7 +48,7 @@ test('rows of installed programs have three to five values', () => {
   }
 });
 
-test('what cannot be acted on says why', () => {
+test('a package that cannot be changed says why', () => {
   const cases: [id: string, whole: boolean, want: string | undefined][] = [
     ['Peat.Tool_2-x64', true, undefined],
     ['Brook.TarnS…', true, 'cut'],

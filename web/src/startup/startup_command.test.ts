@@ -2,7 +2,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { fileOf } from './startup_command.ts';
 
-test('the file that a command runs, where that is certain', () => {
+test('a command yields its file only if that is certain', () => {
   const cases: [command: string, want: string | undefined][] = [
     ['"C:\\Program Files\\Kite\\kite sync.exe" /tray', 'C:\\Program Files\\Kite\\kite sync.exe'],
     ['C:\\Program Files\\Hvězdář\\Teams.EXE --quiet', 'C:\\Program Files\\Hvězdář\\Teams.EXE'],

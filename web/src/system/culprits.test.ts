@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import type { ProcessRow } from '../shell/process_shares.ts';
 import { culprits, memoryInUse } from './culprits.ts';
 
-test('who takes most: programs, not processes, and none that takes nothing', () => {
+test('culprits are the programs that use most, not processes, and never use nothing', () => {
   const of = (name: string, share: number, memUsageMB: number): ProcessRow => {
     return { name, pid: 1, share, memUsageMB, mem: memUsageMB, cpuTimeSec: 1, isSystem: false };
   };
@@ -18,7 +18,7 @@ test('who takes most: programs, not processes, and none that takes nothing', () 
   );
 });
 
-test('memory in use needs a known total', () => {
+test('used memory needs a known total', () => {
   assert.deepEqual(memoryInUse('32 GB DDR5 @ 6000 MHz', 50), { used: 2 ** 34, total: 2 ** 35 });
   assert.equal(memoryInUse('', 50), undefined);
 });

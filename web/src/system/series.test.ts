@@ -8,7 +8,7 @@ const linesOf = (points: Record<number, number>) => {
   return sparkline(series, frame);
 };
 
-test('current, average and peak; nothing for no points', () => {
+test('stats are current, average and peak, or nothing without points', () => {
   assert.equal(stats([]), undefined);
   const points = [4, 10, 1].map((value, i) => ({ at: i, value }));
   assert.deepEqual(stats(points), { current: 1, average: 5, peak: 10 });
@@ -19,7 +19,7 @@ test('the scale ends at the next 1, 2 or 5, and never below 1', () => {
   assert.deepEqual(values.map(niceCeiling), [1, 1, 2, 2, 5, 5, 10, 10, 1000, 1]);
 });
 
-test('points lie where their time and value say, at the edge beyond it, with gaps for pauses', () => {
+test('points are placed by time and value, limited to the edges, with gaps for pauses', () => {
   const { line, area } = linesOf({ 114_000: 0, 117_000: 50, 120_000: 130 });
   assert.deepEqual([line, area], ['M114 10L117 5L120 0', 'M114 10L114 10L117 5L120 0L120 10Z']);
   assert.equal(linesOf({ 30_000: 50, 33_000: 50, 60_000: 50, 63_000: 50 }).line, 'M30 5L33 5M60 5L63 5');

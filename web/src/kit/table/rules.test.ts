@@ -5,7 +5,7 @@ import { Hold } from './hold.ts';
 import type { CellValue, Selection } from './rules.ts';
 import * as table from './rules.ts';
 
-test('order: by language, numbers by value, rows without a value last in both directions', () => {
+test('rows sort by language and by value; those without a value come last in both directions', () => {
   const cases: [name: string, values: CellValue[], descending: boolean, want: CellValue[]][] = [
     ['Czech letters', ['čep', 'chata', 'Cukr', 'hora'], false, ['Cukr', 'čep', 'hora', 'chata']],
     ['numbers inside texts', ['app 10', 'app 9', 'App 1'], false, ['App 1', 'app 9', 'app 10']],
@@ -19,7 +19,7 @@ test('order: by language, numbers by value, rows without a value last in both di
   }
 });
 
-test('filter: every word somewhere in the row, without case and accents', () => {
+test('the filter finds every word anywhere in the row, ignoring case and accents', () => {
   const rows = ['Čištění disku;C:', 'Síť;Ethernet', 'disk;D:'];
   const cases = { '  ': '012', CISTENI: '0', 'c: disk': '0', 'disk ethernet': '', '.*': '' };
   for (const [query, want] of Object.entries(cases)) {
@@ -28,7 +28,7 @@ test('filter: every word somewhere in the row, without case and accents', () => 
   }
 });
 
-test('selection: plain, Ctrl (^) and Shift (+) clicks', () => {
+test('plain, Ctrl (^) and Shift (+) clicks select', () => {
   const cases: [name: string, clicks: string, want: string, active: string][] = [
     ['plain replaces, Ctrl adds', 'b a ^c', 'ac', 'c'],
     ['Ctrl takes away', 'a ^a', '', 'a'],
@@ -45,7 +45,7 @@ test('selection: plain, Ctrl (^) and Shift (+) clicks', () => {
   }
 });
 
-test('selection survives new data as far as its rows do', () => {
+test('the selection survives new data as far as its rows do', () => {
   const selection: Selection = { keys: new Set([1, 2, 3]), active: 2, anchor: 3 };
   const gone = { keys: new Set([1, 3]), active: undefined, anchor: 3 };
   const locked = { keys: new Set([3]), active: 2, anchor: 3 };
@@ -65,13 +65,13 @@ test('keys move within the table', () => {
     assert.equal(table.moveTo(key, at, 100, 10), want, `${key} from ${at}`);
 });
 
-test('the drawn rows cover what is seen, within the table', () => {
+test('the drawn rows cover the visible part of the table', () => {
   assert.deepEqual(table.visibleRange(3618, 360, 36, 1000, 12), { first: 88, end: 123 });
   const shrunk = table.visibleRange(36_000, 360, 36, 600, 12);
   assert.ok(shrunk.first < 600 && shrunk.end === 600, 'scrolled far down, then filtered');
 });
 
-test('new data in the places of the old', () => {
+test('new data takes the places of the old', () => {
   const cases: [name: string, before: string, now: string, want: string][] = [
     ['another order', 'abc', 'CBA', 'ABC '],
     ['new ones last', 'bc', 'AXBC', 'BCAX '],
@@ -83,7 +83,7 @@ test('new data in the places of the old', () => {
   }
 });
 
-test('columns go by rank until the rest fits, and those without a rank stay', () => {
+test('columns are dropped by rank until the rest fits; those without a rank stay', () => {
   const columns = [{}, { width: '5rem', drop: 1 }, { width: '8rem', drop: 2 }, { width: '30%' }];
   for (const [rem, want] of Object.entries({ 33: '0123', 32: '013', 5: '03' })) {
     const kept = table.fittingColumns(columns, Number(rem)).map((one) => columns.indexOf(one));
