@@ -58,7 +58,7 @@ async function measure(browser) {
     for (const key of keys) await page.keyboard.press(key, { delay: 30 });
     return ranked(await page.evaluate(() => delays), share);
   };
-  // Large answers come after the start, which they would slow down.
+  // Sends large answers after the start, which they would slow down.
   const load = (type, more) => page.evaluate(`void Object.assign(answers.${type}, ${JSON.stringify(more)})`);
   const scroll = async () => {
     const frames = page.evaluate(`new Promise((done, _, times = []) => {

@@ -1,4 +1,4 @@
-// What the program does with requests, asked over its bridge without a page.
+// Tests how the program handles requests over its bridge, without a page.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -7,7 +7,7 @@ import { registryText, withRegistry } from './wine.mjs';
 
 const kNoPage = { page: false };
 
-// Sends a message and compares the exact texts that come back before the reply to a request sent after it.
+// Sends a message and compares the exact texts that arrive before the reply to a later request.
 async function expectReplies(app, message, want, name = message) {
   const from = app.texts.length;
   await app.send(message);
@@ -23,12 +23,12 @@ const testBridgeReply = (id) => `{"requestId":${id},"status":"ok","success":true
 const typeError = (want, got) =>
   `{"message":"[json.exception.type_error.302] type must be ${want}, but is ${got}","type":"error"}`;
 
-test('the envelope, through the real window', () =>
+test('the window decodes every request envelope', () =>
   withVarnel(kNoPage, async (app) => {
     const deep = (open, close) =>
       `{"action":"testBridge","requestId":9,"data":${open.repeat(10_000)}1${close.repeat(10_000)}}`;
     const long = `{"action":"testBridge","requestId":9,"data":"${'ž'.repeat(5 << 20)}"}`;
-    // The settings file's indentation grows with the square of the depth: 36 MB here.
+    // The settings file's indentation grows with the square of the depth, to 36 MB here.
     const settings = `{"action":"saveSettings","data":${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}}`;
     for (const [message, want, name] of [
       ['{"action":"openUrl","url":1}', [typeError('string', 'number')]],
@@ -44,7 +44,7 @@ test('the envelope, through the real window', () =>
       await expectReplies(app, message, want, name);
   }));
 
-// Of several missing fields one is named. Nothing is started, ended, written or deleted.
+// Names one of several missing fields. Nothing is started, ended, written or deleted.
 test('a request without a required field is refused before any work begins', () =>
   withVarnel(kNoPage, async (app) => {
     const from = app.texts.length;
@@ -74,7 +74,7 @@ test('a thousand requests are answered in order', () =>
     assert.deepEqual(app.texts.slice(from), ids.map(testBridgeReply));
   }));
 
-test('an action started twice runs twice at the same time', () => {
+test('an action started twice runs twice concurrently', () => {
   const steps = [{ text: 'begin\r\n' }, { text: 'end\r\n', delay_ms: 3000 }];
   return withVarnel({ ...kNoPage, tools: { 'ping.exe': { steps } } }, async (app) => {
     const data = { type: 'ping', target: 'localhost' };
@@ -95,7 +95,7 @@ const cleaning = (type, path) => ['cleanLeftovers', { items: [{ type, path }] }]
 const saving = (type, is_delete) => ['saveEnvVariable', { type, name: 'N', value: 'v', is_delete }];
 const startup = { name: 'Žlutý "x"', enable: false };
 
-// [action, data, what the service is asked, with which data (none: the same)]
+// [action, data, the service's action (same if 0 or absent), its data (same if absent)]
 const kServiceActions = (exePath) => [
   ['toggleScheduleClean', { enabled: true }, 'toggleScheduleClean', { enabled: true, exePath }],
   ['toggleStartupItem', { scope: 'HKLM', name: startup.name, enabled: false }, 'toggleHKLMStartup', startup],
@@ -111,7 +111,7 @@ const kServiceActions = (exePath) => [
   [...cleaning('registry', 'HKLM\\Software\\Žluť'), 'cleanHKLMRegistry', { subKey: 'Software\\Žluť' }],
 ];
 
-test('actions of the helper service: absent, willing, and saying nothing of success', () => {
+test('actions with the helper service absent, successful, and answering without success', () => {
   const held = [{ hold: kHosts, text: 'held' }, { delay_ms: 600_000 }]; // only the service can read the hosts file
   return withVarnel({ ...kNoPage, tools: { 'holder.exe': { steps: held } } }, async (app) => {
     const holder = await app.startTool('holder');
@@ -138,7 +138,7 @@ test('actions of the helper service: absent, willing, and saying nothing of succ
   });
 });
 
-test('what the helper service may answer, and when it counts as not running', () =>
+test('every answer of the helper service is handled; a busy one counts as not running', () =>
   withVarnel({ ...kNoPage, service: {} }, async (app) => {
     const ask = async () => (await app.request('toggleScheduleClean', { enabled: true })).success;
     const stays = { delay_ms: 60_000 };
@@ -154,7 +154,7 @@ test('what the helper service may answer, and when it counts as not running', ()
       assert.equal(await ask(), want, name);
     }
     await app.stopService();
-    // More requests than it takes at a time: each waits its turn.
+    // More requests than it accepts at a time: each waits its turn.
     await app.startService({ '*': { chunks: [{ reply: { success: true }, delay_ms: 150 }] } });
     assert.deepEqual(await Promise.all(Array.from({ length: 5 }, ask)), Array(5).fill(true));
 
@@ -172,9 +172,9 @@ test('what the helper service may answer, and when it counts as not running', ()
 
 // --- other actions ----------------------------------------------------------------------------------------------------
 
-test('openUrl opens the url of the envelope and never that of the data; reboot starts its tool', () =>
+test('openUrl opens only the address in the envelope; reboot starts its tool', () =>
   withVarnel({ ...kNoPage, tools: { 'opener.exe': {}, 'shutdown.exe': { exit: 5 } } }, async (app) => {
-    const kScheme = 'HKLM\\Software\\Classes\\varneltest'; // of the machine: Wine finds no scheme of the user
+    const kScheme = 'HKLM\\Software\\Classes\\varneltest'; // Wine finds no scheme of the user
     const command = registryText(`${app.folder.windows}\\bin\\opener.exe "%1"`);
     const keys = {
       [kScheme]: { 'URL Protocol': '""' },

@@ -1,4 +1,4 @@
-// The Chromium that shows the program's page.
+// Runs the Chromium that shows the program's page.
 import { chromium } from 'playwright-core';
 
 let browser;
@@ -13,12 +13,12 @@ function launch(visible) {
     executablePath: '/usr/bin/chromium',
     args: ['--disable-gpu', ...(process.getuid() === 0 ? ['--no-sandbox'] : [])],
     headless: !visible,
-    // Ctrl+C is for whoever drives: the browser is ended in order.
+    // Ctrl+C belongs to the driver, which closes the browser in order.
     ...{ handleSIGINT: false, handleSIGTERM: false, handleSIGHUP: false },
   });
 }
 
-// What the page finds in window.chrome.webview. Runs in the page before its own scripts.
+// Provides window.chrome.webview. Runs in the page before its own scripts.
 function installWebview() {
   const webview = new EventTarget();
   webview.postMessage = (message) => window.varnelPost(typeof message === 'string' ? message : null);
@@ -30,7 +30,8 @@ function installWebview() {
   });
 }
 
-// A page in which `post` gets what it posts (null for what is no string) and `report` what goes wrong in it.
+// Returns a page. `post` receives its messages (null for one that is no string), and `report` its
+// errors.
 export async function newPage({ viewport = { width: 1400, height: 900 }, visible }, report, post) {
   browser ??= await launch(visible);
   const look = visible ? { viewport: null } : { viewport, reducedMotion: 'reduce' };

@@ -1,14 +1,15 @@
-// The driver's end of the stand-in browser loader's connection: one JSON document a line in both directions.
+// The driver's end of the connection to the stand-in browser loader: one JSON document per line in both
+// directions.
 import { once } from 'node:events';
 import net from 'node:net';
 import { createInterface } from 'node:readline';
 
-// Waits on a port of its own for the loader; `hear` gets every document that is no reply.
+// Waits for the loader on a port of its own. `hear` receives every document that is no reply.
 export async function listen(hear) {
   let socket;
   const waiting = []; // for replies, by the number of the request
   const server = net.createServer((accepted) => {
-    server.close(); // a program that this one starts has no driver
+    server.close(); // programs started by this one have no driver
     socket = accepted.setNoDelay(true);
     const lines = createInterface({ input: socket });
     // A killed program resets the connection; "close" follows.
@@ -26,7 +27,8 @@ export async function listen(hear) {
   return {
     port: server.address().port,
     close: () => server.close() && socket?.destroy(),
-    // Asks the loader on the program's UI thread; the answer comes after the program's handlers have returned.
+    // Sends a request to the loader on the program's UI thread. The answer arrives after the program's
+    // handlers have returned.
     request: (command, fields = {}) =>
       new Promise((resolve, reject) => {
         if (!socket?.writable) return reject(new Error(`${command}: the program is not connected`));

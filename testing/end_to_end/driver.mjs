@@ -1,6 +1,6 @@
-// Starts the shipped Varnel.exe under Wine with the stand-in browser loader and shows its page in Chromium. The
-// page is served by the program's own resource handler, and every message crosses the program's own bridge.
-// testing/README.md has the options and what the program gives.
+// Starts the shipped Varnel.exe under Wine with the stand-in browser loader and shows its page in
+// Chromium. The program's own resource handler serves the page, and every message crosses the program's
+// own bridge. testing/README.md describes the options and members.
 import { existsSync } from 'node:fs';
 import { mkdir, readFile, writeFile } from 'node:fs/promises';
 import { join } from 'node:path';
@@ -13,15 +13,15 @@ import * as wine from './wine.mjs';
 
 const { copyInto, standIn, startInPrefix, until } = wine;
 
-const kServiceInstances = 3; // programs that the stand-in service serves at once
+const kServiceInstances = 3; // clients that the stand-in service serves concurrently
 const kUnknown = { reply: { success: false, error: 'Unknown action' } };
 const kFileNotFound = 0x80070002 - 2 ** 32; // an HRESULT
 
 export class Varnel {
   messages = []; // everything posted to the page, in order, parsed; `texts` has the exact texts
   texts = [];
-  problems = []; // what makes stop() fail: console errors, policy reports, page errors, failed requests
-  calls = []; // of the control, in order: [name, argument]
+  problems = []; // make stop() fail: console errors, policy reports, page errors, failed requests
+  calls = []; // of the control's methods, in order: [name, argument]
   #connection; // with the stand-in loader
   #delivery = Promise.resolve();
   #nextRequest = 1_000_000;
@@ -137,7 +137,7 @@ export class Varnel {
     return existsSync(log) ? (await readFile(log, 'utf8')).split('\n').slice(0, -1) : [];
   }
 
-  // The program writes into the file in place, so that it may be empty for a moment.
+  // The program writes the file in place, so it may be empty for a moment.
   async settingsFile() {
     const file = join(this.folder.unix, 'settings.json');
     return JSON.parse(await until(async () => (await readFile(file, 'utf8')) || undefined, 'the settings'));
@@ -149,7 +149,8 @@ export class Varnel {
     return JSON.parse(stdout);
   }
 
-  // Ends the program with exitApp and everything around it; fails if there were problems or the exit code is not 0.
+  // Ends the program with exitApp and everything around it. Fails if there were problems or the exit
+  // code is not 0.
   async stop() {
     const hasEnded = () => this.process.code !== undefined;
     await this.#closePage(hasEnded);
@@ -158,15 +159,15 @@ export class Varnel {
     await until(hasEnded, 'the program to end after exitApp', 10_000);
     await this.kill();
     const { code } = this.process;
-    // Ending threads that are inside a system library, Wine itself now and then dies of a signal. A fault of the
-    // program would be an exception with an exit code; host.test.mjs asks Windows for the code.
+    // Wine itself sometimes dies of a signal while it ends threads inside a system library. A fault of
+    // the program would be an exception with an exit code; host.test.mjs asks Windows for it.
     if (lived && (code === 'SIGSEGV' || code === 'SIGKILL'))
       console.warn(`Wine ended by ${code} after exitApp`);
     else if (code !== 0) throw new Error(`the program ended with ${code}`);
     if (this.problems.length > 0) throw new Error(`problems in the page:\n${this.problems.join('\n')}`);
   }
 
-  // Ends everything at once, without looking at problems.
+  // Ends everything immediately, ignoring problems.
   async kill() {
     this.process?.kill('SIGKILL');
     await this.exited;
@@ -176,10 +177,10 @@ export class Varnel {
     if (!this.options.folder) await this.folder?.remove();
   }
 
-  // The page goes before the program, so that nothing of it is cut off, and after the status push, which is inside
-  // the graphics libraries for a moment after each load.
+  // Closes the page before the program ends, so that nothing of it is cut off. Waits for the status
+  // push, which is inside the graphics libraries for a moment after each load.
   async #closePage(hasEnded) {
-    await this.context?.close().catch(() => {}); // the user may be closing its window at this moment
+    await this.context?.close().catch(() => {}); // the user may be closing its window
     this.context = undefined;
     const isPush = ({ type, requestId }) => type === 'status' && requestId === 0;
     const isQuiet = () => hasEnded() || this.messages.filter(isPush).length >= this.#pushesDue;
@@ -215,7 +216,7 @@ export class Varnel {
     if (!this.page) return;
     const deliver = () => this.page.evaluate((json) => window.varnelDeliver(json), text);
     this.#delivery = this.#delivery.then(deliver).catch(({ message }) => {
-      // A message that meets a page on its way out is lost with the real control, too.
+      // The real control also loses a message to a page that is being replaced.
       if (!/navigation|closed|destroyed|varnelDeliver is not/.test(message))
         this.problems.push(`delivering a message: ${message}`);
     });
@@ -238,7 +239,7 @@ export class Varnel {
 
   async #openPage(uri) {
     const report = (problem) => void this.problems.push(problem);
-    // Some actions end the program at once; its exit code tells whether that was in order.
+    // Some actions end the program immediately; the exit code shows whether that was in order.
     const post = (text) => this.send(text).catch(() => {});
     const page = (this.page = await newPage(this.options, report, post));
     this.context = page.context();

@@ -1,4 +1,4 @@
-// What every end-to-end test file uses; testing/README.md says what for.
+// The functions shared by all end-to-end tests. testing/README.md describes them.
 import { mkdir, mkdtemp, rm } from 'node:fs/promises';
 import { join } from 'node:path';
 import { after } from 'node:test';
@@ -10,7 +10,7 @@ import { closeBrowser } from './browser.mjs';
 import { Varnel } from './driver.mjs';
 import { endWine, prefix, root } from './wine.mjs';
 
-// The page's own texts and figures, bundled as the page has them.
+// The page's own texts and figures, bundled as in the page.
 const contents = `import './app/all_texts.ts';
   export { formatBytes } from './base/format.ts';
   export { setLanguage, t } from './base/text.ts';`;
@@ -18,7 +18,7 @@ const stdin = { contents, resolveDir: join(root, 'web/src') };
 const { outputFiles } = buildSync({ stdin, bundle: true, write: false, format: 'esm' });
 const page = await import(`data:text/javascript,${encodeURIComponent(outputFiles[0].text)}`);
 
-// What the page shows in a language for the key of a text, its holes filled: text('en', 'hosts.refused').
+// Returns the page's text for a key in a language, with its holes filled: text('en', 'hosts.refused').
 export function text(language, key, values = {}) {
   page.setLanguage(language);
   return page.t(key, values);
@@ -34,7 +34,7 @@ after(async () => {
   await endWine();
 });
 
-const kLimitMs = 150_000; // a page that draws without end answers nothing any more
+const kLimitMs = 150_000; // a page that redraws endlessly no longer answers
 
 export async function withVarnel(options, body) {
   const app = new Varnel(options);
@@ -59,7 +59,7 @@ export async function withVarnel(options, body) {
   }
 }
 
-// Fails if axe-core finds anything on what the page shows now.
+// Fails if axe-core finds anything in the current page.
 async function checkAccessibility(shown) {
   const run = 'axe.run(document, { resultTypes: ["violations"] })';
   const { violations, passes } = await shown.evaluate(`${axe.source}; ${run}`);
@@ -86,7 +86,7 @@ export async function dialogOf(page, name) {
   return dialog;
 }
 
-// Without the service its dialog opens whenever something asked for it.
+// Without the service, any request for it opens its dialog.
 export async function closeServiceDialog(page) {
   const name = text(await page.evaluate(() => document.documentElement.lang), 'service.title');
   const dialog = await dialogOf(page, name);
@@ -96,7 +96,8 @@ export async function closeServiceDialog(page) {
 
 const gridRows = (scope, label) => scope.getByRole('grid', { name: label }).locator('tbody tr');
 
-// Texts of the cells of a grid's rows: a switch is "true" or "false", and boxes to tick are left out.
+// Returns the texts of the cells of a grid's rows. A switch is "true" or "false"; tick boxes are left
+// out.
 export const rowsOf = (scope, label) =>
   gridRows(scope, label).evaluateAll((rows) =>
     rows.map((row) =>
@@ -106,18 +107,18 @@ export const rowsOf = (scope, label) =>
     ),
   );
 
-// Ticks the row with a text, or takes its tick away.
+// Toggles the tick of the row with a text.
 export const tick = (scope, label, row) =>
   gridRows(scope, label).filter({ hasText: row }).getByRole('checkbox').click();
 
-// A message at the edge of the page; one of a failure is an "alert".
+// Returns a notice at the edge of the page. That of a failure is an "alert".
 export const toastOf = (page, said, role = 'status') =>
   page.locator('.toasts').getByRole(role).getByText(said);
 
 export const asked = async (app, action) =>
   (await app.serviceRequests()).filter((request) => request.action === action);
 
-// Beside drive C, so that files can be moved there; Wine makes nothing above the bin.
+// Beside drive C, so that files can be moved there. Wine creates no folder above the bin.
 export async function makeHome() {
   const unix = await mkdtemp(join(prefix, 'home-'));
   const share = join(unix, '.local/share');

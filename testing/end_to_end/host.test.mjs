@@ -1,4 +1,5 @@
-// What the program asks of the browser control and of Windows: its window, its files, its start without a browser.
+// Tests the program's use of the browser control and of Windows: its window, its files, its start
+// without a browser.
 import assert from 'node:assert/strict';
 import { mkdir, readFile } from 'node:fs/promises';
 import { join } from 'node:path';
@@ -11,7 +12,7 @@ import { buildFolder, makeFolder, prepareWine, withRegistry, writeRegistry } fro
 const kOrigin = 'https://varnel.local';
 const kNoPage = { page: false };
 
-test('the control is set up as the page needs it, and only then led to it', () =>
+test('the control is set up before it navigates to the page', () =>
   withVarnel(kNoPage, async ({ calls }) => {
     const [, [folder, data, hasOptions]] = calls[0];
     assert.deepEqual([folder, hasOptions], ['', false]);
@@ -35,7 +36,7 @@ test('the control is set up as the page needs it, and only then led to it', () =
     );
   }));
 
-test('the executable serves its files and nothing else, a public folder the rest', async () => {
+test('the executable serves only its own files, a public folder the rest', async () => {
   await prepareWine();
   const folder = await makeFolder();
   await mkdir(join(folder.unix, 'public'));
@@ -58,7 +59,7 @@ test('the executable serves its files and nothing else, a public folder the rest
       assert.equal(await app.resource(kOrigin + path), undefined, path);
     assert.deepEqual(mapped(app), ['varnel.local', `${folder.windows}\\bin\\..\\public`, 1]);
   });
-  await mkdir(join(folder.unix, 'bin/public')); // the one beside the executable comes first
+  await mkdir(join(folder.unix, 'bin/public')); // preferred: beside the executable
   await withVarnel({ folder, ...kNoPage }, (app) =>
     assert.deepEqual(mapped(app), ['varnel.local', `${folder.windows}\\bin\\public`, 1]),
   );
@@ -67,7 +68,7 @@ test('the executable serves its files and nothing else, a public folder the rest
 
 // --- the window -------------------------------------------------------------------------------------------------------
 
-// Window messages and words, as other processes send them.
+// Window messages and commands as other processes send them.
 const [kClose, kHitTest, kSetFocus, kSysCommand, kPostJson] = [16, 132, 7, 274, 1025];
 const [kCaption, kMinimize, kRestore] = [2, 0xf020, 0xf120];
 const kOverlappedWindow = 0x00cf0000;
@@ -75,7 +76,7 @@ const kOverlappedWindow = 0x00cf0000;
 const closes = async (app, message) =>
   assert.equal((await app.window(`send:${message},0`, 'wait_exit')).exitCode, 0);
 
-// Does a step and waits until the control is told what it cannot see as a child window.
+// Takes a step and waits until the control learns what it cannot see as a child window.
 async function tells(app, step, call) {
   const from = app.calls.length;
   const window = await app.window(step);
@@ -84,13 +85,13 @@ async function tells(app, step, call) {
   return window.place.slice(2);
 }
 
-test('the window, its least size, what the control is told, and its own commands', async () => {
+test('the window has a minimum size and its own commands, and informs the control', async () => {
   await withVarnel(kNoPage, async (app) => {
     const { title, style, classStyle, place } = await app.window('find');
     const [left, top, ...size] = place;
     assert.deepEqual([title, style & kOverlappedWindow, classStyle], ['Varnel', kOverlappedWindow, 3]);
     assert.deepEqual(size, [1400, 900]);
-    // The place of the icon acts as caption.
+    // The icon's place acts as caption.
     const points = [8, 200].map((x) => ((top + 12) << 16) | ((left + x) & 0xffff));
     const { results } = await app.window(...points.map((point) => `send:${kHitTest},0,${point}`));
     assert.deepEqual(results, [kCaption, kCaption]);
@@ -115,8 +116,8 @@ test('the window, its least size, what the control is told, and its own commands
   });
 });
 
-// A display of more than 96 dpi: the virtual one has 1600 x 1000 pixels, all of them work area.
-test('the sizes follow the display, but not beyond its work area', async () => {
+// A display of more than 96 dpi. The virtual one has 1600 x 1000 pixels, all of them work area.
+test("sizes follow the display's scale up to its work area", async () => {
   const kDesktop = 'HKCU\\Control Panel\\Desktop';
   for (const [dpi, first, least] of [
     [105, [1531, 984], [1367, 766]],
@@ -148,7 +149,7 @@ test('without a browser runtime the window stays and nothing crashes', async () 
 
 // --- the driver -------------------------------------------------------------------------------------------------------
 
-test('what goes wrong in the page fails the test that has it', async () => {
+test('an error in the page fails its test', async () => {
   const run = withVarnel({}, async ({ page }) => {
     await page.waitForSelector('main[data-view]');
     await page.evaluate(async () => {

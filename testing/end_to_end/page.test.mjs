@@ -1,4 +1,4 @@
-// What belongs to no view: the badge, settings, the look of every view, and the keyboard.
+// Tests the parts that belong to no view: the badge, settings, the look of every view, and the keyboard.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -13,7 +13,7 @@ const kViews =
 const badge = ({ page, text }, state) =>
   page.locator('[data-testid=badge-service]', { hasText: text(`badge.service.${state}`) }).waitFor();
 
-// Figures from a second sample: a load needs two.
+// Waits for a second sample, because a load needs two.
 async function secondSample(app) {
   await app.page.waitForSelector('[role=meter]');
   await app.page.keyboard.press('F5');
@@ -21,13 +21,13 @@ async function secondSample(app) {
   await app.until(() => samples() > 1, 'another telemetry sample');
 }
 
-test('the dashboard shows what the program measured', () =>
+test("the dashboard shows the program's measurements", () =>
   withVarnel({ language: 'en' }, async (app) => {
     const { page } = app;
     const last = (type) => app.messages.findLast((message) => message.type === type);
     await secondSample(app);
     await page.waitForSelector('.facts');
-    // Looked at in one piece with the sample that it shows: a new one may come at any time.
+    // Reads the screen together with its sample, because a new one may arrive at any time.
     await app.until(async () => {
       const { cpu, ram, disks } = last('telemetry');
       const measured = [cpu, ram, ...disks.map(({ percent }) => percent)].map(Math.round);
@@ -62,12 +62,12 @@ test('the badge and its dialog follow the service', () =>
     await page.reload();
     await badge(app, 'off');
     await app.startService({});
-    await openView(page, 'settings'); // on the way to another view it is seen, too
+    await openView(page, 'settings'); // changing the view notices it, too
     await badge(app, 'on');
     assert.deepEqual(await app.serviceRequests(), [], 'the probe writes nothing');
   }));
 
-test('settings take effect at once and survive a restart; diagnostics come as they were sent', async () => {
+test('settings take effect immediately and survive a restart; diagnostics arrive unchanged', async () => {
   const folder = await makeFolder();
   const theme = ({ page }) => page.evaluate(() => document.documentElement.dataset.theme);
   const settings = { theme: 'ember', autoScan: true, unknownKey: [1, null] };
@@ -101,7 +101,7 @@ test('settings take effect at once and survive a restart; diagnostics come as th
   await folder.remove();
 });
 
-// One run a look: every view is there, is accessible, and leaves a picture.
+// One run per look: every view exists, is accessible, and leaves a picture.
 for (const [theme, language, width, height] of [
   ['amethyst', 'cs', 1400, 900],
   ['light', 'en', 1250, 700],
@@ -124,9 +124,9 @@ for (const [theme, language, width, height] of [
 test('the keyboard alone reaches every control in the order of the page', () =>
   withVarnel({ language: 'en' }, async (app) => {
     const { page } = app;
-    await badge(app, 'off'); // nothing comes between the controls later
+    await badge(app, 'off'); // so that nothing appears between the controls later
     await openView(page, 'network');
-    await page.waitForSelector('.network .card:first-child .notice:not([aria-busy])'); // no netstat, no ports
+    await page.waitForSelector('.network .card:first-child .notice:not([aria-busy])'); // no ports
     const count = await page.evaluate(() => {
       const kinds = 'button, select, input:not([type=radio]:not(:checked)), a[href], [tabindex="0"]';
       const controls = [...document.querySelectorAll(kinds)].filter((one) => one.checkVisibility());
@@ -142,7 +142,7 @@ test('the keyboard alone reaches every control in the order of the page', () =>
     }
   }));
 
-test('at 200 % rows have their names; nothing else comes into the window, and a page loaded again is told', () =>
+test('at 200 %, rows keep their names; nothing replaces the page, and a reloaded one gets its status', () =>
   withVarnel({ viewport: { width: 700, height: 450 } }, async (app) => {
     const { page } = app;
     const pushed = () => app.messages.filter(({ type, requestId }) => type === 'status' && requestId === 0);

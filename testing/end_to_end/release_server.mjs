@@ -1,17 +1,18 @@
-// Stand-in for the place where versions of Varnel are published.
+// Stand-in for the server that publishes versions of Varnel.
 import { once } from 'node:events';
 import { createServer } from 'node:http';
 
 import { holds, until } from './wine.mjs';
 
-// The address that is compiled into Varnel_loopback.exe.
+// The address compiled into Varnel_loopback.exe.
 export const kReleasePort = 23719;
-// There is one: test files that use it wait for each other.
+// There is only one, so test files that use it wait for each other.
 await until(() => holds('releases of Varnel'), 'the releases', Infinity);
 const kErrorPage =
   '<!doctype html><html><head><title>Not here</title></head><body><h1>Not here</h1></body></html>';
 
-// Runs `body` with a server; `answers` by path: a function of the response each; other paths are not found.
+// Runs `body` with a server. `answers` has a function of the response per path; other paths are not
+// found.
 export async function withReleaseServer(answers, body) {
   const requests = [];
   const server = createServer((request, response) => {

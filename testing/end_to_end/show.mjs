@@ -1,5 +1,6 @@
-// ./dev run: the program with its page to look at. With a display: windows, until one is closed or Ctrl+C.
-// Without: a picture in build/run and the live figures as text. With --once: ends after the first complete sample.
+// ./dev run: shows the program with its page. With a display, opens windows until one is closed or
+// Ctrl+C is pressed. Without one, saves a picture in build/run and prints the live figures. With --once,
+// ends after the first complete sample.
 import { once } from 'node:events';
 import { join } from 'node:path';
 
@@ -19,7 +20,8 @@ const line = ({ cpu, ram, download, upload, disks }) =>
     ...disks.map(({ drive, percent: used }) => `${drive} ${percent(used)}`),
   ].join(' | ');
 
-// The page asks every three seconds while its dashboard is shown; load and rates compare two samples.
+// The page requests a sample every three seconds while its dashboard is shown. Load and rates compare
+// two samples.
 async function show() {
   const { specs } = await app.waitForMessage(({ type }) => type === 'status');
   console.log(Object.values(specs).filter(Boolean).join(' | '));

@@ -1,4 +1,5 @@
-// The scan, the queue and drivers through the page, with tools and service that print what the real ones do.
+// Tests the scan, the queue and drivers through the page. Tools and service print the output of the real
+// ones.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
@@ -16,13 +17,13 @@ const offers = (...titles) => {
   return { steps: [{ hex: 'efbbbf' }, { text: JSON.stringify({ scannedDriversCount: 214, updates }) }] };
 };
 
-test('the scan fills three lists, and a version that is skipped stays out of its list', () => {
+test('the scan fills three lists, and a skipped version stays out', () => {
   const tools = { ...winget(), 'powershell.exe': offers('Peat® & Co, Inc.', kDriver) };
   return withVarnel({ language: 'en', service: {}, tools }, async (app) => {
     const { page, text } = app;
     const names = async (tab) => (await rowsOf(page, text(`software.${tab}`))).map(([name]) => name);
     await openView(page, 'software');
-    await page.getByRole('grid', { name: text('software.updates') }).waitFor(); // asked for by itself
+    await page.getByRole('grid', { name: text('software.updates') }).waitFor(); // requested automatically
     await page.click('[data-tab=drivers]');
     await press(page, text('software.scan'));
     await app.until(async () => (await app.settingsFile()).lastScan > 0, 'the time of the scan');
@@ -32,7 +33,7 @@ test('the scan fills three lists, and a version that is skipped stays out of its
     assert.equal((await names('installed')).join(', '), installed);
     await page.click('[data-tab=updates]');
     assert.equal((await names('updates')).length, 6);
-    // What cannot be acted on cannot be ticked either.
+    // A row that cannot be acted on cannot be ticked either.
     const grid = page.getByRole('grid', { name: text('software.updates') });
     assert.equal(await grid.locator('tbody').getByRole('checkbox').count(), 4);
 
@@ -41,7 +42,7 @@ test('the scan fills three lists, and a version that is skipped stays out of its
     await app.until(async () => (await app.settingsFile()).ignoreList?.length === 1, 'what is skipped');
     assert.ok(!(await names('updates')).includes('Copse'));
 
-    // Blocked scripts cost only the drivers.
+    // Blocked scripts affect only the drivers.
     await app.scriptTool('powershell.exe', prints('running scripts is disabled here.\n', 1));
     await page.click('[data-tab=drivers]');
     await press(page, text('software.scan'));
@@ -50,7 +51,7 @@ test('the scan fills three lists, and a version that is skipped stays out of its
   });
 });
 
-test('a queue of three runs one by one, and a failure does not stop it', () => {
+test('a queue of three runs one at a time, and a failure does not stop it', () => {
   const ends = { 'Heron.MediaSuite': [0x8a150006, 'failed'], 'Brook.TarnSync': [0x8a150109, 'restart'] };
   const tools = winget(
     ...Object.entries(ends).map(([id, [exit]]) => ({ when: `"${id}"`, ...prints('Installing\n', exit) })),
@@ -81,7 +82,7 @@ test('a queue of three runs one by one, and a failure does not stop it', () => {
     await press(page, text('restart.ask'));
     await press(await dialogOf(page, text('restart.title')), text('app.cancel'));
 
-    // One tool at a time, in the order of the screen, and what has changed is listed anew.
+    // Tools run one at a time in the order of the screen, and changed lists are loaded again.
     const stream = app.messages.filter((one) => one.type === 'update_stream' && one.streamType !== 'stdout');
     const types = stream.map(({ streamType }) => streamType);
     assert.deepEqual(types, Array(3).fill(['status', 'exit']).flat());
@@ -93,7 +94,7 @@ test('a queue of three runs one by one, and a failure does not stop it', () => {
   });
 });
 
-test('drivers are installed by the service, or else here; an end that is not told is not credited', () => {
+test('drivers are installed by the service or the program; a missing end is not credited', () => {
   const marked = { steps: [{ delay_ms: 1000, text: 'Installed. SYSTEM_REBOOT_REQUIRED\r\n' }] };
   const cases = [
     { when: 'check_updates', ...offers(kDriver, kFirmware) },
@@ -112,7 +113,7 @@ test('drivers are installed by the service, or else here; an end that is not tol
     await openView(page, 'software');
     await openList(app, 'drivers');
     await install(kDriver, kFirmware);
-    await closeServiceDialog(page); // both miss the service; one dialog is enough
+    await closeServiceDialog(page); // both find the service missing; one dialog is enough
     await job(page, kDriver, 'restart');
     await job(page, kFirmware, 'failed');
     assert.equal(await page.getByRole('dialog').count(), 0);
@@ -121,8 +122,8 @@ test('drivers are installed by the service, or else here; an end that is not tol
     const run = `powershell -NoProfile -ExecutionPolicy Bypass -File "${script}" -UpdateTitle`;
     assert.deepEqual(runs.toSorted(), [`${run} "${kFirmware}"`, `${run} "${kDriver}"`]);
 
-    // The service closes the pipe before its exit record: nothing is said of an end, and after a minute of
-    // silence the user may stop waiting.
+    // The service closes the pipe before its exit record, so no end is reported. After a minute of
+    // silence, the user may stop waiting.
     await page.clock.install();
     await app.startService({ installDriver: { reply: { type: 'stdout', message: 'Stahuji „Brook“' } } });
     await openList(app, 'drivers');

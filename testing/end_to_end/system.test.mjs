@@ -1,4 +1,4 @@
-// What the program says of the machine, against the registry and what is seen from outside Wine.
+// Compares the program's facts about the machine with the registry and with the view from outside Wine.
 import assert from 'node:assert/strict';
 import { readFile, statfs } from 'node:fs/promises';
 import { test } from 'node:test';
@@ -6,12 +6,12 @@ import { test } from 'node:test';
 import { withVarnel } from './harness.mjs';
 import { driveC, prepareWine, readRegistry, registryText, writeRegistry } from './wine.mjs';
 
-// Keys that the system makes anew at each of its starts.
+// Keys that the system creates at each start.
 const kHardware = 'HKLM\\HARDWARE\\DESCRIPTION\\System';
 const [kName, kMaker] = ['   Peat(R) Core  i7-0000  ', 'Gigabyte Technology Co., Ltd.'].map(registryText);
 const kWindows = 'HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion';
 
-test('specs are those of the registry; load, memory and drives those of the system', async () => {
+test('specs match the registry; load, memory and drives match the system', async () => {
   await prepareWine();
   await writeRegistry({
     [`${kHardware}\\CentralProcessor\\0`]: { ProcessorNameString: kName },

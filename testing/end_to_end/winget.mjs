@@ -1,10 +1,10 @@
-// What the stand-in winget prints, and what the tests of its view share.
+// The output of the stand-in winget, and functions shared by the tests of its view.
 import { press } from './harness.mjs';
 
 const crlf = (text) => text.replace(/^\n/, '').replaceAll('\n', '\r\n');
 export const kSpinner = `\r   - \r   \\ \r   | \r${' '.repeat(120)}\r`;
 
-// What the tool leaves between columns is one blank where a cell is the widest.
+// The tool prints only one space after the widest cell of a column.
 const kUpdates = crlf(`
 Name                         Id                Version Available Source
 ------------------------------------------------------------------------
@@ -16,7 +16,7 @@ Peat Notes                   Peat.NotesWithAc… 2.0     2.1       winget
 Fen Poznámky                 Fen.C++           1.0     1.1       winget
 6 upgrades available.
 `);
-// The row with the widest identifier and no source comes as two cells, and the list takes three.
+// The row with the widest ID and no source arrives as two cells; the list needs three.
 const kInstalled = crlf(`
 Name                         Id                                     Version    Available Source
 -----------------------------------------------------------------------------------------------
@@ -39,7 +39,7 @@ export const winget = (...cases) => ({
 export const kAgreed = '--accept-source-agreements --disable-interactivity';
 
 export const job = (page, id, state) => page.waitForSelector(`[data-job="${id}"][data-state=${state}]`);
-// Opens a list, which loads by itself unless it is slow.
+// Opens a list, which loads automatically unless it is slow.
 export async function openList(app, tab) {
   await app.page.click(`[data-tab=${tab}]`);
   if (tab === 'drivers') await app.page.keyboard.press('F5');

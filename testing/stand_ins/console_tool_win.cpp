@@ -38,7 +38,7 @@ std::string Bytes(const json& step) {
 }
 
 void Perform(const json& step) {
-  static FileHandle held;  // to the end of this process, and shared with nobody
+  static FileHandle held;  // unshared, until this process ends
   if (step.contains("hold")) {
     const std::wstring path = Utf8ToWide(step["hold"].get<std::string>());
     held.reset(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));

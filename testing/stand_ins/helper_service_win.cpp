@@ -1,6 +1,6 @@
-// Stand-in for the helper service, which serves one client at a time; the driver runs several. Prints "ready"
-// and then every request. Answers each with the pieces that come on its standard input, each as the number of
-// its bytes, a line feed and the bytes. The number 0 ends the answer and the connection.
+// Stand-in for the helper service that serves one client at a time; the driver runs several. Prints "ready",
+// then every request. Answers each with the pieces on its standard input: per piece the number of its bytes,
+// a line feed and the bytes. The number 0 ends the answer and the connection.
 #include <windows.h>
 #include <fcntl.h>
 #include <io.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Returns the request's line, or a part of it if the client has gone.
+// Returns the request's line, or a part of it if the client has left.
 std::string ReadRequest(HANDLE pipe) {
   std::string request;
   char part[4096];
