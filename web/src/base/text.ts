@@ -4,7 +4,7 @@ export const languages = { cs: 'Čeština', en: 'English' } as const;
 export type Language = keyof typeof languages;
 
 type Category = 'one' | 'few' | 'many' | 'other';
-/** A text that depends on the number `{n}`. Czech `many` is for fractions: a text that only counts does without it. */
+/** A text that depends on the number `{n}`. Czech `many` is for fractions; a text that only counts omits it. */
 export type Plural = { readonly other: string } & Readonly<Partial<Record<Category, string>>>;
 /** The texts of a room, each in both languages. */
 export type TextTable = Readonly<

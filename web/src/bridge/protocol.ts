@@ -261,7 +261,7 @@ export type Reply<A extends Action> = Message<(typeof replies)[A][0]>;
 export interface RequestData {
   saveSettings: Record<string, unknown>;
   killProcess: { pid: number };
-  cleanJunk: Record<keyof Message<'junk'>['categories'], boolean>; // prefetch equals windowsTemp: one tick box
+  cleanJunk: Record<keyof Message<'junk'>['categories'], boolean>; // prefetch equals windowsTemp
   deleteSpecificFiles: { paths: string[] };
   setHibernation: { enabled: boolean };
   findLeftovers: { id: string; name: string };

@@ -16,7 +16,7 @@ export function Maintenance() {
   useEffect(() => {
     if (state.phase === 'idle') check();
   }, []);
-  // The card grows when the answer arrives: above the repairs it would move them under the pointer.
+  // The card grows when the answer arrives. Above the repairs, it would then move them under the pointer.
   const [offered] = useState(state.data?.hasUpdate);
   const own = (
     <>

@@ -9,7 +9,10 @@ export const openedPart = createStore<Part>('hosts');
 
 let unasked = 0;
 
-/** Loads for whoever comes to the view: that the service is missing is no news to somebody who has asked for nothing. */
+/**
+ * Loads when the user opens the view. Does not open the service dialog, because the user has not asked for
+ * anything.
+ */
 export function loadUnasked(source: Readable<unknown>) {
   unasked++;
   void source.reload().then(() => unasked--);

@@ -93,7 +93,7 @@ function Editor({ text }: { text: string }) {
     document.execCommand('insertText', false, lines.text); // the only way that Ctrl+Z undoes
     area.current!.setSelectionRange(lines.start, lines.start + lines.text.length);
   }
-  /** Puts the cursor before or behind the part. The ends of the file are joined. */
+  /** Moves the cursor before or behind the part. Wraps around at the ends of the file. */
   function turn(back: boolean) {
     const place = back ? (before > 0 ? start - 1 : shown.length) : after > 0 ? end + 1 : 0;
     select(place, place);
@@ -190,7 +190,7 @@ function PartBar({ before, lines, after, goTo, turn }: PartBarProps) {
         onKeyDown={(event) => {
           const line = Number(event.currentTarget.value.replace(/\D/g, ''));
           if (event.key !== 'Enter' || !line) return;
-          event.preventDefault(); // the text has the focus then
+          event.preventDefault(); // the text now has the focus
           goTo(line);
         }}
       />

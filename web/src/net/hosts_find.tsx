@@ -20,7 +20,7 @@ export interface Find {
 }
 
 /**
- * Finds in the whole text, whose part from `start` on the text area holds. F3 continues from the cursor,
+ * Finds in the whole text. The text area holds its part from `start` on. F3 continues from the cursor,
  * wherever the focus is.
  */
 export function useFind(

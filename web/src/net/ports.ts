@@ -27,7 +27,7 @@ export const ports = createSource(async () =>
   distinctBy((await host.request('getOpenPorts')).ports, portKey),
 );
 
-/** Leads to a port in its table, also if another process has it by now. */
+/** Shows a port in its table, even if another process has it by now. */
 export async function leadToPort(port: Port) {
   leadToRow('ports', portKey(port));
   await ports.reload();

@@ -24,7 +24,7 @@ export const programOf = (file: string) => file.replace(/\.exe$/i, '');
 
 export const showPorts = (name: string, pid?: number) => showRows('network', 'ports', [name, pid].join(' '));
 
-/** What leads to a start-up item shows it, whatever kind was shown before. */
+/** Shows all kinds, so that a link to an item finds it. */
 export function showStartup(file: string) {
   startupKind.set('all');
   showRows('startup', 'startup', programOf(file));

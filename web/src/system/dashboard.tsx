@@ -21,7 +21,7 @@ import { Sparkline } from './sparkline.tsx';
 
 const fullDiskPercent = 90;
 
-/** Loads the next sample, but none right after another one: its load would be that of a moment. */
+/** Loads the next sample, unless the last one is recent: the load would cover only a moment. */
 function pollTelemetry() {
   if (Date.now() - (telemetry.get().at ?? 0) > telemetryPeriodMs / 2) void telemetry.reload();
 }

@@ -104,8 +104,8 @@ function useRowSelection<Row>(
     const all = rows.map(rowKey);
     return keepExisting(stored, all, selectable ? all.filter((_, i) => selectable(rows[i]!)) : all);
   }, [stored, rows, selectable]);
-  // Stores dropped keys only. Otherwise two clicks at the same moment would undo each other forever. Before
-  // the frame is drawn, because a lead to a row in the meantime would be overwritten.
+  // Stores dropped keys only. Otherwise two clicks at the same moment would undo each other forever. Runs
+  // before the frame is drawn: afterwards, it could overwrite a selection made in the meantime.
   useLayoutEffect(() => {
     if (selection !== stored) setSelection(selection);
   }, [selection]);

@@ -23,7 +23,7 @@ export function useScroller(count: number, state: Store<TableState>) {
   const [step, setStep] = useState(() => Math.floor((state.get().scrollTop ?? 0) / rowHeight / stepRows));
   const top = step * stepRows * rowHeight;
   const onScroll = () => {
-    if (!ref.current) return; // a last event of a view that is gone
+    if (!ref.current) return; // a late event of a closed view
     const { scrollTop } = ref.current;
     change(state, { scrollTop });
     setStep(Math.floor(scrollTop / rowHeight / stepRows));
