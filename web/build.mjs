@@ -8,6 +8,7 @@ import { fileURLToPath } from 'node:url';
 import { parseArgs } from 'node:util';
 import { build } from 'esbuild';
 import { lucide } from './lucide.mjs';
+import { shortKeys } from './short_keys.mjs';
 
 const web = dirname(fileURLToPath(import.meta.url));
 const at = (...parts) => join(web, ...parts);
@@ -57,7 +58,7 @@ const files = {
     jsxFragment: 'Fragment',
     inject: [at('jsx.mjs')],
     define: { VARNEL_VERSION: JSON.stringify(options.version) },
-    plugins: [lucide],
+    plugins: [lucide, shortKeys(at('src'))],
   }),
   'app.png': readFileSync(at('icons/app.png')),
   'app.ico': readFileSync(at('icons/app.ico')),
