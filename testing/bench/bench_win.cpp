@@ -35,8 +35,9 @@ void MakeTree(const std::wstring& folder, int items) {
     MakeTree(folder + L"\\folder" + std::to_wstring(left), std::min(left, share) - 1);
 }
 
-// Adds up the files' sizes, or deletes everything.
-uint64_t BareWalk(const std::wstring& folder, FINDEX_INFO_LEVELS level, bool deletes) {
+// Adds up the files' sizes, or deletes everything. With `folders`, leaves the subfolders to the caller.
+uint64_t BareWalk(const std::wstring& folder, FINDEX_INFO_LEVELS level, bool deletes,
+                  std::vector<std::wstring>* folders = nullptr) {
   uint64_t bytes = 0;
   WIN32_FIND_DATAW entry;
   const DWORD fetch = level == FindExInfoBasic ? FIND_FIRST_EX_LARGE_FETCH : 0;
@@ -47,7 +48,8 @@ uint64_t BareWalk(const std::wstring& folder, FINDEX_INFO_LEVELS level, bool del
     if (!is_folder) bytes += entry.nFileSizeLow;
     if (IsDotEntry(entry.cFileName) || (!is_folder && !deletes)) continue;
     const std::wstring path = folder + L"\\" + entry.cFileName;
-    if (is_folder) bytes += BareWalk(path, level, deletes);
+    if (is_folder && folders) folders->push_back(path);
+    if (is_folder && !folders) bytes += BareWalk(path, level, deletes);
     if (deletes) is_folder ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str());
   }
   return bytes;
@@ -60,11 +62,11 @@ void Scan() {
 }
 
 void BareScan() {  // one task per folder of the root, like the analysis
+  std::vector<std::wstring> folders;
+  BareWalk(kTree, FindExInfoBasic, false, &folders);
   std::vector<std::future<uint64_t>> tasks;
-  for (const auto& entry : std::filesystem::directory_iterator(kTree)) {
-    if (!entry.is_directory()) continue;
-    tasks.push_back(std::async(std::launch::async, BareWalk, entry.path(), FindExInfoBasic, false));
-  }
+  for (const std::wstring& folder : folders)
+    tasks.push_back(std::async(std::launch::async, BareWalk, folder, FindExInfoBasic, false, nullptr));
 }
 
 void BareProcesses() {
