@@ -1,8 +1,8 @@
 ; VarnelSetup.exe: installs, updates and removes Varnel. Built by ./dev package with
 ;   makensis -INPUTCHARSET UTF8 -DSOURCE=<folder with the files of bin> -DOUTPUT=<VarnelSetup.exe> -DVERSION=<x.y.z> installer/varnel.nsi
-; Switches: /S silent, /D=<folder> (last; only where Varnel is not installed yet), --update-restart (silent; waits for the running
-; program, replaces it, starts it again for the user; the helper service stays away where it was left out), /NOSERVICE (without the
-; helper service), --uninstall (asks, then removes what was installed).
+; Switches: /S (silent), /D=<folder> (last; only if Varnel is not installed yet), /NOSERVICE (without the helper service),
+; --update-restart (silent; waits for the running program, replaces it and starts it again for the user; adds no helper service if there
+; is none), --uninstall (asks, then removes the installed files).
 ; Exit codes: 0 done, 1 cancelled or not installed, 2 the running program did not end in time, 3 a file could not be replaced, 4 the
 ; helper service could not be set up.
 
@@ -71,7 +71,7 @@ Var update_restart
 Function Prepare
   SetRegView 64
   SetShellVarContext all
-  ; What is installed is replaced where it is. (InstallDirRegKey would read the 32-bit registry view.)
+  ; Updates Varnel in its present folder. (InstallDirRegKey would read the 32-bit registry view.)
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
   ${If} $0 != ""
     StrCpy $INSTDIR $0
@@ -103,7 +103,8 @@ Function SkipWhenInstalled
   ${EndIf}
 FunctionEnd
 
-; The copy in bin is itself among the files to remove, so the work is left to the uninstaller, which runs from a temporary copy.
+; Leaves the work to the uninstaller, which runs from a temporary copy, because this copy in bin is itself to
+; be removed.
 Function StartUninstaller
   SetErrorLevel 0 ; otherwise leaving .onInit counts as a failure
   ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
@@ -141,7 +142,7 @@ Function ${prefix}WaitUntilClosed
   ${Loop}
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(RUNNING)" /SD IDCANCEL IDRETRY again
   !if "${prefix}" == ""
-    ${If} $update_restart == 1 ; another one runs; the user's own has ended for the update
+    ${If} $update_restart == 1 ; another copy runs, and the user's own ended for the update
       Call StartForUser
     ${EndIf}
   !endif
@@ -152,7 +153,7 @@ FunctionEnd
 !insertmacro WAIT_UNTIL_CLOSED ""
 !insertmacro WAIT_UNTIL_CLOSED "un."
 
-; This setup runs elevated; Explorer starts the program with the user's own rights.
+; Has Explorer start the program with the user's own rights, because this setup runs elevated.
 Function StartForUser
   Exec '"$WINDIR\explorer.exe" "$INSTDIR\bin\Varnel.exe"'
 FunctionEnd
@@ -189,8 +190,8 @@ Section "${PRODUCT}" section_program
     SetErrorLevel 3
   ${EndIf}
 
-  ; The settings lie beside bin; the program runs without elevation, so ordinary users (S-1-5-32-545) may write this one file.
-  ; An empty file stands for the program's defaults.
+  ; The settings are beside bin. The program runs without elevation, so ordinary users (S-1-5-32-545) may
+  ; write this one file. An empty file means the program's defaults.
   SetOutPath "$INSTDIR"
   ${IfNot} ${FileExists} "$INSTDIR\settings.json"
     FileOpen $0 "$INSTDIR\settings.json" w
@@ -225,7 +226,7 @@ Section "$(SERVICE)" section_service
   ${If} $R2 != 0
     MessageBox MB_OK|MB_ICONEXCLAMATION "$(NO_SERVICE)" /SD IDOK
     GetErrorLevel $0
-    ${If} $0 <= 0 ; a file that could not be replaced tells more
+    ${If} $0 <= 0 ; a file that could not be replaced is the more useful code
       SetErrorLevel 4
     ${EndIf}
   ${EndIf}
@@ -250,7 +251,7 @@ SectionEnd
   !insertmacro MUI_DESCRIPTION_TEXT ${section_service} "$(ABOUT_SERVICE)"
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 
-; After the sections, whose numbers it needs.
+; Placed after the sections because it needs their numbers.
 Function .onInit
   Call Prepare
   ${GetParameters} $1
@@ -265,7 +266,7 @@ Function .onInit
   ${EndIf}
 FunctionEnd
 
-; A program that another one has started may not come to the front by itself.
+; A program started by another one may not come to the front by itself.
 Function un.ComeToFront
   BringToFront
 FunctionEnd
@@ -275,7 +276,7 @@ Function un.onInit
   SetShellVarContext all
 FunctionEnd
 
-; The setup and the first stage of the uninstaller, which have started this one, may still be ending.
+; The setup and the uninstaller's first stage, which started this one, may still be shutting down.
 Function un.DeleteEnding
   Pop $R1
   ${For} $R0 1 100
@@ -288,10 +289,10 @@ Function un.DeleteEnding
   ${Next}
 FunctionEnd
 
-; Removes by name what was installed; folders go only when nothing else is in them.
+; Removes the installed files by name, and folders only if nothing else is in them.
 Section "Uninstall"
   Call un.WaitUntilClosed
-  SetOutPath "$TEMP" ; the current folder of a process cannot be removed
+  SetOutPath "$TEMP" ; a process's current folder cannot be removed
   ${If} ${FileExists} "$INSTDIR\bin\VarnelService.exe"
     !insertmacro SERVICE --remove
     Push "$INSTDIR\bin\VarnelService.exe"

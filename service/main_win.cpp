@@ -20,7 +20,8 @@ constexpr DWORD kStopMs = 5'000;
 KernelHandle stop_event, ended_event;
 SERVICE_STATUS_HANDLE status_handle = nullptr;
 
-// Serves until `stop_event` is signalled; what then takes longer than a few seconds is left behind. The exit code.
+// Serves until `stop_event` is signalled, and abandons whatever takes more than a few seconds after
+// that. Returns the exit code.
 DWORD RunServer() {
   static PipeServer server(stop_event.get());
   if (!server.Open()) {
@@ -100,7 +101,7 @@ int Run(std::wstring_view argument) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  // No library comes from anywhere but the system's folder.
+  // Loads libraries only from the system's folder.
   SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
   SetDllDirectoryW(L"");
   stop_event.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));

@@ -44,7 +44,7 @@ ServiceHandle OpenOwn(DWORD access) {
   return ServiceHandle(OpenServiceW(manager.get(), kServiceName, access));
 }
 
-// The service as it is, brought to what it is to be; or a new one.
+// Updates the existing service's configuration, or creates the service.
 ServiceHandle Register(const std::wstring& command) {
   constexpr DWORD kType = SERVICE_WIN32_OWN_PROCESS, kStart = SERVICE_AUTO_START,
                   kError = SERVICE_ERROR_NORMAL;
@@ -84,7 +84,8 @@ bool RegisterEventSource() {
                          sizeof(kTypes)) == ERROR_SUCCESS;
 }
 
-// The system, administrators and Windows' own installer; and whoever runs this, who is the system in the service.
+// Returns true for the system, administrators and Windows' own installer, and for the current user, who
+// is the system in the service.
 bool IsTrusted(PSID sid) {
   static constexpr std::array kTrusted = {L"S-1-5-18", L"S-1-5-32-544",
                                           L"S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464"};
@@ -103,8 +104,8 @@ bool IsTrusted(PSID sid) {
          EqualSid(sid, reinterpret_cast<TOKEN_USER*>(user)->User.Sid);
 }
 
-// Whether nobody but the trusted may do any of `rights` to the file or folder. A link has an access list of its
-// own, which is not the one that would be read.
+// Returns true if only trusted accounts have any of `rights` to the file or folder. Refuses a link,
+// because the access list that would be read is not its own.
 bool IsGuarded(const std::wstring& path, DWORD rights) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || attributes & FILE_ATTRIBUTE_REPARSE_POINT) return false;
@@ -124,7 +125,7 @@ bool IsGuarded(const std::wstring& path, DWORD rights) {
       continue;
     DWORD mask = allowed->Mask;
     if (mask & (GENERIC_ALL | GENERIC_WRITE)) mask |= rights;
-    // An entry of a kind that is not known here grants whatever it says to whomever.
+    // Treats an entry of an unknown kind as granting its rights to anyone.
     is_guarded = (mask & rights) == 0 || (allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
                                           IsTrusted(const_cast<DWORD*>(&allowed->SidStart)));
   }

@@ -1,4 +1,5 @@
-// The setup program: installs, updates over a running copy, removes. Made by ./dev package; in the prefix it really installs.
+// Tests the setup program made by ./dev package: it installs, updates a running copy and removes. It
+// really installs into the prefix.
 import assert from 'node:assert/strict';
 import { execFile } from 'node:child_process';
 import { cp, readFile, readdir, rm, stat, writeFile } from 'node:fs/promises';
@@ -41,7 +42,7 @@ const kSettingsFile = join(installed, 'settings.json');
 const namesBelow = async (folder) =>
   (await filesBelow(folder)).map(({ path }) => path.slice(folder.length + 1)).sort();
 const present = () => namesBelow(installed);
-// Whether what is installed is what the zip has.
+// Returns true if the installed files are those of the zip.
 const isReleased = async (name) =>
   (await readFile(inBin(name))).equals(await readFile(join(unpacked.unix, 'Varnel/bin', name)));
 const setup = async (words, options) => (await runInPrefix(kSetup, words, options)).code;
@@ -55,7 +56,8 @@ function start(...words) {
   return started.at(-1);
 }
 
-// Without a window manager Wine waits two seconds for it whenever a window goes; windows that none manages go at once.
+// Without a window manager, Wine waits two seconds for it whenever a window closes; unmanaged windows
+// close immediately.
 const kManaged = 'HKCU\\Software\\Wine\\X11 Driver';
 async function remove() {
   for (const child of started.splice(0)) child.kill('SIGKILL');
@@ -72,7 +74,7 @@ beforeEach(async () => {
 });
 afterEach(remove);
 
-test('the package: a zip, the setup, and check sums that are right', async () => {
+test('the package holds a zip, the setup and their checksums', async () => {
   await runFile('sha256sum', ['--strict', '-c', 'SHA256SUMS'], { cwd: kPackage });
   const summed = (await readFile(join(kPackage, 'SHA256SUMS'), 'utf8')).match(/\S+$/gm);
   assert.deepEqual(summed, [`./${kZip}`, './VarnelSetup.exe']);
@@ -81,7 +83,7 @@ test('the package: a zip, the setup, and check sums that are right', async () =>
   assert.deepEqual(await namesBelow(unpacked.unix), files);
 });
 
-test('a silent installation puts everything in place, a silent removal takes it away and nothing else', async () => {
+test('a silent installation installs everything, and a silent removal removes only that', async () => {
   const tools = await makeFolder();
   const env = { VARNEL_TOOL_SCRIPTS: tools.windows, WINEDLLOVERRIDES: 'icacls.exe=n;mscoree,mshtml=' };
   const kIcacls = 'C:\\windows\\system32\\icacls.exe';
@@ -95,7 +97,8 @@ test('a silent installation puts everything in place, a silent removal takes it 
   for (const name of kReleased) assert.ok(await isReleased(name), name);
   assert.deepEqual(await readFile(inBin('VarnelSetup.exe')), await readFile(kSetup));
   assert.equal((await stat(kSettingsFile)).size, 0, 'the defaults hold');
-  // Wine keeps no access lists: what would give ordinary users the right to write is seen as the tool's command line.
+  // Wine has no access lists, so the right of ordinary users to write shows only in the tool's command
+  // line.
   const [granted] = (await readFile(join(tools.unix, 'icacls.log'), 'utf8')).split('\n');
   assert.equal(granted, `"${kIcacls}" "${kInstalled}\\settings.json" /grant *S-1-5-32-545:M`);
   const { DisplayVersion, QuietUninstallString } = await wine.readRegistry(kKey);
@@ -103,9 +106,9 @@ test('a silent installation puts everything in place, a silent removal takes it 
   assert.deepEqual([DisplayVersion, QuietUninstallString], wanted);
   assert.ok((await readFile(kLink)).includes(kProgram), 'the Start menu leads to the program');
 
-  // Again, over what is there: settings stay, and a file that cannot be replaced is not passed over in silence.
+  // Installs over the existing copy: settings stay, and a file that cannot be replaced is reported.
   await writeFile(kSettingsFile, kSettings);
-  for (const name of kScripts) await writeFile(inBin(name), 'older'); // not what runs
+  for (const name of kScripts) await writeFile(inBin(name), 'older'); // the files that are not running
   const steps = [{ hold: `${kInstalled}\\bin\\update_driver.ps1`, text: 'held' }, { delay_ms: 600_000 }];
   await cp(standIn('console_tool.exe'), join(tools.unix, 'holder.exe'));
   await writeFile(join(tools.unix, 'holder.json'), JSON.stringify({ steps }));
@@ -128,7 +131,7 @@ test('a silent installation puts everything in place, a silent removal takes it 
   await tools.remove();
 });
 
-test('a program that does not end is neither replaced nor removed', async () => {
+test('a program that keeps running is neither replaced nor removed', async () => {
   assert.equal(await setup(['/S']), 0);
   assert.equal(await setup(['/S', '/NOSERVICE']), 0);
   assert.equal(await hasKey(kService), false, 'left out, the service that was there goes');
@@ -136,7 +139,7 @@ test('a program that does not end is neither replaced nor removed', async () => 
   const program = start(kProgram);
   await probe('find');
   const began = Date.now();
-  // The uninstaller in its own place, and not as a copy that goes on for itself.
+  // Runs the uninstaller in place, not as a temporary copy that continues independently.
   const waiting = [
     start(kSetup, ['--update-restart']),
     start(kUninstaller, ['/S', ...`_?=${kInstalled}`.split(' ')]),
@@ -153,9 +156,9 @@ test('a program that does not end is neither replaced nor removed', async () => 
     assert.equal(await closeWindow(), 0, which);
 });
 
-test('the page updates the installed program while it runs', async () => {
+test('the page updates the running program', async () => {
   assert.equal(await setup(['/S']), 0);
-  // The program that is to be replaced asks the test for its updates.
+  // The program to be replaced gets its updates from the test.
   await cp(standIn('Varnel_loopback.exe'), inBin('Varnel.exe'));
   await cp(standIn('WebView2Loader.dll'), inBin('WebView2Loader.dll'));
   await writeFile(inBin('update_driver.ps1'), 'older');
@@ -182,11 +185,11 @@ test('the page updates the installed program while it runs', async () => {
   await closeWindow();
 });
 
-test('the page hands the removal to the setup', () =>
+test('the page has the setup remove the program', () =>
   withVarnel({ language: 'en', tools: { 'VarnelSetup.exe': {} } }, async (app) => {
     const { page, text } = app;
     await openView(page, 'maintenance');
-    await app.waitForMessage(({ type, requestId }) => type === 'status' && requestId === 0); // Wine ends no process well while it looks at the graphics
+    await app.waitForMessage(({ type, requestId }) => type === 'status' && requestId === 0); // Wine crashes if it ends a process that queries the graphics
     await press(page, text('remove.verb'));
     await press(await dialogOf(page, text('remove.confirm')), text('remove.verb'));
     assert.equal(await app.exited, 0);

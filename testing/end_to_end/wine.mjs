@@ -1,4 +1,4 @@
-// The display and the Wine prefix that the program runs in, and what a test does inside the prefix.
+// Manages the display and the Wine prefix of the program, and runs things inside the prefix.
 import { execFile, spawn } from 'node:child_process';
 import { once } from 'node:events';
 import { existsSync, readFileSync, readdirSync } from 'node:fs';
@@ -10,12 +10,13 @@ import { promisify } from 'node:util';
 export const root = join(import.meta.dirname, '../..');
 export const buildFolder = process.env.VARNEL_BUILD ?? join(root, 'build/mingw');
 export const standIn = (name) => join(buildFolder, 'stand_ins', name);
-// What a release changes, and all the rest follows.
+// A release changes this and nothing else.
 export const [, version] = /^project\(Varnel VERSION ([\d.]+)/m.exec(
   readFileSync(join(root, 'CMakeLists.txt'), 'utf8'),
 );
 
-// Whether nobody else holds a name, which this process then keeps to its end: a lock that no crash leaves behind.
+// Returns true if no other process holds a name, which this process then keeps until it ends: a lock
+// that no crash leaves behind.
 export function holds(name) {
   const server = createServer().unref();
   return new Promise((resolve) => {
@@ -23,7 +24,7 @@ export function holds(name) {
   });
 }
 
-// Two test files may run beside each other: each has a prefix of its own.
+// Two test files may run in parallel, each in a prefix of its own.
 const kPrefix = process.env.WINEPREFIX ?? join(root, 'build/wine');
 export const prefix = (await holds(kPrefix)) ? kPrefix : `${kPrefix}2`;
 export const driveC = join(prefix, 'drive_c');
@@ -34,7 +35,7 @@ const kEnvironment = { WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 
 // Not before it is needed: the display may come later.
 const wineEnvironment = (extra) => ({ ...process.env, LC_ALL: 'C.UTF-8', ...kEnvironment, ...extra });
 
-const kWaitMs = 30_000; // for what must happen; nothing waits longer than it needs
+const kWaitMs = 30_000; // for expected events; nothing waits longer than necessary
 
 export async function until(look, what, milliseconds = kWaitMs, woken = () => undefined) {
   for (const late = Date.now() + milliseconds; ;) {
@@ -45,9 +46,10 @@ export async function until(look, what, milliseconds = kWaitMs, woken = () => un
   }
 }
 
-let display; // the Xvfb process, when it is ours
+let display; // the Xvfb process, if it belongs to this one
 
-// Makes the prefix and a virtual display on a free number, unless there is a display and the caller wants to be seen.
+// Creates the prefix, and a virtual display on a free number unless there is a display and the caller
+// wants visible windows.
 export async function prepareWine({ visible = false } = {}) {
   if (!display && !(visible && process.env.DISPLAY)) {
     const args = ['-displayfd', '3', '-screen', '0', '1600x1000x24', '-nolisten', 'tcp'];
@@ -59,10 +61,11 @@ export async function prepareWine({ visible = false } = {}) {
     await fs.mkdir(prefix, { recursive: true });
     await runFile('wineboot', ['-u'], { env: wineEnvironment() });
   }
-  // Windows always has a hosts file; without one the program asks the helper service for it.
+  // Windows always has a hosts file; without one, the program asks the helper service for it.
   await fs.mkdir(dirname(kHosts), { recursive: true });
   await fs.writeFile(kHosts, '', { flag: 'a' });
-  // Wine links Downloads, Documents and so on to the home folder of whoever runs it: no test may delete there.
+  // Wine links Downloads, Documents and so on to the user's home folder, where no test may delete
+  // anything.
   const users = await fs.readdir(join(driveC, 'users'), { recursive: true, withFileTypes: true });
   for (const entry of users.filter((one) => one.isSymbolicLink())) {
     await fs.unlink(join(entry.path, entry.name));
@@ -70,7 +73,7 @@ export async function prepareWine({ visible = false } = {}) {
   }
 }
 
-// Ends our display and, with it, every process of the prefix.
+// Ends the virtual display and, with it, every process of the prefix.
 export async function endWine() {
   if (!display) return;
   await runFile('wineserver', ['-k'], { env: wineEnvironment() }).catch(() => {});
@@ -81,7 +84,8 @@ export async function endWine() {
 
 // --- files ------------------------------------------------------------------------------------------------------------
 
-// A folder on drive C that is gone after remove(). `windows` and `unix` are its two names; `name` may say where.
+// Creates a folder on drive C, deleted by remove(). `windows` and `unix` are its two names; `name` may
+// be a path.
 export async function makeFolder(name = 'varnel-test-') {
   await fs.mkdir(driveC, { recursive: true });
   const unix = await fs.mkdtemp(join(driveC, name));
@@ -89,8 +93,8 @@ export async function makeFolder(name = 'varnel-test-') {
   return { unix, windows, remove: () => fs.rm(unix, { recursive: true, force: true }) };
 }
 
-// The Unix name of an absolute Windows path (drives C and Z), resolved as Windows does it: what exists in other
-// letter case is that entry.
+// Returns the Unix name of an absolute Windows path (drives C and Z), resolved as Windows does: an
+// existing entry matches in any letter case.
 export function unixPath(windowsPath) {
   const [, drive, rest] = /^([CZ]):\\?(.*)$/i.exec(windowsPath);
   let path = drive.toUpperCase() === 'C' ? driveC : '/';
@@ -102,7 +106,7 @@ export function unixPath(windowsPath) {
   return path;
 }
 
-// Every file in a folder and below it, {path, size}; links are neither listed nor followed.
+// Returns every file in a folder and below it, {path, size}. Links are neither listed nor followed.
 export async function filesBelow(unix) {
   const entries = existsSync(unix) ? await fs.readdir(unix, { withFileTypes: true, recursive: true }) : [];
   const paths = entries.filter((entry) => entry.isFile()).map(({ path, name }) => join(path, name));
@@ -128,7 +132,8 @@ export async function withAway(paths, body) {
 // --- programs ---------------------------------------------------------------------------------------------------------
 
 export function startInPrefix(program, args = [], { env, cwd } = {}) {
-  // In a process group of its own: Ctrl+C in the terminal is for the driver, which ends the program in order.
+  // Runs in a process group of its own: Ctrl+C in the terminal belongs to the driver, which ends the
+  // program in order.
   const options = { stdio: ['pipe', 'pipe', 'ignore'], env: wineEnvironment(env), cwd, detached: true };
   const child = spawn('wine', [program, ...args], options);
   child.output = '';
@@ -147,7 +152,7 @@ export async function runInPrefix(program, args = [], options = {}) {
 
 // --- the registry -----------------------------------------------------------------------------------------------------
 
-// The text of an exported key; undefined when there is no such key.
+// Returns the text of an exported key, or undefined if there is no such key.
 async function exportKey(key) {
   const file = await makeFolder('registry-');
   const { code } = await runInPrefix('reg', ['export', key, `${file.windows}\\key.reg`, '/y']);
