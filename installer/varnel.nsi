@@ -92,8 +92,11 @@ Function Prepare
   ${EndIf}
 FunctionEnd
 
-!macro SERVICE verb
-  nsExec::Exec '"$INSTDIR\bin\VarnelService.exe" ${verb}'
+; Runs a fresh copy from a folder that only administrators may write to: what is installed may lie where others can replace it.
+!macro SERVICE arguments
+  InitPluginsDir
+  File "/oname=$PLUGINSDIR\VarnelService.exe" "${SOURCE}/VarnelService.exe"
+  nsExec::Exec '"$PLUGINSDIR\VarnelService.exe" ${arguments}'
   Pop $R2
 !macroend
 
@@ -222,7 +225,7 @@ Section "$(SERVICE)" section_service
     SetErrorLevel 3
   ${EndIf}
   SetOutPath "$INSTDIR"
-  !insertmacro SERVICE --install
+  !insertmacro SERVICE '--install "$INSTDIR\bin"'
   ${If} $R2 != 0
     MessageBox MB_OK|MB_ICONEXCLAMATION "$(NO_SERVICE)" /SD IDOK
     GetErrorLevel $0

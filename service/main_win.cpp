@@ -5,13 +5,15 @@
 #include <string_view>
 #include <thread>
 
+#include "base/exe_directory.h"
 #include "base/handle_win.h"
 #include "service/event_log_win.h"
 #include "service/pipe_server_win.h"
 #include "service/setup_win.h"
 
 // VarnelService.exe: started by the service control manager, or with --console in the foreground, with the user's
-// own rights, until its standard input ends. The setup program calls it with --install, --stop and --remove.
+// own rights, until its standard input ends. The setup program calls it with --install FOLDER, --stop and
+// --remove.
 
 namespace {
 
@@ -61,7 +63,7 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) {
 void WINAPI ServiceMain(DWORD, wchar_t**) {
   status_handle = RegisterServiceCtrlHandlerExW(kServiceName, OnControl, nullptr);
   if (status_handle == nullptr) return;
-  if (!IsOwnFolderSafe()) {
+  if (!IsFolderSafe(GetExeDirectory())) {
     WriteEvent(
         EVENTLOG_ERROR_TYPE,
         L"Others than administrators may change the folder of the helper service. It has not been started.");
@@ -89,10 +91,10 @@ int RunAsService() {
   return 1;
 }
 
-int Run(std::wstring_view argument) {
+int Run(std::wstring_view argument, const std::wstring& folder) {
   if (argument.empty()) return RunAsService();
   if (argument == L"--console") return RunInForeground();
-  if (argument == L"--install") return InstallService() ? 0 : 1;
+  if (argument == L"--install") return InstallService(folder) ? 0 : 1;
   if (argument == L"--stop") return StopService() ? 0 : 1;
   if (argument == L"--remove") return RemoveService() ? 0 : 1;
   return 2;
@@ -107,5 +109,5 @@ int wmain(int count, wchar_t** arguments) {
   stop_event.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
   ended_event.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
   // Whatever still runs ends here, before anything that it uses is destroyed.
-  ExitProcess(static_cast<UINT>(Run(count > 1 ? arguments[1] : L"")));
+  ExitProcess(static_cast<UINT>(Run(count > 1 ? arguments[1] : L"", count > 2 ? arguments[2] : L"")));
 }

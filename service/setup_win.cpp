@@ -7,7 +7,6 @@
 #include <array>
 #include <string>
 
-#include "base/exe_directory.h"
 #include "service/service_handle_win.h"
 #include "service/topics_win.h"
 
@@ -135,21 +134,20 @@ bool IsGuarded(const std::wstring& path, DWORD rights) {
 
 }  // namespace
 
-bool IsOwnFolderSafe() {
+bool IsFolderSafe(const std::wstring& folder) {
   constexpr DWORD kTakeOver = DELETE | WRITE_DAC | WRITE_OWNER;
-  const std::wstring own = GetExeDirectory();
   for (const wchar_t* file : {L"", L"\\VarnelService.exe", L"\\Varnel.exe", L"\\update_driver.ps1"})
-    if (!IsGuarded(own + file, kTakeOver | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD))
+    if (!IsGuarded(folder + file, kTakeOver | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD))
       return false;
   // A folder above that can be renamed takes the path away; new ones beside it do no harm.
-  for (size_t end = own.rfind(L'\\'); end != own.npos && end >= 2; end = own.rfind(L'\\', end - 1))
-    if (!IsGuarded(own.substr(0, end == 2 ? 3 : end), kTakeOver | FILE_DELETE_CHILD)) return false;
+  for (size_t end = folder.rfind(L'\\'); end != folder.npos && end >= 2; end = folder.rfind(L'\\', end - 1))
+    if (!IsGuarded(folder.substr(0, end == 2 ? 3 : end), kTakeOver | FILE_DELETE_CHILD)) return false;
   return true;
 }
 
-bool InstallService() {
-  if (!IsOwnFolderSafe()) return false;
-  const ServiceHandle service = Register(L"\"" + GetExeDirectory() + L"\\VarnelService.exe\"");
+bool InstallService(const std::wstring& folder) {
+  if (!IsFolderSafe(folder)) return false;
+  const ServiceHandle service = Register(L"\"" + folder + L"\\VarnelService.exe\"");
   if (!service) return false;
   DescribeAndRestart(service.get());
   return RegisterEventSource() &&

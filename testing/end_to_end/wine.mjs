@@ -31,7 +31,8 @@ export const driveC = join(prefix, 'drive_c');
 export const kHosts = join(driveC, 'windows/system32/drivers/etc/hosts');
 
 const runFile = promisify(execFile);
-const kEnvironment = { WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree,mshtml=' };
+export const kOverrides = 'mscoree,mshtml,winedbg.exe='; // nothing that Wine would fetch, or ask
+const kEnvironment = { WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: kOverrides };
 // Not before it is needed: the display may come later.
 const wineEnvironment = (extra) => ({ ...process.env, LC_ALL: 'C.UTF-8', ...kEnvironment, ...extra });
 
@@ -125,6 +126,7 @@ export async function withAway(paths, body) {
   try {
     return await body();
   } finally {
+    for (const path of paths.map(unixPath)) await fs.rm(path, { force: true });
     for (const path of moved) await fs.rename(`${path}.away`, path);
   }
 }
