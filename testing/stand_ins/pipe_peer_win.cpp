@@ -5,11 +5,11 @@
 //   pipe_peer.exe hold COUNT [REQUEST]
 //                               opens that many connections, sends the request on each, prints "held", keeps them
 //                               unread until standard input ends
-//   pipe_peer.exe probe COUNT   opens and closes connections, prints the mean time of one
+//   pipe_peer.exe probe COUNT   opens and closes connections, and in between sends standard input and reads the
+//                               answer if there is any; prints the mean time of one in milliseconds
 //   pipe_peer.exe steal         tries to create its own instance of the pipe, prints the error
 //   pipe_peer.exe look          prints handles, threads and memory of VarnelService.exe
 #include <windows.h>
-#include <psapi.h>
 #include <tlhelp32.h>
 
 #include <cstdio>
@@ -34,18 +34,19 @@ FileHandle Open() {
   ExitProcess(3);
 }
 
-// Prints lines up to the first that is not output of a stream, because the service then waits for the
+// Returns lines up to the first that is not output of a stream, because the service then waits for the
 // client to leave.
-void PrintAnswer(HANDLE pipe) {
-  std::string line;
+std::string Answer(HANDLE pipe) {
+  std::string answer, line;
   char byte = 0;
   for (DWORD received = 0; ReadFile(pipe, &byte, 1, &received, nullptr) && received > 0;) {
     line += byte;
     if (byte != '\n') continue;
-    std::fputs(line.c_str(), stdout);
-    if (line.find("\"type\":\"stdout\"") == std::string::npos) return;
+    answer += line;
+    if (line.find("\"type\":\"stdout\"") == std::string::npos) break;
     line.clear();
   }
+  return answer;
 }
 
 void Send(HANDLE pipe, const std::string& bytes) {
@@ -69,6 +70,17 @@ int HandlesOf(HANDLE process) {
   return count;
 }
 
+// Returns the committed memory that is neither an image nor a mapped file. Wine does not count that either.
+size_t PrivateBytesOf(HANDLE process) {
+  size_t size_bytes = 0;
+  MEMORY_BASIC_INFORMATION region = {};
+  for (char* at = nullptr; VirtualQueryEx(process, at, &region, sizeof(region)) != 0;) {
+    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) size_bytes += region.RegionSize;
+    at = static_cast<char*>(region.BaseAddress) + region.RegionSize;
+  }
+  return size_bytes;
+}
+
 void PrintFigures() {
   const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   PROCESSENTRY32W entry = {};
@@ -77,12 +89,8 @@ void PrintFigures() {
        more = Process32NextW(snapshot.get(), &entry)) {
     if (lstrcmpiW(entry.szExeFile, L"VarnelService.exe") != 0) continue;
     const KernelHandle process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, entry.th32ProcessID));
-    PROCESS_MEMORY_COUNTERS_EX memory = {};
-    GetProcessMemoryInfo(process.get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof(memory));
-    std::printf("{\"handles\":%d,\"threads\":%lu,\"workingSet\":%llu,\"private\":%llu}\n",
-                HandlesOf(process.get()), entry.cntThreads,
-                static_cast<unsigned long long>(memory.WorkingSetSize),
-                static_cast<unsigned long long>(memory.PrivateUsage));
+    std::printf("{\"handles\":%d,\"threads\":%lu,\"private\":%zu}\n", HandlesOf(process.get()),
+                entry.cntThreads, PrivateBytesOf(process.get()));
   }
 }
 
@@ -96,11 +104,11 @@ int main(int count, char** arguments) {
     const std::string request = Input();
     const FileHandle pipe = Open();
     Send(pipe.get(), request);
-    if (mode == "ask") PrintAnswer(pipe.get());
+    if (mode == "ask") std::fputs(Answer(pipe.get()).c_str(), stdout);
   } else if (mode == "fill") {
     const FileHandle pipe = Open();
     Send(pipe.get(), std::string(amount, 'x'));
-    PrintAnswer(pipe.get());
+    Answer(pipe.get());
     std::printf("%llu\n", GetTickCount64() - begin);
   } else if (mode == "hold") {
     std::vector<FileHandle> held;
@@ -112,13 +120,12 @@ int main(int count, char** arguments) {
     std::fflush(stdout);
     Input();
   } else if (mode == "probe") {
-    LARGE_INTEGER frequency, from, to;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&from);
-    for (size_t i = 0; i < amount; ++i) Open();
-    QueryPerformanceCounter(&to);
-    std::printf("%.3f\n", 1000.0 * static_cast<double>(to.QuadPart - from.QuadPart) /
-                              static_cast<double>(frequency.QuadPart) / static_cast<double>(amount));
+    const std::string request = Input();
+    for (size_t i = 0; i < amount; ++i) {
+      const FileHandle pipe = Open();
+      if (!request.empty()) Send(pipe.get(), request), Answer(pipe.get());
+    }
+    std::printf("%.3f\n", static_cast<double>(GetTickCount64() - begin) / static_cast<double>(amount));
   } else if (mode == "steal") {
     const FileHandle pipe(CreateNamedPipeW(kPipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE,
                                            PIPE_UNLIMITED_INSTANCES, 512, 512, 0, nullptr));
