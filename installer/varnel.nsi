@@ -92,7 +92,8 @@ Function Prepare
   ${EndIf}
 FunctionEnd
 
-; Runs a fresh copy from a folder that only administrators may write to: what is installed may lie where others can replace it.
+; Runs a fresh copy from a folder that only administrators may write to, because others may be able to replace
+; the installed one.
 !macro SERVICE arguments
   InitPluginsDir
   File "/oname=$PLUGINSDIR\VarnelService.exe" "${SOURCE}/VarnelService.exe"

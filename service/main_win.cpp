@@ -11,9 +11,9 @@
 #include "service/pipe_server_win.h"
 #include "service/setup_win.h"
 
-// VarnelService.exe: started by the service control manager, or with --console in the foreground, with the user's
-// own rights, until its standard input ends. The setup program calls it with --install FOLDER, --stop and
-// --remove.
+// The entry point of VarnelService.exe. The service control manager starts it, or --console runs it in
+// the foreground with the user's own rights until its standard input ends. The setup program calls it
+// with --install FOLDER, --stop and --remove.
 
 namespace {
 
@@ -108,6 +108,6 @@ int wmain(int count, wchar_t** arguments) {
   SetDllDirectoryW(L"");
   stop_event.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
   ended_event.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  // Whatever still runs ends here, before anything that it uses is destroyed.
+  // Ends whatever still runs, before anything that it uses is destroyed.
   ExitProcess(static_cast<UINT>(Run(count > 1 ? arguments[1] : L"", count > 2 ? arguments[2] : L"")));
 }

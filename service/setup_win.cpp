@@ -139,7 +139,7 @@ bool IsFolderSafe(const std::wstring& folder) {
   for (const wchar_t* file : {L"", L"\\VarnelService.exe", L"\\Varnel.exe", L"\\update_driver.ps1"})
     if (!IsGuarded(folder + file, kTakeOver | FILE_WRITE_DATA | FILE_APPEND_DATA | FILE_DELETE_CHILD))
       return false;
-  // A folder above that can be renamed takes the path away; new ones beside it do no harm.
+  // Renaming a folder above would take over the path; new folders beside it do no harm.
   for (size_t end = folder.rfind(L'\\'); end != folder.npos && end >= 2; end = folder.rfind(L'\\', end - 1))
     if (!IsGuarded(folder.substr(0, end == 2 ? 3 : end), kTakeOver | FILE_DELETE_CHILD)) return false;
   return true;

@@ -1,4 +1,5 @@
-// The real helper service around a test: beside the program, asked by others, with tools that it starts.
+// Runs the real helper service for a test: beside the program, asked by others, with the tools that it
+// starts.
 import { once } from 'node:events';
 import { copyFile, mkdir, rm, writeFile } from 'node:fs/promises';
 import { join } from 'node:path';
@@ -10,8 +11,8 @@ const { registryText, standIn, startInPrefix, unixPath, writeRegistry } = wine;
 
 export const kEnvironment = 'HKLM\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment';
 
-// Runs `body` with the program and the real service beside it. `log()` is what it would write into the event
-// log, `end()` stops it.
+// Runs `body` with the program and the real service beside it. `log()` returns the entries meant for the
+// event log; `end()` stops the service.
 export function withService(body, options) {
   return withVarnel({ page: false, ...options }, async (app) => {
     const files = ['VarnelService.exe', 'update_driver.ps1'];
@@ -28,7 +29,7 @@ export function withService(body, options) {
   });
 }
 
-// What the service answers a program that is not Varnel.exe, or that stands in its place.
+// Returns the service's answer to a program other than Varnel.exe, or to one in its place.
 export const kPeer = standIn('pipe_peer.exe');
 export async function peer(words, input = '', program = kPeer) {
   const child = startInPrefix(program, words);
@@ -39,14 +40,15 @@ export async function peer(words, input = '', program = kPeer) {
 export const line = (action, data = {}) => `${JSON.stringify({ action, data })}\n`;
 export const ask = (action, data, program) => peer(['ask'], line(action, data), program);
 
-// Puts the peer in the place of the Varnel.exe beside the service, so that it is obeyed: its path.
+// Puts the peer in the place of the Varnel.exe beside the service, which then obeys it. Returns its
+// path.
 export async function takePlace(app) {
   await rm(join(app.binFolder, 'Varnel.exe'));
   await copyFile(kPeer, join(app.binFolder, 'Varnel.exe'));
   return `${app.folder.windows}\\bin\\Varnel.exe`;
 }
 
-// Writes a file with the folders on its way: its Unix name.
+// Writes a file and creates its folders. Returns its Unix name.
 export async function put(windowsPath, text = 'x') {
   const path = unixPath(windowsPath);
   await mkdir(join(path, '..'), { recursive: true });
@@ -54,7 +56,7 @@ export async function put(windowsPath, text = 'x') {
   return path;
 }
 
-// Stand-in tools in the system's own folder, which are the ones that the service starts.
+// Puts stand-ins into the system's own folder, from which the service starts its tools.
 export const kSystem = 'C:\\windows\\system32\\';
 export const kShell = 'WindowsPowerShell\\v1.0\\powershell.exe';
 const kOverrides = 'HKCU\\Software\\Wine\\DllOverrides';

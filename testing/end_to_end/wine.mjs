@@ -31,9 +31,9 @@ export const driveC = join(prefix, 'drive_c');
 export const kHosts = join(driveC, 'windows/system32/drivers/etc/hosts');
 
 const runFile = promisify(execFile);
-export const kOverrides = 'mscoree,mshtml,winedbg.exe='; // nothing that Wine would fetch, or ask
+export const kOverrides = 'mscoree,mshtml,winedbg.exe='; // Wine must not download anything or ask
 const kEnvironment = { WINEPREFIX: prefix, WINEDEBUG: '-all', WINEDLLOVERRIDES: kOverrides };
-// Not before it is needed: the display may come later.
+// Evaluated only when needed: the display may come later.
 const wineEnvironment = (extra) => ({ ...process.env, LC_ALL: 'C.UTF-8', ...kEnvironment, ...extra });
 
 const kWaitMs = 30_000; // for expected events; nothing waits longer than necessary

@@ -70,7 +70,8 @@ int HandlesOf(HANDLE process) {
   return count;
 }
 
-// Returns the committed memory that is neither an image nor a mapped file. Wine does not count that either.
+// Returns the committed memory that is neither an image nor a mapped file. Wine does not count that,
+// either.
 size_t PrivateBytesOf(HANDLE process) {
   size_t size_bytes = 0;
   MEMORY_BASIC_INFORMATION region = {};
