@@ -58,7 +58,7 @@ struct FieldReader<std::optional<Value>> {
 // Reads the named fields from left to right, each as the type of the function's parameter. The first
 // parameter receives `request_id`.
 template <FieldName... kFields, typename... Parameters>
-auto ReadArguments(void (*)(int, Parameters...), int request_id, const nlohmann::json& data) {
+auto ReadArguments(void (* /*worker*/)(int, Parameters...), int request_id, const nlohmann::json& data) {
   static_assert(sizeof...(kFields) == sizeof...(Parameters), "one field for each parameter");
   return std::tuple<int, std::remove_cvref_t<Parameters>...>{
       request_id, FieldReader<std::remove_cvref_t<Parameters>>::Read(data, kFields.text)...};
