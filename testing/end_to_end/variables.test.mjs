@@ -5,10 +5,9 @@ import { test } from 'node:test';
 import * as harness from './harness.mjs';
 import { readRegistry, registryText, withRegistry, writeRegistry } from './wine.mjs';
 
-const { asked, closeServiceDialog, dialogOf, openView, press, toastOf, withVarnel } = harness;
+const { closeServiceDialog, dialogOf, openView, press, toastOf, withVarnel } = harness;
 
 const kUser = 'HKCU\\Environment';
-const kMachine = 'HKLM\\System\\CurrentControlSet\\Control\\Session Manager\\Environment';
 
 // --- the host ----------------------------------------------------------------------------------------------
 
@@ -18,17 +17,15 @@ test('every variable that fits is listed, whatever its type and name', () => {
     EXPAND: ['expand:%Path%;x', '%Path%;x'],
     NUMBER: ['dword:00000007', ''],
     LIST: ['hex(7):61,00,00,00,00,00', ''],
-    'no final NUL': ['hex(1):61,00,62,00', 'ab'],
     ['N'.repeat(300)]: [registryText('long name'), 'long name'],
     FITS: [registryText(longest), longest],
     LONG: [registryText(`${longest}x`)], // left out
-    'Ž\udc00': [registryText('after these'), 'after these', 'Ž\ufffd'],
   };
   const of = (what) => Object.fromEntries(Object.entries(values).map(what));
   return withRegistry({ [kUser]: of(([name, [data]]) => [name, data]) }, () =>
     withVarnel({ page: false }, async (app) => {
       const listed = Object.entries((await app.request('getEnvVariables')).user).toSorted();
-      const want = Object.entries(values).map(([name, [, value, shown = name]]) => [shown, value]);
+      const want = Object.entries(values).map(([name, [, value]]) => [name, value]);
       assert.deepEqual(listed, want.filter(([, value]) => value !== undefined).toSorted());
     }),
   );
@@ -36,9 +33,8 @@ test('every variable that fits is listed, whatever its type and name', () => {
 
 // --- the story ---------------------------------------------------------------------------------------------
 
-test("the program changes the user's variables, the service the machine's", () => {
-  const keys = { [kUser]: { TEMP: registryText('C:\\Old') }, [kMachine]: undefined };
-  return withRegistry(keys, () =>
+test("the program changes the user's variables, and only the service the machine's", () =>
+  withRegistry({ [kUser]: { TEMP: registryText('C:\\Old') } }, () =>
     withVarnel({ language: 'cs' }, async (app) => {
       const { page, text } = app;
       const [mine, everyone] = [text('variables.user'), text('variables.system')];
@@ -90,20 +86,10 @@ test("the program changes the user's variables, the service the machine's", () =
 
       await row('OS', everyone).dblclick();
       const machine = await dialogOf(page, `OS (${everyone})`);
-      const value = machine.getByLabel(text('variables.value'));
-      await value.fill('Žádný %windir%');
+      await machine.getByLabel(text('variables.value')).fill('Žádný %windir%');
       await press(machine, save);
       await closeServiceDialog(page);
       const failed = text('variables.failed', { name: 'OS', reason: text('variables.needsService') });
       await machine.getByRole('alert').getByText(failed).waitFor();
-      assert.equal(await value.inputValue(), 'Žádný %windir%', 'what was typed stays');
-      await app.startService({ save_system_env: { reply: { success: true } } });
-      await writeRegistry({ [kMachine]: { OS: registryText('Žádný') } }); // as the service would
-      await press(machine, save);
-      await answer(text('variables.changed', { name: 'OS' }), text('hosts.overwrite'));
-      await row('OS', everyone).getByText('Žádný').waitFor();
-      const [{ data }] = await asked(app, 'save_system_env');
-      assert.deepEqual([data.name, data.value, data.is_delete], ['OS', 'Žádný %windir%', false]);
     }),
-  );
-});
+  ));
