@@ -23,29 +23,16 @@ const kPage = {
   resolve: (path, name) => join(path, '..', name),
 };
 
-// Headers that need Windows although their fixed names do not say so.
-const kWindowsHeaders = new Set(['app/webview2.h']);
-const kSystemHeader = /^[ \t]*#[ \t]*include[ \t]*(<(?!gtest\/|gmock\/)[^>]+\.h>)/gm;
-
 const isTest = (path) => /^testing\/|_(test|fuzz)\.(cpp|h)$|\.test\.ts$/.test(path);
-const isWindows = (path) => /_win(_test)?\.(cpp|h)$/.test(path) || kWindowsHeaders.has(path);
 
 function breachOfUse(root, { floors, top }, path, target) {
   const [folder, other] = [path, target].map((name) => name.slice(top.length).split('/')[0]);
   const [floor, below] = [folder, other].map((one) => floors.findIndex((names) => names.includes(one)));
   if (!target.startsWith(top) || !existsSync(join(root, target))) return `"${target}" is no file of the tree`;
   if (isTest(target) && !isTest(path)) return `uses "${target}" outside a test`;
-  if (folder !== other && other !== 'testing' && below >= floor)
-    return `${folder} may not use ${other}: "${target}"`;
-  return isWindows(target) && !isWindows(path) && `portable, but includes "${target}"`;
-}
-
-function breachesInText(path, text) {
-  const headers = isWindows(path) ? [] : [...text.matchAll(kSystemHeader)];
-  const breaches = headers.map(([, header]) => `portable, but includes ${header}`);
-  if (path.endsWith('.h') && !/^(\/\/.*\n|\n)*#pragma once\n/.test(text))
-    breaches.push('does not start with #pragma once');
-  return breaches;
+  return (
+    folder !== other && other !== 'testing' && below >= floor && `${folder} may not use ${other}: "${target}"`
+  );
 }
 
 // Returns the circles of uses, each from its first file in the order of `uses`.
@@ -73,7 +60,7 @@ function findBreachesIn(root, tree) {
       const targets = [...text.matchAll(tree.uses)].map(([, target]) => tree.resolve(path, target));
       uses.set(path, targets);
       const found = targets.map((target) => breachOfUse(root, tree, path, target)).filter(Boolean);
-      breaches.push(...[...found, ...breachesInText(path, text)].map((breach) => `${path}: ${breach}`));
+      breaches.push(...found.map((breach) => `${path}: ${breach}`));
     }
   return [...breaches, ...findCircles(uses)];
 }
