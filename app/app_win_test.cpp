@@ -15,72 +15,19 @@
 #include "base/text.h"
 #include "testing/registry_sandbox_win.h"
 
-namespace {
-
-// The real main window, created by the first of these tests.
-class MainWindow : public testing::Test {
- protected:
-  MainWindow() {
-    static const bool created = CreateMainWindow(GetModuleHandleW(nullptr), SW_SHOW);
-    EXPECT_TRUE(created);
-  }
-  static LRESULT Send(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
-    return SendMessageW(State().main_window, message, wparam, lparam);
-  }
-};
-
-}  // namespace
-
-TEST_F(MainWindow, ShowsABlankSmallIcon) {
-  constexpr COLORREF kBackground = RGB(200, 30, 90);
-  const HDC screen = GetDC(nullptr);
-  const HDC canvas = CreateCompatibleDC(screen);
-  const HBITMAP bitmap = CreateCompatibleBitmap(screen, 16, 16);
-  SelectObject(canvas, bitmap);
-  auto painted = [&](HICON icon) {
-    int changed = 0;
-    for (int i = 0; i < 256; ++i) SetPixel(canvas, i % 16, i / 16, kBackground);
-    DrawIconEx(canvas, 0, 0, icon, 16, 16, 0, nullptr, DI_NORMAL);
-    for (int i = 0; i < 256; ++i) changed += GetPixel(canvas, i % 16, i / 16) != kBackground;
-    return changed;
-  };
-  ASSERT_TRUE(State().blank_small_icon);
-  EXPECT_EQ(painted(State().blank_small_icon), 0);
-  EXPECT_GT(painted(State().large_icon), 0);
-  DeleteDC(canvas);
-  DeleteObject(bitmap);
-  ReleaseDC(nullptr, screen);
-}
-
-TEST_F(MainWindow, ReturnsItsIcons) {
-  auto icon = [](WPARAM kind) { return reinterpret_cast<HICON>(Send(WM_GETICON, kind)); };
+TEST(MainWindow, ReturnsItsIconsAndTakesThePlaceSuggestedForAnotherScale) {
+  ASSERT_TRUE(CreateMainWindow(GetModuleHandleW(nullptr), SW_SHOW));
+  const HWND window = State().main_window;
+  auto icon = [=](WPARAM kind) { return reinterpret_cast<HICON>(SendMessageW(window, WM_GETICON, kind, 0)); };
   const HICON large_icon = State().large_icon, small_icon = State().small_icon;
   ASSERT_TRUE(large_icon && small_icon && large_icon != small_icon);
   for (const WPARAM kind : {ICON_SMALL, ICON_SMALL2}) EXPECT_EQ(icon(kind), small_icon);
   EXPECT_EQ(icon(ICON_BIG), large_icon);
-  State().small_icon = nullptr;
-  EXPECT_EQ(icon(ICON_SMALL), large_icon);
-  State().small_icon = small_icon;
-}
 
-// By default, the system closes the window on a double-click on the icon.
-TEST_F(MainWindow, MaximizesOnADoubleClickOnTheIcon) {
-  const HWND window = State().main_window;
+  const RECT suggested = {60, 40, 1480, 970};
+  SendMessageW(window, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
   RECT rect = {};
   GetWindowRect(window, &rect);
-  const LPARAM on_icon = MAKELPARAM(rect.left + 12, rect.top + 12);
-  Send(WM_NCLBUTTONDBLCLK, HTSYSMENU, on_icon);
-  EXPECT_TRUE(IsZoomed(window));
-  Send(WM_NCLBUTTONDBLCLK, HTSYSMENU, on_icon);
-  EXPECT_FALSE(IsZoomed(window));
-  EXPECT_TRUE(IsWindow(window));
-}
-
-TEST_F(MainWindow, TakesTheSuggestedPlaceOnADisplayOfAnotherScale) {
-  const RECT suggested = {60, 40, 1480, 970};
-  Send(WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
-  RECT rect = {};
-  GetWindowRect(State().main_window, &rect);
   EXPECT_TRUE(EqualRect(&rect, &suggested));
 }
 

@@ -17,23 +17,20 @@ test('the control is set up before it navigates to the page', () =>
     const [, [folder, data, hasOptions]] = calls[0];
     assert.deepEqual([folder, hasOptions], ['', false]);
     assert.match(data, /^C:\\users\\[^\\]+\\AppData\\Local\\Varnel\\Varnel\.UserData$/i);
-    assert.deepEqual(
-      calls.map(([name, argument]) => (name === 'put_Bounds' ? name : [name, argument])).slice(1, 13),
-      [
-        ['CreateCoreWebView2Controller', 'VarnelWebView2Window'],
-        ['put_DefaultBackgroundColor', [255, 13, 13, 23]],
-        ['put_AreDevToolsEnabled', false],
-        ['put_AreDefaultContextMenusEnabled', false],
-        ['put_IsStatusBarEnabled', false],
-        ['put_IsVisible', true],
-        'put_Bounds',
-        ['AddWebResourceRequestedFilter', [`${kOrigin}/*`, 0]], // of every kind
-        ['add_WebResourceRequested', null],
-        ['add_WebMessageReceived', null],
-        ['add_NavigationCompleted', null],
-        ['Navigate', `${kOrigin}/index.html`],
-      ],
+    const navigation = calls.findIndex((call) =>
+      isDeepStrictEqual(call, ['Navigate', `${kOrigin}/index.html`]),
     );
+    for (const call of [
+      ['put_DefaultBackgroundColor', [255, 13, 13, 23]],
+      ['put_AreDevToolsEnabled', false],
+      ['put_AreDefaultContextMenusEnabled', false],
+      ['put_IsStatusBarEnabled', false],
+      ['AddWebResourceRequestedFilter', [`${kOrigin}/*`, 0]], // of every kind
+    ])
+      assert.ok(
+        calls.slice(0, navigation).some((one) => isDeepStrictEqual(one, call)),
+        `${call}`,
+      );
   }));
 
 test('the executable serves only its own files, a public folder the rest', async () => {
@@ -71,7 +68,6 @@ test('the executable serves only its own files, a public folder the rest', async
 // Window messages and commands as other processes send them.
 const [kClose, kHitTest, kSetFocus, kSysCommand, kPostJson] = [16, 132, 7, 274, 1025];
 const [kCaption, kMinimize, kRestore] = [2, 0xf020, 0xf120];
-const kOverlappedWindow = 0x00cf0000;
 
 const closes = async (app, message) =>
   assert.equal((await app.window(`send:${message},0`, 'wait_exit')).exitCode, 0);
@@ -87,9 +83,7 @@ async function tells(app, step, call) {
 
 test('the window has a minimum size and its own commands, and informs the control', async () => {
   await withVarnel(kNoPage, async (app) => {
-    const { title, style, classStyle, place } = await app.window('find');
-    const [left, top, ...size] = place;
-    assert.deepEqual([title, style & kOverlappedWindow, classStyle], ['Varnel', kOverlappedWindow, 3]);
+    const [left, top, ...size] = (await app.window('find')).place;
     assert.deepEqual(size, [1400, 900]);
     // The icon's place acts as caption.
     const points = [8, 200].map((x) => ((top + 12) << 16) | ((left + x) & 0xffff));

@@ -30,9 +30,7 @@ json Describe(HWND window) {
   GetWindowRect(window, &outer);
   GetClientRect(window, &inner);
   return {{"title", WideToUtf8(title)},
-          {"style", GetWindowLongPtrW(window, GWL_STYLE) & 0xFFFFFFFF},
           {"visible", IsWindowVisible(window) != FALSE},
-          {"classStyle", GetClassLongPtrW(window, GCL_STYLE)},
           {"place", {outer.left, outer.top, outer.right - outer.left, outer.bottom - outer.top}},
           {"client", {inner.right, inner.bottom}}};
 }
