@@ -66,11 +66,13 @@ export async function prepareWine({ visible = false } = {}) {
   await fs.mkdir(dirname(kHosts), { recursive: true });
   await fs.writeFile(kHosts, '', { flag: 'a' });
   // Wine links Downloads, Documents and so on to the user's home folder, where no test may delete
-  // anything.
+  // anything. The tests' own links stay inside drive C.
   const users = await fs.readdir(join(driveC, 'users'), { recursive: true, withFileTypes: true });
   for (const entry of users.filter((one) => one.isSymbolicLink())) {
-    await fs.unlink(join(entry.path, entry.name));
-    await fs.mkdir(join(entry.path, entry.name));
+    const link = join(entry.path, entry.name);
+    if ((await fs.readlink(link)).startsWith(driveC)) continue;
+    await fs.unlink(link);
+    await fs.mkdir(link);
   }
 }
 
