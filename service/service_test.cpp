@@ -37,6 +37,8 @@ TEST(ServiceRequest, IsAnActionWithFlatData) {
            R"({"action":"a","action":"b","data":{}})",
            R"({"action":"a","data":{},"data":{}})",
            R"({"action":"a","data":{},"more":{}})",
+           R"({"action":"a","data":{},"more":"x"})",
+           R"({"action":"a","data":{},"more":true})",
            R"({"action":"a","data":{"x":"\ud800"}})",
            "{\"action\":\"\xFF\",\"data\":{}}",
            full + full,
