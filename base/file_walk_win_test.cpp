@@ -126,6 +126,7 @@ TEST(FileWalk, TakesNamesLiterallyInPathsOfAnyLength) {
   PutLiteral(cleaned.path + L"\\dot.", 300);
   PutLiteral(cleaned.path + L"\\nul", 4000);
   EXPECT_EQ(DirectorySize(cleaned.path), 4327u);
+  EXPECT_EQ(DirectorySize(folder), 7u);
   ClearDirectoryContents(cleaned.path);
   EXPECT_EQ(Names(cleaned.path), std::vector<std::wstring>{});
 }
