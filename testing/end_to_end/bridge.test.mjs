@@ -30,7 +30,6 @@ test('the window decodes every request envelope', () =>
     const settings = `{"action":"saveSettings","data":${'{"a":'.repeat(3_000)}1${'}'.repeat(3_000)}}`;
     for (const [message, want, name] of [
       ['{"action":"openUrl","url":1}', [typeError('string', 'number')]],
-      ['{"action":"downloadAndApplyUpdate","data":[]}', [/type_error\.305/]],
       [null, [], 'what is no string'],
       [request(`"${'ž'.repeat(5 << 20)}"`), [testBridgeReply(9)], '10 MB'],
       [request('{"a":'.repeat(10_000) + 1 + '}'.repeat(10_000)), [testBridgeReply(9)], 'objects in objects'],

@@ -102,9 +102,7 @@ test('a silent installation installs everything, and a silent removal removes on
   // line.
   const [granted] = (await readFile(join(tools.unix, 'icacls.log'), 'utf8')).split('\n');
   assert.equal(granted, `"${kIcacls}" "${kInstalled}\\settings.json" /grant *S-1-5-32-545:M`);
-  const { DisplayVersion, QuietUninstallString } = await wine.readRegistry(kKey);
-  const wanted = [version, `"${kUninstaller}" /S`].map(wine.registryText);
-  assert.deepEqual([DisplayVersion, QuietUninstallString], wanted);
+  assert.equal((await wine.readRegistry(kKey)).DisplayVersion, `"${version}"`);
   assert.ok((await readFile(kLink)).includes(kProgram), 'the Start menu leads to the program');
 
   // Installs over the existing copy: settings stay, and a file that cannot be replaced is reported.
