@@ -49,9 +49,9 @@ TEST(CreateBrowserEnvironment, FindsTheInstalledRuntime) {
   };
   for (const auto& c : cases) {
     const RegistrySandbox registry;
-    SetRegistryData(HKEY_CURRENT_USER,
+    SetRegistryText(HKEY_CURRENT_USER,
                     L"Software\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}",
-                    L"EBWebView", RegistryText(c.folder));
+                    L"EBWebView", c.folder);
     HRESULT handed = S_FALSE;  // not called
     const auto handler = MakeCallback<ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler>(
         [&](HRESULT result, ICoreWebView2Environment*) { return handed = result; });

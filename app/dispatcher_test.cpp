@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "base/fields.h"
-#include "base/json_text.h"
 #include "base/page.h"
 #include "testing/recorded_message.h"
 #include "testing/recording_page.h"
@@ -94,20 +93,4 @@ TEST(Dispatch, ConvertsEveryNumberToAnId) {
               Replies{R"({"requestId":)" + std::to_string(want) +
                       R"(,"status":"ok","success":true,"type":"testBridge"})"})
         << want;
-}
-
-// With the native build's sanitizers, serialising takes 2.9 KB of stack per level, and threads have 8
-// MB.
-#ifdef _WIN32
-constexpr size_t kDepth = kMaxJsonDepth - 1;
-#else
-constexpr size_t kDepth = 2'000;
-#endif
-
-TEST(Dispatch, AcceptsLargeAndDeepRequests) {
-  for (const std::wstring& data : {L'"' + std::wstring(5'000'000, L'x') + L'"', Nested(kDepth)}) {
-    const std::string want = R"({"got":)" + std::string(data.begin(), data.end()) +
-                             R"(,"requestId":0,"success":true,"type":"echo"})";
-    EXPECT_TRUE(Dispatch(LR"({"action":"echo","data":)" + data + L"}") == Replies{want});
-  }
 }

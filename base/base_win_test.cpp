@@ -37,15 +37,15 @@ TEST(Text, ConsoleTextIsAlwaysValidUtf8) {
 TEST(ReadRegistryString, ReadsUpToTheBufferAndFallsBack) {
   const RegistrySandbox registry;
   const wchar_t* path = L"Software\\Some key";
-  auto read = [&](const wchar_t* name, const RegistryData& data) {
-    SetRegistryData(HKEY_LOCAL_MACHINE, path, name, data);
-    return ReadRegistryString(HKEY_LOCAL_MACHINE, path, name);
+  auto read = [&](const std::wstring& text, bool with_nul = true) {
+    SetRegistryText(HKEY_LOCAL_MACHINE, path, L"text", text, with_nul);
+    return ReadRegistryString(HKEY_LOCAL_MACHINE, path, L"text");
   };
-  EXPECT_EQ(read(L"text", RegistryText(std::wstring(L"  Žluť\0tail", 11))), L"  Žluť");
+  EXPECT_EQ(read(std::wstring(L"  Žluť\0tail", 11)), L"  Žluť");
   const std::wstring full(511, L'x');
-  EXPECT_EQ(read(L"full", RegistryText(full)), full);
-  EXPECT_EQ(read(L"no final NUL", {REG_SZ, RegistryText(full + L"y").bytes.substr(0, 1024)}), full + L"y");
-  EXPECT_EQ(read(L"long", RegistryText(full + L"y")), L"Unknown");
+  EXPECT_EQ(read(full), full);
+  EXPECT_EQ(read(full + L"y", false), full + L"y");
+  EXPECT_EQ(read(full + L"y"), L"Unknown");
   EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, path, L"absent"), L"Unknown");
   EXPECT_EQ(ReadRegistryString(HKEY_LOCAL_MACHINE, L"Software\\No such key", L"text"), L"Unknown");
 }

@@ -72,7 +72,7 @@ class StallGuard {
   HANDLE timer_ = nullptr;
 };
 
-// --- one function per action ------------------------------------------------------------------------------
+// --- one function per action ---
 
 Outcome GetHostsFile(const Request&, const Peer&) {
   const std::optional<std::string> bytes = ReadHostsFile();
@@ -204,7 +204,7 @@ Outcome VerifySystemFiles(const Request&, const Answer& answer) {
   return Done(code == 0);
 }
 
-// --- the table ---------------------------------------------------------------------------------------------
+// --- the table ---
 
 struct Row {
   std::string_view action;

@@ -13,7 +13,7 @@
 // Makes every decision of the helper service about what a request may touch. Each function takes the
 // request's values unchanged. Paths and names are UTF-16 (UTF-32 where wchar_t is that wide).
 
-// --- who may ask -------------------------------------------------------------------------------------------
+// --- who may ask ---
 
 enum class Who { kAnyone, kAdministrator };
 
@@ -29,7 +29,7 @@ struct PeerFacts {
 // Returns nothing if the peer may ask, otherwise the reason why not.
 std::optional<std::string> WhyRefused(Who who, const PeerFacts& peer, bool requires_elevation);
 
-// --- what may be touched -----------------------------------------------------------------------------------
+// --- what may be touched ---
 
 inline constexpr size_t kMaxHostsBytes = size_t{8} * 1024 * 1024;
 
@@ -72,7 +72,7 @@ std::optional<JunkFlags> ReadJunkFlags(const Request& request);
 // drive, has no "." or "..", and MayBeEmptied allows it.
 bool IsTemporaryFolder(std::wstring_view path, const KeptFolders& kept, SamePath same);
 
-// --- development services ----------------------------------------------------------------------------------
+// --- development services ---
 
 // Returns true if the page may control a service of this name.
 bool IsDevService(std::wstring_view name);
@@ -93,7 +93,7 @@ std::string_view StartWord(const ServiceState& service);
 // Returns the commands that are possible now, in the order of the buttons.
 std::vector<std::string_view> PossibleCommands(const ServiceState& service);
 
-// --- texts -------------------------------------------------------------------------------------------------
+// --- texts ---
 
 // Returns a text of a request for the event log: at most 200 characters, only printable ASCII, and no
 // "%", which the log's reader treats as a placeholder.

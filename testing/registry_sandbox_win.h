@@ -38,25 +38,12 @@ class RegistrySandbox {
   RegistryKey user_, machine_;
 };
 
-// A value in the registry's own form.
-struct RegistryData {
-  DWORD type = REG_NONE;
-  std::string bytes;
-
-  bool operator==(const RegistryData&) const = default;
-};
-
-// Returns text with its NUL.
-inline RegistryData RegistryText(const std::wstring& text, DWORD type = REG_SZ) {
-  return {type, {reinterpret_cast<const char*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)}};
-}
-
-// Creates the key if it is missing.
-inline void SetRegistryData(HKEY hive, const wchar_t* path, const std::wstring& name,
-                            const RegistryData& data) {
-  // The system includes a NUL that happens to follow the text.
-  const std::string followed = data.bytes + "xx";
-  if (RegSetKeyValueW(hive, path, name.c_str(), data.type, followed.data(),
-                      static_cast<DWORD>(data.bytes.size())) != ERROR_SUCCESS)
+// Stores a text, with or without its NUL. Creates the key if it is missing.
+inline void SetRegistryText(HKEY hive, const wchar_t* path, const wchar_t* name, std::wstring text,
+                            bool with_nul = true) {
+  const size_t units = text.size() + (with_nul ? 1 : 0);
+  if (!with_nul) text += L'x';  // the system includes a NUL that happens to follow the text
+  if (RegSetKeyValueW(hive, path, name, REG_SZ, text.c_str(), static_cast<DWORD>(units * sizeof(wchar_t))) !=
+      ERROR_SUCCESS)
     throw std::runtime_error("the registry refuses a value");
 }

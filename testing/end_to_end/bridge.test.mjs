@@ -69,7 +69,7 @@ test('a thousand requests are answered in order', () =>
     assert.deepEqual(app.texts.slice(from), ids.map(testBridgeReply));
   }));
 
-// --- the helper service -----------------------------------------------------------------------------------------------
+// --- the helper service ---
 
 const kFolder = 'C:\\Program Files\\Varnel Žluť';
 const cleaning = (type, path) => ['cleanLeftovers', { items: [{ type, path }] }];
@@ -146,7 +146,7 @@ test('every answer of the helper service is handled; a busy one counts as not ru
     assert.ok(Date.now() - started >= 2000, 'the probe waits for a busy pipe');
   }));
 
-// --- other actions ----------------------------------------------------------------------------------------------------
+// --- other actions ---
 
 test('openUrl opens only the address in the envelope; reboot starts its tool', () =>
   withVarnel({ ...kNoPage, tools: { 'opener.exe': {}, 'shutdown.exe': { exit: 5 } } }, async (app) => {

@@ -77,7 +77,7 @@ async function withJunk(body) {
   }
 }
 
-// --- the host ----------------------------------------------------------------------------------------------
+// --- the host ---
 
 test('with the service, only the service empties; without it, each category is emptied separately', () =>
   withJunk(() =>
@@ -137,7 +137,7 @@ test('the profile does not count as a temporary folder', async () => {
   await rm(canary);
 });
 
-// --- the story ---------------------------------------------------------------------------------------------
+// --- the story ---
 
 test("selected junk is cleaned, and the page's figures match the disk", () =>
   withJunk(async () => {

@@ -13,7 +13,7 @@ await prepareWine();
 const kBefore = await readFile(kHosts);
 afterEach(() => writeFile(kHosts, kBefore));
 
-// --- the host ----------------------------------------------------------------------------------------------
+// --- the host ---
 
 test('a hosts file that is not UTF-8 is read in the code page of the system', async () => {
   const text = '# þába\r\n'.repeat(200_000);
@@ -23,7 +23,7 @@ test('a hosts file that is not UTF-8 is read in the code page of the system', as
   );
 });
 
-// --- the stories -------------------------------------------------------------------------------------------
+// --- the stories ---
 
 // All three kinds of line ends, a byte order mark, tabs, and no line end at the end.
 const kMixed =

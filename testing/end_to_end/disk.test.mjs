@@ -58,7 +58,7 @@ async function listOutside(unix) {
 }
 const listed = (items) => Object.fromEntries(items.map(({ name, size }) => [name, size]));
 
-// --- the host ----------------------------------------------------------------------------------------------
+// --- the host ---
 
 test('an analysis matches the disk, and a listing uses the last analysis', () =>
   withTree((tree) =>
@@ -77,7 +77,7 @@ test('an analysis matches the disk, and a listing uses the last analysis', () =>
     }),
   ));
 
-// --- the story ---------------------------------------------------------------------------------------------
+// --- the story ---
 
 test('a drive is analysed and browsed, and a folder goes to the recycle bin', () =>
   withTree(async (tree) => {

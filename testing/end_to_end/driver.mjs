@@ -50,7 +50,7 @@ export class Varnel {
     if (options.loader !== false && !options.args) await this.#openBrowser();
   }
 
-  // --- the bridge ---------------------------------------------------------------------------------------------------
+  // --- the bridge ---
 
   send(message) {
     const text = message === null || typeof message === 'string' ? message : JSON.stringify(message);
@@ -83,7 +83,7 @@ export class Varnel {
     return status && { status, reason, headers, body: Buffer.from(body) };
   }
 
-  // --- around the program -------------------------------------------------------------------------------------------
+  // --- around the program ---
 
   async startService(script) {
     this.scriptService(script);
@@ -187,7 +187,7 @@ export class Varnel {
     await this.until(isQuiet, 'the status push');
   }
 
-  // --- inside -------------------------------------------------------------------------------------------------------
+  // --- inside ---
 
   async #fillFolder() {
     const { tools = {}, language, loader, program, settings = language && { language } } = this.options;

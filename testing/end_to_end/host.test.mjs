@@ -62,7 +62,7 @@ test('the executable serves only its own files, a public folder the rest', async
   await folder.remove();
 });
 
-// --- the window -------------------------------------------------------------------------------------------------------
+// --- the window ---
 
 // Window messages and commands as other processes send them.
 const [kClose, kHitTest, kSetFocus, kSysCommand, kPostJson] = [16, 132, 7, 274, 1025];
@@ -135,7 +135,7 @@ test('without a browser runtime the window stays and nothing crashes', async () 
     });
 });
 
-// --- the driver -------------------------------------------------------------------------------------------------------
+// --- the driver ---
 
 test('an error in the page fails its test', async () => {
   const run = withVarnel({}, async ({ page }) => {

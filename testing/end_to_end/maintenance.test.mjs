@@ -87,7 +87,7 @@ test('repairs run on request and show the answer of the tool or the service', ()
   });
 });
 
-// --- the update --------------------------------------------------------------------------------------------
+// --- the update ---
 
 test('the shipped program gets its updates from an https address', async () => {
   const cache = await readFile(join(buildFolder, 'CMakeCache.txt'), 'utf8');

@@ -9,7 +9,7 @@ const { closeServiceDialog, dialogOf, openView, press, toastOf, withVarnel } = h
 
 const kUser = 'HKCU\\Environment';
 
-// --- the host ----------------------------------------------------------------------------------------------
+// --- the host ---
 
 test('every variable that fits is listed, whatever its type and name', () => {
   const longest = 'x'.repeat(16382); // 32,766 bytes with its NUL
@@ -31,7 +31,7 @@ test('every variable that fits is listed, whatever its type and name', () => {
   );
 });
 
-// --- the story ---------------------------------------------------------------------------------------------
+// --- the story ---
 
 test("the program changes the user's variables, and only the service the machine's", () =>
   withRegistry({ [kUser]: { TEMP: registryText('C:\\Old') } }, () =>

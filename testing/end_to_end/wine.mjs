@@ -85,7 +85,7 @@ export async function endWine() {
   display = undefined;
 }
 
-// --- files ------------------------------------------------------------------------------------------------------------
+// --- files ---
 
 // Creates a folder on drive C, deleted by remove(). `windows` and `unix` are its two names; `name` may
 // be a path.
@@ -133,7 +133,7 @@ export async function withAway(paths, body) {
   }
 }
 
-// --- programs ---------------------------------------------------------------------------------------------------------
+// --- programs ---
 
 export function startInPrefix(program, args = [], { env, cwd } = {}) {
   // Runs in a process group of its own: Ctrl+C in the terminal belongs to the driver, which ends the
@@ -154,7 +154,7 @@ export async function runInPrefix(program, args = [], options = {}) {
   return { code, stdout: child.output.replaceAll('\r\n', '\n') };
 }
 
-// --- the registry -----------------------------------------------------------------------------------------------------
+// --- the registry ---
 
 // Returns the text of an exported key, or undefined if there is no such key.
 async function exportKey(key) {

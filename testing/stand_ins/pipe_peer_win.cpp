@@ -8,7 +8,7 @@
 //   pipe_peer.exe probe COUNT   opens and closes connections, and in between sends standard input and reads the
 //                               answer if there is any; prints the mean time of one in milliseconds
 //   pipe_peer.exe steal         tries to create its own instance of the pipe, prints the error
-//   pipe_peer.exe look          prints handles, threads and memory of VarnelService.exe
+//   pipe_peer.exe handles       prints how many handles VarnelService.exe has
 #include <windows.h>
 #include <tlhelp32.h>
 
@@ -70,19 +70,7 @@ int HandlesOf(HANDLE process) {
   return count;
 }
 
-// Returns the committed memory that is neither an image nor a mapped file. Wine does not count that,
-// either.
-size_t PrivateBytesOf(HANDLE process) {
-  size_t size_bytes = 0;
-  MEMORY_BASIC_INFORMATION region = {};
-  for (char* at = nullptr; VirtualQueryEx(process, at, &region, sizeof(region)) != 0;) {
-    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) size_bytes += region.RegionSize;
-    at = static_cast<char*>(region.BaseAddress) + region.RegionSize;
-  }
-  return size_bytes;
-}
-
-void PrintFigures() {
+void PrintHandles() {
   const SnapshotHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   PROCESSENTRY32W entry = {};
   entry.dwSize = sizeof(entry);
@@ -90,8 +78,7 @@ void PrintFigures() {
        more = Process32NextW(snapshot.get(), &entry)) {
     if (lstrcmpiW(entry.szExeFile, L"VarnelService.exe") != 0) continue;
     const KernelHandle process(OpenProcess(PROCESS_ALL_ACCESS, FALSE, entry.th32ProcessID));
-    std::printf("{\"handles\":%d,\"threads\":%lu,\"private\":%zu}\n", HandlesOf(process.get()),
-                entry.cntThreads, PrivateBytesOf(process.get()));
+    std::printf("%d\n", HandlesOf(process.get()));
   }
 }
 
@@ -131,8 +118,8 @@ int main(int count, char** arguments) {
     const FileHandle pipe(CreateNamedPipeW(kPipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE,
                                            PIPE_UNLIMITED_INSTANCES, 512, 512, 0, nullptr));
     std::printf("%lu\n", pipe ? 0 : GetLastError());
-  } else if (mode == "look") {
-    PrintFigures();
+  } else if (mode == "handles") {
+    PrintHandles();
   } else {
     return 2;
   }

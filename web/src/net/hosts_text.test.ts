@@ -31,9 +31,7 @@ test('line ends survive the editor', () => {
     ['nothing edited', mixed, withLf(mixed), mixed],
     ['changed far apart', 'a\nx\r\ny\nz\r\n', 'b\nx\ny\nzz\n', 'b\nx\r\ny\nzz\r\n'],
     ['a new line takes the common end', 'a\r\nb\r\nc\n', 'a\nb\nnew\nc\n', 'a\r\nb\r\nnew\r\nc\n'],
-    ['text into an empty file', '', 'a\nb', 'a\r\nb'],
     ['the last end taken away', 'a\r\nb\r\n', 'a\nb', 'a\r\nb'],
-    ['removed at two places', 'a\nb\r\nc\nd\r\ne\nf\r\n', 'a\nc\nd\nf\n', 'a\nc\nd\r\nf\r\n'],
     ['moved up', 'a\nb\r\nc\nd\r\ne\n', 'd\na\nb\nc\ne\n', 'd\na\nb\r\nc\ne\n'],
     ['beside a repeated line', 'x\r\nx\nb\r\nx\n', 'n\nx\nx\nb\nx\nm\n', 'n\r\nx\r\nx\nb\r\nx\nm\r\n'],
   ];
