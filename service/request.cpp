@@ -16,7 +16,7 @@ class RequestReader : public nlohmann::json_sax<json> {
   bool is_complete() const { return has_action_ && has_data_ && depth_ == 0; }
   Request request;
 
-  bool start_object(size_t) override {
+  bool start_object(size_t /*elements*/) override {
     const bool is_data = depth_ == 1 && key_ == "data" && !std::exchange(has_data_, true);
     return (depth_ == 0 || is_data) && ++depth_ > 0;
   }
@@ -34,13 +34,16 @@ class RequestReader : public nlohmann::json_sax<json> {
   bool boolean(bool flag) override { return depth_ == 2 && Add(flag); }
 
   bool null() override { return false; }
-  bool number_integer(number_integer_t) override { return false; }
-  bool number_unsigned(number_unsigned_t) override { return false; }
-  bool number_float(number_float_t, const string_t&) override { return false; }
-  bool binary(binary_t&) override { return false; }
-  bool start_array(size_t) override { return false; }
+  bool number_integer(number_integer_t /*value*/) override { return false; }
+  bool number_unsigned(number_unsigned_t /*value*/) override { return false; }
+  bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return false; }
+  bool binary(binary_t& /*value*/) override { return false; }
+  bool start_array(size_t /*elements*/) override { return false; }
   bool end_array() override { return false; }
-  bool parse_error(size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
+  bool parse_error(size_t /*at*/, const std::string& /*token*/,
+                   const nlohmann::detail::exception& /*error*/) override {
+    return false;
+  }
 
  private:
   bool Add(std::variant<bool, std::string> value) {

@@ -36,14 +36,13 @@ std::string ToolText::Add(std::string_view bytes) {
   size_t at = 0;
   for (; form_ == Form::kUtf16 && at + 1 < pending_.size(); at += 2) {
     const uint32_t unit = UnitAt(pending_, at);
-    if (unit < 0xD800 || unit > 0xDFFF) {
+    const bool is_plain = unit < 0xD800 || unit > 0xDFFF, is_first = !is_plain && unit < 0xDC00;
+    if (is_first && at + 3 >= pending_.size()) break;
+    const uint32_t second = is_first ? UnitAt(pending_, at + 2) : 0;
+    if (is_plain) {
       AppendUtf8(text, unit);
-    } else if (unit > 0xDBFF) {
-      AppendUtf8(text, 0xFFFD);
-    } else if (at + 3 >= pending_.size()) {
-      break;
-    } else if (const uint32_t low = UnitAt(pending_, at + 2); low >= 0xDC00 && low <= 0xDFFF) {
-      AppendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+    } else if (second >= 0xDC00 && second <= 0xDFFF) {
+      AppendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (second - 0xDC00));
       at += 2;
     } else {
       AppendUtf8(text, 0xFFFD);
