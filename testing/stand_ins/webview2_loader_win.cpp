@@ -64,10 +64,9 @@ HRESULT ReportCall(const char* call, const json& argument = {}) {
   return Report(call, {{"call", call}, {"argument", argument}});
 }
 
-template <typename Handler>
-HRESULT Register(const char* call, ComPtr<Handler>& kept, Handler* handler, const json& argument = {}) {
+HRESULT Keep(auto& kept, auto* handler) {
   kept = handler;
-  return ReportCall(call, argument);
+  return S_OK;
 }
 
 // --- the objects
@@ -151,15 +150,15 @@ class View final : public ComObject<ICoreWebView2_3> {
   }
   STDMETHOD(add_NavigationCompleted)
   (ICoreWebView2NavigationCompletedEventHandler* handler, EventRegistrationToken*) {
-    return Register("add_NavigationCompleted", g_state.navigation_completed, handler);
+    return Keep(g_state.navigation_completed, handler);
   }
   STDMETHOD(add_WebMessageReceived)
   (ICoreWebView2WebMessageReceivedEventHandler* handler, EventRegistrationToken*) {
-    return Register("add_WebMessageReceived", g_state.message_received, handler);
+    return Keep(g_state.message_received, handler);
   }
   STDMETHOD(add_WebResourceRequested)
   (ICoreWebView2WebResourceRequestedEventHandler* handler, EventRegistrationToken*) {
-    return Register("add_WebResourceRequested", g_state.resource_requested, handler);
+    return Keep(g_state.resource_requested, handler);
   }
   STDMETHOD(AddWebResourceRequestedFilter)(LPCWSTR uri, COREWEBVIEW2_WEB_RESOURCE_CONTEXT context) {
     return ReportCall("AddWebResourceRequestedFilter", {WideToUtf8(uri), context});
@@ -190,10 +189,9 @@ class Controller final : public ComObject<ICoreWebView2Controller2> {
 class Environment final : public ComObject<ICoreWebView2Environment> {
  public:
   STDMETHOD(CreateCoreWebView2Controller)
-  (HWND parent, ICoreWebView2CreateCoreWebView2ControllerCompletedHandler* handler) {
-    wchar_t name[64] = L"";
-    GetClassNameW(parent, name, 64);
-    return Register("CreateCoreWebView2Controller", g_state.controller_created, handler, WideToUtf8(name));
+  (HWND, ICoreWebView2CreateCoreWebView2ControllerCompletedHandler* handler) {
+    Keep(g_state.controller_created, handler);
+    return ReportCall("CreateCoreWebView2Controller");
   }
   STDMETHOD(CreateWebResourceResponse)
   (IStream* content, int status, LPCWSTR reason, LPCWSTR headers, ICoreWebView2WebResourceResponse** out) {
@@ -263,7 +261,7 @@ bool Connect() {
 }  // namespace
 
 extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE CreateCoreWebView2EnvironmentWithOptions(
-    PCWSTR browser_folder, PCWSTR user_data_folder, ICoreWebView2EnvironmentOptions* options,
+    PCWSTR, PCWSTR user_data_folder, ICoreWebView2EnvironmentOptions*,
     ICoreWebView2CreateCoreWebView2EnvironmentCompletedHandler* handler) {
   if (!Connect()) return HRESULT_FROM_WIN32(ERROR_CONNECTION_REFUSED);
   // The real loader requires a single-threaded apartment.
@@ -277,7 +275,6 @@ extern "C" __declspec(dllexport) HRESULT STDAPICALLTYPE CreateCoreWebView2Enviro
   g_state.window = CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
   SetWindowLongPtrW(g_state.window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(CommandWindow));
   std::thread(ReceiveCommands).detach();
-  return Register("CreateCoreWebView2EnvironmentWithOptions", g_state.environment_created, handler,
-                  {WideToUtf8(browser_folder ? browser_folder : L""),
-                   WideToUtf8(user_data_folder ? user_data_folder : L""), options != nullptr});
+  Keep(g_state.environment_created, handler);
+  return ReportCall("CreateCoreWebView2EnvironmentWithOptions", WideToUtf8(user_data_folder));
 }
