@@ -57,22 +57,16 @@ function start(...words) {
   return started.at(-1);
 }
 
-// Without a window manager, Wine waits two seconds for it whenever a window closes; unmanaged windows
-// close immediately.
-const kManaged = 'HKCU\\Software\\Wine\\X11 Driver';
 async function remove() {
   for (const child of started.splice(0)) child.kill('SIGKILL');
   if (existsSync(inBin('VarnelService.exe')))
     await runInPrefix(`${kInstalled}\\bin\\VarnelService.exe`, ['--remove']);
   await rm(installed, { recursive: true, force: true });
   await rm(kLink, { force: true });
-  await wine.writeRegistry({ [kKey]: null, [kManaged]: null });
+  await wine.writeRegistry({ [kKey]: null });
 }
 after(() => unpacked.remove());
-beforeEach(async () => {
-  await remove();
-  await wine.writeRegistry({ [kManaged]: { Managed: '"N"' } });
-});
+beforeEach(remove);
 afterEach(remove);
 
 test('the package holds a zip, the setup and their checksums', async () => {
