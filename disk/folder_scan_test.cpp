@@ -140,14 +140,6 @@ TEST(AnalyzeFolders, KeepsItsResultsIfMemoryRunsOut) {
   EXPECT_EQ(files.size(), 7u);
 }
 
-TEST(AnalyzeFolders, WalksADeepTree) {
-  Tree tree{{L"C:", {{L"d", true, false, 0}}}};
-  std::wstring path = L"C:";
-  for (int depth = 0; depth < 2000; ++depth)
-    tree[path += L"\\d"] = {{L"f", false, false, 1}, {L"d", true, false, 0}};
-  EXPECT_EQ(Analysis(tree, L"C:").folder_sizes.at(L"C:"), 2000u);
-}
-
 TEST(ListFolder, SortsAndTakesFolderSizesFromTheCache) {
   const Tree tree{{L"C:",
                    {{L"a.txt", false, false, 5},

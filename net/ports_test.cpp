@@ -15,11 +15,9 @@ constexpr char kNetstat[] =
     "  TCP    0.0.0.0:135            0.0.0.0:0              LISTENING       1016\r\n"
     "  TCP    127.0.0.1:5354         127.0.0.1:49670        ESTABLISHED     3644\r\n"
     "  TCP    127.0.0.1:5354         0.0.0.0:0              LISTENING       3644\r\n"
-    "  TCP    192.0.2.17:52144       198.51.100.20:443      TIME_WAIT       0\r\n"
     "  TCP    [::]:445               [::]:0                 LISTENING       4\r\n"
     "  TCP    [::1]:8080             [::]:0                 LISTENING       5120\r\n"
     "  TCP    [fe80::1c2d:3e4f:5a6b:7c8d%12]:5357  [fe80::9:8:7:6%12]:58831  TIME_WAIT       0\r\n"
-    "  UDP    0.0.0.0:500            *:*                                    1104\r\n"
     "  UDP    127.0.0.1:50199        127.0.0.1:50199                        1364\r\n";
 
 // Returns one line per socket, its members separated by bars.

@@ -62,17 +62,6 @@ TEST(LeftoverRemoval, IsChosenByTypeAndPath) {
     EXPECT_EQ(ChooseLeftoverRemoval({c.type, c.path}), c.want) << c.type << " " << c.path;
 }
 
-TEST(LeftoverItem, ReadsWhateverThePageSends) {
-  const auto read = [](const char* text) {
-    const LeftoverItem item = ReadLeftoverItem(nlohmann::json::parse(text));
-    return item.type + "|" + item.path;
-  };
-  EXPECT_EQ(read(R"({"path":"C:\\a","size":5,"type":"directory"})"), "directory|C:\\a");
-  EXPECT_EQ(read(R"({"path":7,"type":"registry"})"), "registry|");
-  EXPECT_EQ(read("{}"), "|");
-  EXPECT_EQ(read("[1]"), "|");
-}
-
 TEST(LeftoverReplies, AreAsRecorded) {
   EXPECT_EQ(PostedReply("findLeftovers", 31, true,
                         {{"leftovers",

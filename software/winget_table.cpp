@@ -7,6 +7,8 @@
 
 namespace {
 
+using Row = std::vector<std::string>;
+
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kUpdateFooters[] = {"upgrades available", "package(s) have version numbers"};
 
@@ -31,35 +33,14 @@ std::string_view TakeLine(std::string_view& rest) {
   return first == line.npos ? std::string_view{} : line.substr(first);
 }
 
-// Returns the body rows with at least `min_cells` cells, in order.
-std::vector<WingetTableRow> WalkTable(std::string_view capture, size_t min_cells, bool ends_at_footer) {
-  std::vector<WingetTableRow> rows;
-  bool in_body = false;
-  while (!capture.empty()) {
-    const std::string_view line = TakeLine(capture);
-    if (line.empty()) continue;
-    if (IsRule(line)) {
-      in_body = true;
-      continue;
-    }
-    if (!in_body) continue;
-    if (ends_at_footer && IsUpdateFooter(line)) break;
-    // Converted line by line, so that one broken byte does not put the names of all other rows into
-    // another code page.
-    WingetTableRow row = SplitWingetColumns(ConsoleTextToUtf8(line));
-    if (row.size() >= min_cells) rows.push_back(std::move(row));
-  }
-  return rows;
-}
-
-std::string SourceOf(WingetTableRow& row, const char* fallback) {
-  return row.size() >= 5 ? std::move(row[4]) : std::string(fallback);
-}
-
-}  // namespace
-
-WingetTableRow SplitWingetColumns(std::string_view line) {
-  WingetTableRow row;
+// Cuts one line at runs of two or more blanks (space, tab). A single blank inside a cell becomes a
+// space:
+//   "Tarn Sync                    Brook.TarnSync   1.0.2   1.2.0     winget"
+//     -> "Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"
+//   "Copse                        9QX2B4LMN0PR     3.1.0.0 3.2.0.0   msstore"
+//     -> "Copse", "9QX2B4LMN0PR", "3.1.0.0 3.2.0.0", "msstore"
+Row SplitColumns(std::string_view line) {
+  Row row;
   std::string cell;
   size_t blanks = 0;
   for (const char byte : line) {
@@ -76,9 +57,36 @@ WingetTableRow SplitWingetColumns(std::string_view line) {
   return row;
 }
 
+// Returns the body rows with at least `min_cells` cells, in order.
+std::vector<Row> WalkTable(std::string_view capture, size_t min_cells, bool ends_at_footer) {
+  std::vector<Row> rows;
+  bool in_body = false;
+  while (!capture.empty()) {
+    const std::string_view line = TakeLine(capture);
+    if (line.empty()) continue;
+    if (IsRule(line)) {
+      in_body = true;
+      continue;
+    }
+    if (!in_body) continue;
+    if (ends_at_footer && IsUpdateFooter(line)) break;
+    // Converted line by line, so that one broken byte does not put the names of all other rows into
+    // another code page.
+    Row row = SplitColumns(ConsoleTextToUtf8(line));
+    if (row.size() >= min_cells) rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+std::string SourceOf(Row& row, const char* fallback) {
+  return row.size() >= 5 ? std::move(row[4]) : std::string(fallback);
+}
+
+}  // namespace
+
 std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture) {
   std::vector<SoftwareUpdateEntry> entries;
-  for (WingetTableRow& row : WalkTable(capture, 4, true))
+  for (Row& row : WalkTable(capture, 4, true))
     entries.push_back({std::move(row[0]), std::move(row[1]), std::move(row[2]), std::move(row[3]),
                        SourceOf(row, "winget")});
   return entries;
@@ -86,7 +94,7 @@ std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture) 
 
 std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture) {
   std::vector<InstalledAppEntry> entries;
-  for (WingetTableRow& row : WalkTable(capture, 3, false))
+  for (Row& row : WalkTable(capture, 3, false))
     entries.push_back({std::move(row[0]), std::move(row[1]), std::move(row[2]), SourceOf(row, "local")});
   return entries;
 }

@@ -10,16 +10,6 @@
 // tool prints only one (in the widest row of a column), two columns arrive as one cell. All results are
 // UTF-8.
 
-using WingetTableRow = std::vector<std::string>;
-
-// Cuts one line at runs of two or more blanks (space, tab). A single blank inside a cell becomes a
-// space:
-//   "Tarn Sync                    Brook.TarnSync   1.0.2   1.2.0     winget"
-//     -> "Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"
-//   "Copse                        9QX2B4LMN0PR     3.1.0.0 3.2.0.0   msstore"
-//     -> "Copse", "9QX2B4LMN0PR", "3.1.0.0 3.2.0.0", "msstore"
-WingetTableRow SplitWingetColumns(std::string_view line);
-
 struct SoftwareUpdateEntry {
   std::string name, id, version, available;
   std::string source;  // "winget" if the row has no fifth cell

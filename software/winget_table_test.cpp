@@ -28,19 +28,6 @@ std::vector<Cells> Apps(std::string_view capture) {
 
 }  // namespace
 
-TEST(SplitWingetColumns, CutsAtTwoBlanks) {
-  const struct {
-    const char* name;
-    std::string line;
-    Cells want;
-  } cases[] = {
-      {"tab and blank separate", " Fen \tId\t\t1.0  ", {"Fen", "Id", "1.0"}},
-      {"a carriage return is no blank", "a\rb  c", {"a\rb", "c"}},
-      {"zero byte", std::string("a\0b  c", 6), {std::string("a\0b", 3), "c"}},
-  };
-  for (const auto& c : cases) EXPECT_EQ(SplitWingetColumns(c.line), c.want) << c.name;
-}
-
 // Tables as the tool's versions print them. Only one space follows the widest cell of a column.
 TEST(ParseSoftwareUpdates, ReadsTheOutputOfTheTool) {
   const struct {

@@ -107,7 +107,6 @@ TEST(InstalledGigabytes, RoundsAndFallsBack) {
   EXPECT_EQ(InstalledGigabytes(16'777'216, 17'045'651'456), 16);
   EXPECT_EQ(InstalledGigabytes(0, 17'045'651'456), 16);
   EXPECT_EQ(InstalledGigabytes(2'621'440, 0), 3) << "half goes up";
-  EXPECT_EQ(InstalledGigabytes(0, 536'870'911), 0);
 }
 
 TEST(FormatMemoryTooltip, ExplainsTheReservedMemory) {
@@ -121,7 +120,6 @@ TEST(FormatMemoryTooltip, ExplainsTheReservedMemory) {
 
 TEST(FormatGpu, AddsTheMemoryIfKnown) {
   EXPECT_EQ(FormatGpu(L"NVIDIA GeForce RTX 3060", 12'884'901'888), L"NVIDIA GeForce RTX 3060 (12.0 GB VRAM)");
-  EXPECT_EQ(FormatGpu(L"Peat Graphics", 134'217'728), L"Peat Graphics (0.1 GB VRAM)");
   EXPECT_EQ(FormatGpu(L"Peat Graphics", std::nullopt), L"Peat Graphics");
 }
 

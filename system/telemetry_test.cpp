@@ -78,11 +78,10 @@ TEST(DescribeBattery, ReadsThePowerStatus) {
 }
 
 TEST(IsActiveAdapter, SkipsLoopbackTunnelAndInactiveAdapters) {
-  EXPECT_TRUE(IsActiveAdapter(1, 6)) << "Ethernet";
-  EXPECT_TRUE(IsActiveAdapter(1, 71)) << "wireless";
-  EXPECT_FALSE(IsActiveAdapter(2, 6)) << "down";
-  EXPECT_FALSE(IsActiveAdapter(1, 24)) << "loopback";
-  EXPECT_FALSE(IsActiveAdapter(1, 131)) << "tunnel";
+  constexpr uint32_t kUp = 1, kDown = 2, kEthernet = 6, kWireless = 71, kLoopback = 24, kTunnel = 131;
+  for (const uint32_t type : {kEthernet, kWireless}) EXPECT_TRUE(IsActiveAdapter(kUp, type));
+  for (const uint32_t type : {kLoopback, kTunnel}) EXPECT_FALSE(IsActiveAdapter(kUp, type));
+  EXPECT_FALSE(IsActiveAdapter(kDown, kEthernet));
 }
 
 TEST(EstimatedTemperatures, FollowTheLoadWithinBounds) {

@@ -1,14 +1,12 @@
-// A program other than Varnel.exe at the helper service's pipe, well or badly behaved:
-//   pipe_peer.exe ask           sends its standard input, prints the answer
-//   pipe_peer.exe leave         sends its standard input and closes immediately
-//   pipe_peer.exe fill BYTES    sends that many bytes without a line feed, prints how long the service accepts them
-//   pipe_peer.exe hold COUNT [REQUEST]
-//                               opens that many connections, sends the request on each, prints "held", keeps them
-//                               unread until standard input ends
-//   pipe_peer.exe probe COUNT   opens and closes connections, and in between sends standard input and reads the
-//                               answer if there is any; prints the mean time of one in milliseconds
-//   pipe_peer.exe steal         tries to create its own instance of the pipe, prints the error
-//   pipe_peer.exe handles       prints how many handles VarnelService.exe has
+// A program other than Varnel.exe at the helper service's pipe, well or badly behaved: pipe_peer.exe MODE.
+//   ask                   sends its standard input, prints the answer
+//   leave                 sends its standard input and closes immediately
+//   fill BYTES            sends bytes without a line feed, prints for how long the service accepts them
+//   hold COUNT [REQUEST]  opens connections, sends the request on each, prints "held", reads nothing
+//   probe COUNT           opens and closes connections, asks its standard input on each; prints the mean
+//                         time in milliseconds
+//   steal                 tries to create its own instance of the pipe, prints the error
+//   handles               prints how many handles VarnelService.exe has
 #include <windows.h>
 #include <tlhelp32.h>
 

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { fitText, nestedTiles, squarify, tilesOf, type Rect } from './treemap.ts';
+import { nestedTiles, squarify, tilesOf, type Rect } from './treemap.ts';
 
 const area = ({ width, height }: Rect) => width * height;
 const sum = (values: number[]) => values.reduce((total, value) => total + value, 0);
@@ -53,11 +53,4 @@ test("a folder's tiles fill its tile below the name, in proportion", () => {
   const box = { x: outer!.x + 2, y: 20, width: outer!.width - 4, height: outer!.height - 22 };
   const sizes = inner.map(({ size }) => size);
   assertTiling(inner, sizes, box);
-});
-
-test('a label is complete, shortened or absent, and never wider than its space', () => {
-  const measure = (text: string) => [...text].length * 10;
-  assert.equal(fitText('Users', 50, measure), 'Users');
-  assert.equal(fitText('Users', 39, measure), '');
-  assert.equal(fitText('🗂🗂🗂🗂🗂', 40, measure), '🗂🗂🗂…');
 });

@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { clockText, groupByName, withShares, type ProcessRow } from './process_shares.ts';
+import { groupByName, withShares, type ProcessRow } from './process_shares.ts';
 
 const one = (cpuTimeSec: number, more: Partial<ProcessRow> = {}): ProcessRow => {
   return { name: 'a.exe', pid: 7, mem: 5, memUsageMB: 5, cpuTimeSec, isSystem: false, ...more };
@@ -33,8 +33,4 @@ test('processes are summed up into one row per program', () => {
   const { members, cpuTimeSec, mem, share, isSystem } = a!;
   assert.deepEqual([cpuTimeSec, mem, share, isSystem, members], [3, 10, 2, false, rows.slice(0, 2)]);
   assert.deepEqual([b, more], [rows[2], []], 'a lone process stays what it is');
-});
-
-test('processor time is formatted as a clock', () => {
-  assert.deepEqual([59.9, 3723, 360_000].map(clockText), ['0:00:59', '1:02:03', '100:00:00']);
 });
