@@ -41,6 +41,9 @@ constexpr auto kStatusInvalidParameter = static_cast<NTSTATUS>(0xC000000D);
 constexpr auto kStatusSharingViolation = static_cast<NTSTATUS>(0xC0000043);
 constexpr NTSTATUS kStatusOplockBreakInProgress = 0x108;
 
+// Known to driver headers only, although NtQueryInformationFile accepts it.
+constexpr auto kFileInternalInformation = static_cast<FILE_INFORMATION_CLASS>(6);
+
 // FileDispositionInfoEx, which headers declare only for programs that require Windows 10 version 1607.
 constexpr auto kFileDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 
@@ -130,15 +133,23 @@ FileHandle OpenEntry(HANDLE folder, std::wstring_view name, ACCESS_MASK access, 
   return {};
 }
 
+// Returns the number of an open entry in its file system, as listings have it (FileInternalInformation).
+// Returns 0 if the file system has none. GetFileInformationByHandle would look at the volume, too.
+uint64_t IdOf(HANDLE entry) {
+  IO_STATUS_BLOCK outcome = {};
+  uint64_t id = 0;
+  const NTSTATUS status = NtQueryInformationFile(entry, &outcome, &id, sizeof(id), kFileInternalInformation);
+  return status >= 0 ? id : 0;
+}
+
 // Opens a listed folder. Returns nothing if it has since become a link or another folder. An entry
 // without a number comes from a file system that has none.
 FileHandle OpenListedFolder(HANDLE parent, const Entry& entry, ACCESS_MASK access, ULONG share) {
   FileHandle folder = OpenEntry(parent, entry.name, kList | access, share,
                                 FILE_DIRECTORY_FILE | FILE_SYNCHRONOUS_IO_NONALERT);
-  BY_HANDLE_FILE_INFORMATION found = {};
-  if (folder &&
-      (!GetFileInformationByHandle(folder.get(), &found) || IsReparsePoint(found.dwFileAttributes) ||
-       (entry.id != 0 && entry.id != (uint64_t{found.nFileIndexHigh} << 32 | found.nFileIndexLow))))
+  FILE_BASIC_INFO found = {};
+  if (folder && (!GetFileInformationByHandleEx(folder.get(), FileBasicInfo, &found, sizeof(found)) ||
+                 IsReparsePoint(found.FileAttributes) || (entry.id != 0 && entry.id != IdOf(folder.get()))))
     folder.reset();
   return folder;
 }
