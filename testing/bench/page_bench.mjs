@@ -69,9 +69,9 @@ async function measure(browser) {
     return (await frames).filter((time, i, all) => time - all[i - 1] > 34).length / 0.9;
   };
   await page.goto('https://varnel.local/');
+  note('first figures, ms', 500, await page.evaluate(() => figures));
   const paint = () => performance.getEntriesByName('first-contentful-paint')[0].startTime;
   note('first paint, ms', 250, await page.evaluate(paint));
-  note('first figures, ms', 500, await page.evaluate(() => figures));
   await cdp.send('Performance.enable');
   const worked = async () => (await cdp.send('Performance.getMetrics')).metrics.find(isWork).value;
   const isWork = ({ name }) => name === 'TaskDuration';
