@@ -197,7 +197,7 @@ void PipeServer::ServePeer(HANDLE pipe) {
   Connection connection(pipe, stop_, free_);
   std::optional<std::string> line = connection.ReadLine();
   if (!line) return;
-  const std::optional<Request> request = ParseRequest(*line);
+  const std::optional<PeerRequest> request = ParseRequest(*line);
   line.reset();
   if (!request) return;
   const Peer peer = IdentifyPeer(pipe);

@@ -14,7 +14,7 @@ constexpr size_t kMaxMembers = 16;
 class RequestReader : public nlohmann::json_sax<json> {
  public:
   bool is_complete() const { return has_action_ && has_data_ && depth_ == 0; }
-  Request request;
+  PeerRequest request;
 
   bool start_object(size_t /*elements*/) override {
     const bool is_data = depth_ == 1 && key_ == "data" && !std::exchange(has_data_, true);
@@ -65,15 +65,15 @@ std::optional<Value> Member(const Members& members, std::string_view name) {
 
 }  // namespace
 
-std::optional<bool> Request::Flag(std::string_view name) const {
+std::optional<bool> PeerRequest::Flag(std::string_view name) const {
   return Member<bool>(data, name);
 }
 
-std::optional<std::string> Request::Text(std::string_view name) const {
+std::optional<std::string> PeerRequest::Text(std::string_view name) const {
   return Member<std::string>(data, name);
 }
 
-std::optional<Request> ParseRequest(std::string_view line) {
+std::optional<PeerRequest> ParseRequest(std::string_view line) {
   RequestReader reader;
   if (line.size() > kMaxRequestBytes || !json::sax_parse(line, &reader) || !reader.is_complete())
     return std::nullopt;

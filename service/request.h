@@ -11,7 +11,7 @@
 inline constexpr size_t kMaxRequestBytes = size_t{16} * 1024 * 1024;
 
 // A peer's request: an action with its named texts and flags. None of it is trusted.
-struct Request {
+struct PeerRequest {
   std::string action;  // UTF-8
   std::map<std::string, std::variant<bool, std::string>, std::less<>> data;
 
@@ -25,4 +25,4 @@ struct Request {
 // Returns nothing for anything else: other members, lists, numbers, deeper objects, repeated names, text
 // that is not UTF-8. Allocates memory only for the texts, whatever the line contains. Throws only
 // std::bad_alloc.
-std::optional<Request> ParseRequest(std::string_view line);
+std::optional<PeerRequest> ParseRequest(std::string_view line);

@@ -40,7 +40,7 @@ Outcome Done(bool success) {
   return {success, false, json::object()};
 }
 
-std::optional<std::wstring> WideText(const Request& request, std::string_view name) {
+std::optional<std::wstring> WideText(const PeerRequest& request, std::string_view name) {
   const std::optional<std::string> text = request.Text(name);
   return text ? std::optional(Utf8ToWide(*text)) : std::nullopt;
 }
@@ -74,47 +74,47 @@ class StallGuard {
 
 // --- one function per action ---
 
-Outcome GetHostsFile(const Request&, const Peer&) {
+Outcome GetHostsFile(const PeerRequest&, const Peer&) {
   const std::optional<std::string> bytes = ReadHostsFile();
   return bytes ? Outcome{true, false, {{"content", FileTextToUtf8(*bytes)}}} : Done(false);
 }
 
-Outcome SaveHosts(const Request& request, const Peer&) {
+Outcome SaveHosts(const PeerRequest& request, const Peer&) {
   const std::optional<std::string> content = request.Text("content");
   if (!content || content->size() > kMaxHostsBytes) return kRefusal;
   return Done(SaveHostsFile(*content));
 }
 
-Outcome SaveSystemEnv(const Request& request, const Peer&) {
+Outcome SaveSystemEnv(const PeerRequest& request, const Peer&) {
   const std::optional<std::wstring> name = WideText(request, "name"), value = WideText(request, "value");
   const std::optional<bool> is_delete = request.Flag("is_delete");
   if (!name || !value || !is_delete || !MayChangeVariable(*name, *value, *is_delete)) return kRefusal;
   return Done(WriteEnvVariable(HKEY_LOCAL_MACHINE, kEnvironmentPath, *name, *value, *is_delete));
 }
 
-Outcome GetDevServices(const Request&, const Peer&) {
+Outcome GetDevServices(const PeerRequest&, const Peer&) {
   return {true, false, {{"services", ListDevServices()}}};
 }
 
-Outcome ControlService(const Request& request, const Peer&) {
+Outcome ControlService(const PeerRequest& request, const Peer&) {
   const std::optional<std::wstring> name = WideText(request, "service_type");
   const std::optional<ServiceCommand> command = ParseServiceCommand(request.Text("command").value_or(""));
   if (!name || !command || !IsDevService(*name)) return kRefusal;
   return Done(ControlDevService(*name, *command));
 }
 
-Outcome SetHibernation(const Request& request, const Peer&) {
+Outcome SetHibernation(const PeerRequest& request, const Peer&) {
   const std::optional<bool> is_on = request.Flag("enabled");
   if (!is_on) return kRefusal;
   return Done(RunsWell(L"powercfg.exe", *is_on ? L"/hibernate on" : L"/hibernate off"));
 }
 
-Outcome GetJunkSizes(const Request&, const Peer&) {
+Outcome GetJunkSizes(const PeerRequest&, const Peer&) {
   const StallGuard guard;
   return {true, false, MeasureMachineJunk()};
 }
 
-Outcome Clean(const Request& request, const Peer& peer) {
+Outcome Clean(const PeerRequest& request, const Peer& peer) {
   const std::optional<JunkFlags> flags = ReadJunkFlags(request);
   if (!flags) return kRefusal;
   const StallGuard guard;
@@ -122,35 +122,35 @@ Outcome Clean(const Request& request, const Peer& peer) {
   return Done(true);
 }
 
-Outcome ToggleScheduleClean(const Request& request, const Peer&) {
+Outcome ToggleScheduleClean(const PeerRequest& request, const Peer&) {
   const std::optional<bool> is_on = request.Flag("enabled");
   const std::optional<std::wstring> program = WideText(request, "exePath");
   if (!is_on || !program || !IsOwnFile(*program, OwnFile(L"Varnel.exe"))) return kRefusal;
   return Done(*is_on ? ScheduleCleaning(OwnFile(L"Varnel.exe")) : UnscheduleCleaning());
 }
 
-Outcome ToggleStartup(const Request& request, const Peer&) {
+Outcome ToggleStartup(const PeerRequest& request, const Peer&) {
   const std::optional<std::wstring> name = WideText(request, "name");
   const std::optional<bool> is_on = request.Flag("enable");
   if (!name || !is_on || !IsStartupName(*name)) return kRefusal;
   return Done(SwitchMachineStartup(*name, *is_on));
 }
 
-Outcome CleanLeftoverPath(const Request& request, const Peer&) {
+Outcome CleanLeftoverPath(const PeerRequest& request, const Peer&) {
   const std::optional<std::wstring> path = WideText(request, "path");
   if (!path || !MayRemoveFolder(*path, FindProgramFolders(), IsSamePath)) return kRefusal;
   const StallGuard guard;
   return Done(RemoveLeftoverFolder(*path));
 }
 
-Outcome CleanMachineKey(const Request& request, const Peer&) {
+Outcome CleanMachineKey(const PeerRequest& request, const Peer&) {
   const std::optional<std::wstring> sub_key = WideText(request, "subKey");
   const auto names = sub_key ? RemovableKey(*sub_key) : std::nullopt;
   if (!names) return kRefusal;
   return Done(RemoveMachineKey(*names));
 }
 
-Outcome RestartInSafeMode(const Request&, const Peer&) {
+Outcome RestartInSafeMode(const PeerRequest&, const Peer&) {
   if (!RunsWell(L"bcdedit.exe", L"/set {current} safeboot minimal")) return Done(false);
   if (RunsWell(L"shutdown.exe", L"/r /t 10")) return Done(true);
   RunsWell(L"bcdedit.exe", L"/deletevalue {current} safeboot");
@@ -173,7 +173,7 @@ class Records {
 };
 
 // Runs to its end even without the peer: half a driver is worse than one installed unwatched.
-Outcome InstallDriver(const Request& request, const Answer& answer) {
+Outcome InstallDriver(const PeerRequest& request, const Answer& answer) {
   const std::optional<std::string> title = request.Text("title");
   const std::optional<std::wstring> script = WideText(request, "scriptPath");
   const std::wstring own_script = OwnFile(L"update_driver.ps1");
@@ -188,7 +188,7 @@ Outcome InstallDriver(const Request& request, const Answer& answer) {
   return Done(code == DWORD{0});
 }
 
-Outcome VerifySystemFiles(const Request&, const Answer& answer) {
+Outcome VerifySystemFiles(const PeerRequest&, const Answer& answer) {
   Records components(answer), files(answer);
   ToolText text;
   const std::optional<DWORD> first = RunSystemTool(
@@ -209,8 +209,8 @@ Outcome VerifySystemFiles(const Request&, const Answer& answer) {
 struct Row {
   std::string_view action;
   Who who;
-  Outcome (*reply)(const Request&, const Peer&);  // null for a stream
-  Outcome (*stream)(const Request&, const Answer&) = nullptr;
+  Outcome (*reply)(const PeerRequest&, const Peer&);  // null for a stream
+  Outcome (*stream)(const PeerRequest&, const Answer&) = nullptr;
 };
 
 constexpr Row kRows[] = {
@@ -241,7 +241,7 @@ bool RequiresElevation() {
 }
 
 // Returns the names in the request, without anything long or secret.
-std::wstring Named(const Request& request) {
+std::wstring Named(const PeerRequest& request) {
   std::wstring text;
   for (const auto& [member, value] : request.data) {
     if (member == "content" || member == "value") continue;
@@ -253,12 +253,12 @@ std::wstring Named(const Request& request) {
   return text;
 }
 
-void Log(WORD type, const char* what, const Request& request, const Peer& peer) {
+void Log(WORD type, const char* what, const PeerRequest& request, const Peer& peer) {
   WriteEvent(type, Utf8ToWide(Printable(request.action) + " " + what) + L", asked by " +
                        PrintableName(peer.user) + L" with " + PrintableName(peer.image) + Named(request));
 }
 
-Outcome Run(const Row& row, const Request& request, const Peer& peer, const Answer& answer) try {
+Outcome Run(const Row& row, const PeerRequest& request, const Peer& peer, const Answer& answer) try {
   return row.stream ? row.stream(request, answer) : row.reply(request, peer);
 } catch (const std::exception&) {
   return Done(false);  // out of memory
@@ -273,7 +273,7 @@ void Refuse(bool is_stream, std::string_view why, const Answer& answer) {
 
 }  // namespace
 
-void HandleRequest(const Request& request, const Peer& peer, const Answer& answer) {
+void HandleRequest(const PeerRequest& request, const Peer& peer, const Answer& answer) {
   const auto* row = std::ranges::find(kRows, request.action, &Row::action);
   if (row == std::end(kRows)) {
     Log(EVENTLOG_WARNING_TYPE, "is unknown", request, peer);

@@ -19,4 +19,4 @@ struct Answer {
 
 // Decides about a request and carries it out. Returns after sending the answer's last line. Logs every
 // change and every refusal in the event log.
-void HandleRequest(const Request& request, const Peer& peer, const Answer& answer);
+void HandleRequest(const PeerRequest& request, const Peer& peer, const Answer& answer);

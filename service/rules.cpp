@@ -171,7 +171,7 @@ bool IsDriverTitle(std::string_view title) {
   return !title.empty() && title.size() < 1024 && !title.starts_with('-') && IsSafeCommandArgument(title);
 }
 
-std::optional<JunkFlags> ReadJunkFlags(const Request& request) {
+std::optional<JunkFlags> ReadJunkFlags(const PeerRequest& request) {
   JunkFlags flags = {};
   for (size_t i = 0; i < kJunkCategoryCount; ++i) {
     const std::optional<bool> flag = request.Flag(kJunkCategories[i].key);
@@ -223,9 +223,10 @@ std::string_view StateWord(uint32_t state) {
 }
 
 std::string_view StartWord(const ServiceState& service) {
-  static constexpr std::array<std::string_view, 5> kWords = {"boot", "system", "auto", "manual", "disabled"};
+  static constexpr std::array<std::string_view, 6> kWords = {"boot",   "system",   "auto",
+                                                             "manual", "disabled", "unknown"};
   if (service.start_type == 2 && service.is_delayed) return "delayed";
-  return service.start_type < kWords.size() ? kWords[service.start_type] : "unknown";
+  return kWords[std::min<size_t>(service.start_type, kWords.size() - 1)];
 }
 
 std::vector<std::string_view> PossibleCommands(const ServiceState& service) {

@@ -66,7 +66,7 @@ bool IsOwnFile(std::wstring_view path, std::wstring_view own_path);
 bool IsDriverTitle(std::string_view title);
 
 // Returns the categories of a cleanJunk request, or nothing if one is missing.
-std::optional<JunkFlags> ReadJunkFlags(const Request& request);
+std::optional<JunkFlags> ReadJunkFlags(const PeerRequest& request);
 
 // Returns true if a folder that a user's environment names as temporary may be emptied: it is on a
 // drive, has no "." or "..", and MayBeEmptied allows it.

@@ -21,7 +21,7 @@ void Check(bool is_so) {
 FUZZ_TARGET(service_request, bytes) {
   ToolText().Add(bytes);
   Printable(bytes);
-  const std::optional<Request> request = ParseRequest(bytes);
+  const std::optional<PeerRequest> request = ParseRequest(bytes);
   if (!request) return;
   ReadJunkFlags(*request);
   ParseServiceCommand(request->Text("command").value_or(""));

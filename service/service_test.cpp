@@ -11,7 +11,7 @@
 namespace {
 
 TEST(ServiceRequest, IsAnActionWithFlatData) {
-  const std::optional<Request> request = ParseRequest(
+  const std::optional<PeerRequest> request = ParseRequest(
       R"({"action":"save_system_env","data":{"is_delete":false,"name":"PŘÍKLAD","value":"a\u0000b"}})");
   ASSERT_TRUE(request);
   EXPECT_EQ(request->action, "save_system_env");
