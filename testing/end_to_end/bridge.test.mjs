@@ -44,8 +44,8 @@ test('a request without a required field is refused before any work begins', () 
   withVarnel(kNoPage, async (app) => {
     const from = app.texts.length;
     const actions = {
-      string: `saveEnvVariable saveHostsFile controlDevService runPingDiagnostic toggleStartupItem uninstallApp
-        findLeftovers startDiskAnalysis getFolderContents installSoftware installDriver quickAction`,
+      string: `saveEnvVariable saveHostsFile controlDevService runPingDiagnostic toggleStartupItem
+        uninstallApp findLeftovers startDiskAnalysis getFolderContents installSoftware installDriver quickAction`,
       number: 'killProcess',
       boolean: 'toggleScheduleClean',
       array: 'deleteSpecificFiles cleanLeftovers',

@@ -157,7 +157,8 @@ test('the page has the setup remove the program', () =>
   withVarnel({ language: 'en', tools: { 'VarnelSetup.exe': {} } }, async (app) => {
     const { page, text } = app;
     await openView(page, 'maintenance');
-    await app.waitForMessage(({ type, requestId }) => type === 'status' && requestId === 0); // Wine crashes if it ends a process that queries the graphics
+    // Wine crashes if it ends a process that queries the graphics.
+    await app.waitForMessage(({ type, requestId }) => type === 'status' && requestId === 0);
     await press(page, text('remove.verb'));
     await press(await dialogOf(page, text('remove.confirm')), text('remove.verb'));
     assert.equal(await app.exited, 0);

@@ -1,5 +1,5 @@
-// The helper service itself, in the foreground, asked by the shipped program over its bridge, and by programs
-// that are not it.
+// Tests the helper service itself in the foreground: requests from the shipped program over its bridge,
+// and from other programs.
 import assert from 'node:assert/strict';
 import { once } from 'node:events';
 import { existsSync } from 'node:fs';
@@ -17,7 +17,7 @@ const kRun = 'HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
 const kApproved = kRun.replace('Run', 'Explorer\\StartupApproved\\Run');
 const kOn = 'hex:02,00,00,00,00,00,00,00,00,00,00,00';
 
-test('the hosts file is replaced in one step, and its last version kept', () =>
+test('the hosts file is replaced in one step, and its previous version kept', () =>
   withService(async (app, log) => {
     const hosts = await put(kHosts, '127.0.0.1 before\n');
     const save = async (content) => (await app.request('saveHostsFile', { content })).success;
@@ -32,7 +32,7 @@ test('the hosts file is replaced in one step, and its last version kept', () =>
     await rm(`${hosts}.varnel.bak`);
   }));
 
-test('variables, start-up items and keys of the machine', () =>
+test("the service changes the machine's variables, start-up items and keys", () =>
   wine.withRegistry(
     {
       [kEnvironment]: undefined,
@@ -72,7 +72,7 @@ test('variables, start-up items and keys of the machine', () =>
 const kTest = 'C:\\Program Files\\VarnelTest';
 const kData = 'C:\\ProgramData\\VarnelTest';
 
-test('junk goes, leftover folders go, and what is behind links stays', () =>
+test('junk and leftover folders are deleted, but nothing behind links', () =>
   withService(async (app) => {
     const canary = `${app.folder.unix}/canary`;
     const junk = ['temp\\a', 'Prefetch', 'Logs\\deep'].map((folder) => `C:\\windows\\${folder}\\file`);
@@ -86,7 +86,7 @@ test('junk goes, leftover folders go, and what is behind links stays', () =>
     assert.equal((await app.request('cleanJunk')).success, true);
     const remove = async (path) =>
       (await app.request('cleanLeftovers', { items: [{ type: 'directory', path }] })).success;
-    await remove(kTest); // not the link: Wine cannot
+    await remove(kTest); // except the link: Wine cannot
     for (const path of [`${kData}Link`, `${kData}Link\\file`, 'C:\\windows\\Fonts'])
       assert.equal(await remove(path), false, path);
     assert.deepEqual(files.filter(existsSync), []);
@@ -96,7 +96,7 @@ test('junk goes, leftover folders go, and what is behind links stays', () =>
     assert.equal(existsSync(unixPath(kTest)), false);
   }));
 
-test('the weekly cleaning is there and gone, and a development service runs and stops', async () => {
+test('the weekly cleaning is scheduled and removed; a development service starts and stops', async () => {
   const sc = async (...words) => (await runInPrefix('sc', words)).stdout;
   await wine.prepareWine();
   const kProgram = ['binPath=', 'C:\\windows\\system32\\spoolsv.exe', 'start=', 'demand'];
@@ -122,7 +122,7 @@ test('the weekly cleaning is there and gone, and a development service runs and 
   }).finally(() => sc('delete', 'redis'));
 });
 
-test('another program may read, and nothing else', () =>
+test('another program may only read', () =>
   withService(async (_, log) => {
     const texts = { content: 'x', name: 'x', value: 'x', path: 'x' };
     const data = { ...texts, enabled: true, enable: true, is_delete: false };
@@ -137,7 +137,7 @@ test('another program may read, and nothing else', () =>
     assert.ok(log().includes('delete?everything is unknown'));
   }));
 
-test('misbehaving programs neither stop it nor learn anything', () =>
+test('misbehaving programs neither stop the service nor learn anything', () =>
   withService(async () => {
     const handles = async () => Number(await peer(['handles']));
     const works = async () => assert.equal(JSON.parse(await ask('getJunkSizes')).success, true);
@@ -167,14 +167,14 @@ test('misbehaving programs neither stop it nor learn anything', () =>
 
     assert.ok(Number(await peer(['probe', '1000'])) < 5, 'milliseconds a probe');
     await peer(['probe', '1000'], line('get_hosts_file'));
-    // Each of the eight threads may keep a handle of its first request; a leak would be a thousand.
+    // Each of the eight threads may keep a handle from its first request; a leak would be a thousand.
     const more = (await handles()) - before;
     assert.ok(more <= 8, `${more} handles more than before`);
   }));
 
 const kUtf16 = Buffer.from('\r\nOvěření 40 %\r\n', 'utf16le').toString('hex');
 
-test('tools of the system are started with their exact command lines', () =>
+test('system tools are started with exact command lines', () =>
   withTools(
     {
       'powercfg.exe': {},
@@ -206,7 +206,7 @@ test('tools of the system are started with their exact command lines', () =>
 "\\bin\\update_driver.ps1" -UpdateTitle "Peat - System - 10.1"`,
       );
 
-      // A check ends with its peer, and with the service a request that is under way.
+      // A check ends with its peer, and a request in progress ends with the service.
       const kEndless = { steps: [{ text: 'Checking\r\n' }, { delay_ms: 600_000 }] };
       for (const name of ['dism.exe', 'powercfg.exe']) await app.scriptTool(name, kEndless);
       await peer(['leave'], line('sfcVerify'), await takePlace(app));

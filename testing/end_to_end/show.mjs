@@ -36,7 +36,7 @@ async function show() {
 
 console.log(
   visible
-    ? 'Showing Varnel: its own window under Wine (a frame without the browser control) and its page in Chromium.'
+    ? 'Showing Varnel: its window under Wine (a frame without the browser control), its page in Chromium.'
     : `There is no display: running headless. The picture is ${picture}.`,
 );
 try {
