@@ -70,8 +70,11 @@ test('the badge and its dialog follow the service', () =>
     await dialog.waitFor({ state: 'detached' });
     await badge(app, 'on');
     await app.stopService();
-    await openView(page, 'settings'); // changing the view notices it, too
+    await page.reload();
     await badge(app, 'off');
+    await app.startService({});
+    await openView(page, 'settings'); // changing the view notices it, too
+    await badge(app, 'on');
     assert.deepEqual(await app.serviceRequests(), [], 'the probe writes nothing');
   }));
 
