@@ -268,10 +268,7 @@ void Walk(FileHandle root, OnFile on_file, Open open, OnEnd on_end) {
 
 void ClearContents(FileHandle root) {
   const auto open = [](HANDLE folder, const Entry& entry) {
-    FileHandle inner = OpenListedFolder(folder, entry, DeleteAccess(entry.attributes), kHold);
-    // The folder may not be deletable, or may be a current directory, but its contents may still be
-    // deleted.
-    return inner ? std::move(inner) : OpenListedFolder(folder, entry, 0, kHold);
+    return OpenListedFolder(folder, entry, DeleteAccess(entry.attributes), kHold);
   };
   Walk(std::move(root), DeleteEntry, open,
        [](const Level& level) { DeleteByHandle(level.folder.get(), level.attributes); });

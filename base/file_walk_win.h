@@ -40,13 +40,15 @@ enum class PathLinks {
 };
 
 // Returns the bytes of all files in the folder and below it. Anything that cannot be listed counts as 0,
-// and so do folders not reached within `limit_ms`. Throws std::bad_alloc.
+// and so do folders more than 4,095 levels below it and folders not reached within `limit_ms`. Throws
+// std::bad_alloc.
 uint64_t DirectorySize(const std::wstring& folder, PathLinks links = PathLinks::kFollow,
                        DWORD limit_ms = INFINITE);
 
 // Deletes the contents of the folder, including read-only files, and keeps the folder. Deletes links but
 // not their targets. Leaves whatever cannot be deleted (in use, access denied, thousands of levels deep)
-// and the folders above it. Throws std::bad_alloc.
+// and the folders above it. Leaves everything in such a folder, too: it may be some process's current
+// directory. Throws std::bad_alloc.
 void ClearDirectoryContents(const std::wstring& folder, PathLinks links = PathLinks::kFollow);
 
 // Deletes the folder itself as well. Refuses links in the path to it. Returns true if the folder is

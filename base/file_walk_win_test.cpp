@@ -115,6 +115,21 @@ TEST(FileWalk, DeletesReadOnlyEntriesAndLeavesThoseInUseUnchanged) {
   EXPECT_TRUE(RemoveFolder(cleaned.path + L"\\a")) << "gone already";
 }
 
+TEST(FileWalk, LeavesAFolderInUseWithAllThatIsInIt) {
+  const TempFolder cleaned;
+  const std::wstring used = cleaned.path + L"\\a\\used";
+  for (const wchar_t* file : {L"\\deep\\file", L"\\file"}) PutFile(used + file, 10);
+  PutFile(cleaned.path + L"\\a\\free", 10);
+  std::filesystem::current_path(used);
+  ClearDirectoryContents(cleaned.path);
+  EXPECT_FALSE(RemoveFolder(cleaned.path + L"\\a"));
+  EXPECT_EQ(Names(cleaned.path + L"\\a"), std::vector<std::wstring>{L"used"});
+  EXPECT_EQ(DirectorySize(used), 20u);
+  ClearDirectoryContents(used);
+  EXPECT_EQ(Names(used), std::vector<std::wstring>{}) << "emptied if it is the folder given";
+  std::filesystem::current_path(std::filesystem::temp_directory_path());
+}
+
 TEST(FileWalk, TakesNamesLiterallyInPathsOfAnyLength) {
   const TempFolder cleaned;
   std::wstring folder = cleaned.path;
