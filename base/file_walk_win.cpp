@@ -234,6 +234,8 @@ FileHandle OpenFolder(const std::wstring& folder, PathLinks links) {
   return links == PathLinks::kFollow ? OpenByPath(folder) : OpenWithoutLinks(folder, 0);
 }
 
+thread_local std::atomic<uint64_t> own_steps;
+
 // A folder that is being walked.
 struct Level {
   Level(FileHandle opened, DWORD listed_attributes)
@@ -246,12 +248,14 @@ struct Level {
 
 // Calls `on_file(folder, entry)` for everything but real folders. Opens those with `open(folder, entry)`
 // and walks them if that returns a handle, then calls `on_end(level)`, but not for the root. Not
-// recursive, because the deepest possible tree would not fit on a thread's stack.
-template <typename OnFile, typename Open, typename OnEnd>
-void Walk(FileHandle root, OnFile on_file, Open open, OnEnd on_end) {
+// recursive, because the deepest possible tree would not fit on a thread's stack. Stops if `keep_going()`
+// returns false, which it asks before each entry.
+template <typename KeepGoing, typename OnFile, typename Open, typename OnEnd>
+void Walk(FileHandle root, KeepGoing keep_going, OnFile on_file, Open open, OnEnd on_end) {
+  std::atomic<uint64_t>& steps = own_steps;
   std::stack<Level> levels;
   if (root) levels.emplace(std::move(root), DWORD{0});
-  while (!levels.empty()) {
+  for (; !levels.empty() && keep_going(); ++steps) {
     Level& level = levels.top();
     Entry entry;
     if (!level.listing.Next(entry)) {
@@ -270,8 +274,9 @@ void ClearContents(FileHandle root) {
   const auto open = [](HANDLE folder, const Entry& entry) {
     return OpenListedFolder(folder, entry, DeleteAccess(entry.attributes), kHold);
   };
-  Walk(std::move(root), DeleteEntry, open,
-       [](const Level& level) { DeleteByHandle(level.folder.get(), level.attributes); });
+  Walk(
+      std::move(root), [] { return true; }, DeleteEntry, open,
+      [](const Level& level) { DeleteByHandle(level.folder.get(), level.attributes); });
 }
 
 }  // namespace
@@ -295,14 +300,11 @@ uint64_t DirectorySize(const std::wstring& folder, PathLinks links, DWORD limit_
   const ULONGLONG begin = GetTickCount64();
   uint64_t size_bytes = 0;
   Walk(
-      OpenFolder(folder, links),
+      OpenFolder(folder, links), [&] { return limit_ms == INFINITE || GetTickCount64() - begin < limit_ms; },
       [&](HANDLE, const Entry& entry) {
         if (!IsFolder(entry.attributes)) size_bytes += entry.size_bytes;
       },
-      [&](HANDLE parent, const Entry& entry) {
-        const bool is_late = limit_ms != INFINITE && GetTickCount64() - begin > limit_ms;
-        return is_late ? FileHandle() : OpenListedFolder(parent, entry, 0, kShareAll);
-      },
+      [](HANDLE parent, const Entry& entry) { return OpenListedFolder(parent, entry, 0, kShareAll); },
       [](const Level&) {});
   return size_bytes;
 }
@@ -324,4 +326,8 @@ bool RemoveFolder(const std::wstring& folder) {
     return false;
   ClearContents(FileHandle(walked));
   return DeleteByHandle(held.get(), information.FileAttributes);
+}
+
+const std::atomic<uint64_t>& WalkSteps() {
+  return own_steps;
 }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -40,8 +41,8 @@ enum class PathLinks {
 };
 
 // Returns the bytes of all files in the folder and below it. Anything that cannot be listed counts as 0,
-// and so do folders more than 4,095 levels below it and folders not reached within `limit_ms`. Throws
-// std::bad_alloc.
+// and so do folders more than 4,095 levels below it. Stops after `limit_ms` and returns what it has
+// counted by then. Throws std::bad_alloc.
 uint64_t DirectorySize(const std::wstring& folder, PathLinks links = PathLinks::kFollow,
                        DWORD limit_ms = INFINITE);
 
@@ -54,3 +55,8 @@ void ClearDirectoryContents(const std::wstring& folder, PathLinks links = PathLi
 // Deletes the folder itself as well. Refuses links in the path to it. Returns true if the folder is
 // gone. Throws std::bad_alloc.
 bool RemoveFolder(const std::wstring& folder);
+
+// Returns the number of steps that walks in the calling thread have made, about one per entry. It grows
+// as they go on, so another thread can tell a slow walk from a blocked one. Valid until the calling
+// thread ends.
+const std::atomic<uint64_t>& WalkSteps();

@@ -40,6 +40,7 @@ TEST(FileWalk, LeavesTheTargetOfALinkAlone) {
   for (const wchar_t* link : {L"\\link", L"\\a\\link"})
     ASSERT_TRUE(MakeDirectoryLink(cleaned.path + link, elsewhere.path));
   EXPECT_EQ(DirectorySize(cleaned.path), 12u);
+  EXPECT_EQ(DirectorySize(cleaned.path + L"\\a", PathLinks::kFollow, 0), 0u) << "no time for any file";
   ClearDirectoryContents(cleaned.path);
   EXPECT_EQ(DirectorySize(cleaned.path), 0u);
   EXPECT_FALSE(Exists(cleaned.path + L"\\z"));

@@ -12,6 +12,7 @@
 #include "net/environment_win.h"
 #include "net/hosts_file.h"
 #include "service/event_log_win.h"
+#include "service/stall_guard_win.h"
 #include "service/tool_text.h"
 #include "service/tool_win.h"
 #include "service/topics_win.h"
@@ -22,7 +23,6 @@ using nlohmann::json;
 
 constexpr wchar_t kOwnKey[] = L"SOFTWARE\\Varnel";
 constexpr wchar_t kEnvironmentPath[] = L"System\\CurrentControlSet\\Control\\Session Manager\\Environment";
-constexpr DWORD kStallMs = 10'000;
 constexpr int kRefusedCode = 5;     // ERROR_ACCESS_DENIED
 constexpr int kNotStartedCode = 1;  // the same code as in the program itself
 constexpr std::string_view kRefusedText = "The request was refused.";
@@ -48,29 +48,6 @@ std::optional<std::wstring> WideText(const PeerRequest& request, std::string_vie
 std::wstring OwnFile(const wchar_t* name) {
   return GetExeDirectory() + L"\\" + name;
 }
-
-// While it lives, nothing inside the system can block the calling thread forever (CancelSynchronousIo).
-// Windows waits for the holder of an oplock on a file to be opened or deleted, who need never answer. At
-// worst, an operation that is slow at that moment fails.
-class StallGuard {
- public:
-  StallGuard() {
-    if (DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread_.put(), 0, FALSE,
-                        DUPLICATE_SAME_ACCESS))
-      CreateTimerQueueTimer(&timer_, nullptr, Cancel, thread_.get(), kStallMs, kStallMs, WT_EXECUTEDEFAULT);
-  }
-  ~StallGuard() {
-    if (timer_) DeleteTimerQueueTimer(nullptr, timer_, INVALID_HANDLE_VALUE);
-  }
-  StallGuard(const StallGuard&) = delete;
-  StallGuard& operator=(const StallGuard&) = delete;
-
- private:
-  static void CALLBACK Cancel(void* thread, BOOLEAN) { CancelSynchronousIo(thread); }
-
-  KernelHandle thread_;
-  HANDLE timer_ = nullptr;
-};
 
 // --- one function per action ---
 
