@@ -1,4 +1,4 @@
-import { createSource, type Source } from '../base/source.ts';
+import { createSource, type Readable, type Source } from '../base/source.ts';
 import { host } from '../bridge/host.ts';
 import type { Message } from '../bridge/protocol.ts';
 
@@ -19,24 +19,42 @@ export interface Telemetry {
   rates: Rates;
 }
 
-// The host compares with its previous sample, which may be from any time before this page.
-let first = true;
+// The host compares with its previous sample. A shorter span covers only a moment, a longer one the past.
+const shortestSpanMs = telemetryPeriodMs / 2;
+const longestSpanMs = 10_000;
+const newSpanMs = 1000;
 
-export const telemetry: Source<Telemetry> = createSource(takeSample);
+/** When the last sample arrived (`performance.now`), or undefined before the page's first. */
+let sampledMs: number | undefined;
+
+const source: Source<Telemetry> = createSource(takeSample);
+
+/** Reloading does nothing as long as the last sample is recent. */
+export const telemetry: Readable<Telemetry> = {
+  ...source,
+  reload: () => (spanMs() < shortestSpanMs ? Promise.resolve() : source.reload()),
+};
+
+function spanMs() {
+  return sampledMs === undefined ? Infinity : performance.now() - sampledMs;
+}
 
 async function takeSample(): Promise<Telemetry> {
+  const first = sampledMs === undefined;
+  if (!first && spanMs() > longestSpanMs) {
+    await host.request('getTelemetry');
+    await new Promise((resolve) => setTimeout(resolve, newSpanMs));
+  }
   const sample = await host.request('getTelemetry');
-  const rates: Rates = telemetry.get().data?.rates ?? { cpu: [], ram: [], download: [], upload: [] };
+  sampledMs = performance.now();
+  const rates: Rates = source.get().data?.rates ?? { cpu: [], ram: [], download: [], upload: [] };
   const at = Date.now();
   const extend = (points: Point[], value: number) => [
     ...points.filter((point) => at - point.at <= historyMs),
     { at, value },
   ];
   const ram = extend(rates.ram, sample.ram);
-  if (first) {
-    first = false;
-    return { sample, rates: { ...rates, ram } };
-  }
+  if (first) return { sample, rates: { ...rates, ram } };
   return {
     sample,
     rates: {

@@ -21,14 +21,11 @@ import { Sparkline } from './sparkline.tsx';
 
 const fullDiskPercent = 90;
 
-/** Loads the next sample, unless the last one is recent: the load would cover only a moment. */
-function pollTelemetry() {
-  if (Date.now() - (telemetry.get().at ?? 0) > telemetryPeriodMs / 2) void telemetry.reload();
-}
+const pollTelemetry = () => void telemetry.reload();
 
 function refresh() {
   void status.reload();
-  void telemetry.reload();
+  pollTelemetry();
 }
 
 export function Dashboard() {
