@@ -33,7 +33,7 @@ const columns: Column<PortRow>[] = [
     title: 'network.reach',
     value: ({ local }) => t(`reach.${reachOf(local)}`),
     cell: ({ local }) => (
-      <span class={tags[reachOf(local)]} title={t(`reach.${reachOf(local)}.hint`)}>
+      <span class={tags[reachOf(local)]} title={t(`reach.${reachOf(local)}.hint`, { local })}>
         {t(`reach.${reachOf(local)}`)}
       </span>
     ),
@@ -55,9 +55,9 @@ const columns: Column<PortRow>[] = [
         {row.process} <span class="muted">{row.pid}</span>
       </button>
     ),
-    width: '12.5rem',
+    width: '12rem',
   },
-  { id: 'local', title: 'network.address', value: ({ local }) => local, width: '11rem', drop: 2 },
+  { id: 'local', title: 'network.address', value: ({ local }) => local, width: '10rem', drop: 2 },
 ];
 
 /** Reloads from the moment the switch is turned on, except while the window is hidden. */

@@ -29,7 +29,7 @@ export const texts = {
     'Naslouchá na všech síťových rozhraních. Pokud to brána firewall dovolí, dá se spojit i odjinud.',
     'Listens on all network interfaces. If the firewall allows it, other computers can connect too.',
   ],
-  'reach.address.hint': ['Naslouchá jen na této adrese.', 'Listens on this address only.'],
+  'reach.address.hint': ['Naslouchá jen na {local}.', 'Listens on {local} only.'],
 
   'diagnostics.title': ['Diagnostika spojení', 'Connection check'],
   'diagnostics.target': ['Název nebo adresa', 'Name or address'],
