@@ -1,4 +1,5 @@
 import { createSource } from '../base/source.ts';
+import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { host } from '../bridge/host.ts';
 import { explained } from '../kit/error_text.ts';
@@ -9,6 +10,9 @@ export interface Device {
   group: string;
   status: string;
 }
+
+/** The class that is shown, or '' for all; outlives the view. */
+export const deviceClass = createStore('');
 
 export const devices = createSource(async () => {
   const reply = await explained(host.request('getPnpDevices'), () => t('devices.refused'));

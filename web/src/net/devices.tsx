@@ -1,9 +1,10 @@
-import { useMemo, useState } from 'preact/hooks';
+import { useMemo } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { DataView, Notice } from '../kit/data_view.tsx';
+import { useStore } from '../kit/hooks.ts';
 import type { Column } from '../kit/table/column.ts';
 import { Table } from '../kit/table/table.tsx';
-import { devices, type Device } from './devices.ts';
+import { deviceClass, devices, type Device } from './devices.ts';
 
 const isWell = ({ status }: Device) => status === 'OK';
 
@@ -32,7 +33,7 @@ export function Devices() {
 }
 
 function DeviceTable({ all }: { all: Device[] }) {
-  const [chosen, setGroup] = useState('');
+  const chosen = useStore(deviceClass);
   const groups = [...new Set(all.map((device) => device.group))].sort();
   const group = groups.includes(chosen) ? chosen : '';
   const rows = useMemo(() => all.filter((device) => group === '' || device.group === group), [all, group]);
@@ -50,7 +51,7 @@ function DeviceTable({ all }: { all: Device[] }) {
           <select
             aria-label={t('devices.class')}
             value={group}
-            onChange={(event) => setGroup(event.currentTarget.value)}
+            onChange={(event) => deviceClass.set(event.currentTarget.value)}
           >
             <option value="">{t('devices.all')}</option>
             {groups.map((one) => (

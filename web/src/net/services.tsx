@@ -2,6 +2,7 @@ import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
 import { Notice } from '../kit/data_view.tsx';
 import { useStore } from '../kit/hooks.ts';
+import type { MenuItem } from '../kit/menu.tsx';
 import { ListView } from '../kit/list_view.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { status } from '../shell/status.ts';
@@ -24,12 +25,12 @@ function Status({ service: { key, status } }: { service: ServiceRow }) {
 
 function Commands({ service }: { service: ServiceRow }) {
   const busy = useStore(commanded);
-  if (service.type === undefined) return null;
-  return service.commands.map((command) => (
+  return commandsOf(service).map((command) => (
     <button
       key={command}
       type="button"
       class="link"
+      tabIndex={-1}
       aria-disabled={busy !== undefined}
       onClick={() => void control(service, command)}
     >
@@ -37,6 +38,16 @@ function Commands({ service }: { service: ServiceRow }) {
     </button>
   ));
 }
+
+const commandsOf = ({ type, commands }: ServiceRow) => (type === undefined ? [] : commands);
+
+const menuOf = ([service]: ServiceRow[]): MenuItem[] =>
+  service
+    ? commandsOf(service).map((command) => ({
+        label: commandText(command),
+        run: () => void control(service, command),
+      }))
+    : [];
 
 const columns: Column<ServiceRow>[] = [
   { id: 'title', title: 'services.name', value: ({ title }) => title, width: '28%' },
@@ -81,6 +92,7 @@ export function Services() {
       rowKey={({ key }) => key}
       remember="services"
       sort={{ column: 'title', descending: false }}
+      menu={menuOf}
       nothing={<Notice icon="service" title={t('services.none')} />}
     />
   );

@@ -57,6 +57,7 @@ export function Variables() {
         sort={{ column: 'name', descending: false }}
         selection={selection}
         onActivate={(row) => setOpened(row)}
+        onDelete={(rows) => void remove(rows)}
         menu={(marked) => [
           ...(marked.length === 1 ? [{ label: t('variables.edit'), run: () => setOpened(marked[0]!) }] : []),
           { label: t('variables.delete'), icon: 'remove', danger: true, run: () => void remove(marked) },
