@@ -3,16 +3,11 @@ import { t } from '../base/text.ts';
 import { Bar } from '../kit/bar.tsx';
 import { Icon } from '../kit/icon.tsx';
 import type { Column } from '../kit/table/column.ts';
+import { isUnknown } from '../shell/recyclable.ts';
 import { kindOf } from './kinds.ts';
 import type { Entry } from './tree.ts';
 
 export const entryPath = ({ path }: Entry) => path;
-
-/**
- * Returns true for a folder without bytes: it is empty, not accessible, or was never analysed, like one
- * behind a link.
- */
-const isUnknown = ({ isDirectory, size }: Entry) => isDirectory && size === 0;
 
 /** An entry with its percentage of the folder. */
 export type FolderRow = Entry & { share: number };

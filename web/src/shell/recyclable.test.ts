@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { explorerAddress } from './explorer.ts';
-import { mayRecycle, possibleBins } from './recyclable.ts';
+import { mayRecycle, possibleBins, sizeOf } from './recyclable.ts';
 
 test('paths that Windows, all programs, a whole user or Varnel needs are never recycled', () => {
   const refused = `C: C:\\ D:\\ c:\\windows C:\\Windows\\System32 D:\\WINDOWS\\Temp\\a.tmp C:\\Program§Files
@@ -29,4 +29,10 @@ test('Explorer opens only folders', () => {
     explorerAddress('C:\\', true),
   ];
   assert.deepEqual(cases, ['C:\\a\\', 'C:\\a\\', 'C:\\', 'C:\\']);
+});
+
+test('the size of a selection is unknown if that of a folder is', () => {
+  const of = (size: number, isDirectory = false) => ({ path: '', size, isDirectory });
+  assert.equal(sizeOf([of(0), of(2), of(3, true)]), 5);
+  assert.equal(sizeOf([of(2), of(0, true)]), undefined);
 });

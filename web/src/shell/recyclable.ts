@@ -1,4 +1,4 @@
-// Decides which paths may go to the recycle bin. The host recycles any path, so the page has to refuse.
+// Decides what may go to the recycle bin, because the host recycles any path, and adds up its size.
 import { crumbsOf } from '../base/paths.ts';
 
 /**
@@ -33,6 +33,23 @@ export function mayRecycle(path: string): boolean {
     return names.every((name, i) => i >= parts.length || name === '*' || name === parts[i]);
   });
 }
+
+export interface File {
+  path: string;
+  size: number;
+  isDirectory?: boolean;
+}
+
+/**
+ * Returns true for a folder without bytes: it is empty, not accessible, or was never analysed, like one
+ * behind a link.
+ */
+export const isUnknown = ({ isDirectory, size }: Pick<File, 'isDirectory' | 'size'>) =>
+  isDirectory === true && size === 0;
+
+/** Returns the bytes of all files and folders, or undefined if that of any is unknown. */
+export const sizeOf = (files: File[]) =>
+  files.some(isUnknown) ? undefined : files.reduce((sum, { size }) => sum + size, 0);
 
 /**
  * Returns the places of the executable's `bin` folder if Varnel ran from the path, from a folder above it,

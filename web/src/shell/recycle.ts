@@ -9,13 +9,7 @@ import type { MenuItem } from '../kit/menu.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { toast } from '../kit/toast.tsx';
 import { explorerItem } from './explorer.ts';
-import { mayRecycle, possibleBins } from './recyclable.ts';
-
-interface File {
-  path: string;
-  size: number;
-  isDirectory?: boolean;
-}
+import { mayRecycle, possibleBins, sizeOf, type File } from './recyclable.ts';
 
 /** Returns true if a path belongs to Varnel, which need not be where the setup puts it. */
 async function isOfVarnel(files: File[]): Promise<boolean> {
@@ -35,9 +29,12 @@ export async function recycle(files: File[]): Promise<boolean> {
     toast(t('recycle.refused'), { error: true });
     return false;
   }
+  const size = sizeOf(files);
   const agreed = await confirm({
     title: t('recycle.title', { n }),
-    body: t('recycle.body', { size: formatBytes(files.reduce((sum, { size }) => sum + size, 0)) }),
+    body: [size !== undefined && t('recycle.size', { size: formatBytes(size) }), t('recycle.body')]
+      .filter(Boolean)
+      .join(' '),
     items: files.map(({ path }) => path),
     verb: t('recycle.verb'),
     danger: true,

@@ -102,9 +102,10 @@ export const texts = {
     },
     { one: 'Move {n} item to the recycle bin?', other: 'Move {n} items to the recycle bin?' },
   ],
+  'recycle.size': ['Dohromady {size}.', '{size} together.'],
   'recycle.body': [
-    'Dohromady {size}. Složky se přesunou s celým obsahem. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
-    '{size} together. Folders are moved with everything in them. You can restore the items until you empty the bin. Whatever does not fit into it, or lies on a drive without one, Windows deletes permanently.',
+    'Složky se přesunou s celým obsahem. Z koše je můžete obnovit, dokud ho nevysypete. Co se do koše nevejde nebo leží na disku bez koše, smažou Windows natrvalo.',
+    'Folders are moved with everything in them. You can restore the items until you empty the bin. Whatever does not fit into it, or lies on a drive without one, Windows deletes permanently.',
   ],
   'recycle.done': [
     {
