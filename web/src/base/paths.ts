@@ -5,6 +5,9 @@ export function rootOf(drive: string): string {
   return drive.endsWith('\\') ? drive : `${drive}\\`;
 }
 
+/** Returns the name of a drive for the user: "C:" for both "C:" and "C:\". */
+export const driveOf = (root: string) => root.replace(/\\$/, '');
+
 export function nameOf(path: string): string {
   return path.slice(path.lastIndexOf('\\') + 1);
 }
@@ -30,6 +33,6 @@ export const isPlainPath = (path: string) =>
 export function crumbsOf(path: string): { name: string; path: string }[] {
   const parent = parentOf(path);
   return parent === undefined
-    ? [{ name: path.replace(/\\$/, ''), path }]
+    ? [{ name: driveOf(path), path }]
     : [...crumbsOf(parent), { name: nameOf(path), path }];
 }

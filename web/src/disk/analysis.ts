@@ -8,6 +8,7 @@ import { toast } from '../kit/toast.tsx';
 import { route } from '../shell/navigation.ts';
 import { recycle } from '../shell/recycle.ts';
 import { telemetry } from '../shell/telemetry.ts';
+import type { Kind } from './kinds.ts';
 import { stillThere, sumOf, withoutGone, type Entry, type Sized } from './tree.ts';
 
 interface Analysis {
@@ -48,6 +49,9 @@ interface Folder {
 
 /** The folder that is shown. */
 export const folder = createStore<Folder>({ path: '', items: [], inside: new Map() });
+
+/** The only kind of entries shown in a folder; outlives the view. */
+export const onlyKind = createStore<{ path: string; kind: Kind } | undefined>(undefined);
 
 export function startAnalysis(drive: string) {
   if (analysis.get().running) return;

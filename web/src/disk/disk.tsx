@@ -1,6 +1,6 @@
 import { useEffect } from 'preact/hooks';
 import { noValue } from '../base/format.ts';
-import { rootOf } from '../base/paths.ts';
+import { driveOf, rootOf } from '../base/paths.ts';
 import { formatNumber, t } from '../base/text.ts';
 import { DataView, Notice, Spinner } from '../kit/data_view.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
@@ -43,20 +43,16 @@ function AnalysisProgress({
   folder: current,
 }: NonNullable<ReturnType<typeof analysis.get>['running']>) {
   const seconds = useElapsed(since);
+  const title = t('disk.running', { drive: driveOf(root) });
   const figures = [
     [t('disk.scanned'), formatNumber(scanned)],
     [t('disk.perSecond'), scanned === 0 ? noValue : formatNumber(Math.round(perSecond))],
     [t('disk.elapsed'), t('app.seconds', { n: seconds })],
   ];
   return (
-    <section
-      class="card scan"
-      aria-label={t('disk.running', { drive: root })}
-      aria-busy="true"
-      data-testid="disk-progress"
-    >
+    <section class="card scan" aria-label={title} aria-busy="true" data-testid="disk-progress">
       <Spinner />
-      <h2>{t('disk.running', { drive: root })}</h2>
+      <h2>{title}</h2>
       <dl class="scan-figures">
         {figures.map(([name, value]) => (
           <div key={name}>

@@ -13,27 +13,26 @@ import { change, useSelection, useTableState } from '../kit/table/memory.ts';
 import { filterRows } from '../kit/table/rules.ts';
 import { Table } from '../kit/table/table.tsx';
 import { fileItems } from '../shell/recycle.ts';
-import { analysis, folder, goUp, openFolder, remove } from './analysis.ts';
+import { analysis, folder, goUp, onlyKind, openFolder, remove } from './analysis.ts';
 import { DiskMap } from './disk_map.tsx';
 import type { Drive } from './drives.tsx';
 import { entryPath, folderColumns } from './folder_columns.tsx';
-import { kindOf, sumsOfKinds, type Kind } from './kinds.ts';
+import { kindOf, sumsOfKinds } from './kinds.ts';
 import { LargestFiles } from './largest_files.tsx';
-import { isBelow, sumOf, type Entry } from './tree.ts';
+import { sumOf, unexplained, type Entry } from './tree.ts';
 
 const isUpKey = (event: KeyboardEvent) => event.key === 'Backspace' && !isTyping(event);
-
-/** The share of the used space from which a difference is mentioned. */
-const missingShare = 0.02;
 
 export function Result({
   total,
   files,
+  gone,
   disk,
 }: NonNullable<ReturnType<typeof analysis.get>['result']> & { disk: Drive | undefined }) {
   const { path } = useStore(folder);
   const crumbs = crumbsOf(path);
   const used = disk?.usedBytes ?? total;
+  const missing = unexplained(total, gone, used);
 
   useKey(isUpKey, goUp);
 
@@ -49,10 +48,8 @@ export function Result({
         </span>
       </div>
       <Explorer />
-      {total > used && <p class="muted small">{t('disk.hardLinks')}</p>}
-      {total < used * (1 - missingShare) && (
-        <p class="muted small">{t('disk.missing', { size: formatBytes(used - total) })}</p>
-      )}
+      {missing < 0 && <p class="muted small">{t('disk.hardLinks')}</p>}
+      {missing > 0 && <p class="muted small">{t('disk.missing', { size: formatBytes(missing) })}</p>}
       <LargestFiles files={files} />
     </>
   );
@@ -102,10 +99,11 @@ function Explorer() {
   const state = useTableState('folder');
   const selection = useSelection('folder');
   const query = useStore(state, (one) => one.query);
-  const [only, setOnly] = useState<{ path: string; kind: Kind }>();
-  const kind = only?.path === path ? only.kind : undefined;
-  // The entry clicked in the map may lie one level below the rows.
-  const [deep, setDeep] = useState<Entry>();
+  const only = useStore(onlyKind);
+  const sums = useMemo(() => sumsOfKinds(items), [items]);
+  const kind = only?.path === path ? sums.find((one) => one.kind === only.kind)?.kind : undefined;
+  // The path clicked in the map, which may lie one level below the rows.
+  const [picked, setPicked] = useState('');
 
   const rows = useMemo(() => {
     const sum = sumOf(items);
@@ -116,9 +114,9 @@ function Explorer() {
   const shown = useMemo(() => filterRows(rows, query, wordsOf), [rows, query]);
 
   const { keys, active } = selection[0];
-  const isDeep = deep && active !== undefined && isBelow(deep.path, String(active));
-  const marked = isDeep ? new Set([...keys, deep.path]) : keys;
-  const chosen = () => (isDeep ? [deep] : shown.filter((row) => keys.has(row.path)));
+  const deep = inside.get(String(active))?.find((entry) => entry.path === picked);
+  const marked = deep ? new Set([...keys, deep.path]) : keys;
+  const chosen = () => (deep ? [deep] : shown.filter((row) => keys.has(row.path)));
 
   return (
     <div class="explorer">
@@ -142,7 +140,7 @@ function Explorer() {
           inside={inside}
           marked={marked}
           onPick={(entry, row) => {
-            setDeep(entry.path === row ? undefined : entry);
+            setPicked(entry.path);
             change(state, {
               selection: { keys: new Set([row]), active: row, anchor: row },
               scrollTop: undefined,
@@ -153,13 +151,13 @@ function Explorer() {
           menu={() => entryMenu(chosen())}
         />
         <figcaption class="legend small" role="group" aria-label={t('disk.kinds')}>
-          {sumsOfKinds(items).map(({ kind: one, size }) => (
+          {sums.map(({ kind: one, size }) => (
             <button
               type="button"
               class="line"
               key={one}
               aria-pressed={one === kind}
-              onClick={() => setOnly(one === kind ? undefined : { path, kind: one })}
+              onClick={() => onlyKind.set(one === kind ? undefined : { path, kind: one })}
             >
               <i style={{ background: `var(--kind-${one})` }} />
               {t(`kind.${one}`)} <span class="muted">{formatBytes(size)}</span>

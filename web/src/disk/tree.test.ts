@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { stillThere, withoutGone } from './tree.ts';
+import { stillThere, unexplained, withoutGone } from './tree.ts';
 
 test('a removed file is subtracted from every folder around it only', () => {
   const gone = [
@@ -26,4 +26,17 @@ test('a removed file is subtracted from every folder around it only', () => {
     stillThere(files, gone).map(({ path }) => path),
     ['C:\\a\\y.txt2', 'C:\\e'],
   );
+});
+
+test('what went to the recycle bin is neither missing nor found twice', () => {
+  const cases: [name: string, found: number, gone: number, used: number, unexplained: number][] = [
+    ['a small difference', 98, 0, 100, 0],
+    ['out of reach', 90, 0, 100, 10],
+    ['recycled', 60, 40, 100, 0],
+    ['out of reach, and recycled', 50, 40, 100, 10],
+    ['recycled, and the bin emptied', 60, 40, 60, 0],
+    ['hard links', 105, 0, 100, -5],
+  ];
+  for (const [name, found, size, used, expected] of cases)
+    assert.equal(unexplained(found, [{ path: 'C:\\x', size }], used), expected, name);
 });

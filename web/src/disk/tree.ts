@@ -11,8 +11,20 @@ export interface Sized {
 export const sumOf = (entries: readonly { size: number }[]) =>
   entries.reduce((total, { size }) => total + size, 0);
 
-export const isBelow = (path: string, folder: string) =>
+const isBelow = (path: string, folder: string) =>
   path.startsWith(folder.endsWith('\\') ? folder : `${folder}\\`);
+
+/** The share of the used space from which a difference is mentioned. */
+const missingShare = 0.02;
+
+/**
+ * Returns the bytes in use that are neither among those found nor went to the recycle bin since, less than
+ * 0 if more was found than is in use, or 0 if the difference is small.
+ */
+export function unexplained(found: number, gone: readonly Sized[], used: number): number {
+  const missing = used - found - sumOf(gone);
+  return missing > used * missingShare ? missing : Math.min(0, used - found);
+}
 
 /**
  * Returns a listing without the bytes of everything removed from its folders. A folder that was created
