@@ -1,4 +1,5 @@
 import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
 import { test } from 'node:test';
 import type { ProcessRow } from '../shell/process_shares.ts';
 import { culprits, memoryInUse } from './culprits.ts';
@@ -19,6 +20,8 @@ test('culprits are the programs that use most, not processes, and never use noth
 });
 
 test('used memory needs a known total', () => {
-  assert.deepEqual(memoryInUse('32 GB DDR5 @ 6000 MHz', 50), { used: 2 ** 34, total: 2 ** 35 });
-  assert.equal(memoryInUse('', 50), undefined);
+  const { specs } = JSON.parse(readFileSync('../testing/messages/status.json', 'utf8'));
+  const total = 31.1 * 2 ** 30;
+  assert.deepEqual(memoryInUse(specs.ramTooltip, 50), { used: total / 2, total });
+  assert.equal(memoryInUse('Fyzicky osazeno: 0 GB | K dispozici pro systém: 0.0 GB', 50), undefined);
 });

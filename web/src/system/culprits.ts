@@ -11,10 +11,10 @@ export function culprits(rows: readonly ProcessRow[], of: 'share' | 'memUsageMB'
 }
 
 /**
- * Returns the used and the total bytes of the memory, whose size begins its description ("32 GB DDR5"), or
- * undefined without a size.
+ * Returns the used and the total bytes of the memory that Windows can use, which the hint tells in the
+ * host's words, or undefined without a size.
  */
-export function memoryInUse(description: string, percent: number) {
-  const total = parseFloat(/^([\d.]+) GB/.exec(description)?.[1] ?? '') * 2 ** 30;
-  return Number.isNaN(total) ? undefined : { used: (total * percent) / 100, total };
+export function memoryInUse(hint: string, percent: number) {
+  const total = Number(/K dispozici pro systém: ([\d.]+) GB/.exec(hint)?.[1] ?? 0) * 2 ** 30;
+  return total > 0 ? { used: (total * percent) / 100, total } : undefined;
 }

@@ -79,8 +79,8 @@ function Processor({ rates }: Telemetry) {
 }
 
 function Memory({ sample, rates }: Telemetry) {
-  const description = useStore(status, ({ data }) => data?.specs.ram ?? '');
-  const amount = memoryInUse(description, sample.ram);
+  const hint = useStore(status, ({ data }) => data?.specs.ramTooltip ?? '');
+  const amount = memoryInUse(hint, sample.ram);
   return (
     <Card
       title={t('dashboard.memory')}
