@@ -63,7 +63,8 @@ export async function switchItems(items: readonly StartupItem[], enabled: boolea
     }
   }
   if (asked.length > 0) await startup.reload();
-  const now = new Map(startup.get().data?.map((item) => [startupKey(item), item.enabled]));
+  const { data, error } = startup.get();
+  const now = new Map(error ? [] : data?.map((item) => [startupKey(item), item.enabled]));
   // The host answers before Windows has confirmed storing it.
   const isStored = (item: StartupItem) => (now.get(startupKey(item)) ?? enabled) === enabled;
   for (const item of asked) if (!isStored(item)) failed(item, t('startup.notStored'));
