@@ -43,9 +43,13 @@ bool WriteEnvVariable(HKEY hive, const std::wstring& path, const std::wstring& n
   const LSTATUS status = is_delete ? DeleteValue(key.get(), name) : SetValue(key.get(), name, value);
   if (status != ERROR_SUCCESS) return false;
   key.reset();
+  NotifyEnvironmentChanged();
+  return true;
+}
+
+void NotifyEnvironmentChanged() {
   SendMessageTimeoutW(HWND_BROADCAST, WM_SETTINGCHANGE, 0, reinterpret_cast<LPARAM>(L"Environment"),
                       SMTO_ABORTIFHUNG, kBroadcastTimeoutMs, nullptr);
-  return true;
 }
 
 void getEnvVariables(int request_id) {
@@ -56,10 +60,12 @@ void getEnvVariables(int request_id) {
 
 void saveEnvVariable(int request_id, const std::string& type, const std::string& name,
                      const std::string& value, bool is_delete) {
+  const bool is_own = type == "user";
   const bool success =
-      type == "user"
-          ? WriteEnvVariable(HKEY_CURRENT_USER, kUserPath, Utf8ToWide(name), Utf8ToWide(value), is_delete)
-          : SendServiceCommand("save_system_env",
-                               {{"name", name}, {"value", value}, {"is_delete", is_delete}});
+      is_own ? WriteEnvVariable(HKEY_CURRENT_USER, kUserPath, Utf8ToWide(name), Utf8ToWide(value), is_delete)
+             : SendServiceCommand("save_system_env",
+                                  {{"name", name}, {"value", value}, {"is_delete", is_delete}});
+  // The service's own notification stays in its session, which has none of the user's windows.
+  if (success && !is_own) NotifyEnvironmentChanged();
   PostReply("saveEnvVariable", request_id, success);
 }

@@ -14,8 +14,12 @@ void getEnvVariables(int request_id);
 void saveEnvVariable(int request_id, const std::string& type, const std::string& name,
                      const std::string& value, bool is_delete);
 
-// Writes a value of an environment key, which it creates if missing, and notifies every window that the
-// environment has changed. That takes up to 5 s per hung window. Deleting a missing value succeeds.
-// Returns false, without notifying any window, if the registry refuses.
+// Writes a value of an environment key, which it creates if missing, and calls NotifyEnvironmentChanged.
+// Deleting a missing value succeeds. Returns false, without notifying any window, if the registry
+// refuses.
 bool WriteEnvVariable(HKEY hive, const std::wstring& path, const std::wstring& name,
                       const std::wstring& value, bool is_delete);
+
+// Notifies every window of this session that the environment has changed (WM_SETTINGCHANGE). That takes
+// up to 5 s per hung window.
+void NotifyEnvironmentChanged();

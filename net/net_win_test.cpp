@@ -1,15 +1,17 @@
 #include <windows.h>
 
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
+#include "base/handle_win.h"
 #include "net/environment_win.h"
+#include "testing/recording_page.h"
 #include "testing/registry_sandbox_win.h"
 
 namespace {
 
-// A top-level window, such as every program has, that counts the notifications of a changed environment.
 int g_told = 0;
 
 LRESULT CALLBACK CountNews(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -19,17 +21,26 @@ LRESULT CALLBACK CountNews(HWND window, UINT message, WPARAM wparam, LPARAM lpar
   return DefWindowProcW(window, message, wparam, lparam);
 }
 
-}  // namespace
+// A top-level window, such as every program has, that counts the notifications of a changed environment.
+class EnvironmentNews : public testing::Test {
+ protected:
+  EnvironmentNews() {
+    g_told = 0;
+    WNDCLASSW window_class = {};
+    window_class.lpfnWndProc = CountNews;
+    window_class.lpszClassName = L"VarnelTestListener";
+    RegisterClassW(&window_class);
+    window_ = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPED, 0, 0, 10, 10, nullptr,
+                              nullptr, nullptr, nullptr);
+  }
+  ~EnvironmentNews() override { DestroyWindow(window_); }
 
-TEST(WriteEnvVariable, NotifiesEveryWindowOfAChange) {
+  HWND window_ = nullptr;
+};
+
+TEST_F(EnvironmentNews, ReachEveryWindowAfterAChange) {
   const RegistrySandbox registry;
-  WNDCLASSW window_class = {};
-  window_class.lpfnWndProc = CountNews;
-  window_class.lpszClassName = L"VarnelTestListener";
-  RegisterClassW(&window_class);
-  const HWND window = CreateWindowExW(0, window_class.lpszClassName, L"", WS_OVERLAPPED, 0, 0, 10, 10,
-                                      nullptr, nullptr, nullptr, nullptr);
-  ASSERT_NE(window, nullptr);
+  ASSERT_NE(window_, nullptr);
   const struct {
     std::wstring path, name;
     bool is_delete;
@@ -43,5 +54,32 @@ TEST(WriteEnvVariable, NotifiesEveryWindowOfAChange) {
     EXPECT_EQ(WriteEnvVariable(HKEY_CURRENT_USER, c.path, c.name, L"žluť", c.is_delete), c.told > 0);
     EXPECT_EQ(g_told, c.told) << c.name;
   }
-  DestroyWindow(window);
 }
+
+// Stands in for the helper service, which cannot reach the user's windows: reads one request, answers it
+// and ends.
+void AnswerOneRequest(HANDLE pipe, std::string_view answer) {
+  char request[1024];
+  DWORD moved = 0;
+  do {
+    DisconnectNamedPipe(pipe);
+    ConnectNamedPipe(pipe, nullptr);
+  } while (!ReadFile(pipe, request, sizeof(request), &moved, nullptr));  // the probe sends nothing
+  WriteFile(pipe, answer.data(), static_cast<DWORD>(answer.size()), &moved, nullptr);
+  FlushFileBuffers(pipe);
+}
+
+TEST_F(EnvironmentNews, ComeFromTheProgramIfTheServiceMadeTheChange) {
+  for (const auto& [answer, told] : {std::pair("{\"success\":true}\n", 1), {"{\"success\":false}\n", 0}}) {
+    g_told = 0;
+    const FileHandle pipe(CreateNamedPipeW(L"\\\\.\\pipe\\VarnelServicePipe", PIPE_ACCESS_DUPLEX,
+                                           PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr));
+    ASSERT_TRUE(pipe);
+    const std::jthread service([&] { AnswerOneRequest(pipe.get(), answer); });
+    saveEnvVariable(7, "system", "VARNEL_TEST", "x", false);
+    EXPECT_EQ(TakePostedMessages().back()["success"], told == 1);
+    EXPECT_EQ(g_told, told);
+  }
+}
+
+}  // namespace
