@@ -21,6 +21,7 @@ constexpr wchar_t kDescription[] =
     L"functions.";
 constexpr DWORD kStopMs = 30'000;
 constexpr DWORD kStepMs = 100;
+constexpr DWORD kEndMs = 5'000;
 
 bool WaitUntilStopped(SC_HANDLE service) {
   SERVICE_STATUS status = {};
@@ -31,11 +32,25 @@ bool WaitUntilStopped(SC_HANDLE service) {
   return false;
 }
 
+// Returns null if the service is not running.
+KernelHandle OpenProcessOf(SC_HANDLE service) {
+  SERVICE_STATUS_PROCESS status = {};
+  DWORD size_bytes = 0;
+  const bool is_known = QueryServiceStatusEx(service, SC_STATUS_PROCESS_INFO,
+                                             reinterpret_cast<BYTE*>(&status), sizeof(status), &size_bytes);
+  return KernelHandle(
+      is_known && status.dwProcessId != 0 ? OpenProcess(SYNCHRONIZE, FALSE, status.dwProcessId) : nullptr);
+}
+
 bool Stop(SC_HANDLE service) {
+  const KernelHandle process = OpenProcessOf(service);
   SERVICE_STATUS status = {};
-  return (ControlService(service, SERVICE_CONTROL_STOP, &status) ||
-          GetLastError() == ERROR_SERVICE_NOT_ACTIVE) &&
-         WaitUntilStopped(service);
+  if ((!ControlService(service, SERVICE_CONTROL_STOP, &status) &&
+       GetLastError() != ERROR_SERVICE_NOT_ACTIVE) ||
+      !WaitUntilStopped(service))
+    return false;
+  // The process, and with it the use of its file, ends only after its service.
+  return !process || WaitForSingleObject(process.get(), kEndMs) == WAIT_OBJECT_0;
 }
 
 ServiceHandle OpenOwn(DWORD access) {
@@ -81,6 +96,11 @@ bool RegisterEventSource() {
                          sizeof(kMessages)) == ERROR_SUCCESS &&
          RegSetKeyValueW(HKEY_LOCAL_MACHINE, kEventSource, L"TypesSupported", REG_DWORD, &kTypes,
                          sizeof(kTypes)) == ERROR_SUCCESS;
+}
+
+bool DeleteKey(const wchar_t* path) {
+  const LSTATUS status = RegDeleteTreeW(HKEY_LOCAL_MACHINE, path);
+  return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
 }
 
 // Returns true for the system, administrators and Windows' own installer, and for the current user, who
@@ -160,12 +180,14 @@ bool StopService() {
 }
 
 bool RemoveService() {
-  {
-    const ServiceHandle service = OpenOwn(SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE);
-    if (service && (!Stop(service.get()) || !DeleteService(service.get()))) return false;
+  bool is_removed = true;
+  if (const ServiceHandle service = OpenOwn(SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE)) {
+    is_removed = Stop(service.get());
+    // One that keeps running goes as soon as it ends.
+    is_removed &= DeleteService(service.get()) != FALSE;
   }
-  const bool is_unscheduled = UnscheduleCleaning();
-  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kEventSource);
-  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kOwnKey);
-  return is_unscheduled;
+  is_removed &= UnscheduleCleaning();
+  is_removed &= DeleteKey(kEventSource);
+  is_removed &= DeleteKey(kOwnKey);
+  return is_removed;
 }

@@ -12,10 +12,11 @@ inline constexpr wchar_t kServiceName[] = L"VarnelService";
 // administrators could replace its files.
 bool InstallService(const std::wstring& folder);
 
-// Stops the service, so that its file can be replaced.
+// Stops the service and waits for its process, so that its file can be replaced.
 bool StopService();
 
-// Stops the service and removes it with everything that it has left on the machine.
+// Stops the service and removes it with everything that it has left on the machine. Takes every step,
+// even if an earlier one fails.
 bool RemoveService();
 
 // Returns true if only administrators can replace the program's files in the folder or a folder above

@@ -124,6 +124,19 @@ test('a silent installation installs everything, and a silent removal removes on
   await tools.remove();
 });
 
+test('a service that cannot be stopped is removed all the same, with what belongs to it', async () => {
+  const kOwn = 'HKLM\\Software\\Varnel';
+  await wine.writeRegistry({ [kOwn]: { RequireElevation: 'dword:00000000' } });
+  const kSilent = '"C:\\windows\\system32\\ping.exe" -n 10 127.0.0.1'; // never reports that it has started
+  await runInPrefix('sc', ['create', 'VarnelService', 'binPath=', kSilent, 'start=', 'demand']);
+  const starting = start('sc', ['start', 'VarnelService']);
+  await until(async () => /PENDING/.test((await runInPrefix('sc', ['query', 'VarnelService'])).stdout), 'it');
+  assert.equal((await runInPrefix(join(wine.buildFolder, 'bin/VarnelService.exe'), ['--remove'])).code, 1);
+  assert.equal(await hasKey(kOwn), false);
+  await starting.ended;
+  assert.equal(await hasKey(kService), false);
+});
+
 test('a program that keeps running is neither replaced nor removed; one that ends is replaced', async () => {
   assert.equal(await setup(['/S']), 0);
   assert.equal(await setup(['/S', '/NOSERVICE']), 0);
