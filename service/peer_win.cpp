@@ -6,6 +6,7 @@
 #include <shlobj.h>
 #include <userenv.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -126,6 +127,12 @@ bool IsOwnProgram(const std::wstring& image) {
   return own && IdentityOf(image) == own;
 }
 
+// Returns an empty text if the folder cannot be found.
+std::wstring KnownFolder(const KNOWNFOLDERID& id, HANDLE token) {
+  TaskMemoryString path;
+  return SUCCEEDED(SHGetKnownFolderPath(id, KF_FLAG_DONT_VERIFY, token, path.put())) ? path.get() : L"";
+}
+
 // Returns a variable of an environment block, or an empty text if the block does not have it.
 std::wstring FromBlock(const wchar_t* block, std::wstring_view name) {
   for (std::wstring_view line = block; !line.empty(); line = block) {
@@ -169,10 +176,7 @@ ActingAs::~ActingAs() {
 
 PeerFolders FindPeerFolders(const Peer& peer) {
   PeerFolders folders;
-  TaskMemoryString local;
-  if (SUCCEEDED(
-          SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_DONT_VERIFY, peer.token.get(), local.put())))
-    folders.local_app_data = local.get();
+  folders.local_app_data = KnownFolder(FOLDERID_LocalAppData, peer.token.get());
 
   void* block = nullptr;
   if (!CreateEnvironmentBlock(&block, peer.token.get(), FALSE)) return folders;
@@ -185,9 +189,11 @@ PeerFolders FindPeerFolders(const Peer& peer) {
   wchar_t windows[MAX_PATH] = {};
   GetWindowsDirectoryW(windows, MAX_PATH);
   kept.windows = windows;
-  kept.others = {GetExeDirectory(), variable(L"USERPROFILE")};
+  // The user can change USERPROFILE, but not the known folder.
+  kept.others = {GetExeDirectory(), KnownFolder(FOLDERID_Profile, peer.token.get()),
+                 variable(L"USERPROFILE")};
   DestroyEnvironmentBlock(block);
-  if (kept.others.back().empty()) return folders;
+  if (std::ranges::any_of(kept.others, &std::wstring::empty)) return folders;
   {
     // Expands short names, which would not be recognised.
     const ActingAs acting(peer);
