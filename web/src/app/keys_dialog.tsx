@@ -30,6 +30,9 @@ export function KeysDialog() {
     [['Shift', 'F10'], t('table.menu')],
     [['Delete'], t('keys.delete')],
     [['Backspace'], t('keys.up')],
+    [['Ctrl', 'S'], t('keys.save')],
+    [['Ctrl', '/'], t('keys.comment')],
+    [['F3'], t('keys.next')],
     [['?'], t('keys.help')],
   ];
   return (

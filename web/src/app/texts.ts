@@ -9,6 +9,20 @@ export const texts = {
     'View, action, process, port, program, folder…',
   ],
   'search.nothing': ['Nic takového Varnel nenašel.', 'Varnel found nothing like that.'],
+  'search.notYet': [
+    'Nic takového Varnel zatím nenašel, nainstalované programy ale ještě nemá načtené.',
+    'Nothing like that so far, but the installed programs have not been loaded yet.',
+  ],
+  'search.apps.idle': [
+    'Načíst nainstalované programy a hledat i v nich',
+    'Load the installed programs and search them too',
+  ],
+  'search.apps.loading': ['Načítají se nainstalované programy…', 'Loading the installed programs…'],
+  'search.apps.failed': [
+    'Programy se nepodařilo načíst, zkusit znovu',
+    'The programs could not be loaded, try again',
+  ],
+  'search.variables': ['Proměnné prostředí (PATH)', 'Environment variables (PATH)'],
 
   'group.overview': ['Stav', 'Status'],
   'group.tidy': ['Úklid', 'Clean-up'],
@@ -27,6 +41,9 @@ export const texts = {
   'keys.all': ['Vybrat vše', 'Select all'],
   'keys.copy': ['Kopírovat vybrané řádky', 'Copy the selected rows'],
   'keys.delete': ['Smazat nebo ukončit vybrané', 'Delete or end what is selected'],
+  'keys.save': ['Uložit soubor hosts', 'Save the hosts file'],
+  'keys.comment': ['Zakomentovat řádky (soubor hosts)', 'Comment lines out (hosts file)'],
+  'keys.next': ['Najít další (soubor hosts)', 'Find the next (hosts file)'],
   'keys.up': ['O složku výš (Disk)', 'Up one folder (Disk)'],
   'keys.space': ['Mezerník', 'Space'],
   'keys.arrows': ['Šipky', 'Arrows'],
