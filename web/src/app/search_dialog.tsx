@@ -5,7 +5,7 @@ import { useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { searching } from '../shell/navigation.ts';
 import { bestHits } from './hits.ts';
-import { loadThings, useThings, type Thing } from './things.ts';
+import { loadThings, useMissing, useThings, type Thing } from './things.ts';
 
 const close = () => searching.set(false);
 
@@ -20,26 +20,31 @@ function Search() {
   const [query, setQuery] = useState('');
   const [at, setAt] = useState(0);
   const things = useThings();
-  const hits = useMemo(() => bestHits(things, query), [things, query]);
+  const found = useMemo(() => bestHits(things, query), [things, query]);
+  const missing = useMissing();
+  const asked = query.trim() !== '';
+  const hits = missing && asked ? [...found, missing] : found;
   useEffect(() => {
     loadThings();
     dialog.current!.showModal();
   }, []);
-  function go(hit: Thing | undefined) {
+  async function go(hit: Thing | undefined) {
     if (!hit) return;
-    close();
-    hit.run();
+    if (hit.stays) setAt(0);
+    else close();
+    await hit.run();
     // The dialog has taken the focus with it: it goes on at the row, or at the top.
     requestAnimationFrame(() => {
       if (isDialogOpen()) return;
-      const row = document.querySelector<HTMLElement>('table[aria-activedescendant]');
-      (row ?? document.querySelector<HTMLElement>('h1'))?.focus();
+      // Of several tables, the last one is led to.
+      const rows = hit.toRow ? document.querySelectorAll<HTMLElement>('table[aria-activedescendant]') : [];
+      ([...rows].at(-1) ?? document.querySelector<HTMLElement>('h1'))?.focus();
     });
   }
   function onKeyDown(event: KeyboardEvent) {
     const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
     if (step !== undefined) setAt((at + step + hits.length) % Math.max(1, hits.length));
-    else if (event.key === 'Enter') go(hits[at]);
+    else if (event.key === 'Enter') void go(hits[at]);
     else return;
     event.preventDefault();
   }
@@ -80,7 +85,7 @@ function Search() {
               role="option"
               aria-selected={i === at}
               onPointerMove={() => setAt(i)}
-              onClick={() => go(hit)}
+              onClick={() => void go(hit)}
             >
               <Icon name={hit.icon} />
               <span title={hit.title}>{hit.title}</span>
@@ -89,9 +94,9 @@ function Search() {
           ))}
         </ul>
       )}
-      {query.trim() !== '' && hits.length === 0 && (
+      {asked && found.length === 0 && (
         <p class="muted" role="status">
-          {t('search.nothing')}
+          {t(missing ? 'search.notYet' : 'search.nothing')}
         </p>
       )}
     </dialog>

@@ -63,7 +63,7 @@ export async function showProcess(pid: number) {
 
 /** Shows a process, or all processes of a program. */
 export function showProgram({ name, pid, members }: ProcessRow) {
-  if (!members) return void showProcess(pid);
+  if (!members) return showProcess(pid);
   grouped.set(true);
   showRunning(name);
 }
