@@ -9,10 +9,10 @@ import { confirm } from '../kit/dialog.tsx';
 import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon, type IconName } from '../kit/icon.tsx';
 import { silentSeconds, ToolLog } from '../kit/tool_log.tsx';
+import { withLosses } from '../shell/busy.ts';
 import { ServiceMark } from '../shell/service_mark.tsx';
 import { currentSettings, settingsDocument } from '../shell/settings.ts';
 import { abandonFileCheck, leaveSafeMode, repairStates, startRepair, type Repair } from './repairs.ts';
-import { withQueue } from './update.ts';
 
 const icons: Record<Repair, IconName> = {
   'flush-dns': 'network',
@@ -30,7 +30,7 @@ export async function ask(repair: Repair) {
     const body = t(`repair.${repair}.confirmBody`);
     const agreed = await confirm({
       title: t(`repair.${repair}.confirm`),
-      body: restarts ? withQueue(body) : body,
+      body: restarts ? withLosses(body) : body,
       items: restarts ? [leaveSafeMode] : [],
       verb: t(`repair.${repair}.verb`),
       danger: restarts,

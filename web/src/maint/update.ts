@@ -6,7 +6,7 @@ import { host } from '../bridge/host.ts';
 import { confirm, isDialogOpen } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
-import { queueBusy, updateBusy } from '../shell/busy.ts';
+import { queueBusy, updateBusy, withLosses } from '../shell/busy.ts';
 
 export const update = createSource(() => host.request('checkForUpdates'));
 
@@ -39,7 +39,7 @@ export async function applyUpdate() {
   if (!data || updateBusy.get() || queueBusy.get()) return;
   const agreed = await confirm({
     title: data.mandatory ? t('update.mandatory') : t('update.confirm', { version: data.onlineVersion }),
-    body: t('update.confirmBody', { version: data.onlineVersion }),
+    body: withLosses(t('update.confirmBody', { version: data.onlineVersion })),
     verb: t('update.install'),
   });
   if (!agreed) return;
@@ -54,13 +54,10 @@ export async function applyUpdate() {
   }
 }
 
-/** Puts the interrupted work first in a question about something that ends Varnel or Windows. */
-export const withQueue = (body: string) => (queueBusy.get() ? `${t('update.busy')} ${body}` : body);
-
 export async function uninstallVarnel() {
   const agreed = await confirm({
     title: t('remove.confirm'),
-    body: withQueue(t('remove.confirmBody')),
+    body: withLosses(t('remove.confirmBody')),
     verb: t('remove.verb'),
     danger: true,
   });

@@ -4,12 +4,13 @@ import type { Readable } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { useStore } from '../kit/hooks.ts';
 import { panelOf, Tabs } from '../kit/tabs.tsx';
+import { unsaved } from '../shell/busy.ts';
 import { status } from '../shell/status.ts';
 import { View } from '../shell/view.tsx';
 import { loadUnasked, openedPart, type Part } from './developer.ts';
 import { devices } from './devices.ts';
 import { Devices } from './devices.tsx';
-import { draft, hosts, reloadHosts } from './hosts.ts';
+import { hosts, reloadHosts } from './hosts.ts';
 import { Hosts } from './hosts.tsx';
 import { services } from './services.ts';
 import { Services } from './services.tsx';
@@ -26,7 +27,7 @@ const parts: Record<Part, { source: Readable<unknown>; reload?: () => Promise<vo
 
 export function Developer() {
   const part = useStore(openedPart);
-  const unsaved = useStore(draft, (text) => text !== undefined);
+  const edited = useStore(unsaved);
   const { source, reload = source.reload, Panel } = parts[part];
   const state = useStore(source);
   // Requests a list only once the user looks at it, and only until it is there: two of them need the
@@ -49,7 +50,7 @@ export function Developer() {
             title: (
               <>
                 {t(`developer.${id}`)}
-                {id === 'hosts' && unsaved && <span class="tag tag-warn">{t('hosts.unsaved')}</span>}
+                {id === 'hosts' && edited && <span class="tag tag-warn">{t('hosts.unsaved')}</span>}
               </>
             ),
           }))}

@@ -5,6 +5,7 @@ import { host } from '../bridge/host.ts';
 import { confirm } from '../kit/dialog.tsx';
 import { errorText, explained } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
+import { unsaved } from '../shell/busy.ts';
 import { restoreLineEnds, withLf } from './hosts_text.ts';
 
 /** The file as stored, with the byte order mark kept separately, because it is invisible in an editor. */
@@ -32,6 +33,7 @@ export const firstHosts = createStore<HostsFile | undefined>(undefined);
 
 /** The edited, unsaved text; outlives the view. */
 export const draft = createStore<string | undefined>(undefined);
+draft.subscribe(() => unsaved.set(draft.get() !== undefined));
 export const savingHosts = createStore(false);
 
 export function editHosts(text: string) {

@@ -144,6 +144,14 @@ export const texts = {
     'Po stažení se Varnel zavře a spustí se znovu už v nové verzi.',
     'After the download, Varnel closes and starts again in the new version.',
   ],
+  'update.busy': [
+    'Nejdřív nechte doběhnout frontu v části Software.',
+    'Let the queue in Software finish first.',
+  ],
+  'hosts.lost': [
+    'Neuložené úpravy souboru hosts se ztratí.',
+    'Unsaved changes to the hosts file will be lost.',
+  ],
   'update.downloading': ['Stahuje se instalační program…', 'Downloading the installer…'],
 
   'processes.end': ['Ukončit', 'End'],

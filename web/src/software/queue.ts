@@ -6,7 +6,7 @@ import { host } from '../bridge/host.ts';
 import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
 import { toast } from '../kit/toast.tsx';
-import { queueBusy, updateBusy } from '../shell/busy.ts';
+import { queueBusy, updateBusy, withLosses } from '../shell/busy.ts';
 import { onServiceMissing } from '../shell/service.tsx';
 import {
   addLine,
@@ -43,7 +43,7 @@ export function mayStart(): boolean {
 export async function restartWindows() {
   const agreed = await confirm({
     title: t('restart.title'),
-    body: t('restart.body'),
+    body: withLosses(t('restart.body')),
     verb: t('restart.verb'),
     danger: true,
   });
