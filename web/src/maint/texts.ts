@@ -85,14 +85,11 @@ export const texts = {
   'update.title': ['Aktualizace Varnelu', 'Varnel update'],
   'update.installed': ['Nainstalovaná', 'Installed'],
   'update.online': ['Poslední vydaná', 'Latest release'],
+  'update.checking': ['Hledá se novější verze…', 'Looking for a newer version…'],
   'update.none': ['Máte nejnovější verzi.', 'You have the latest version.'],
   'update.mandatory': ['Tato aktualizace je povinná', 'This update is required'],
   'update.changes': ['Co je nového', 'What’s new'],
   'update.install': ['Stáhnout a nainstalovat', 'Download and install'],
-  'update.busy': [
-    'Nejdřív nechte doběhnout frontu v části Software.',
-    'Let the queue in Software finish first.',
-  ],
   'update.confirm': ['Aktualizovat Varnel na verzi {version}?', 'Update Varnel to version {version}?'],
   'update.confirmBody': [
     'Stáhne se verze {version}. Potom se Varnel zavře a Windows se zeptají na oprávnění k instalaci. Když ho odmítnete, zůstane nainstalovaná dosavadní verze a Varnel si znovu spustíte sami. Pokud Varnel spouštíte z rozbaleného archivu ZIP, nainstaluje se nová verze do Program Files pro všechny uživatele a začne s výchozím nastavením; rozbalená složka zůstane a můžete ji pak smazat.',

@@ -48,7 +48,7 @@ export function UpdateCard() {
       {phase === 'loading' && !data && (
         <p class="outcome" role="status">
           <Spinner />
-          {t('data.loading')}
+          {t('update.checking')}
         </p>
       )}
       {error !== undefined && (
