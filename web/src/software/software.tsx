@@ -7,25 +7,22 @@ import { useElapsed, useStore } from '../kit/hooks.ts';
 import { Icon } from '../kit/icon.tsx';
 import { panelOf, Tabs } from '../kit/tabs.tsx';
 import { openedList } from '../shell/links.ts';
-import { settingsDocument } from '../shell/settings.ts';
 import { openTerminal } from '../shell/terminal.ts';
 import { View } from '../shell/view.tsx';
-import { ignoredNow } from './ignored.ts';
 import { LeftoversDialog } from './leftovers_dialog.tsx';
-import { apps, drivers, lists, updates, type List } from './lists.ts';
+import { apps, drivers, lists, type List } from './lists.ts';
 import { DriversPanel, InstalledPanel, UpdatesPanel } from './lists.tsx';
 import { QueuePanel } from './queue_panel.tsx';
 import { scan, startScan } from './scan.ts';
 import { openSettings } from './task_list.tsx';
+import { useWaiting } from './waiting.ts';
 
 const panels = { updates: UpdatesPanel, installed: InstalledPanel, drivers: DriversPanel };
 
 /** Returns the number of entries in each list, if known. */
 function useCounts(): Record<List, number | undefined> {
-  useStore(settingsDocument);
-  const isIgnored = ignoredNow();
   return {
-    updates: useStore(updates).data?.filter((one) => !isIgnored(one)).length,
+    updates: useWaiting(),
     installed: useStore(apps).data?.length,
     drivers: useStore(drivers).data?.updates.length,
   };

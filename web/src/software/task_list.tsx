@@ -7,17 +7,17 @@ import { host } from '../bridge/host.ts';
 import { Button } from '../kit/button.tsx';
 import { confirm } from '../kit/dialog.tsx';
 import { errorText } from '../kit/error_text.ts';
-import { useStore } from '../kit/hooks.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import type { Column } from '../kit/table/column.ts';
 import { useSelection } from '../kit/table/memory.ts';
 import { Table } from '../kit/table/table.tsx';
 import { toast } from '../kit/toast.tsx';
 import type { JobKind } from './exit_codes.ts';
-import { isPending, type Job } from './jobs.ts';
+import { isPending } from './jobs.ts';
 import type { Obstacle } from './package_rows.ts';
-import { enqueue, jobs, mayStart } from './queue.ts';
+import { enqueue, mayStart } from './queue.ts';
 import { JobState } from './queue_panel.tsx';
+import { useDone, useIds } from './waiting.ts';
 
 type Block = Obstacle | 'skipped';
 
@@ -72,17 +72,6 @@ export function taskColumns(
   ];
 }
 
-/** Returns the IDs of such jobs. Changes only if a job comes or ends, not with every line of output. */
-function useIds(which: (job: Job) => boolean): ReadonlySet<string> {
-  const ids = useStore(jobs, (all) =>
-    all
-      .filter(which)
-      .map(({ id }) => id)
-      .join('\n'),
-  );
-  return useMemo(() => new Set(ids.split('\n')), [ids]);
-}
-
 /**
  * Returns a function that tells whether a row can be queued: nothing prevents it, and it is not queued
  * already.
@@ -103,9 +92,8 @@ export function TaskList({ kind, label, rows, columns, menu, tools }: TaskListPr
   const verb = (n: number) =>
     n === 0 ? t(`software.${kind}`) : t('software.selected', { verb: t(`software.${kind}`), n });
   const removes = kind === 'uninstall';
-  // Updated packages stay listed until winget is asked again or Windows restarts.
-  const updated = useIds((job) => job.kind === kind && (job.state === 'done' || job.state === 'restart'));
-  const usable = kind === 'update' ? rows.filter((row) => isUsable(row) && !updated.has(row.id)) : [];
+  const done = useDone(kind);
+  const usable = kind === 'update' ? rows.filter((row) => isUsable(row) && !done.has(row.id)) : [];
   function menuOf(marked: Row[]): MenuItem[] {
     const ready = marked.filter(isUsable);
     const act: MenuItem = {
