@@ -1,9 +1,13 @@
+import { createStore } from '../base/store.ts';
 import { t } from '../base/text.ts';
 import { currentSettings, saveSettings } from '../shell/settings.ts';
 import { isIgnoredBy, withIgnored, type Ignoring } from './ignored_entries.ts';
 import type { Package } from './package_rows.ts';
 
 type Offer = Pick<Package, 'id' | 'available'>;
+
+/** The list of updates shows the ignored ones too; outlives the view. */
+export const ignoredShown = createStore(false);
 
 /** Returns a function that tells whether the user ignores a package. */
 export const ignoredNow = () => isIgnoredBy(currentSettings().ignoreList);

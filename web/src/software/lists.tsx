@@ -1,5 +1,5 @@
 import type { ComponentChildren } from 'preact';
-import { useMemo, useState } from 'preact/hooks';
+import { useMemo } from 'preact/hooks';
 import type { Readable } from '../base/source.ts';
 import { t } from '../base/text.ts';
 import { Button } from '../kit/button.tsx';
@@ -8,7 +8,7 @@ import { useStore } from '../kit/hooks.ts';
 import type { MenuItem } from '../kit/menu.tsx';
 import { ServiceMark } from '../shell/service_mark.tsx';
 import { currentSettings } from '../shell/settings.ts';
-import { ignoredNow, setIgnored } from './ignored.ts';
+import { ignoredNow, ignoredShown, setIgnored } from './ignored.ts';
 import { apps, drivers, packageKey, updates, type Drivers } from './lists.ts';
 import { isSafeArgument, obstacleOf, type Package } from './package_rows.ts';
 import { scan } from './scan.ts';
@@ -74,7 +74,7 @@ export function UpdatesPanel() {
 }
 
 function Updates({ packages }: { packages: Package[] }) {
-  const [all, setAll] = useState(false);
+  const all = useStore(ignoredShown);
   const { ignoreList } = currentSettings();
   const known = useMemo(() => {
     const isIgnored = ignoredNow();
@@ -92,7 +92,7 @@ function Updates({ packages }: { packages: Package[] }) {
       tools={
         hidden > 0 && (
           <label class="check">
-            <input type="checkbox" checked={all} onChange={() => setAll(!all)} />
+            <input type="checkbox" checked={all} onChange={() => ignoredShown.set(!all)} />
             {t('software.showIgnored', { n: hidden })}
           </label>
         )
