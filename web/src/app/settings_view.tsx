@@ -228,6 +228,7 @@ function IgnoreList({ entries }: { entries: Ignored[] }) {
           remember="ignored"
           sort={{ column: 'id', descending: false }}
           selection={selection}
+          onDelete={remove}
           menu={(rows) => [
             { label: t('settings.remove'), icon: 'remove', danger: true, run: () => remove(rows) },
           ]}
