@@ -108,8 +108,8 @@ export const texts = {
     'the tool printed only the beginning of the identifier; without the rest another program could be meant.',
   ],
   'obstacle.characters.why': [
-    'Varnel předá nástroji jen písmena bez diakritiky, číslice, mezery a znaky ( ) - . : _ , jiné odmítne s kódem 999. Aktualizujte přímo v programu nebo v Nastavení Windows.',
-    'Varnel passes only letters without accents, digits, spaces and ( ) - . : _ to the tool and refuses others with code 999. Update it in the program itself or in Windows Settings.',
+    'Varnel předá nástroji jen písmena bez diakritiky, číslice, mezery a znaky ( ) - . : _ , jiné odmítne s kódem 999. Jde to jen bez Varnelu, například v Nastavení Windows nebo přímo v programu.',
+    'Varnel passes only letters without accents, digits, spaces and ( ) - . : _ to the tool and refuses others with code 999. It can only be done without Varnel, for example in Windows Settings or in the program itself.',
   ],
   'obstacle.windows.why': [
     'program nepochází z wingetu (identifikátor ARP\\…, MSIX\\…), a proto ho Varnel odinstalovat neumí. Odinstalujte ho v Nastavení Windows.',
