@@ -8,8 +8,15 @@ import { serviceDialogClosed } from '../shell/service.tsx';
 import type { Task } from './jobs.ts';
 import type { Leftover } from './leftover_ticks.ts';
 
+export interface Found {
+  job: Task;
+  items: Leftover[];
+}
+
 /** The leftovers per uninstalled program, shown one after another. */
-export const leftovers = createStore<readonly { job: Task; items: Leftover[] }[]>([]);
+export const leftovers = createStore<readonly Found[]>([]);
+
+const offer = (found: Found) => leftovers.set([...leftovers.get(), found]);
 
 const findLeftovers = async ({ id, name }: Task) =>
   (await host.request('findLeftovers', { id, name })).leftovers;
@@ -17,16 +24,15 @@ const findLeftovers = async ({ id, name }: Task) =>
 export async function searchLeftovers(job: Task) {
   try {
     const items = await findLeftovers(job);
-    if (items.length > 0) leftovers.set([...leftovers.get(), { job, items }]);
+    if (items.length > 0) offer({ job, items });
     else toast(t('leftovers.none', { name: job.name }));
   } catch (error) {
     toast(t('leftovers.searchFailed', { reason: errorText(error) }), { error: true });
   }
 }
 
-/** Closes the open dialog. */
-export function closeLeftovers() {
-  leftovers.set(leftovers.get().slice(1));
+export function closeLeftovers(found: Found) {
+  leftovers.set(leftovers.get().filter((other) => other !== found));
 }
 
 // The running removal. The host asks the service once per item.
@@ -58,5 +64,5 @@ export async function cleanLeftovers(job: Task, items: Leftover[]) {
   if (remaining.length === 0) return toast(t('leftovers.removed', { n: items.length }));
   toast(t('leftovers.stayed', { n: remaining.length }), { error: true });
   await serviceDialogClosed();
-  leftovers.set([{ job, items: remaining }, ...leftovers.get()]);
+  offer({ job, items: remaining });
 }

@@ -5,18 +5,19 @@ import { Button, IconButton } from '../kit/button.tsx';
 import { confirm, Dialog } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
 import { openInExplorer } from '../shell/explorer.ts';
-import type { Task } from './jobs.ts';
-import { placeOf, tickedAtFirst, type Leftover } from './leftover_ticks.ts';
-import { cleanLeftovers, closeLeftovers, leftovers } from './leftovers.ts';
+import { placeOf, tickedAtFirst } from './leftover_ticks.ts';
+import { cleanLeftovers, closeLeftovers, leftovers, type Found } from './leftovers.ts';
 
 /** Offers the leftovers of an uninstalled program; those of several programs one after another. */
 export function LeftoversDialog() {
   const [first] = useStore(leftovers);
   // A new list is a new dialog, without the ticks of the previous one.
-  return first ? <LeftoversChoice key={`${first.job.id} ${first.items.length}`} {...first} /> : null;
+  return first ? <LeftoversChoice key={`${first.job.id} ${first.items.length}`} found={first} /> : null;
 }
 
-function LeftoversChoice({ job, items }: { job: Task; items: Leftover[] }) {
+function LeftoversChoice({ found }: { found: Found }) {
+  const { job, items } = found;
+  const close = () => closeLeftovers(found);
   const [ticked, setTicked] = useState<ReadonlySet<string>>(
     () => new Set(items.filter(tickedAtFirst).map(({ path }) => path)),
   );
@@ -31,7 +32,7 @@ function LeftoversChoice({ job, items }: { job: Task; items: Leftover[] }) {
       danger: true,
     });
     if (!agreed) return;
-    closeLeftovers();
+    close();
     void cleanLeftovers(job, chosen);
   }
   function toggle(path: string) {
@@ -42,10 +43,10 @@ function LeftoversChoice({ job, items }: { job: Task; items: Leftover[] }) {
   return (
     <Dialog
       title={t('leftovers.title', { name: job.name })}
-      onClose={closeLeftovers}
+      onClose={close}
       actions={
         <>
-          <Button onClick={closeLeftovers}>{t('leftovers.keep')}</Button>
+          <Button onClick={close}>{t('leftovers.keep')}</Button>
           <Button kind="danger" disabled={chosen.length === 0} onClick={() => void remove()}>
             {t('leftovers.remove', { n: chosen.length })}
           </Button>
