@@ -22,7 +22,7 @@ function onKeyDown(event: KeyboardEvent) {
     const filter = document.querySelector<HTMLInputElement>('[data-filter]');
     if (filter) act(() => (filter.focus(), filter.select()));
   } else if (ctrlKey && !shiftKey && key.toLowerCase() === 'k') act(() => searching.set(true));
-  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'z' && !typing && undoLast()) event.preventDefault();
+  else if (ctrlKey && !shiftKey && key.toLowerCase() === 'z' && !typing) act(undoLast);
   // By position, so that it also works on the Czech layout, whose top row types letters.
   else if (ctrlKey && !shiftKey && /^(Digit|Numpad)[0-9]$/.test(event.code))
     act(() => {
