@@ -64,13 +64,16 @@ TEST(FileWalk, FollowsALinkInThePathOnlyIfAskedTo) {
   EXPECT_TRUE(Exists(link));
 }
 
-// Swaps a folder for a link and back as fast as possible. VARNEL_RACE_SECONDS extends the test.
+// Swaps a folder for a link and back as fast as possible. VARNEL_RACE_SECONDS extends the test. Wine
+// deletes a file of an open folder by its path, through a link put there in between. So there, the files
+// behind the link have names of their own, which only a walk that follows the link can learn.
 TEST(FileWalk, DoesNotFollowAFolderThatBecomesALink) {
   const TempFolder cleaned, elsewhere, aside;
   const std::wstring victim = cleaned.path + L"\\victim", moved = aside.path + L"\\moved",
                      link = aside.path + L"\\link";
   constexpr const wchar_t* kFiles[] = {L"\\canary", L"\\deep\\canary"};
-  for (const wchar_t* file : kFiles) PutFile(elsewhere.path + file, 1);
+  const std::wstring behind = IsWine() ? L".behind" : L"";
+  for (const wchar_t* file : kFiles) PutFile(elsewhere.path + file + behind, 1);
   ASSERT_TRUE(MakeDirectoryLink(link, elsewhere.path));
   const char* seconds = std::getenv("VARNEL_RACE_SECONDS");
   const ULONGLONG end = GetTickCount64() + 1000 * (seconds ? std::stoul(seconds) : 2);
@@ -91,7 +94,7 @@ TEST(FileWalk, DoesNotFollowAFolderThatBecomesALink) {
   }
   EXPECT_GT(emptied, 2) << "the folder was met as such";
   EXPECT_GT(led, 2) << "the link was met";
-  for (const wchar_t* file : kFiles) EXPECT_TRUE(Exists(elsewhere.path + file)) << WideToUtf8(file);
+  for (const wchar_t* file : kFiles) EXPECT_TRUE(Exists(elsewhere.path + file + behind)) << WideToUtf8(file);
 }
 
 TEST(FileWalk, DeletesReadOnlyEntriesAndLeavesThoseInUseUnchanged) {
