@@ -49,6 +49,15 @@ std::wstring OwnFile(const wchar_t* name) {
   return GetExeDirectory() + L"\\" + name;
 }
 
+// Returns true if the value is set to anything but 0, or cannot be read.
+bool RequiresElevation() {
+  DWORD value = 0, size_bytes = sizeof(value);
+  const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, kOwnKey, L"RequireElevation", RRF_RT_REG_DWORD,
+                                      nullptr, &value, &size_bytes);
+  return status == ERROR_SUCCESS ? value != 0
+                                 : status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND;
+}
+
 // --- one function per action ---
 
 Outcome GetHostsFile(const PeerRequest&, const Peer&) {
@@ -95,7 +104,7 @@ Outcome Clean(const PeerRequest& request, const Peer& peer) {
   const std::optional<JunkFlags> flags = ReadJunkFlags(request);
   if (!flags) return kRefusal;
   const StallGuard guard;
-  CleanJunk(*flags, peer);
+  CleanJunk(AllowedJunk(*flags, peer.facts, RequiresElevation()), peer);
   return Done(true);
 }
 
@@ -198,7 +207,7 @@ constexpr Row kRows[] = {
     {"save_system_env", Who::kAdministrator, SaveSystemEnv},
     {"control_dev_service", Who::kAdministrator, ControlService},
     {"set_hibernation", Who::kAdministrator, SetHibernation},
-    {"cleanJunk", Who::kAdministrator, Clean},
+    {"cleanJunk", Who::kOwnProgram, Clean},
     {"toggleScheduleClean", Who::kAdministrator, ToggleScheduleClean},
     {"toggleHKLMStartup", Who::kAdministrator, ToggleStartup},
     {"cleanLeftoverPath", Who::kAdministrator, CleanLeftoverPath},
@@ -207,15 +216,6 @@ constexpr Row kRows[] = {
     {"installDriver", Who::kAdministrator, nullptr, InstallDriver},
     {"sfcVerify", Who::kAdministrator, nullptr, VerifySystemFiles},
 };
-
-// Returns true if the value is set to anything but 0, or cannot be read.
-bool RequiresElevation() {
-  DWORD value = 0, size_bytes = sizeof(value);
-  const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, kOwnKey, L"RequireElevation", RRF_RT_REG_DWORD,
-                                      nullptr, &value, &size_bytes);
-  return status == ERROR_SUCCESS ? value != 0
-                                 : status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND;
-}
 
 // Returns the names in the request, without anything long or secret.
 std::wstring Named(const PeerRequest& request) {

@@ -92,9 +92,18 @@ bool IsPlainPath(std::wstring_view path) {
 std::optional<std::string> WhyRefused(Who who, const PeerFacts& peer, bool requires_elevation) {
   if (who == Who::kAnyone) return std::nullopt;
   if (!peer.is_own_program) return "Not asked by Varnel.exe";
-  if (!peer.is_administrator || peer.is_confined) return "Administrators only";
+  if (peer.is_confined) return "Asked with restricted rights";
+  if (who == Who::kOwnProgram) return std::nullopt;
+  if (!peer.is_administrator) return "Administrators only";
   if (requires_elevation && !peer.is_elevated) return "Elevated administrators only";
   return std::nullopt;
+}
+
+JunkFlags AllowedJunk(JunkFlags asked, const PeerFacts& peer, bool requires_elevation) {
+  if (WhyRefused(Who::kAdministrator, peer, requires_elevation))
+    for (size_t i = 0; i < kJunkCategoryCount; ++i)
+      asked[i] = asked[i] && kJunkCategories[i].base != JunkBase::kNone;
+  return asked;
 }
 
 bool MayChangeVariable(std::wstring_view name, std::wstring_view value, bool is_delete) {

@@ -15,7 +15,11 @@
 
 // --- who may ask ---
 
-enum class Who { kAnyone, kAdministrator };
+enum class Who {
+  kAnyone,
+  kOwnProgram,     // the Varnel.exe beside the service, with its user's usual rights
+  kAdministrator,  // the same, run by an administrator
+};
 
 // The known facts about the program at the other end of the pipe. Unknown facts are false, except
 // `is_confined`, which is true.
@@ -28,6 +32,10 @@ struct PeerFacts {
 
 // Returns nothing if the peer may ask, otherwise the reason why not.
 std::optional<std::string> WhyRefused(Who who, const PeerFacts& peer, bool requires_elevation);
+
+// Returns which of the requested categories may be cleaned for a peer that may ask at all: the machine's
+// only for those who may ask as administrators.
+JunkFlags AllowedJunk(JunkFlags asked, const PeerFacts& peer, bool requires_elevation);
 
 // --- what may be touched ---
 

@@ -48,17 +48,28 @@ TEST(ServiceRequest, IsAnActionWithFlatData) {
     EXPECT_FALSE(ParseRequest(line)) << line.substr(0, 100);
 }
 
-TEST(ServiceRules, AdmitReadersAndAdministrators) {
+TEST(ServiceRules, AdmitReadersUsersAndAdministrators) {
+  JunkFlags all, own;
+  all.fill(true);
+  for (size_t i = 0; i < kJunkCategoryCount; ++i)
+    own[i] = std::string_view("userTemp browserCache shaderCache").find(kJunkCategories[i].key) !=
+             std::string::npos;
   const struct {
     PeerFacts peer;  // administrator, elevated, confined, own program
-    bool may, may_elevated_only;
-  } rows[] = {{{false, false, false, true}, false, false}, {{true, false, false, true}, true, false},
-              {{true, true, false, true}, true, true},     {{true, true, true, true}, false, false},
-              {{true, true, false, false}, false, false},  {{}, false, false}};
+    bool may_own, may, may_elevated_only;
+  } rows[] = {
+      {{false, false, false, true}, true, false, false}, {{true, false, false, true}, true, true, false},
+      {{true, true, false, true}, true, true, true},     {{true, true, true, true}, false, false, false},
+      {{true, true, false, false}, false, false, false}, {{}, false, false, false}};
   for (const auto& row : rows) {
     EXPECT_FALSE(WhyRefused(Who::kAnyone, row.peer, true));
-    EXPECT_EQ(!WhyRefused(Who::kAdministrator, row.peer, false), row.may) << &row - rows;
-    EXPECT_EQ(!WhyRefused(Who::kAdministrator, row.peer, true), row.may_elevated_only) << &row - rows;
+    EXPECT_EQ(!WhyRefused(Who::kOwnProgram, row.peer, true), row.may_own) << &row - rows;
+    for (const bool requires_elevation : {false, true}) {
+      const bool may = requires_elevation ? row.may_elevated_only : row.may;
+      EXPECT_EQ(!WhyRefused(Who::kAdministrator, row.peer, requires_elevation), may) << &row - rows;
+      EXPECT_EQ(AllowedJunk(all, row.peer, requires_elevation), may ? all : own) << &row - rows;
+      EXPECT_EQ(AllowedJunk({}, row.peer, requires_elevation), JunkFlags{}) << &row - rows;
+    }
   }
 }
 
