@@ -27,6 +27,7 @@ constexpr int kRefusedCode = 5;     // ERROR_ACCESS_DENIED
 constexpr int kNotStartedCode = 1;  // the same code as in the program itself
 constexpr std::string_view kRefusedText = "The request was refused.";
 constexpr std::string_view kFailedText = "It could not be done.";
+constexpr std::string_view kUnscheduledText = "It could not be done. Nothing is scheduled now.";
 
 // The result of a request. `is_refused`: a rule forbids it, and nothing was done.
 struct Outcome {
@@ -112,7 +113,10 @@ Outcome ToggleScheduleClean(const PeerRequest& request, const Peer&) {
   const std::optional<bool> is_on = request.Flag("enabled");
   const std::optional<std::wstring> program = WideText(request, "exePath");
   if (!is_on || !program || !IsOwnFile(*program, OwnFile(L"Varnel.exe"))) return kRefusal;
-  return Done(*is_on ? ScheduleCleaning(OwnFile(L"Varnel.exe")) : UnscheduleCleaning());
+  if (!*is_on) return Done(UnscheduleCleaning());
+  const Scheduled result = ScheduleCleaning(OwnFile(L"Varnel.exe"));
+  if (result == Scheduled::kNo) return {false, false, {{"error", kUnscheduledText}}};
+  return Done(result == Scheduled::kYes);
 }
 
 Outcome ToggleStartup(const PeerRequest& request, const Peer&) {
@@ -269,7 +273,8 @@ void HandleRequest(const PeerRequest& request, const Peer& peer, const Answer& a
     Log(outcome.success ? EVENTLOG_INFORMATION_TYPE : EVENTLOG_ERROR_TYPE,
         outcome.success ? "was done" : "failed", request, peer);
   if (row->stream) return;
-  json reply = outcome.success ? outcome.members : FailedServiceReply(kFailedText);
+  json reply = outcome.success ? json::object() : FailedServiceReply(kFailedText);
+  reply.update(outcome.members);
   reply["success"] = outcome.success;
   answer.send(reply.dump());
 }

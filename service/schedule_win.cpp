@@ -73,23 +73,28 @@ bool UnscheduleCleaning() {
   return SUCCEEDED(result) || IsMissing(result);
 }
 
-bool ScheduleCleaning(const std::wstring& program) {
+Scheduled ScheduleCleaning(const std::wstring& program) {
   const Com com;
-  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
-  // Removes an existing task or folder first: any user could have created one of this name, and would
-  // still own it.
-  if (!root || !UnscheduleCleaning()) return false;
-  const Text access(kAccess);
+  const Text xml(Utf8ToWide(BuildTaskXml(WideToUtf8(program)))), access(kAccess);
+  const VARIANT none = {};
   VARIANT descriptor = {};
   descriptor.vt = VT_BSTR;
   descriptor.bstrVal = access;
+  ComPtr<IRegisteredTask> task;
+  // Checks the new task before removing an existing one.
+  const ComPtr<ITaskFolder> root = OpenFolder(L"\\");
+  if (!root || FAILED(root->RegisterTask(Text(kTask), xml, TASK_VALIDATE_ONLY, none, none, TASK_LOGON_GROUP,
+                                         none, task.GetAddressOf())))
+    return Scheduled::kUnchanged;
+  // An existing task or folder cannot stay: any user could have created one of this name, and would
+  // still own it.
+  if (!UnscheduleCleaning()) return Scheduled::kUnchanged;
   ComPtr<ITaskFolder> folder;
   root->CreateFolder(Text(kFolder), descriptor, folder.GetAddressOf());
   if (!folder) folder = OpenFolder(kFolder);
-  const VARIANT none = {};
-  ComPtr<IRegisteredTask> task;
-  return folder &&
-         SUCCEEDED(folder->RegisterTask(Text(kTask), Text(Utf8ToWide(BuildTaskXml(WideToUtf8(program)))),
-                                        TASK_CREATE | TASK_DONT_ADD_PRINCIPAL_ACE, none, none,
-                                        TASK_LOGON_GROUP, descriptor, task.GetAddressOf()));
+  const bool is_registered =
+      folder &&
+      SUCCEEDED(folder->RegisterTask(Text(kTask), xml, TASK_CREATE | TASK_DONT_ADD_PRINCIPAL_ACE, none, none,
+                                     TASK_LOGON_GROUP, descriptor, task.ReleaseAndGetAddressOf()));
+  return is_registered ? Scheduled::kYes : Scheduled::kNo;
 }

@@ -35,7 +35,12 @@ bool RemoveLeftoverFolder(const std::wstring& path);
 bool RemoveMachineKey(const std::vector<std::wstring>& names);
 
 // schedule_win.cpp: registers or removes the weekly task \Varnel\Silent clean. Both can be repeated.
-bool ScheduleCleaning(const std::wstring& program);
+enum class Scheduled {
+  kYes,
+  kUnchanged,  // failed; what was scheduled before still is
+  kNo,         // failed after removing what was scheduled before
+};
+Scheduled ScheduleCleaning(const std::wstring& program);
 bool UnscheduleCleaning();
 
 // startup_win.cpp

@@ -119,6 +119,12 @@ test('the weekly cleaning is scheduled and removed; a development service starts
       const listed = services.map((service) => [service.service_type, service.status]);
       assert.deepEqual(listed, [['redis', status]]);
     }
+
+    const exePath = await takePlace(app);
+    const file = await put('C:\\windows\\system32\\tasks\\Varnel'); // in the way of the folder
+    const reply = JSON.parse(await ask('toggleScheduleClean', { enabled: true, exePath }, exePath));
+    assert.deepEqual(reply, { error: 'It could not be done. Nothing is scheduled now.', success: false });
+    await rm(file);
   }).finally(() => sc('delete', 'redis'));
 });
 
