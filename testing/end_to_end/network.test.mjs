@@ -46,9 +46,15 @@ test('ports lead to their process, and a ping runs', () => {
     await page.waitForSelector('main[data-view=processes]');
     assert.ok((await page.innerText('tr[aria-selected=true]')).includes(String(pid)));
 
+    await page.keyboard.press('Control+k');
+    await page.keyboard.type('8080');
+    await page.locator('[role=option]', { hasText: '127.0.0.1:8080' }).waitFor();
+    await page.keyboard.press('Enter');
+    await page.waitForSelector('main[data-view=network] table:focus');
+    assert.ok((await page.innerText('tr[aria-selected=true]')).includes('8080'));
+
     const many = Array.from({ length: 598 }, (_, i) => 1000 + i);
     await app.scriptTool('netstat.exe', netstat(pid, ...many));
-    await openView(page, 'network');
     await page.keyboard.press('F5');
     await page.getByText(text('table.rows', { n: 601 })).waitFor();
     assert.ok((await ports()).length < 100, 'only what is in sight is drawn');
