@@ -160,6 +160,22 @@ test("selected junk is cleaned, and the page's figures match the disk", () =>
       assert.equal(await bytesOf('[data-testid=junk-total]'), sum(before));
       await harness.look(app, 'cleaning-ready-light-cs');
 
+      // Measuring misses the service, but only the marks say so.
+      assert.ok(app.messages.some(({ type }) => type === 'show_service_error_modal'));
+      assert.equal(await page.getByRole('dialog').count(), 0);
+      const marked = await page
+        .locator('.service-mark')
+        .evaluateAll((marks) => marks.map((mark) => mark.closest('[data-junk]')?.dataset.junk ?? ''));
+      assert.deepEqual(marked, ['windowsTemp', 'prefetch', 'winUpdate', 'systemLogs', '']);
+
+      for (const name of ['userTemp', 'browserCache']) {
+        await page.click(`[data-junk=${name}] [aria-expanded]`);
+        const folders = page.locator(`[data-junk=${name}] [data-folder]`, { hasText: 'read-only' });
+        await folders.first().waitFor();
+        const shown = await folders.evaluateAll((all) => all.map((one) => one.dataset.folder));
+        assert.deepEqual(shown, kCategories[name].flat());
+      }
+
       await page.click('[data-junk=shaderCache] input');
       assert.equal(await bytesOf('[data-testid=junk-total]'), sum(before) - before.shaderCache);
       assert.equal(await confirm('app.cancel'), 6);
