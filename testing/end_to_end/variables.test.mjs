@@ -83,6 +83,9 @@ test("the program changes the user's variables, and only the service the machine
       await answer(question, remove);
       await row('Kůň', mine).waitFor({ state: 'detached' });
       assert.deepEqual(await readRegistry(kUser), { TEMP: 'expand:C:\\windows' });
+      await press(page, text('app.undo'));
+      await row('Kůň', mine).waitFor();
+      assert.equal(await stored('Kůň'), 'expand:%USERPROFILE%\\Ďábelské "ódy"');
 
       await row('OS', everyone).dblclick();
       const machine = await dialogOf(page, `OS (${everyone})`);
