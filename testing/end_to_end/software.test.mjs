@@ -41,6 +41,20 @@ test('the scan fills three lists, and a skipped version stays out', () => {
     await page.getByRole('menuitem', { name: text('software.skip', { version: '3.2.0.0' }) }).click();
     await app.until(async () => (await app.settingsFile()).ignoreList?.length === 1, 'what is skipped');
     assert.ok(!(await names('updates')).includes('Copse'));
+
+    // Another list and another view change neither ticks nor filter nor order.
+    for (const name of ['Tarn', 'Heron']) await tick(page, text('software.updates'), name);
+    await grid.getByRole('button', { name: text('software.available') }).click();
+    await page.locator('[data-filter]').fill('2');
+    const kept = ['Tarn Sync', 'Peat Notes', 'Heron Media Suite 2024 (x64)'];
+    assert.deepEqual(await names('updates'), kept);
+    await page.click('[data-tab=installed]');
+    await openView(page, 'dashboard');
+    await openView(page, 'software');
+    await page.click('[data-tab=updates]');
+    assert.deepEqual(await names('updates'), kept);
+    const selected = text('software.selected', { verb: text('software.update'), n: 2 });
+    await page.getByRole('button', { name: selected }).waitFor();
   });
 });
 
@@ -81,6 +95,7 @@ test('a queue of three runs one at a time, and a failure does not stop it', () =
     await app.until(async () => (await app.toolCalls('winget')).length === 5, 'the list to be loaded anew');
     const updates = ['9QX2B4LMN0PR', ...Object.keys(ends)].map(update);
     assert.deepEqual(await app.toolCalls('winget'), [list, ...updates, list]);
+    assert.equal(await page.innerText('[data-nav=software] .nav-badge'), '4', 'two of six are done');
   });
 });
 
