@@ -149,8 +149,19 @@ test('the keyboard alone reaches every control in the order of the page', () =>
     }
   }));
 
-test('at 200 %, rows keep their names', () =>
-  withVarnel({ viewport: { width: 700, height: 450 } }, async ({ page }) => {
+test('small windows keep what matters in sight', () =>
+  withVarnel({ viewport: { width: 922, height: 574 } }, async (app) => {
+    const { page, text } = app;
+    const ends = (shown) => shown.evaluateAll((all) => all.map((one) => one.getBoundingClientRect().bottom));
+    const mainEnd = async () => (await ends(page.locator('main')))[0];
+    await secondSample(app);
+    const cards = await ends(page.locator('.card:not(.at-machine)'));
+    assert.ok(cards.length >= 6 && Math.max(...cards) <= (await mainEnd()), `cards end at ${cards}`);
+    await page.setViewportSize({ width: 690, height: 430 });
+    await openView(page, 'cleaning');
+    const [button] = await ends(page.getByRole('button', { name: text('cleaning.clean'), exact: true }));
+    assert.ok(button <= (await mainEnd()), `the button ends at ${button}`);
+
     await openView(page, 'processes');
     const row = page.getByRole('row', { name: /Varnel\.exe/ });
     const { width } = await row.getByRole('gridcell').nth(1).boundingBox();
