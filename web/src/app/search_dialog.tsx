@@ -1,4 +1,4 @@
-import { useEffect, useId, useMemo, useRef, useState } from 'preact/hooks';
+import { useId, useLayoutEffect, useMemo, useRef, useState } from 'preact/hooks';
 import { t } from '../base/text.ts';
 import { isDialogOpen } from '../kit/dialog.tsx';
 import { useStore } from '../kit/hooks.ts';
@@ -24,7 +24,8 @@ function Search() {
   const missing = useMissing();
   const asked = query.trim() !== '';
   const hits = missing && asked ? [...found, missing] : found;
-  useEffect(() => {
+  // Opens before the next key, which belongs to the query.
+  useLayoutEffect(() => {
     loadThings();
     dialog.current!.showModal();
   }, []);
