@@ -35,8 +35,6 @@ export interface TableProps<Row> extends RowsProps<Row> {
   onActivate?(row: Row): void;
   /** Called on the Delete key with the affected rows. */
   onDelete?(rows: Row[]): void;
-  /** Called on Space for the control in the active row, if the table's rows cannot be ticked. */
-  onSpace?(row: Row): void;
   /**
    * Shown beside the filter. A function receives the ticked rows in the order of the screen, including
    * those that the filter hides.
@@ -45,7 +43,7 @@ export interface TableProps<Row> extends RowsProps<Row> {
 }
 
 export function Table<Row>(props: TableProps<Row>) {
-  const { label, columns: all, menu, steady = false, onActivate, onDelete, onSpace, tools } = props;
+  const { label, columns: all, menu, steady = false, onActivate, onDelete, tools } = props;
   const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
   const hold = useHold(steady, menuAt !== undefined);
   const rows = useRows(props, hold.held);
@@ -85,7 +83,6 @@ export function Table<Row>(props: TableProps<Row>) {
     if (ctrlKey && key.toLowerCase() === 'c') copy();
     else if (key === 'Enter' && active && onActivate) onActivate(active);
     else if (key === 'Delete' && onDelete && chosen().length > 0) onDelete(chosen());
-    else if (key === ' ' && active && onSpace) onSpace(active);
     else if (key === 'ContextMenu' || (shiftKey && key === 'F10')) {
       const row = document.getElementById(rowId(activeIndex))?.getBoundingClientRect();
       if (row && chosen().length > 0) setMenuAt({ x: row.left + 24, y: row.bottom });
@@ -185,7 +182,7 @@ function selectByKey<Row>(
 
 /** Jumps to the next row whose name begins with the typed letters. */
 function useTypeAhead<Row>(
-  { shown, order, activeIndex, selection, setSelection, many }: Rows<Row>,
+  { shown, order, activeIndex, selection, setSelection }: Rows<Row>,
   { reveal }: Scroller,
   named: Column<Row>,
 ) {
@@ -201,7 +198,7 @@ function useTypeAhead<Row>(
     const found = later < 0 ? shown.findIndex(isIt) : later;
     const to = order[found];
     if (to === undefined) return true;
-    setSelection(many ? { ...selection, active: to } : { keys: new Set([to]), active: to, anchor: to });
+    setSelection(select(selection, order, to, { shift: false, ctrl: false }));
     reveal(found);
     return true;
   };
