@@ -2,6 +2,7 @@
 import type { ComponentChildren } from 'preact';
 import { t } from '../../base/text.ts';
 import { Icon } from '../icon.tsx';
+import { Pure } from '../pure.ts';
 import type { Column } from './column.ts';
 import type { Rows } from './rows.ts';
 import type { Sort } from './rules.ts';
@@ -47,25 +48,33 @@ export function TableBar<Row>({ label, rows, tools, onLeave }: BarProps<Row>) {
   );
 }
 
-export function TableHead<Row>({ columns, rows }: { columns: readonly Column<Row>[]; rows: Rows<Row> }) {
-  const { many, sort, setSort } = rows;
-  return (
-    <thead>
-      <tr aria-rowindex={1}>
-        {many && <SelectAll {...rows} />}
-        {columns.map((column) => (
-          <HeadCell
-            key={column.id}
-            column={column}
-            sort={sort}
-            onSort={() =>
-              setSort({ column: column.id, descending: sort.column === column.id && !sort.descending })
-            }
-          />
-        ))}
-      </tr>
-    </thead>
-  );
+interface HeadProps<Row> {
+  columns: readonly Column<Row>[];
+  rows: Rows<Row>;
+}
+
+/** Not redrawn while the user scrolls. */
+export class TableHead<Row> extends Pure<HeadProps<Row>> {
+  override render({ columns, rows }: HeadProps<Row>) {
+    const { many, sort, setSort } = rows;
+    return (
+      <thead>
+        <tr aria-rowindex={1}>
+          {many && <SelectAll {...rows} />}
+          {columns.map((column) => (
+            <HeadCell
+              key={column.id}
+              column={column}
+              sort={sort}
+              onSort={() =>
+                setSort({ column: column.id, descending: sort.column === column.id && !sort.descending })
+              }
+            />
+          ))}
+        </tr>
+      </thead>
+    );
+  }
 }
 
 function SelectAll<Row>({ order, tickable, selection, setSelection, hidden }: Rows<Row>) {

@@ -1,4 +1,4 @@
-import { useEffect, useState } from 'preact/hooks';
+import { useEffect, useRef, useState } from 'preact/hooks';
 
 const restMs = 3000;
 
@@ -41,9 +41,12 @@ export class Hold {
 export function useHold(steady: boolean, menuOpen: boolean) {
   const [held, setHeld] = useState(false);
   const [hold] = useState(() => new Hold(setHeld));
+  const ref = useRef<HTMLTableSectionElement>(null);
   useEffect(() => hold.keep('menu', menuOpen), [menuOpen]);
   useEffect(() => {
     const release = () => hold.keep('pressed', false);
+    // A listener that could cancel the event would make scrolling wait for this thread.
+    ref.current?.addEventListener('wheel', hold.moved, { passive: true });
     addEventListener('pointerup', release);
     addEventListener('pointercancel', release);
     return () => {
@@ -53,8 +56,8 @@ export function useHold(steady: boolean, menuOpen: boolean) {
     };
   }, []);
   const handlers = {
+    ref,
     onPointerMove: hold.moved,
-    onWheel: hold.moved,
     onPointerDown: () => hold.keep('pressed', true),
     onPointerLeave: hold.left,
   };

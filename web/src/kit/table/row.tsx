@@ -1,63 +1,32 @@
-import { useMemo, useRef } from 'preact/hooks';
-import { locale, t } from '../../base/text.ts';
+import { t } from '../../base/text.ts';
+import { Pure } from '../pure.ts';
 import { textOf, type Column } from './column.ts';
-import type { Rows } from './rows.ts';
-import { select, toggle } from './rules.ts';
 
 interface TableRowProps<Row> {
-  id: string;
+  /** Only the active row has one. */
+  id: string | undefined;
   row: Row;
   index: number;
   columns: readonly Column<Row>[];
-  rows: Rows<Row>;
-  /** The current rows at the time of an action on one of them. */
-  latest: { current: Rows<Row> };
+  language: string;
+  many: boolean;
+  selectable: boolean;
+  selected: boolean;
+  gone: boolean;
   fresh: boolean;
-  onActivate: ((row: Row) => void) | undefined;
-  onMenu(at: { x: number; y: number }): void;
 }
 
-/** Redraws only if something that it shows has changed. */
-export function TableRow<Row>({
-  id,
-  row,
-  index,
-  columns,
-  rows,
-  latest,
-  fresh,
-  onActivate,
-  onMenu,
-}: TableRowProps<Row>) {
-  const { order, gone, many, activeIndex, selection, canSelect } = rows;
-  const key = order[index]!;
-  const selected = selection.keys.has(key);
-  const selectable = canSelect(row);
-  const state = [index === activeIndex && 'active', gone.has(key) && 'gone', fresh && 'fresh'];
-  const classes = state.filter(Boolean).join(' ');
-  const activate = useRef(onActivate);
-  activate.current = onActivate;
-  return useMemo(
-    () => (
+/** Redraws only if something that it shows has changed. The grid handles its events. */
+export class TableRow<Row> extends Pure<TableRowProps<Row>> {
+  override render(props: TableRowProps<Row>) {
+    const { id, row, index, columns, many, selectable, selected, gone, fresh } = props;
+    const classes = [id && 'active', gone && 'gone', fresh && 'fresh'].filter(Boolean).join(' ');
+    return (
       <tr
         id={id}
         class={classes || undefined}
         aria-rowindex={index + 2}
         aria-selected={selectable ? selected : undefined}
-        onClick={(event) => {
-          if (event.target instanceof Element && event.target.closest('button, a, input')) return;
-          const keys = { shift: many && event.shiftKey, ctrl: many && event.ctrlKey };
-          const now = latest.current;
-          now.setSelection(select(now.selection, now.order, key, keys));
-        }}
-        onDblClick={() => activate.current?.(row)}
-        onContextMenu={(event) => {
-          event.preventDefault();
-          const now = latest.current;
-          if (!now.selection.keys.has(key))
-            now.setSelection({ keys: new Set([key]), active: key, anchor: key });
-          onMenu({ x: event.clientX, y: event.clientY });
-        }}
       >
         {many && (
           <td class="tick">
@@ -67,28 +36,26 @@ export function TableRow<Row>({
               aria-label={t('table.selectRow', { name: textOf(columns[0]!, row) })}
               checked={selected}
               disabled={!selectable}
-              onChange={() => latest.current.setSelection(toggle(latest.current.selection, key))}
             />
           </td>
         )}
-        {columns.map((column) => (
-          <Cell key={column.id} column={column} row={row} />
-        ))}
+        {columns.map((column) => cellOf(column, row))}
       </tr>
-    ),
-    [id, row, index, columns, key, classes, selected, selectable, many, locale()],
-  );
+    );
+  }
 }
 
-function Cell<Row>({ column, row }: { column: Column<Row>; row: Row }) {
+function cellOf<Row>(column: Column<Row>, row: Row) {
   const heat = column.heat?.(row);
+  const text = column.cell ? undefined : textOf(column, row);
   return (
     <td
+      key={column.id}
       class={column.numeric ? 'numeric' : undefined}
-      title={column.cell ? undefined : textOf(column, row)}
+      title={column.numeric ? undefined : text}
       style={heat ? { '--heat': `${Math.round(heat * 8) * 5}%` } : undefined}
     >
-      {column.cell ? column.cell(row) : textOf(column, row)}
+      {column.cell ? column.cell(row) : text}
     </td>
   );
 }

@@ -13,20 +13,12 @@ const stepRows = 4;
 
 export type Scroller = ReturnType<typeof useScroller>;
 
-/**
- * Tracks the scroll position, in steps, and the size of the table's box. A row is 2.25 rem high
- * (table.css).
- */
-export function useScroller(count: number, state: Store<TableState>) {
+/** Tracks the scroll position and the size of the table's box. A row is 2.25 rem high (table.css). */
+export function useScroller(state: Store<TableState>) {
   const ref = useRef<HTMLDivElement>(null);
   const [{ height, widthRem, rowHeight }, setBox] = useState({ height: 600, widthRem: 60, rowHeight: 36 });
-  const [step, setStep] = useState(() => Math.floor((state.get().scrollTop ?? 0) / rowHeight / stepRows));
-  const top = step * stepRows * rowHeight;
   const onScroll = () => {
-    if (!ref.current) return; // a late event of a closed view
-    const { scrollTop } = ref.current;
-    change(state, { scrollTop });
-    setStep(Math.floor(scrollTop / rowHeight / stepRows));
+    if (ref.current) change(state, { scrollTop: ref.current.scrollTop }); // not for a late event of a closed view
   };
   useSize(ref, () => {
     const { clientHeight, clientWidth } = ref.current!;
@@ -34,31 +26,40 @@ export function useScroller(count: number, state: Store<TableState>) {
     const box = { height: clientHeight, widthRem: clientWidth / rem, rowHeight: 2.25 * rem };
     setBox((was) => (was.height === box.height && was.widthRem === box.widthRem ? was : box));
   });
-  const range =
-    count > windowedAbove
-      ? visibleRange(top, height, rowHeight, count, marginRows + stepRows)
-      : { first: 0, end: count };
   return {
     ref,
+    height,
     rowHeight,
     widthRem,
-    ...range,
     onScroll,
     pageRows: Math.max(1, Math.floor(height / rowHeight) - 2),
     isInSight(index: number) {
       const from = state.get().scrollTop ?? 0; // asking the element would force a layout
       return index >= 0 && index * rowHeight >= from && index * rowHeight < from + height - 2 * rowHeight;
     },
+    /** Scrolls as little as brings the row into view, below the head, which is as high as a row. */
     reveal(index: number) {
-      const element = ref.current;
-      if (!element) return;
-      const head = element.querySelector('thead')?.offsetHeight ?? 0;
-      const rowTop = index * rowHeight;
-      if (rowTop < element.scrollTop) element.scrollTop = rowTop;
-      else if (rowTop + rowHeight + head > element.scrollTop + element.clientHeight)
-        element.scrollTop = rowTop + rowHeight + head - element.clientHeight;
+      if (!ref.current) return;
+      const { scrollTop, clientHeight } = ref.current;
+      const top = index * rowHeight;
+      const to = Math.min(top, Math.max(scrollTop, top + 2 * rowHeight - clientHeight));
+      if (to === scrollTop) return;
+      ref.current.scrollTop = to;
+      onScroll(); // draws the rows in the same frame
     },
   };
+}
+
+/** Returns the rows to draw, [first, end). Redraws its component at every few rows of scrolling. */
+export function useDrawnRows(
+  count: number,
+  state: Store<TableState>,
+  { height, rowHeight }: { height: number; rowHeight: number },
+) {
+  const step = useStore(state, ({ scrollTop = 0 }) => Math.floor(scrollTop / rowHeight / stepRows));
+  return count > windowedAbove
+    ? visibleRange(step * stepRows * rowHeight, height, rowHeight, count, marginRows + stepRows)
+    : { first: 0, end: count };
 }
 
 /** Keeps the active row in view while data changes, and starts over if the rows belong to another subject. */

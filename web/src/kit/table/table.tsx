@@ -6,9 +6,9 @@ import { Button } from '../button.tsx';
 import { copyText } from '../clipboard.ts';
 import { Menu, type MenuItem } from '../menu.tsx';
 import { textOf, type Column } from './column.ts';
-import { TableBar, TableHead } from './header.tsx';
+import { Grid } from './grid.tsx';
+import { TableBar } from './header.tsx';
 import { useHold } from './hold.ts';
-import { TableRow } from './row.tsx';
 import { useRows, type Rows, type RowsProps } from './rows.ts';
 import { fittingColumns, moveTo, select, toggle, toTsv, type Key } from './rules.ts';
 import { useActiveRow, useScroller, type Scroller } from './scroller.ts';
@@ -47,17 +47,13 @@ export function Table<Row>(props: TableProps<Row>) {
   const [menuAt, setMenuAt] = useState<{ x: number; y: number }>();
   const hold = useHold(steady, menuAt !== undefined);
   const rows = useRows(props, hold.held);
-  const { shown, order, many, activeIndex, query, setQuery, chosen } = rows;
+  const { shown, many, activeIndex, query, setQuery, chosen } = rows;
   const id = useId();
   const grid = useRef<HTMLTableElement>(null);
-  const scroller = useScroller(shown.length, rows.state);
-  const { first, end, rowHeight, widthRem } = scroller;
+  const scroller = useScroller(rows.state);
+  const { widthRem } = scroller;
   const columns = useMemo(() => fittingColumns(all, widthRem - (many ? tickRem : 0)), [all, widthRem, many]);
   useActiveRow(props, rows, scroller);
-  const columnCount = columns.length + Number(many);
-  const rowId = (index: number) => `${id}-${index}`;
-  const latest = useRef(rows);
-  latest.current = rows;
   const typed = useTypeAhead(rows, scroller, all[0]!);
 
   function copy() {
@@ -84,7 +80,7 @@ export function Table<Row>(props: TableProps<Row>) {
     else if (key === 'Enter' && active && onActivate) onActivate(active);
     else if (key === 'Delete' && onDelete && chosen().length > 0) onDelete(chosen());
     else if (key === 'ContextMenu' || (shiftKey && key === 'F10')) {
-      const row = document.getElementById(rowId(activeIndex))?.getBoundingClientRect();
+      const row = document.getElementById(id)?.getBoundingClientRect();
       if (row && chosen().length > 0) setMenuAt({ x: row.left + 24, y: row.bottom });
     } else return false;
     return true;
@@ -104,37 +100,19 @@ export function Table<Row>(props: TableProps<Row>) {
         onLeave={() => grid.current?.focus()}
       />
       <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
-        <table
-          ref={grid}
-          role="grid"
-          tabIndex={0}
-          aria-label={label}
-          aria-rowcount={shown.length + 1}
-          aria-colcount={columnCount}
-          aria-multiselectable={many}
-          aria-activedescendant={activeIndex >= first && activeIndex < end ? rowId(activeIndex) : undefined}
+        <Grid
+          rowId={id}
+          label={label}
+          gridRef={grid}
+          columns={columns}
+          rows={rows}
+          scroller={scroller}
+          steady={steady}
+          hold={hold.handlers}
+          onActivate={onActivate}
           onKeyDown={onKeyDown}
-        >
-          <TableHead columns={columns} rows={rows} />
-          <tbody {...hold.handlers}>
-            <Spacer rows={first} height={rowHeight} columns={columnCount} />
-            {shown.slice(first, end).map((row, i) => (
-              <TableRow
-                key={order[first + i]}
-                id={rowId(first + i)}
-                row={row}
-                index={first + i}
-                columns={columns}
-                rows={rows}
-                latest={latest}
-                fresh={steady && rows.fresh.has(order[first + i]!)}
-                onActivate={onActivate}
-                onMenu={setMenuAt}
-              />
-            ))}
-            <Spacer rows={shown.length - end} height={rowHeight} columns={columnCount} />
-          </tbody>
-        </table>
+          onMenu={setMenuAt}
+        />
         {shown.length === 0 && (
           <div class="table-none">
             <p class="muted">{t(query === '' ? 'table.empty' : 'table.noMatch')}</p>
@@ -167,9 +145,8 @@ function selectByKey<Row>(
   const target = moveTo(key, activeIndex, order.length, pageRows);
   if (target !== undefined) {
     const to = order[target]!;
-    if (!many) setSelection({ keys: new Set([to]), active: to, anchor: to });
-    else if (ctrl && !shift) setSelection({ ...selection, active: to });
-    else setSelection(select(selection, order, to, { shift, ctrl }));
+    if (many && ctrl && !shift) setSelection({ ...selection, active: to });
+    else setSelection(select(selection, order, to, { shift: many && shift, ctrl: many && ctrl }));
     reveal(target);
   } else if (key === ' ' && active !== undefined) {
     const alone = () => select(selection, order, active, { shift: false, ctrl: false });
@@ -202,14 +179,4 @@ function useTypeAhead<Row>(
     reveal(found);
     return true;
   };
-}
-
-/** Takes the place of rows that are not drawn. */
-function Spacer({ rows, height, columns }: { rows: number; height: number; columns: number }) {
-  if (rows <= 0) return null;
-  return (
-    <tr aria-hidden="true" class="spacer">
-      <td colSpan={columns} style={{ height: `${rows * height}px` }} />
-    </tr>
-  );
 }
