@@ -30,7 +30,7 @@ export function Grid<Row>(props: GridProps<Row>) {
   const { rowId, label, gridRef, columns, rows, scroller, steady, hold, onActivate, onKeyDown, onMenu } =
     props;
   const { shown, order, many, activeIndex } = rows;
-  const { first, end } = useDrawnRows(shown.length, rows.state, scroller);
+  const { first, end } = useDrawnRows(shown, rows.state, scroller);
   const handlers = rowHandlers(rows, onActivate, onMenu);
   const columnCount = columns.length + Number(many);
   const spacer = (count: number) =>

@@ -66,9 +66,14 @@ test('keys move within the table', () => {
 });
 
 test('the drawn rows cover the visible part of the table', () => {
-  assert.deepEqual(table.visibleRange(3618, 360, 36, 1000, 12), { first: 88, end: 123 });
-  const shrunk = table.visibleRange(36_000, 360, 36, 600, 12);
+  const near = table.rowsNear(3618, 360, 36, 1000);
+  assert.deepEqual(near, { first: 88, end: 123 });
+  const shrunk = table.rowsNear(36_000, 360, 36, 600);
   assert.ok(shrunk.first < 600 && shrunk.end === 600, 'scrolled far down, then filtered');
+  const down = table.rangeToDraw(near, { first: 80, end: 122 }, 130);
+  assert.deepEqual(down, { first: 88, end: 130 });
+  assert.equal(table.rangeToDraw(near, down, 130), down, 'nothing new');
+  assert.deepEqual(table.rangeToDraw(near, { first: 89, end: 140 }, 130), { first: 72, end: 123 });
 });
 
 test('new data takes the places of the old', () => {

@@ -150,17 +150,33 @@ export function moveTo(key: string, index: number, count: number, page: number):
   return target === undefined || count === 0 ? undefined : Math.min(Math.max(target, 0), last);
 }
 
-/** Returns the rows to draw, [first, end), for a scroll position. All measures are in pixels. */
-export function visibleRange(
-  scrollTop: number,
-  viewport: number,
-  rowHeight: number,
-  count: number,
-  margin: number,
-) {
-  const first = Math.max(0, Math.min(Math.floor(scrollTop / rowHeight) - margin, count - 1));
-  const end = Math.min(count, Math.ceil((scrollTop + viewport) / rowHeight) + margin);
+/** Rows [first, end). */
+export interface Range {
+  first: number;
+  end: number;
+}
+
+const windowedAbove = 100;
+const marginRows = 12;
+const aheadRows = 16;
+
+/** Returns the rows in and near the viewport; all of a short table. All measures are in pixels. */
+export function rowsNear(scrollTop: number, viewport: number, rowHeight: number, count: number): Range {
+  if (count <= windowedAbove) return { first: 0, end: count };
+  const first = Math.max(0, Math.min(Math.floor(scrollTop / rowHeight) - marginRows, count - 1));
+  const end = Math.min(count, Math.ceil((scrollTop + viewport) / rowHeight) + marginRows);
   return { first, end: Math.max(first, end) };
+}
+
+/**
+ * Returns `last`, the rows drawn so far, as long as they contain those that are near. Otherwise draws some
+ * rows ahead in the direction of scrolling, because drawing many at once takes hardly longer than one.
+ */
+export function rangeToDraw(near: Range, last: Range | undefined, count: number): Range {
+  if (!last) return near;
+  if (near.end > last.end) return { first: near.first, end: Math.min(count, near.end + aheadRows) };
+  if (near.first < last.first) return { first: Math.max(0, near.first - aheadRows), end: near.end };
+  return last;
 }
 
 /** The minimum width of a column without a width in rem, and of the row's name. */

@@ -4,12 +4,7 @@ import type { Store } from '../../base/store.ts';
 import { useSize, useStore } from '../hooks.ts';
 import { change, type TableState } from './memory.ts';
 import type { Rows } from './rows.ts';
-import { noSelection, visibleRange, type Key } from './rules.ts';
-
-const windowedAbove = 100;
-const marginRows = 12;
-/** Rows are drawn in groups, so that not every pixel of scrolling redraws. */
-const stepRows = 4;
+import { noSelection, rangeToDraw, rowsNear, type Key, type Range } from './rules.ts';
 
 export type Scroller = ReturnType<typeof useScroller>;
 
@@ -50,16 +45,20 @@ export function useScroller(state: Store<TableState>) {
   };
 }
 
-/** Returns the rows to draw, [first, end). Redraws its component at every few rows of scrolling. */
+/** Returns the rows to draw. Redraws its component only when scrolling brings rows close that are not drawn. */
 export function useDrawnRows(
-  count: number,
+  shown: readonly unknown[],
   state: Store<TableState>,
   { height, rowHeight }: { height: number; rowHeight: number },
-) {
-  const step = useStore(state, ({ scrollTop = 0 }) => Math.floor(scrollTop / rowHeight / stepRows));
-  return count > windowedAbove
-    ? visibleRange(step * stepRows * rowHeight, height, rowHeight, count, marginRows + stepRows)
-    : { first: 0, end: count };
+): Range {
+  const drawn = useRef<{ shown: readonly unknown[]; range: Range }>(undefined);
+  return useStore(state, ({ scrollTop = 0 }) => {
+    const near = rowsNear(scrollTop, height, rowHeight, shown.length);
+    const last = drawn.current?.shown === shown ? drawn.current.range : undefined;
+    const range = rangeToDraw(near, last, shown.length);
+    drawn.current = { shown, range };
+    return range;
+  });
 }
 
 /** Keeps the active row in view while data changes, and starts over if the rows belong to another subject. */
