@@ -14,11 +14,11 @@ const { makeFolder, prepareWine, registryText, unixPath, withRegistry } = wine;
 
 const kUser = `C:\\users\\${userInfo().username}`;
 const kLocal = `${kUser}\\AppData\\Local`;
-const kUserTemp = `${kLocal}\\Temp`;
 const kBrowsers = ['Google\\Chrome', 'Microsoft\\Edge'].flatMap((name) =>
   ['Cache', 'Code Cache'].map((cache) => `${kLocal}\\${name}\\User Data\\Default\\${cache}`),
 );
 await prepareWine();
+const kUserTemp = (await wine.runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 
 // Typed by hand: [folders to empty, folders only measured].
 const kCategories = {

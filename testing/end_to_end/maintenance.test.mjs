@@ -15,7 +15,7 @@ const [kMajor, kMinor] = version.split('.').map(Number);
 const kNewer = `${kMajor}.${kMinor + 1}.0`;
 const kExplorer = 'C:\\Windows\\explorer.exe';
 await prepareWine();
-const kTemporary = `C:\\users\\${userInfo().username}\\AppData\\Local\\Temp`;
+const kTemporary = (await runInPrefix('cmd', ['/c', 'echo %TEMP%'])).stdout.trim();
 const [kLocalCopy, kInstaller] = ['varnel_version_online.json', 'VarnelUpdate.exe'].map((name) =>
   unixPath(`${kTemporary}\\${name}`),
 );
