@@ -9,8 +9,8 @@ import { select, toggle } from './rules.ts';
 import { useDrawnRows, type Scroller } from './scroller.ts';
 
 interface GridProps<Row> {
-  /** Id of the active row. */
-  rowId: string;
+  /** The id of the active row. It differs from row to row, so that screen readers notice a move. */
+  activeId: string;
   label: string;
   gridRef: RefObject<HTMLTableElement | null>;
   columns: readonly Column<Row>[];
@@ -27,7 +27,7 @@ interface GridProps<Row> {
 
 /** Draws the head and the rows in view. Alone redrawn while the user scrolls. */
 export function Grid<Row>(props: GridProps<Row>) {
-  const { rowId, label, gridRef, columns, rows, scroller, steady, hold, onActivate, onKeyDown, onMenu } =
+  const { activeId, label, gridRef, columns, rows, scroller, steady, hold, onActivate, onKeyDown, onMenu } =
     props;
   const { shown, order, many, activeIndex } = rows;
   const { first, end } = useDrawnRows(shown, rows.state, scroller);
@@ -44,7 +44,7 @@ export function Grid<Row>(props: GridProps<Row>) {
       aria-rowcount={shown.length + 1}
       aria-colcount={columnCount}
       aria-multiselectable={many}
-      aria-activedescendant={activeIndex >= first && activeIndex < end ? rowId : undefined}
+      aria-activedescendant={activeIndex >= first && activeIndex < end ? activeId : undefined}
       onKeyDown={onKeyDown}
     >
       <TableHead columns={columns} rows={rows} />
@@ -56,7 +56,7 @@ export function Grid<Row>(props: GridProps<Row>) {
           return (
             <TableRow
               key={key}
-              id={index === activeIndex ? rowId : undefined}
+              id={index === activeIndex ? activeId : undefined}
               row={row}
               index={index}
               columns={columns}

@@ -4,7 +4,7 @@ import type { Store } from '../../base/store.ts';
 import { useSize, useStore } from '../hooks.ts';
 import { change, type TableState } from './memory.ts';
 import type { Rows } from './rows.ts';
-import { noSelection, rangeToDraw, rowsNear, type Key, type Range } from './rules.ts';
+import { noSelection, rangeToDraw, rowsNear, type Key, type RowRange } from './rules.ts';
 
 export type Scroller = ReturnType<typeof useScroller>;
 
@@ -38,8 +38,7 @@ export function useScroller(state: Store<TableState>) {
       const { scrollTop, clientHeight } = ref.current;
       const top = index * rowHeight;
       const to = Math.min(top, Math.max(scrollTop, top + 2 * rowHeight - clientHeight));
-      if (to === scrollTop) return;
-      ref.current.scrollTop = to;
+      if (to !== scrollTop) ref.current.scrollTop = to;
       onScroll(); // draws the rows in the same frame
     },
   };
@@ -50,13 +49,14 @@ export function useDrawnRows(
   shown: readonly unknown[],
   state: Store<TableState>,
   { height, rowHeight }: { height: number; rowHeight: number },
-): Range {
-  const drawn = useRef<{ shown: readonly unknown[]; range: Range }>(undefined);
-  return useStore(state, ({ scrollTop = 0 }) => {
-    const near = rowsNear(scrollTop, height, rowHeight, shown.length);
+): RowRange {
+  const drawn = useRef<{ shown: readonly unknown[]; range: RowRange; top: number }>(undefined);
+  return useStore(state, ({ scrollTop }) => {
+    const top = scrollTop ?? drawn.current?.top ?? 0; // undefined leaves the box where it is
+    const near = rowsNear(top, height, rowHeight, shown.length);
     const last = drawn.current?.shown === shown ? drawn.current.range : undefined;
     const range = rangeToDraw(near, last, shown.length);
-    drawn.current = { shown, range };
+    drawn.current = { shown, range, top };
     return range;
   });
 }

@@ -48,7 +48,7 @@ export function Table<Row>(props: TableProps<Row>) {
   const hold = useHold(steady, menuAt !== undefined);
   const rows = useRows(props, hold.held);
   const { shown, many, activeIndex, query, setQuery, chosen } = rows;
-  const id = useId();
+  const activeId = `${useId()}-${activeIndex}`;
   const grid = useRef<HTMLTableElement>(null);
   const scroller = useScroller(rows.state);
   const { widthRem } = scroller;
@@ -80,7 +80,7 @@ export function Table<Row>(props: TableProps<Row>) {
     else if (key === 'Enter' && active && onActivate) onActivate(active);
     else if (key === 'Delete' && onDelete && chosen().length > 0) onDelete(chosen());
     else if (key === 'ContextMenu' || (shiftKey && key === 'F10')) {
-      const row = document.getElementById(id)?.getBoundingClientRect();
+      const row = document.getElementById(activeId)?.getBoundingClientRect();
       if (row && chosen().length > 0) setMenuAt({ x: row.left + 24, y: row.bottom });
     } else return false;
     return true;
@@ -101,7 +101,7 @@ export function Table<Row>(props: TableProps<Row>) {
       />
       <div class="table-scroll" ref={scroller.ref} onScroll={scroller.onScroll}>
         <Grid
-          rowId={id}
+          activeId={activeId}
           label={label}
           gridRef={grid}
           columns={columns}
