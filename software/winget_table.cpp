@@ -7,7 +7,7 @@
 
 namespace {
 
-using Row = std::vector<std::string>;
+using WingetTableRow = std::vector<std::string>;
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kUpdateFooters[] = {"upgrades available", "package(s) have version numbers"};
@@ -39,8 +39,8 @@ std::string_view TakeLine(std::string_view& rest) {
 //     -> "Tarn Sync", "Brook.TarnSync", "1.0.2", "1.2.0", "winget"
 //   "Copse                        9QX2B4LMN0PR     3.1.0.0 3.2.0.0   msstore"
 //     -> "Copse", "9QX2B4LMN0PR", "3.1.0.0 3.2.0.0", "msstore"
-Row SplitColumns(std::string_view line) {
-  Row row;
+WingetTableRow SplitWingetColumns(std::string_view line) {
+  WingetTableRow row;
   std::string cell;
   size_t blanks = 0;
   for (const char byte : line) {
@@ -58,8 +58,8 @@ Row SplitColumns(std::string_view line) {
 }
 
 // Returns the body rows with at least `min_cells` cells, in order.
-std::vector<Row> WalkTable(std::string_view capture, size_t min_cells, bool ends_at_footer) {
-  std::vector<Row> rows;
+std::vector<WingetTableRow> WalkTable(std::string_view capture, size_t min_cells, bool ends_at_footer) {
+  std::vector<WingetTableRow> rows;
   bool in_body = false;
   while (!capture.empty()) {
     const std::string_view line = TakeLine(capture);
@@ -72,13 +72,13 @@ std::vector<Row> WalkTable(std::string_view capture, size_t min_cells, bool ends
     if (ends_at_footer && IsUpdateFooter(line)) break;
     // Converted line by line, so that one broken byte does not put the names of all other rows into
     // another code page.
-    Row row = SplitColumns(ConsoleTextToUtf8(line));
+    WingetTableRow row = SplitWingetColumns(ConsoleTextToUtf8(line));
     if (row.size() >= min_cells) rows.push_back(std::move(row));
   }
   return rows;
 }
 
-std::string SourceOf(Row& row, const char* fallback) {
+std::string SourceOf(WingetTableRow& row, const char* fallback) {
   return row.size() >= 5 ? std::move(row[4]) : std::string(fallback);
 }
 
@@ -86,7 +86,7 @@ std::string SourceOf(Row& row, const char* fallback) {
 
 std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture) {
   std::vector<SoftwareUpdateEntry> entries;
-  for (Row& row : WalkTable(capture, 4, true))
+  for (WingetTableRow& row : WalkTable(capture, 4, true))
     entries.push_back({std::move(row[0]), std::move(row[1]), std::move(row[2]), std::move(row[3]),
                        SourceOf(row, "winget")});
   return entries;
@@ -94,7 +94,7 @@ std::vector<SoftwareUpdateEntry> ParseSoftwareUpdates(std::string_view capture) 
 
 std::vector<InstalledAppEntry> ParseInstalledApps(std::string_view capture) {
   std::vector<InstalledAppEntry> entries;
-  for (Row& row : WalkTable(capture, 3, false))
+  for (WingetTableRow& row : WalkTable(capture, 3, false))
     entries.push_back({std::move(row[0]), std::move(row[1]), std::move(row[2]), SourceOf(row, "local")});
   return entries;
 }
